@@ -1,0 +1,37 @@
+# What every target of this tree is compiled with: the language level, warnings as errors, strict Qt, sanitizers.
+# Targets link Kvo::options privately; nothing of it reaches a consumer.
+include_guard(GLOBAL)
+
+option(KVO_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_AUTOMOC ON)
+
+# One folder for programs and libraries, so that a till finds the plugin and the libraries beside it in a build tree.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
+endif()
+
+add_library(kvo_options INTERFACE)
+add_library(Kvo::options ALIAS kvo_options)
+target_compile_features(kvo_options INTERFACE cxx_std_20)
+target_compile_options(kvo_options INTERFACE
+    -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor
+    -Wold-style-cast -Woverloaded-virtual -Wnull-dereference -Wformat=2)
+target_compile_definitions(kvo_options INTERFACE
+    QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_FOREACH QT_STRICT_ITERATORS
+    QT_NO_KEYWORDS)
+if(KVO_SANITIZE)
+    # Null-dereference analysis reports false positives in instrumented code.
+    target_compile_options(kvo_options INTERFACE
+        -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer -Wno-null-dereference
+        -Wno-maybe-uninitialized)
+    target_link_options(kvo_options INTERFACE -fsanitize=address,undefined)
+endif()

@@ -1,0 +1,20 @@
+// Base of everything that receives host events.
+#pragma once
+
+#include <core/event.h>
+#include <poshost_export.h>
+
+#include <QtCore/QObject>
+
+class POSHOST_EXPORT BaseActivityListener : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit BaseActivityListener(QObject *parent = nullptr);
+    ~BaseActivityListener() override;
+
+public Q_SLOTS:
+    /// Called on the check thread for each event whose code the listener has subscribed to.
+    virtual void handleEvent(const Event &event) = 0;
+};

@@ -1,0 +1,40 @@
+// The host's configuration: an INI file, read once.
+#pragma once
+
+#include <poshost_export.h>
+
+#include <QtCore/QHash>
+#include <QtCore/QString>
+
+/// Values by key. The key "Kvo:host" is the entry `host` of the section `[Kvo]`; keys are case-sensitive. A value is
+/// the text after "=", trimmed, taken literally (no escapes, no lists); one pair of double quotes around it is removed.
+/// Thread-safe after construction.
+class POSHOST_EXPORT Config
+{
+public:
+    /// An empty configuration: every read gives its default.
+    Config();
+
+    /// Reads `fileName` (UTF-8). Throws BasicException that names the file when it cannot be read, and the file and the
+    /// line when a line is neither a section, an entry, a comment (";" or "#") nor blank.
+    explicit Config(const QString &fileName);
+
+    virtual ~Config();
+
+    /// The configured text, also when it is empty; `defaultValue` when the key is missing.
+    virtual QString getString(const QString &key, const QString &defaultValue) const;
+
+    /// The configured number; `defaultValue` when the key is missing or the text is not a whole number, the latter with
+    /// one warning line in the log that names the key.
+    virtual int getInt(const QString &key, int defaultValue) const;
+
+    /// The same for a number with an optional fraction; the decimal separator is a point in every locale.
+    virtual double getDouble(const QString &key, double defaultValue) const;
+
+    /// The file that was read; empty for an empty configuration.
+    const QString &fileName() const { return m_fileName; }
+
+private:
+    QString m_fileName;
+    QHash<QString, QString> m_values;
+};

@@ -1,0 +1,55 @@
+// Sums of money inside the host: whole kopecks, so that sums always add up.
+#pragma once
+
+#include <poshost_export.h>
+
+#include <QtCore/QList>
+#include <QtCore/QString>
+
+#include <compare>
+
+/// An amount in kopecks. Converts to and from rubles only at the border of the document model.
+class POSHOST_EXPORT Money
+{
+public:
+    constexpr Money() = default;
+
+    static constexpr Money fromKopecks(qint64 kopecks) { return Money(kopecks); }
+
+    /// Rounds to the nearest kopeck, halves away from zero: 0.125 and 1.005 become 13 and 101 kopecks. Not a number and
+    /// amounts beyond the range become zero.
+    static Money fromRubles(double rubles);
+
+    constexpr qint64 kopecks() const { return m_kopecks; }
+    double toRubles() const { return static_cast<double>(m_kopecks) / 100; }
+
+    /// "-12.30": two decimals, a point in every locale.
+    QString toText() const;
+
+    constexpr bool isZero() const { return m_kopecks == 0; }
+
+    constexpr Money operator-() const { return Money(-m_kopecks); }
+    constexpr Money &operator+=(Money other)
+    {
+        m_kopecks += other.m_kopecks;
+        return *this;
+    }
+    constexpr Money &operator-=(Money other)
+    {
+        m_kopecks -= other.m_kopecks;
+        return *this;
+    }
+    friend constexpr Money operator+(Money a, Money b) { return a += b; }
+    friend constexpr Money operator-(Money a, Money b) { return a -= b; }
+    friend constexpr auto operator<=>(Money, Money) = default;
+
+    /// Splits `total` in proportion to `weights` so that the parts add up to it exactly; the kopecks left over by
+    /// rounding go to the largest remainders, earlier parts first. Weights of zero or below get nothing; where no
+    /// weight is positive the first part takes all. An empty `weights` gives an empty list.
+    static QList<Money> distribute(Money total, const QList<Money> &weights);
+
+private:
+    constexpr explicit Money(qint64 kopecks) : m_kopecks(kopecks) {}
+
+    qint64 m_kopecks = 0;
+};

@@ -1,0 +1,52 @@
+// A document of the till as loyalty systems see it.
+#pragma once
+
+#include <document/bonusimpact.h>
+#include <document/documentcardrecord.h>
+#include <document/edocumenttype.h>
+#include <document/goodsitem.h>
+#include <poshost_export.h>
+
+#include <QtCore/QDateTime>
+#include <QtCore/QHash>
+#include <QtCore/QObject>
+#include <QtCore/QSharedPointer>
+
+class POSHOST_EXPORT AbstractDocument : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit AbstractDocument(QObject *parent = nullptr);
+    ~AbstractDocument() override;
+
+    /// The impacts on the document, in the order in which they were added.
+    virtual QList<QSharedPointer<DocumentImpact>> getDiscountImpacts() const = 0;
+
+    /// The lines, in the order of the receipt.
+    virtual QList<QSharedPointer<GoodsItem>> getGoodsItems() const = 0;
+
+    /// When the document was opened, in local time.
+    virtual QDateTime getDateTime() const = 0;
+
+    /// The document's own identifier; unique over all tills of the retailer.
+    virtual QString getIdentifier() const = 0;
+
+    virtual EDocumentType getType() const = 0;
+
+    /// The cards on the document.
+    virtual QList<QSharedPointer<DocumentCardRecord>> getCardRecords() const = 0;
+
+    /// Takes a card and all of its impacts off the document. Unknown cards are ignored.
+    virtual void removeCard(const QSharedPointer<DocumentCardRecord> &card) = 0;
+
+    /// What the plugin `storeKey` has stored with the document; saved and restored together with it.
+    QVariantMap getPluginData(const QString &storeKey) const { return m_pluginData.value(storeKey); }
+    void setPluginData(const QString &storeKey, const QVariantMap &data) { m_pluginData.insert(storeKey, data); }
+    QStringList pluginDataKeys() const { return m_pluginData.keys(); }
+
+private:
+    QHash<QString, QVariantMap> m_pluginData;
+};
+
+Q_DECLARE_METATYPE(QSharedPointer<AbstractDocument>)

@@ -1,0 +1,107 @@
+// One entry of an impact: a discount on one position, or the totals of the whole impact.
+#pragma once
+
+#include <document/documentcardrecord.h>
+#include <document/ediscountmode.h>
+#include <document/ediscountobject.h>
+#include <document/ediscounttype.h>
+#include <document/eimpactsource.h>
+#include <poshost_export.h>
+
+#include <QtCore/QDateTime>
+#include <QtCore/QObject>
+#include <QtCore/QSharedPointer>
+
+class POSHOST_EXPORT DocumentImpactDetail
+{
+    Q_GADGET
+    Q_PROPERTY(QVariant cardIndex READ getCardIndex WRITE setCardIndex)
+    Q_PROPERTY(QDateTime dateTime READ getDateTime WRITE setDateTime)
+    Q_PROPERTY(int discountType READ discountTypeCode WRITE setDiscountTypeCode)
+    Q_PROPERTY(int discountMode READ discountModeCode WRITE setDiscountModeCode)
+    Q_PROPERTY(QString discountName READ getDiscountName WRITE setDiscountName)
+    Q_PROPERTY(int discountObject READ discountObjectCode WRITE setDiscountObjectCode)
+    Q_PROPERTY(int position READ getPosition WRITE setPosition)
+    Q_PROPERTY(QVariant discountRate READ getDiscountRate WRITE setDiscountRate)
+    Q_PROPERTY(double discountSum READ getDiscountSum WRITE setDiscountSum)
+    Q_PROPERTY(int impactSource READ impactSourceCode WRITE setImpactSourceCode)
+    Q_PROPERTY(bool minPriceIgnored READ isMinPriceIgnored WRITE setMinPriceIgnored)
+    Q_PROPERTY(QVariant valutCode READ getValutCode WRITE setValutCode)
+
+public:
+    virtual ~DocumentImpactDetail() = default;
+    DocumentImpactDetail() = default;
+    DocumentImpactDetail(const DocumentImpactDetail &) = default;
+    DocumentImpactDetail &operator=(const DocumentImpactDetail &) = default;
+
+    /// The card that gave the discount; null where none did.
+    QSharedPointer<DocumentCardRecord> getCardRecord() const { return m_cardRecord; }
+    void setCardRecord(const QSharedPointer<DocumentCardRecord> &cardRecord) { m_cardRecord = cardRecord; }
+
+    /// getCodeInternal() of that card; what remains of it on disk.
+    QVariant getCardIndex() const { return m_cardIndex; }
+    void setCardIndex(const QVariant &index) { m_cardIndex = index; }
+
+    QDateTime getDateTime() const { return m_dateTime; }
+    void setDateTime(const QDateTime &dateTime) { m_dateTime = dateTime; }
+
+    virtual EDiscountType getDiscountType() const { return m_discountType; }
+    void setDiscountType(EDiscountType type) { m_discountType = type; }
+
+    virtual EDiscountMode getDiscountMode() const { return m_discountMode; }
+    void setDiscountMode(EDiscountMode mode) { m_discountMode = mode; }
+
+    /// The discount's name on the receipt.
+    QString getDiscountName() const { return m_discountName; }
+    void setDiscountName(const QString &name) { m_discountName = name; }
+
+    EDiscountObject getDiscountObject() const { return m_discountObject; }
+    void setDiscountObject(EDiscountObject object) { m_discountObject = object; }
+
+    /// GoodsItem::getPosnum() of the line; 0 for the whole check.
+    virtual int getPosition() const { return m_position; }
+    void setPosition(int position) { m_position = position; }
+
+    /// What the discount was computed from: a percentage, a price or a number of points.
+    QVariant getDiscountRate() const { return m_discountRate; }
+    void setDiscountRate(const QVariant &rate) { m_discountRate = rate; }
+
+    /// In rubles, as it was given. The check takes it to the nearest kopeck.
+    virtual double getDiscountSum() const { return m_discountSum; }
+    void setDiscountSum(double rubles) { m_discountSum = rubles; }
+
+    EImpactSource getImpactSource() const { return m_impactSource; }
+    void setImpactSource(EImpactSource source) { m_impactSource = source; }
+
+    /// Whether the discount may take the line below its minimum price.
+    bool isMinPriceIgnored() const { return m_minPriceIgnored; }
+    void setMinPriceIgnored(bool ignored) { m_minPriceIgnored = ignored; }
+
+    /// The code of the payment currency that the impact stands for; null where it is no payment.
+    virtual QVariant getValutCode() const { return m_valutCode; }
+    void setValutCode(const QVariant &code) { m_valutCode = code; }
+
+private:
+    int discountTypeCode() const { return static_cast<int>(m_discountType); }
+    void setDiscountTypeCode(int code) { m_discountType = static_cast<EDiscountType>(code); }
+    int discountModeCode() const { return static_cast<int>(m_discountMode); }
+    void setDiscountModeCode(int code) { m_discountMode = static_cast<EDiscountMode>(code); }
+    int discountObjectCode() const { return static_cast<int>(m_discountObject); }
+    void setDiscountObjectCode(int code) { m_discountObject = static_cast<EDiscountObject>(code); }
+    int impactSourceCode() const { return static_cast<int>(m_impactSource); }
+    void setImpactSourceCode(int code) { m_impactSource = static_cast<EImpactSource>(code); }
+
+    QSharedPointer<DocumentCardRecord> m_cardRecord;
+    QVariant m_cardIndex;
+    QDateTime m_dateTime;
+    EDiscountType m_discountType = EDiscountType::None;
+    EDiscountMode m_discountMode = EDiscountMode::Undefined;
+    QString m_discountName;
+    EDiscountObject m_discountObject = EDiscountObject::Check;
+    int m_position = 0;
+    QVariant m_discountRate;
+    double m_discountSum = 0;
+    EImpactSource m_impactSource = EImpactSource::Undefined;
+    bool m_minPriceIgnored = false;
+    QVariant m_valutCode;
+};

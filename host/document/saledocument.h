@@ -1,0 +1,81 @@
+// A sales check: lines, cards, discounts and sums.
+#pragma once
+
+#include <core/money.h>
+#include <document/abstractdocument.h>
+#include <poshost_export.h>
+
+/// Used on the check thread only. Sums are whole kopecks; the discounts of the lines always add up to the check's
+/// discount.
+class POSHOST_EXPORT SaleDocument : public AbstractDocument
+{
+    Q_OBJECT
+
+public:
+    enum class State : int { Open = 0, Closed = 1, Voided = 2 };
+    Q_ENUM(State)
+
+    /// A new open check with a random identifier, opened now.
+    explicit SaleDocument(EDocumentType type = EDocumentType::Sale);
+    ~SaleDocument() override;
+
+    QList<QSharedPointer<DocumentImpact>> getDiscountImpacts() const override { return m_impacts; }
+    QList<QSharedPointer<GoodsItem>> getGoodsItems() const override { return m_goods; }
+    QDateTime getDateTime() const override { return m_dateTime; }
+    QString getIdentifier() const override { return m_identifier; }
+    EDocumentType getType() const override { return m_type; }
+    QList<QSharedPointer<DocumentCardRecord>> getCardRecords() const override { return m_cards; }
+    void removeCard(const QSharedPointer<DocumentCardRecord> &card) override;
+
+    State getState() const { return m_state; }
+    void setState(State state) { m_state = state; }
+
+    /// Appends a line, gives it the next position number and returns that.
+    int addGoodsItem(const QSharedPointer<GoodsItem> &item);
+
+    /// The line with this position number; null where there is none.
+    QSharedPointer<GoodsItem> findGoodsItem(int posnum) const;
+
+    /// Changes a line's quantity or price. Impacts stay as they are: the caller takes them off first where they no
+    /// longer fit. Throws BasicException when there is no such line, or when its discounts would exceed its sum.
+    void changeGoodsItem(int posnum, double quantity, Money price);
+
+    /// Takes a line off the check, with its share of every impact. Throws BasicException when there is no such line.
+    void removeGoodsItem(int posnum);
+
+    /// Puts a card on the check and gives the record its number within the check.
+    void addCard(const QSharedPointer<DocumentCardRecord> &card);
+
+    /// Puts an impact on the check. An impact without shares of positions is distributed over the lines that allow
+    /// discounts, in proportion to what discounts may still take of them, to the kopeck; shares that are given are
+    /// taken to the nearest kopeck, and the totals become their sum. Throws BasicException, with the check unchanged,
+    /// when a share names no line or exceeds what discounts may still take of it.
+    void addImpact(const QSharedPointer<DocumentImpact> &impact);
+
+    /// Takes off the impacts that the card has given.
+    void removeImpactsOf(const QSharedPointer<DocumentCardRecord> &card);
+
+    /// The sum of the lines before discounts, the discounts, and what the customer pays.
+    Money getSum() const;
+    Money getDiscountSum() const;
+    Money getTotal() const { return getSum() - getDiscountSum(); }
+
+    /// Everything, plugin data included, as plain variants for a file, and back. Plugin data goes through
+    /// serder::toPlain() and comes back as maps and lists. fromMap() throws BasicException that names the entry that is
+    /// missing or of a wrong type.
+    QVariantMap toMap() const;
+    static QSharedPointer<SaleDocument> fromMap(const QVariantMap &map);
+
+private:
+    void updateLineDiscounts();
+
+    EDocumentType m_type;
+    State m_state = State::Open;
+    QString m_identifier;
+    QDateTime m_dateTime;
+    int m_lastPosnum = 0;
+    int m_lastCardCode = 0;
+    QList<QSharedPointer<GoodsItem>> m_goods;
+    QList<QSharedPointer<DocumentCardRecord>> m_cards;
+    QList<QSharedPointer<DocumentImpact>> m_impacts;
+};

@@ -1,0 +1,22 @@
+// The question which card belongs to what the cashier entered, and its answer.
+#pragma once
+
+#include <core/tr.h>
+#include <loyalty/ecardnumbertype.h>
+
+namespace loyalty {
+
+struct CardNumberInputData
+{
+    int type = static_cast<int>(ECardNumberType::Manual); ///< An ECardNumberType.
+    QString text;                                         ///< What was typed or scanned.
+};
+
+struct CardNumberResult
+{
+    bool success = false;
+    QString cardNumber; ///< Empty on failure.
+    tr::Tr error;       ///< For the cashier; empty on success.
+};
+
+} // namespace loyalty

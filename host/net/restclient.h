@@ -1,0 +1,45 @@
+// One synchronous HTTP exchange with a JSON service.
+#pragma once
+
+#include <net/response.h>
+#include <poshost_export.h>
+
+#include <QtCore/QHash>
+#include <QtCore/QUrl>
+#include <QtNetwork/QNetworkAccessManager>
+
+namespace Log4Qt {
+class Logger;
+}
+
+/// Blocks its thread for the exchange; there is no event loop. Connections are kept alive between exchanges of one
+/// thread, also of different RestClient objects. A request goes out on the wire at most once per call.
+class POSHOST_EXPORT RestClient
+{
+public:
+    /// An answer over this many bytes is a transport failure.
+    static constexpr qsizetype maxBodySize = qsizetype{8} * 1024 * 1024;
+
+    RestClient();
+    virtual ~RestClient();
+
+    /// Where exchanges are logged: one debug line each, without headers, bodies and query values. Null: nowhere.
+    virtual void setLogger(Log4Qt::Logger *logger) { m_logger = logger; }
+
+    /// The longest time for the whole exchange, in milliseconds; 0 and below mean the default of 10 000.
+    virtual void setTimeout(int ms) { m_timeout = ms; }
+
+    /// Sends one request and waits for the answer; response() then tells the outcome, whatever it was. GET sends no
+    /// body, every other operation sends `payload`. TLS certificates are verified, redirects are not followed, only
+    /// http and https are spoken.
+    virtual void request(QNetworkAccessManager::Operation op, const QUrl &url, const QJsonDocument &payload,
+                         const QHash<QString, QString> &headers);
+
+    /// The outcome of the last request().
+    virtual http::Response response() const { return m_response; }
+
+private:
+    Log4Qt::Logger *m_logger = nullptr;
+    int m_timeout = 0;
+    http::Response m_response;
+};

@@ -1,0 +1,11 @@
+# kvo_add_test(NAME name SOURCES file... LIBRARIES target...): one GoogleTest program; ctest lists its tests one by one.
+include_guard(GLOBAL)
+include(GoogleTest)
+find_package(GTest REQUIRED)
+
+function(kvo_add_test)
+    cmake_parse_arguments(PARSE_ARGV 0 arg "" "NAME" "SOURCES;LIBRARIES")
+    add_executable(${arg_NAME} ${arg_SOURCES})
+    target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBRARIES} GTest::gmock_main Kvo::options)
+    gtest_discover_tests(${arg_NAME} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+endfunction()
