@@ -1,0 +1,50 @@
+// Construction of the service client: the settings, read once.
+#include "client/interface.h"
+
+#include <core/config.h>
+#include <core/singleton.h>
+
+#include <log4qt/logmanager.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace kvo {
+
+namespace {
+
+std::filesystem::path toPath(const QString &text)
+{
+    return std::filesystem::path(text.toStdString());
+}
+
+QHash<QString, QString> commonHeaders(const QString &user, const QString &password)
+{
+    const QByteArray credentials = (user + u':' + password).toLocal8Bit().toBase64();
+    return {{u"Authorization"_s, u"Basic %1"_s.arg(QString::fromLatin1(credentials))},
+            {u"Content-Type"_s, u"application/json"_s}};
+}
+
+} // namespace
+
+Interface::Interface() : Interface(utils::ForMock())
+{
+    const auto config = Singleton<Config>::instance();
+    host = config->getString(u"Kvo:host"_s, u"http://localhost"_s);
+    path = toPath(config->getString(u"Kvo:path"_s, u"/api/ax/xpp/v1"_s));
+    verificationPath = toPath(config->getString(u"Kvo:verificationPath"_s, u"/api/twofa/msg/v1"_s));
+    const QString user = config->getString(u"Kvo:user"_s, QString());
+    const QString password = config->getString(u"Kvo:password"_s, QString());
+    headers = commonHeaders(user, password);
+    timeout = config->getInt(u"Kvo:timeout"_s, 10000);
+    brand = config->getString(u"Kvo:brand"_s, QString());
+    verificationBrand = config->getString(u"Kvo:verificationBrand"_s, brand);
+    onlineStore = config->getString(u"Kvo:onlineStore"_s, QString());
+    terminal = config->getString(u"Kvo:terminal"_s, QString());
+}
+
+Interface::Interface(utils::ForMock) : logger(Log4Qt::LogManager::logger(u"kvo"_s))
+{}
+
+Interface::~Interface() = default;
+
+} // namespace kvo

@@ -1,0 +1,99 @@
+// The order body: how a check is told to the loyalty service.
+#include "client/interface.h"
+
+#include <map>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace kvo {
+
+namespace {
+
+/// What the check's impacts mean for one position, in rubles.
+struct PositionSums
+{
+    double payment = 0;     ///< Payments that are shown as discounts.
+    double bonusPoints = 0; ///< Points spent.
+};
+
+struct ImpactSums
+{
+    std::map<int, PositionSums> positions;
+    double payment = 0; ///< Of the whole check.
+
+    PositionSums of(int position) const
+    {
+        const auto found = positions.find(position);
+        return found == positions.end() ? PositionSums() : found->second;
+    }
+};
+
+bool isPayment(const DocumentImpactDetail &totals)
+{
+    return !totals.getValutCode().isNull() || totals.getDiscountMode() == EDiscountMode::Payment;
+}
+
+ImpactSums foldImpacts(const AbstractDocument &document)
+{
+    ImpactSums sums;
+    const auto addDetails = [&sums](const DocumentImpact &impact, double PositionSums::*sum) {
+        for (const auto &detail : impact.getDetails())
+            sums.positions[detail->getPosition()].*sum += detail->getDiscountSum();
+    };
+    for (const auto &impact : document.getDiscountImpacts()) {
+        const auto totals = impact->getTotals();
+        if (isPayment(*totals)) {
+            addDetails(*impact, &PositionSums::payment);
+            sums.payment += totals->getDiscountSum();
+        } else if (totals->getDiscountType() == EDiscountType::Bonus) {
+            addDetails(*impact, &PositionSums::bonusPoints);
+        }
+    }
+    return sums;
+}
+
+QString moneyText(double rubles)
+{
+    return QString::number(rubles, 'f', 2);
+}
+
+/// The line's discounts by points and its payments are added to what is left of it, so that the amount stays the same
+/// when points are put on the check.
+QJsonObject orderLine(const GoodsItem &item, const PositionSums &sums, bool forbidDiscount)
+{
+    const QVariantList labels = item.getCampaignLabels();
+    const auto hasLabel = [&labels](const QString &label) { return labels.contains(QVariant(label)); };
+    const bool forbidsSpending = hasLabel(u"NOSPEND"_s) || !item.isAllowDiscount() || forbidDiscount;
+    const bool forbidsEarning = !item.isAllowBonusEarn() || hasLabel(u"NOBONUS"_s);
+    return {{u"barcode"_s, item.getAdditionalBarcode()},
+            {u"lineID"_s, QString::number(item.getPosnum())},
+            // The amount carries the quantity.
+            {u"qty"_s, u"1"_s},
+            {u"lineAmount"_s, moneyText(sums.bonusPoints + item.getDiscountApplyLimit(false) + sums.payment)},
+            {u"isSale"_s, item.getTmc()->getPriceSourceType() == EPriceSourceType::Promotion},
+            {u"noDiscountAllowed"_s, forbidsSpending},
+            {u"noEarnAllowed"_s, forbidsEarning},
+            {u"paymentDiscAmount"_s, moneyText(sums.payment)}};
+}
+
+} // namespace
+
+QJsonObject Interface::createOrderBody(const QSharedPointer<AbstractDocument> &document,
+                                       const QSharedPointer<DocumentCardRecord> &card, bool forbidDiscount) const
+{
+    const ImpactSums sums = foldImpacts(*document);
+    QJsonArray lines;
+    for (const auto &item : document->getGoodsItems())
+        lines.append(orderLine(*item, sums.of(item->getPosnum()), forbidDiscount));
+    const QString basket = card->getOperationId();
+    return {{u"brand"_s, brand},
+            {u"cardNumber"_s, card->getNumber().toString()},
+            {u"onlineStore"_s, onlineStore},
+            {u"basket"_s, basket.isEmpty() ? createUuid() : basket},
+            {u"basketDatetime"_s, document->getDateTime().toString(u"yyyy-MM-dd")},
+            {u"orderLines"_s, lines},
+            {u"paymentDiscAmount"_s, moneyText(sums.payment)},
+            {u"terminal"_s, terminal}};
+}
+
+} // namespace kvo

@@ -1,0 +1,33 @@
+// The queue form of a request. Events that an earlier run of the till has stored are read back here.
+#include "client/request.h"
+
+#include <QtCore/QVariant>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace kvo {
+
+QJsonObject Request::toQueueEvent() const
+{
+    QJsonObject headerObject;
+    for (auto header = headers.cbegin(); header != headers.cend(); ++header)
+        headerObject.insert(header.key(), header.value());
+    return {{u"op"_s, static_cast<int>(op)},
+            {u"url"_s, url.toString(QUrl::FullyEncoded)},
+            {u"headers"_s, headerObject},
+            {u"payload"_s, payload.object()}};
+}
+
+Request Request::fromQueueEvent(const QJsonObject &event)
+{
+    Request request;
+    request.op = event.value("op"_L1).toVariant().value<QNetworkAccessManager::Operation>();
+    request.url = QUrl(event.value("url"_L1).toString(), QUrl::TolerantMode);
+    const QVariantHash headerValues = event.value("headers"_L1).toVariant().toHash();
+    for (auto header = headerValues.cbegin(); header != headerValues.cend(); ++header)
+        request.headers.insert(header.key(), header.value().toString());
+    request.payload = QJsonDocument(event.value("payload"_L1).toObject());
+    return request;
+}
+
+} // namespace kvo

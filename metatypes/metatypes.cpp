@@ -1,0 +1,67 @@
+// The registrations. Converters that Qt makes by itself when a type is registered (shared pointers to QObject*, lists
+// to sequential containers) are not repeated here.
+#include "metatypes/metatypes.h"
+
+#include <core/event.h>
+#include <core/serder.h>
+#include <document/abstractdocument.h>
+#include <document/bonusimpact.h>
+#include <document/documentbonusrecord.h>
+
+#include <QtNetwork/QNetworkAccessManager>
+
+namespace kvo {
+
+namespace {
+
+QVariantMap bonusRecordToMap(const DocumentBonusRecord &record)
+{
+    return serder::gadgetToMap(DocumentBonusRecord::staticMetaObject, &record);
+}
+
+QVariantList bonusImpactsToList(const BonusImpactPtrList &impacts)
+{
+    QVariantList list;
+    for (const auto &impact : impacts)
+        list.append(impact->toMap());
+    return list;
+}
+
+BonusImpactPtrList bonusImpactsFromList(const QVariantList &list)
+{
+    BonusImpactPtrList impacts;
+    for (const auto &entry : list) {
+        auto impact = QSharedPointer<BonusImpact>::create(QSharedPointer<DocumentImpactDetail>::create());
+        impact->readMap(entry.toMap());
+        impacts.append(impact);
+    }
+    return impacts;
+}
+
+bool registerAll()
+{
+    qRegisterMetaType<Event>("Event");
+    qRegisterMetaType<QSharedPointer<AbstractDocument>>("QSharedPointer<AbstractDocument>");
+    qRegisterMetaType<QNetworkAccessManager::Operation>("QNetworkAccessManager::Operation");
+    qRegisterMetaType<DocumentBonusRecord>("DocumentBonusRecord");
+    qRegisterMetaType<QList<DocumentBonusRecord>>("QList<DocumentBonusRecord>");
+    qRegisterMetaType<BonusImpactPtrList>("BonusImpactPtrList");
+    // A converter may be there already when another library of the process has registered the types too.
+    const auto registerConverter = []<class From, class To>(To (*convert)(const From &)) {
+        if (!QMetaType::hasRegisteredConverterFunction<From, To>())
+            QMetaType::registerConverter<From, To>(convert);
+    };
+    registerConverter(&bonusRecordToMap);
+    registerConverter(&bonusImpactsToList);
+    registerConverter(&bonusImpactsFromList);
+    return true;
+}
+
+} // namespace
+
+void registerMetaTypes()
+{
+    [[maybe_unused]] static const bool registered = registerAll();
+}
+
+} // namespace kvo

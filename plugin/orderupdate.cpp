@@ -1,0 +1,58 @@
+// Keeping the order in step with the check while it changes, and the plugin's state with the check on the disk.
+#include "plugin/plugin.h"
+
+#include <cashier/savetofilelogic.h>
+#include <core/mockfactory.h>
+
+#include <log4qt/logger.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace kvo {
+
+void Plugin::updateOrder(const Event &event)
+{
+    const auto document = documentOf(event);
+    const auto card = getCard();
+    if (!card || card->getOperationId().isEmpty() || !hasSubject(document, card))
+        return;
+    const Request update = interface->updateOrderRequest(document, card);
+    const tr::Tr question(u"kvoUpdateOrderError"_s,
+                          u"Ошибка при обновлении заказа.\nПовторить или удалить карту из чека?"_s);
+    retryOrRemoveCard(question, document, card, [&] { sendUpdate(update, document, card); });
+}
+
+/// Does nothing when the service has accepted just this order already. An order that does not exist yet is created
+/// first, as it was priced; when only the update fails, a repetition does not create it again.
+void Plugin::sendUpdate(const Request &update, const QSharedPointer<AbstractDocument> &document,
+                        const QSharedPointer<DocumentCardRecord> &card)
+{
+    const QJsonObject accepted = card->getOperationInfo().toJsonObject();
+    const QJsonObject body = update.payload.object();
+    if (body == accepted)
+        return;
+    if (!orderCreated) {
+        logger->info(u"Создание заказа"_s);
+        Request creation = interface->createOrderRequest(document, card, true);
+        creation.payload = QJsonDocument(accepted);
+        interface->requestOnline(creation);
+        orderCreated = true;
+    }
+    logger->info(u"Обновление заказа"_s);
+    createBonusRecords(card, interface->requestOnline(update));
+    card->setOperationInfo(body);
+    updatePluginData();
+    pendingUpdate = false;
+}
+
+void Plugin::updatePluginData() const
+{
+    setPluginData(u"pointsForSpend"_s, pointsForSpend);
+    setPluginData(u"pointsForEarn"_s, pointsForEarn);
+    setPluginData(u"bonusRecords"_s, QVariant::fromValue(bonusRecords));
+    setPluginData(u"bonusImpacts"_s, QVariant::fromValue(bonusImpacts));
+    setPluginData(u"orderCreated"_s, orderCreated);
+    MockFactory<SaveToFileLogic>::create()->save(currentDocument(), QString(), 0.0);
+}
+
+} // namespace kvo

@@ -1,0 +1,62 @@
+// Paying with points, confirmed by the customer.
+#include "plugin/plugin.h"
+
+#include <cashier/verificationlogic.h>
+#include <core/config.h>
+#include <core/mockfactory.h>
+#include <core/singleton.h>
+
+#include <log4qt/logger.h>
+
+#include <QtCore/QRandomGenerator>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace kvo {
+
+bool Plugin::spendPoints()
+{
+    const auto document = currentDocument();
+    const auto card = getCard();
+    if (!hasSubject(document, card))
+        return true;
+    logger->info(u"Создание оплаты бонусами в виде скидки на сумму %1, по карте %2"_s.arg(
+        QString::number(pointsForSpend, 'f', 2), card->getNumber().toString()));
+
+    const auto response = createOrder(document, card, false, [this] { verification(pointsForSpend); });
+    if (!response)
+        return true;
+    card->setOperationId(response->basket);
+    orderCreated = true;
+    createBonusRecords(card, *response);
+    bonusImpacts = createBonusImpacts(card, *response);
+    updatePluginData();
+    return true;
+}
+
+void Plugin::verification(double amount) const
+{
+    const auto config = Singleton<Config>::instance();
+    const double limit = config->getDouble(u"Kvo:verificationLimit"_s, -1.0);
+    if (limit < 0.0 || limit > amount)
+        return;
+    const QString code = getCode(config->getInt(u"Kvo:verificationCodeLength"_s, 4));
+    if (code.isEmpty())
+        return;
+    const QString text =
+        config->getString(u"Kvo:verificationMessage"_s, u"Ваш код подтверждения: %1"_s).arg(code, 0, u' ');
+    const auto client = getCard()->getCard()->getClient();
+    interface->verification(text, client ? client->getPhoneNumber() : QString());
+    MockFactory<VerificationLogic>::create()->verify(code, tr::Tr(), 0);
+}
+
+QString Plugin::getCode(int length) const
+{
+    constexpr quint32 digits = 10;
+    QString code;
+    for (int i = 0; i < length; ++i)
+        code += QString::number(QRandomGenerator64::global()->bounded(digits));
+    return code;
+}
+
+} // namespace kvo
