@@ -50,7 +50,8 @@ public:
     QVariant getExtendedOptions() const { return m_extendedOptions; }
     void setExtendedOptions(const QVariant &options) { m_extendedOptions = options; }
 
-    /// All of the record, its client included, as plain variants, and back.
+    /// All of the record, its client included, as plain variants, and back. fromMap() throws BasicException that names
+    /// the entry that is missing or of a wrong type.
     QVariantMap toMap() const;
     static QSharedPointer<DocumentCardRecord> fromMap(const QVariantMap &map);
 

@@ -12,14 +12,14 @@ public:
     /// Uses the folder "Host:dataFolder" of the configuration (default: the working folder).
     DocumentStore();
 
-    /// Uses `folder`; it is made, with mode 0700, when it does not exist.
+    /// Uses `folder`; save() makes it, with mode 0700, when it does not exist.
     explicit DocumentStore(const QString &folder);
 
     /// The open check's file.
     QString openCheckFile() const;
 
-    /// Writes the check to `fileName`, or to openCheckFile() when that is empty. Throws BasicException that names the
-    /// file and the reason; what was on the disk then stays.
+    /// Writes the check to `fileName` (a relative name is one in the folder), or to openCheckFile() when that is empty.
+    /// Throws BasicException that names the file and the reason; what was on the disk then stays.
     void save(const SaleDocument &document, const QString &fileName = {}) const;
 
     /// The check that was open; null when there is none. A file that cannot be understood is kept: throws

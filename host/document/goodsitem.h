@@ -58,7 +58,8 @@ public:
     virtual QVariantList getCampaignLabels() const { return m_campaignLabels; }
     void setCampaignLabels(const QVariantList &labels) { m_campaignLabels = labels; }
 
-    /// All of the line but its discounts as plain variants, and back.
+    /// All of the line but its discounts as plain variants, and back. fromMap() throws BasicException that names the
+    /// entry that is missing or of a wrong type.
     QVariantMap toMap() const;
     static QSharedPointer<GoodsItem> fromMap(const QVariantMap &map);
 

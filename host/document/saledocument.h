@@ -30,29 +30,34 @@ public:
     State getState() const { return m_state; }
     void setState(State state) { m_state = state; }
 
-    /// Appends a line, gives it the next position number and returns that.
+    /// Appends a line, gives it the next position number and returns that. Throws BasicException when the quantity is
+    /// not above zero or the price is below it.
     int addGoodsItem(const QSharedPointer<GoodsItem> &item);
 
     /// The line with this position number; null where there is none.
     QSharedPointer<GoodsItem> findGoodsItem(int posnum) const;
 
     /// Changes a line's quantity or price. Impacts stay as they are: the caller takes them off first where they no
-    /// longer fit. Throws BasicException when there is no such line, or when its discounts would exceed its sum.
+    /// longer fit. Throws BasicException, with the check unchanged, when there is no such line, when the quantity is
+    /// not above zero or the price is below it, or when the line's discounts would exceed its sum.
     void changeGoodsItem(int posnum, double quantity, Money price);
 
-    /// Takes a line off the check, with its share of every impact. Throws BasicException when there is no such line.
+    /// Takes a line off the check, with its share of every impact; an impact that had no other share goes with it.
+    /// Throws BasicException when there is no such line.
     void removeGoodsItem(int posnum);
 
-    /// Puts a card on the check and gives the record its number within the check.
+    /// Puts a card on the check and gives the record its number within the check; one that is on it already stays.
     void addCard(const QSharedPointer<DocumentCardRecord> &card);
 
-    /// Puts an impact on the check. An impact without shares of positions is distributed over the lines that allow
-    /// discounts, in proportion to what discounts may still take of them, to the kopeck; shares that are given are
-    /// taken to the nearest kopeck, and the totals become their sum. Throws BasicException, with the check unchanged,
-    /// when a share names no line or exceeds what discounts may still take of it.
+    /// Puts an impact on the check; one that is on it already stays. Shares that are given are taken to the nearest
+    /// kopeck, and the totals become their sum. Without shares, an impact on a position takes its line, and one on the
+    /// check is distributed over the lines that allow discounts, in proportion to what discounts may still take of
+    /// them. Throws BasicException, with check and impact unchanged, when a share names no line, is negative, or
+    /// exceeds what discounts may still take of the line: nothing where it allows none, and only what is above the
+    /// minimum price unless the share ignores that.
     void addImpact(const QSharedPointer<DocumentImpact> &impact);
 
-    /// Takes off the impacts that the card has given.
+    /// Takes off the impacts that the card has given. A null card has given none.
     void removeImpactsOf(const QSharedPointer<DocumentCardRecord> &card);
 
     /// The sum of the lines before discounts, the discounts, and what the customer pays.
@@ -61,12 +66,16 @@ public:
     Money getTotal() const { return getSum() - getDiscountSum(); }
 
     /// Everything, plugin data included, as plain variants for a file, and back. Plugin data goes through
-    /// serder::toPlain() and comes back as maps and lists. fromMap() throws BasicException that names the entry that is
-    /// missing or of a wrong type.
+    /// serder::toPlain() and comes back as maps and lists. toMap() throws BasicException when plugin data holds a type
+    /// that cannot be taken apart; fromMap() throws BasicException that names the entry that is missing, of a wrong
+    /// type, or at odds with the others.
     QVariantMap toMap() const;
     static QSharedPointer<SaleDocument> fromMap(const QVariantMap &map);
 
 private:
+    QSharedPointer<GoodsItem> requireGoodsItem(int posnum) const;
+    void requireFits(const QList<QSharedPointer<DocumentImpactDetail>> &shares) const;
+    void requireConsistent() const;
     void updateLineDiscounts();
 
     EDocumentType m_type;

@@ -10,6 +10,8 @@
 #include <loyalty/loyaltysystemoption.h>
 #include <poshost_export.h>
 
+class LoyaltySystems;
+
 /// What a loyalty plugin derives from. An operation that a plugin does not override works on the state below: the
 /// points, impacts and records of the current check. Used on the check thread only.
 class POSHOST_EXPORT BasicLoyaltySystem : public DocumentWatcher, public virtual BasicPlugin
@@ -17,13 +19,15 @@ class POSHOST_EXPORT BasicLoyaltySystem : public DocumentWatcher, public virtual
 public:
     BasicLoyaltySystem();
     explicit BasicLoyaltySystem(utils::ForMock);
+    /// A system that is still registered is removed from the registry.
     ~BasicLoyaltySystem() override;
 
     /// The number under which the host knows the system; card records carry it.
     int getCode() const { return loyaltySystemCode; }
 
-    /// Registers the system with the host, so that its cards can be found.
+    /// Registers the system with the host, so that its cards can be found. False when it is registered already.
     bool init() override;
+    /// Removes the system from the host's registry.
     bool deinit() override;
 
     // The life of a check, for plugins to override.
@@ -32,25 +36,27 @@ public:
     /// other kinds of input are refused.
     virtual loyalty::CardNumberResult getCardNumber(const loyalty::CardNumberInputData &data);
 
-    /// Fills the record with what is known of the card. False: not identified, see getLastErrorString().
+    /// Fills the record with what is known of the card. False: not identified, see getLastErrorString(). Here: any card
+    /// with a number is identified by it.
     virtual bool identifyByCard(QSharedPointer<DocumentCardRecord> &card, ECardNumberType type);
 
-    /// Prices the check. False: not priced, see getLastErrorString().
+    /// Prices the check. False: not priced, see getLastErrorString(). Here: recalculateAllPoints().
     virtual bool request(const QSharedPointer<AbstractDocument> &document);
 
-    /// Pays with points; getBonusImpactsForSpend() then gives the discounts.
+    /// Pays with points; getBonusImpactsForSpend() then gives the discounts. Here: one discount on the check, of all
+    /// the points for spending that lines can still take, down to the step of getRoundPrecisionForSpend().
     virtual bool spendPoints();
 
-    /// The check is closed.
+    /// The check is closed. Here: nothing to do.
     virtual bool commit(const QSharedPointer<AbstractDocument> &document);
 
     /// Drops points, impacts and records.
     virtual bool cancel();
 
-    /// The check is voided, or the card was taken off it.
+    /// The check is voided, or the card is about to be taken off it. Here: nothing to do.
     virtual bool rollback(const QSharedPointer<AbstractDocument> &document);
 
-    /// Reads the state back from the plugin data of the current check.
+    /// Reads the state back from the plugin data of the current check. Here: "pointsForSpend" and "pointsForEarn".
     virtual bool restoreLoyaltySystem();
 
     // What the host may ask of any loyalty system.
@@ -59,7 +65,8 @@ public:
     virtual bool requestCommit(bool offline);
     /// Recomputes the points for earning from the bonus records.
     virtual bool recalculatePointsForEarn();
-    /// The points that the line with the given position earns, where `qualifier` is empty or the card's number.
+    /// The points that the line with this position earns (0: the whole check); a `qualifier` that is not empty is the
+    /// number of the card that they are for.
     virtual double calculatePointsForEarnByQualifier(const QString &qualifier, int position);
     /// Drops all points for earning; `valutCode` is the payment that excludes them. Returns whether there were any.
     virtual bool removeEarnByValutCode(int valutCode);
@@ -68,7 +75,7 @@ public:
     /// Recomputes the points for spending and for earning.
     virtual bool recalculateAllPoints(const QSharedPointer<AbstractDocument> &document);
     virtual bool hasPointsForSpend() const;
-    /// Points that may be spent on the check; never more than it still costs.
+    /// Points that may be spent on the check; never more than it still costs, and none without a check.
     virtual double getPointsForSpend(const QSharedPointer<AbstractDocument> &document) const;
     virtual bool hasPointsForEarn() const;
     virtual double getPointsForEarn() const;
@@ -87,34 +94,45 @@ public:
     virtual bool takeForCustomer() const;
     /// Lines about the card for the cashier: number, customer, status and balance, as far as they are known.
     virtual QStringList getCardInfo(const QSharedPointer<DocumentCardRecord> &card) const;
+    /// Whether the customer may spend fewer points than are offered. Here: when the host asks for the number.
     virtual bool isAllowPartialPointsSpend() const;
+    /// Negative points count as none.
     virtual void setPointsForSpend(double points);
     /// The smallest step of points that can be spent; 0.01 unless set.
     virtual double getRoundPrecisionForSpend() const;
+    /// A step that is not above zero changes nothing.
     virtual void setRoundPrecisionForSpend(double precision);
-    /// Whether the host's own discounts may be given together with this system's.
+    /// Whether the host's own discounts may be given together with this system's. Here: yes.
     virtual bool isAllowInternalDiscount() const;
+    /// Whether change may be turned into a discount on a check that points have paid a part of. Here: no.
     virtual bool useDiscOnChangeWithBonusPayment() const;
     /// Copies the card holder's name to the messages for the cashier. False when the holder is unknown.
     virtual bool fillCardOwnerInfo();
     /// How the card may be entered: a sum of bits 1 << ECardNumberType. Here: all of them.
     virtual int getCardMode() const;
-    /// Texts to print after the receipt.
+    /// Texts to print after the receipt. Here: none.
     virtual QStringList getSlips() const;
     /// Whether a card on the check may be replaced by another. Here: no.
     virtual bool cardReplace();
-    /// What the host asks for when a card is added in the subtotal.
+    /// What the host asks for when a card is added in the subtotal. Here: the card's number.
     virtual ECardNumberType getCardNumberTypeToAddCardInSubtotal() const;
+    /// SpendPoints, EarnPoints and RequestPointsForSpend are on from the start: a system that knows points takes them
+    /// and gives them, and lets the customer choose how many. RequestAfterClose costs another exchange and is off.
     virtual bool checkOption(LoyaltySystemOption option) const;
+    /// Whether the system has itself asked how many points to spend, so that the host need not. Here: no.
     virtual bool requestInputPointsForSpendByLoyalty();
     /// The closed check is reported to the system. Here: nothing to do.
     virtual bool registerCheck();
+    /// Whether the system answers for coupons of this kind. Here: for none.
     virtual bool couponBelongsToSystem(ECoupon::Type type) const;
-    /// Forgets the closed check.
+    /// Forgets the closed check: its points, impacts, records, messages and last error, and the check itself. What is
+    /// stored with the check stays.
     virtual void clearAfterClose();
+    /// The check has been paid. False holds it open. Here: nothing to do.
     virtual bool payCheck();
-    /// Limits the points for spending to what the check still costs.
+    /// Limits the points for spending to what the check still costs; without a check they stay.
     virtual bool recalculatePointsForSpend(const QSharedPointer<AbstractDocument> &document);
+    /// The check is about to be set aside, has been set aside, or has been taken up again. Here: nothing to do.
     virtual bool beforePutoutCheck();
     virtual bool afterPutoutCheck();
     virtual bool revealCheck();
@@ -123,12 +141,14 @@ public:
     /// the record itself for the whole check.
     virtual QList<DocumentBonusRecord> distributeBonusRecord(const QSharedPointer<AbstractDocument> &document,
                                                              const DocumentBonusRecord &record) const;
-    /// By position, how much of each line points may still pay, in rubles.
+    /// By position, how much of each line points may still pay, in rubles: nothing of a line without discounts.
     virtual QHash<int, double> getBonusImpactsLimits(const QSharedPointer<AbstractDocument> &document) const;
     /// This system's card on the current check; null when there is none.
     virtual QSharedPointer<DocumentCardRecord> getCard() const;
     virtual bool hasCard() const;
+    /// False when the system is registered already.
     virtual bool registerLoyaltySystem();
+    /// False when the system is not registered.
     virtual bool deregisterLoyaltySystem();
     virtual void setOption(LoyaltySystemOption option, bool enabled);
     /// The name under which the system's plugin data is stored with a check.
@@ -140,7 +160,7 @@ public:
     virtual QVariantMap getPluginData() const;
     /// Forgets everything about the check, the system's plugin data included.
     virtual void clearData();
-    /// Forgets points, impacts, records and messages.
+    /// Forgets points, impacts and records through cancel(), and the messages.
     virtual void clearLoyaltyData();
 
 protected:
@@ -153,6 +173,7 @@ protected:
     QList<tr::Tr> messagesToCashier;
 
 private:
+    QSharedPointer<LoyaltySystems> m_registry; ///< Where the system is registered; null while it is not.
     QSet<int> m_options;
     double m_roundPrecisionForSpend = 0.01;
 };

@@ -9,6 +9,7 @@
 class POSHOST_EXPORT LoyaltySystems
 {
 public:
+    /// For BasicLoyaltySystem::registerLoyaltySystem(), which also sees to the removal of a system that is destroyed.
     /// False when the system is registered already.
     bool add(BasicLoyaltySystem *system);
     /// False when the system is not registered.

@@ -1,0 +1,7 @@
+// A document of the till: anchors the class and its meta-object in the library.
+#include "abstractdocument.h"
+
+AbstractDocument::AbstractDocument(QObject *parent) : QObject(parent)
+{}
+
+AbstractDocument::~AbstractDocument() = default;

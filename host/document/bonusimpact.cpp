@@ -1,0 +1,4 @@
+// Loyalty points spent: anchors the class in the library.
+#include "bonusimpact.h"
+
+BonusImpact::~BonusImpact() = default;

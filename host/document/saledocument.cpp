@@ -1,0 +1,237 @@
+// A sales check: lines, cards and discounts. The discounts of the lines are always computed anew from the shares of the
+// impacts, and an impact's totals are always the sum of its shares: that is why the sums agree to the kopeck.
+#include "saledocument.h"
+
+#include <core/basicexception.h>
+#include <core/currenttime.h>
+#include <core/mockfactory.h>
+
+#include <QtCore/QUuid>
+
+#include <algorithm>
+#include <numeric>
+
+using namespace Qt::Literals::StringLiterals;
+
+using ImpactShares = QList<QSharedPointer<DocumentImpactDetail>>;
+
+namespace {
+
+Money sumOf(const DocumentImpactDetail &detail)
+{
+    return Money::fromRubles(detail.getDiscountSum());
+}
+
+Money sumOf(const ImpactShares &shares)
+{
+    return std::accumulate(shares.cbegin(), shares.cend(), Money(),
+                           [](Money sum, const auto &share) { return sum + sumOf(*share); });
+}
+
+Money limitOf(const GoodsItem &item, const DocumentImpactDetail &discount)
+{
+    return Money::fromRubles(item.getDiscountApplyLimit(!discount.isMinPriceIgnored()));
+}
+
+// A quantity that is no number fails as well.
+void requireSaleable(double quantity, Money price)
+{
+    constexpr double largestQuantity = 1'000'000;
+    if (!(quantity > 0 && quantity <= largestQuantity))
+        throw BasicException(u"Количество товара должно быть больше нуля и не больше миллиона"_s);
+    if (price < Money())
+        throw BasicException(u"Цена товара не может быть отрицательной"_s);
+}
+
+ImpactShares distribute(const QSharedPointer<DocumentImpactDetail> &totals,
+                        const QList<QSharedPointer<GoodsItem>> &goods)
+{
+    QList<int> positions;
+    QList<Money> limits;
+    for (const auto &item : goods) {
+        if (!item->isAllowDiscount())
+            continue;
+        positions.append(item->getPosnum());
+        limits.append(limitOf(*item, *totals));
+    }
+    const Money available = std::accumulate(limits.cbegin(), limits.cend(), Money());
+    if (sumOf(*totals) > available)
+        throw BasicException(
+            u"Скидка %1 больше, чем можно снять с чека: %2"_s.arg(sumOf(*totals).toText(), available.toText()));
+    const QList<Money> parts = Money::distribute(sumOf(*totals), limits);
+    DocumentImpact distributed(totals);
+    for (qsizetype i = 0; i < parts.size(); ++i) {
+        if (!parts[i].isZero())
+            distributed.addDetailForPosition(positions[i], parts[i].toRubles());
+    }
+    return distributed.getDetails();
+}
+
+ImpactShares sharesOf(const DocumentImpact &impact, const QList<QSharedPointer<GoodsItem>> &goods)
+{
+    if (!impact.getDetails().isEmpty())
+        return impact.getDetails();
+    const auto totals = impact.getTotals();
+    if (totals->getDiscountObject() == EDiscountObject::Position)
+        return {QSharedPointer<DocumentImpactDetail>::create(*totals)};
+    return distribute(totals, goods);
+}
+
+bool isGivenBy(const DocumentImpact &impact, const QSharedPointer<DocumentCardRecord> &card)
+{
+    if (const auto giver = impact.getCardRecord())
+        return giver == card;
+    return card->getCodeInternal() > 0 && impact.getTotals()->getCardIndex().toInt() == card->getCodeInternal();
+}
+
+// Keeps the shares for which `keep` holds; false when none is left of an impact that had some.
+template <class Keep>
+bool reduce(DocumentImpact &impact, Keep keep)
+{
+    ImpactShares shares = impact.getDetails();
+    if (shares.removeIf([&](const auto &share) { return !keep(*share); }) == 0)
+        return true;
+    impact.setDetails(shares);
+    impact.getTotals()->setDiscountSum(sumOf(shares).toRubles());
+    return !shares.isEmpty();
+}
+
+} // namespace
+
+SaleDocument::SaleDocument(EDocumentType type)
+    : m_type(type),
+      m_identifier(QUuid::createUuid().toString(QUuid::WithoutBraces)),
+      m_dateTime(MockFactory<CurrentTime>::create()->currentDateTime())
+{}
+
+SaleDocument::~SaleDocument() = default;
+
+int SaleDocument::addGoodsItem(const QSharedPointer<GoodsItem> &item)
+{
+    requireSaleable(item->getQuantity(), item->getPrice());
+    item->setPosnum(++m_lastPosnum);
+    item->setDiscountSum({});
+    m_goods.append(item);
+    return m_lastPosnum;
+}
+
+QSharedPointer<GoodsItem> SaleDocument::findGoodsItem(int posnum) const
+{
+    const auto found = std::find_if(m_goods.cbegin(), m_goods.cend(),
+                                    [posnum](const auto &item) { return item->getPosnum() == posnum; });
+    return found == m_goods.cend() ? nullptr : *found;
+}
+
+QSharedPointer<GoodsItem> SaleDocument::requireGoodsItem(int posnum) const
+{
+    const auto item = findGoodsItem(posnum);
+    if (!item)
+        throw BasicException(u"В чеке нет строки %1"_s.arg(posnum));
+    return item;
+}
+
+void SaleDocument::changeGoodsItem(int posnum, double quantity, Money price)
+{
+    const auto item = requireGoodsItem(posnum);
+    requireSaleable(quantity, price);
+    GoodsItem changed;
+    changed.setQuantity(quantity);
+    changed.setPrice(price);
+    if (item->getDiscountSum() > changed.getSum())
+        throw BasicException(u"Скидки на строку %1 (%2) больше её новой суммы (%3)"_s.arg(
+            QString::number(posnum), item->getDiscountSum().toText(), changed.getSum().toText()));
+    item->setQuantity(quantity);
+    item->setPrice(price);
+}
+
+void SaleDocument::removeGoodsItem(int posnum)
+{
+    const auto item = requireGoodsItem(posnum);
+    m_impacts.removeIf([posnum](const auto &impact) {
+        return !reduce(*impact, [posnum](const auto &share) { return share.getPosition() != posnum; });
+    });
+    m_goods.removeOne(item);
+    item->setDiscountSum({});
+    updateLineDiscounts();
+}
+
+void SaleDocument::addCard(const QSharedPointer<DocumentCardRecord> &card)
+{
+    if (!card || m_cards.contains(card))
+        return;
+    card->setCodeInternal(++m_lastCardCode);
+    m_cards.append(card);
+}
+
+void SaleDocument::removeCard(const QSharedPointer<DocumentCardRecord> &card)
+{
+    if (!m_cards.contains(card))
+        return;
+    removeImpactsOf(card);
+    m_cards.removeOne(card);
+}
+
+void SaleDocument::requireFits(const ImpactShares &shares) const
+{
+    QHash<int, Money> taken;
+    for (const auto &share : shares) {
+        const int posnum = share->getPosition();
+        const auto item = requireGoodsItem(posnum);
+        const Money limit = item->isAllowDiscount() ? limitOf(*item, *share) : Money();
+        taken[posnum] += sumOf(*share);
+        if (sumOf(*share) < Money() || taken[posnum] > limit)
+            throw BasicException(u"Скидка %2 на строку %1 невозможна: допустимо от 0.00 до %3"_s.arg(
+                QString::number(posnum), taken[posnum].toText(), limit.toText()));
+    }
+}
+
+void SaleDocument::addImpact(const QSharedPointer<DocumentImpact> &impact)
+{
+    if (m_impacts.contains(impact))
+        return;
+    const ImpactShares shares = sharesOf(*impact, m_goods);
+    requireFits(shares);
+
+    // Nothing throws from here on.
+    for (const auto &share : shares)
+        share->setDiscountSum(sumOf(*share).toRubles());
+    impact->setDetails(shares);
+    const auto totals = impact->getTotals();
+    totals->setDiscountSum(sumOf(shares).toRubles());
+    if (const auto card = impact->getCardRecord(); card && totals->getCardIndex().isNull())
+        totals->setCardIndex(card->getCodeInternal());
+    m_impacts.append(impact);
+    updateLineDiscounts();
+}
+
+void SaleDocument::removeImpactsOf(const QSharedPointer<DocumentCardRecord> &card)
+{
+    if (!card)
+        return;
+    m_impacts.removeIf([&](const auto &impact) { return isGivenBy(*impact, card); });
+    updateLineDiscounts();
+}
+
+Money SaleDocument::getSum() const
+{
+    return std::accumulate(m_goods.cbegin(), m_goods.cend(), Money(),
+                           [](Money sum, const auto &item) { return sum + item->getSum(); });
+}
+
+Money SaleDocument::getDiscountSum() const
+{
+    return std::accumulate(m_impacts.cbegin(), m_impacts.cend(), Money(),
+                           [](Money sum, const auto &impact) { return sum + sumOf(*impact->getTotals()); });
+}
+
+void SaleDocument::updateLineDiscounts()
+{
+    QHash<int, Money> discounts;
+    for (const auto &impact : std::as_const(m_impacts)) {
+        const ImpactShares shares = impact->getDetails();
+        for (const auto &share : shares)
+            discounts[share->getPosition()] += sumOf(*share);
+    }
+    for (const auto &item : std::as_const(m_goods))
+        item->setDiscountSum(discounts.value(item->getPosnum()));
+}

@@ -1,0 +1,11 @@
+// Base of what works on the host's current check.
+#include "documentwatcher.h"
+
+DocumentWatcher::DocumentWatcher() = default;
+
+DocumentWatcher::~DocumentWatcher() = default;
+
+void DocumentWatcher::setDocument(const QSharedPointer<AbstractDocument> &document)
+{
+    m_document = document;
+}
