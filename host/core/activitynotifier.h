@@ -31,5 +31,7 @@ private:
         QPointer<BaseActivityListener> listener;
         QSet<int> codes;
     };
+    bool isSubscribed(const BaseActivityListener *listener, int code) const;
+
     QList<Subscription> m_subscriptions;
 };

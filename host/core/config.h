@@ -8,7 +8,7 @@
 
 /// Values by key. The key "Kvo:host" is the entry `host` of the section `[Kvo]`; keys are case-sensitive. A value is
 /// the text after "=", trimmed, taken literally (no escapes, no lists); one pair of double quotes around it is removed.
-/// Thread-safe after construction.
+/// Of several entries with the same key the last one counts. Thread-safe after construction.
 class POSHOST_EXPORT Config
 {
 public:
@@ -16,7 +16,7 @@ public:
     Config();
 
     /// Reads `fileName` (UTF-8). Throws BasicException that names the file when it cannot be read, and the file and the
-    /// line when a line is neither a section, an entry, a comment (";" or "#") nor blank.
+    /// line when a line is not UTF-8 or is neither a section, an entry, a comment (";" or "#") nor blank.
     explicit Config(const QString &fileName);
 
     virtual ~Config();
@@ -28,13 +28,15 @@ public:
     /// one warning line in the log that names the key.
     virtual int getInt(const QString &key, int defaultValue) const;
 
-    /// The same for a number with an optional fraction; the decimal separator is a point in every locale.
+    /// The same for a finite number with an optional fraction; the decimal separator is a point in every locale.
     virtual double getDouble(const QString &key, double defaultValue) const;
 
     /// The file that was read; empty for an empty configuration.
     const QString &fileName() const { return m_fileName; }
 
 private:
+    bool readLine(const QString &line, QString &section);
+
     QString m_fileName;
     QHash<QString, QString> m_values;
 };

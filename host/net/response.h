@@ -17,11 +17,12 @@ public:
         : m_status(status), m_networkError(networkError), m_errorText(errorText), m_json(json)
     {}
 
-    /// The HTTP status code; 0 when no answer came.
+    /// The HTTP status code; 0 when the exchange failed, whatever status line may have come.
     int status() const { return m_status; }
 
-    /// Other than NoError when the exchange failed: no connection, time-out, an answer that was cut, is too long or is
-    /// not JSON. An HTTP status alone is never an error here.
+    /// Other than NoError when the exchange failed: no connection, time-out, an answer that was cut, is too long, is
+    /// not JSON, or is empty with a status other than success (2xx). Such an answer comes from a gateway and not from
+    /// the service. An HTTP status alone is never an error here.
     QNetworkReply::NetworkError networkError() const { return m_networkError; }
 
     /// What to tell the cashier where the body brings no text of its own; never empty after an exchange.

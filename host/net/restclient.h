@@ -13,7 +13,8 @@ class Logger;
 }
 
 /// Blocks its thread for the exchange; there is no event loop. Connections are kept alive between exchanges of one
-/// thread, also of different RestClient objects. A request goes out on the wire at most once per call.
+/// thread, also of different RestClient objects. A request goes out on the wire at most once per call, also when a kept
+/// connection turns out to be dead.
 class POSHOST_EXPORT RestClient
 {
 public:
@@ -23,15 +24,17 @@ public:
     RestClient();
     virtual ~RestClient();
 
-    /// Where exchanges are logged: one debug line each, without headers, bodies and query values. Null: nowhere.
+    /// Where exchanges are logged: one line each, at debug level or, for failed exchanges, at error level, without
+    /// headers, bodies and query values. Null: nowhere.
     virtual void setLogger(Log4Qt::Logger *logger) { m_logger = logger; }
 
     /// The longest time for the whole exchange, in milliseconds; 0 and below mean the default of 10 000.
     virtual void setTimeout(int ms) { m_timeout = ms; }
 
     /// Sends one request and waits for the answer; response() then tells the outcome, whatever it was. GET sends no
-    /// body, every other operation sends `payload`. TLS certificates are verified, redirects are not followed, only
-    /// http and https are spoken.
+    /// body; POST, PUT and DELETE send `payload`; other operations fail. The URL goes out in its fully encoded form.
+    /// TLS certificates are verified, redirects are not followed, only http and https are spoken, and proxies of the
+    /// environment are not used.
     virtual void request(QNetworkAccessManager::Operation op, const QUrl &url, const QJsonDocument &payload,
                          const QHash<QString, QString> &headers);
 

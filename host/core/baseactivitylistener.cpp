@@ -1,0 +1,7 @@
+// The base of all listeners.
+#include <core/baseactivitylistener.h>
+
+BaseActivityListener::BaseActivityListener(QObject *parent) : QObject(parent)
+{}
+
+BaseActivityListener::~BaseActivityListener() = default;

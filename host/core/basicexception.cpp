@@ -1,0 +1,13 @@
+// The exceptions' destructors live here and nowhere else, so that a plugin and the host share one type information and
+// catch each other's exceptions.
+#include <core/basicexception.h>
+
+BasicException::BasicException(const tr::Tr &text) : m_text(text), m_what(text.ru().toUtf8())
+{}
+
+BasicException::BasicException(const QString &text) : BasicException(tr::Tr(text))
+{}
+
+BasicException::~BasicException() = default;
+
+RejectionException::~RejectionException() = default;

@@ -1,0 +1,113 @@
+// Reads the host's configuration file. Not QSettings: its INI dialect takes commas, backslashes and "%" apart, which
+// passwords may contain.
+#include <core/basicexception.h>
+#include <core/config.h>
+
+#include <log4qt/logmanager.h>
+
+#include <QtCore/QFile>
+#include <QtCore/QStringDecoder>
+
+#include <cmath>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+QString decoded(const QByteArray &line, bool &ok)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8);
+    const QString text = decoder(line);
+    ok = !decoder.hasError();
+    return text.trimmed();
+}
+
+QString unquoted(const QString &value)
+{
+    const bool quoted = value.size() >= 2 && value.startsWith(u'"') && value.endsWith(u'"');
+    return quoted ? value.mid(1, value.size() - 2) : value;
+}
+
+void warnOfNumber(const QString &key, const QString &text, const QString &used)
+{
+    Log4Qt::LogManager::logger(u"poshost"_s)
+        ->warn(u"Настройка %1: \"%2\" не является числом нужного вида, взято значение по умолчанию %3"_s.arg(key, text,
+                                                                                                             used));
+}
+
+} // namespace
+
+Config::Config() = default;
+
+Config::Config(const QString &fileName) : m_fileName(fileName)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly))
+        throw BasicException(u"Файл настроек %1 не читается: %2"_s.arg(fileName, file.errorString()));
+    QByteArray content = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        throw BasicException(u"Файл настроек %1 не читается: %2"_s.arg(fileName, file.errorString()));
+    if (content.startsWith("\xEF\xBB\xBF"))
+        content.remove(0, 3);
+
+    QString section;
+    int number = 0;
+    for (const QByteArray &line : content.split('\n')) {
+        ++number;
+        bool ok = false;
+        const QString text = decoded(line, ok);
+        if (!ok || !readLine(text, section)) {
+            const QString reason = ok ? u"ожидается [раздел], имя = значение или комментарий"_s : u"текст не в UTF-8"_s;
+            throw BasicException(u"Файл настроек %1, строка %2: %3"_s.arg(fileName, QString::number(number), reason));
+        }
+    }
+}
+
+Config::~Config() = default;
+
+bool Config::readLine(const QString &line, QString &section)
+{
+    if (line.isEmpty() || line.startsWith(u';') || line.startsWith(u'#'))
+        return true;
+    if (line.startsWith(u'[')) {
+        section = line.mid(1, line.size() - 2).trimmed();
+        return line.endsWith(u']') && !section.isEmpty();
+    }
+    const qsizetype separator = line.indexOf(u'=');
+    const QString name = line.left(separator).trimmed();
+    if (separator == -1 || name.isEmpty())
+        return false;
+    m_values.insert(section.isEmpty() ? name : section + u':' + name, unquoted(line.mid(separator + 1).trimmed()));
+    return true;
+}
+
+QString Config::getString(const QString &key, const QString &defaultValue) const
+{
+    return m_values.value(key, defaultValue);
+}
+
+int Config::getInt(const QString &key, int defaultValue) const
+{
+    const auto text = m_values.constFind(key);
+    if (text == m_values.cend())
+        return defaultValue;
+    bool ok = false;
+    const int number = text->toInt(&ok);
+    if (ok)
+        return number;
+    warnOfNumber(key, *text, QString::number(defaultValue));
+    return defaultValue;
+}
+
+double Config::getDouble(const QString &key, double defaultValue) const
+{
+    const auto text = m_values.constFind(key);
+    if (text == m_values.cend())
+        return defaultValue;
+    bool ok = false;
+    const double number = text->toDouble(&ok);
+    if (ok && std::isfinite(number))
+        return number;
+    warnOfNumber(key, *text, QString::number(defaultValue));
+    return defaultValue;
+}

@@ -1,0 +1,9 @@
+// The system clock.
+#include <core/currenttime.h>
+
+CurrentTime::~CurrentTime() = default;
+
+QDateTime CurrentTime::currentDateTime() const
+{
+    return QDateTime::currentDateTime();
+}

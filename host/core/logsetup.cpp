@@ -1,0 +1,95 @@
+// Builds the log's appenders from the configuration, with nothing but Log4Qt's public interface.
+#include <core/basicexception.h>
+#include <core/config.h>
+#include <core/logsetup.h>
+
+#include <log4qt/consoleappender.h>
+#include <log4qt/logmanager.h>
+#include <log4qt/rollingfileappender.h>
+#include <log4qt/ttcclayout.h>
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr int defaultMaxFileSize = 10 * 1024 * 1024;
+constexpr int defaultMaxFiles = 5;
+constexpr int largestMaxFiles = 1000;
+
+void warn(const QString &text)
+{
+    Log4Qt::LogManager::logger(u"poshost"_s)->warn(text);
+}
+
+int numberWithin(const Config &config, const QString &key, int lowest, int highest, int defaultValue)
+{
+    const int number = config.getInt(key, defaultValue);
+    if (number >= lowest && number <= highest)
+        return number;
+    warn(u"Настройка %1: допустимы значения от %2 до %3, взято %4"_s.arg(
+        key, QString::number(lowest), QString::number(highest), QString::number(defaultValue)));
+    return defaultValue;
+}
+
+Log4Qt::Level configuredLevel(const Config &config)
+{
+    const QString text = config.getString(u"Log:level"_s, u"INFO"_s);
+    bool ok = false;
+    const Log4Qt::Level level = Log4Qt::Level::fromString(text, &ok);
+    if (ok && level != Log4Qt::Level::NULL_INT)
+        return level;
+    warn(u"Настройка Log:level: нет уровня \"%1\", взят INFO"_s.arg(text));
+    return Log4Qt::Level::INFO_INT;
+}
+
+// The libraries report a file that cannot be opened on stderr at best; this throws, and sets the mode in advance.
+void preparePrivateFile(const QString &fileName)
+{
+    QDir().mkpath(QFileInfo(fileName).absolutePath());
+    QFile file(fileName);
+    constexpr auto ownerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+    if (!file.open(QIODevice::Append, ownerOnly) || !file.setPermissions(ownerOnly))
+        throw BasicException(
+            u"Файл журнала %1 (настройка Log:file) не открывается: %2"_s.arg(fileName, file.errorString()));
+}
+
+Log4Qt::AppenderSharedPtr fileAppender(const Config &config, const QString &fileName,
+                                       const Log4Qt::LayoutSharedPtr &layout)
+{
+    preparePrivateFile(fileName);
+    auto *appender = new Log4Qt::RollingFileAppender(layout, fileName, true);
+    const Log4Qt::AppenderSharedPtr owner(appender);
+    appender->setMaximumFileSize(numberWithin(config, u"Log:maxFileSize"_s, 1, INT_MAX, defaultMaxFileSize));
+    appender->setMaxBackupIndex(numberWithin(config, u"Log:maxFiles"_s, 1, largestMaxFiles, defaultMaxFiles));
+    appender->activateOptions();
+    return owner;
+}
+
+Log4Qt::AppenderSharedPtr consoleAppender(const Log4Qt::LayoutSharedPtr &layout)
+{
+    auto *appender = new Log4Qt::ConsoleAppender(layout, Log4Qt::ConsoleAppender::STDERR_TARGET);
+    const Log4Qt::AppenderSharedPtr owner(appender);
+    appender->setThreshold(Log4Qt::Level::WARN_INT);
+    appender->activateOptions();
+    return owner;
+}
+
+} // namespace
+
+void setUpLogging(const Config &config)
+{
+    const Log4Qt::LayoutSharedPtr layout(new Log4Qt::TTCCLayout(Log4Qt::TTCCLayout::ISO8601));
+    layout->activateOptions();
+    const QString fileName = config.getString(u"Log:file"_s, {});
+    const auto appender = fileName.isEmpty() ? consoleAppender(layout) : fileAppender(config, fileName, layout);
+    const Log4Qt::Level level = configuredLevel(config);
+
+    Log4Qt::Logger *root = Log4Qt::LogManager::rootLogger();
+    root->removeAllAppenders();
+    root->addAppender(appender);
+    root->setLevel(level);
+}

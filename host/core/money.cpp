@@ -1,0 +1,83 @@
+// Arithmetic of whole kopecks. Wide integers hold the products, so that no sum that fits can overflow on the way.
+#include <core/money.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace {
+
+__extension__ using Wide = __int128;
+
+constexpr double largestRubles = 9e16;
+
+// The number of decimal digits that a double holds whatever its value: what a person has written with so many digits
+// comes back as it was written.
+constexpr int significantDigits = 15;
+
+constexpr qint64 powerOfTen(int exponent)
+{
+    qint64 power = 1;
+    for (; exponent > 0; --exponent)
+        power *= 10;
+    return power;
+}
+
+} // namespace
+
+Money Money::fromRubles(double rubles)
+{
+    if (!std::isfinite(rubles) || std::abs(rubles) >= largestRubles)
+        return {};
+    // "d.dddddddddddddde±xx", in every locale.
+    const QByteArray text = QByteArray::number(std::abs(rubles), 'e', significantDigits - 1);
+    const qint64 digits = (text.left(1) + text.mid(2, significantDigits - 1)).toLongLong();
+    const int shift = text.mid(significantDigits + 2).toInt() - (significantDigits - 1) + 2;
+    if (shift < -significantDigits)
+        return {};
+    const qint64 scale = powerOfTen(std::abs(shift));
+    const qint64 kopecks = shift >= 0 ? digits * scale : (digits + scale / 2) / scale;
+    return Money(rubles < 0 ? -kopecks : kopecks);
+}
+
+QString Money::toText() const
+{
+    const quint64 amount = m_kopecks < 0 ? 0 - static_cast<quint64>(m_kopecks) : static_cast<quint64>(m_kopecks);
+    const QString text = QString::number(amount / 100) + u'.' + QString::number(amount % 100).rightJustified(2, u'0');
+    return m_kopecks < 0 ? u'-' + text : text;
+}
+
+QList<Money> Money::distribute(Money total, const QList<Money> &weights)
+{
+    Wide weightSum = 0;
+    for (const Money weight : weights)
+        weightSum += std::max<qint64>(weight.m_kopecks, 0);
+    QList<Money> parts(weights.size());
+    if (parts.isEmpty())
+        return parts;
+    if (weightSum == 0) {
+        parts.first() = total;
+        return parts;
+    }
+
+    Money left = total;
+    QList<Wide> remainders(weights.size());
+    for (qsizetype i = 0; i < weights.size(); ++i) {
+        const Wide product = Wide{total.m_kopecks} * std::max<qint64>(weights[i].m_kopecks, 0);
+        parts[i] = Money(static_cast<qint64>(product / weightSum));
+        remainders[i] = product % weightSum;
+        left -= parts[i];
+    }
+
+    QList<qsizetype> order(weights.size());
+    std::iota(order.begin(), order.end(), 0);
+    // Remainders and what is left have the sign of the total.
+    const int sign = total.m_kopecks < 0 ? -1 : 1;
+    std::stable_sort(order.begin(), order.end(),
+                     [&](qsizetype a, qsizetype b) { return remainders[a] * sign > remainders[b] * sign; });
+    for (qsizetype i = 0; !left.isZero(); ++i) {
+        parts[order[i]] += Money(sign);
+        left -= Money(sign);
+    }
+    return parts;
+}

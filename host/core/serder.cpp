@@ -1,0 +1,152 @@
+// Takes values apart into plain variants and puts them together again.
+#include <core/basicexception.h>
+#include <core/serder.h>
+
+#include <QtCore/QDateTime>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QMetaProperty>
+#include <QtCore/QSequentialIterable>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace serder {
+
+namespace {
+
+bool isScalar(QMetaType type)
+{
+    switch (type.id()) {
+    case QMetaType::Bool:
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Double:
+    case QMetaType::QString:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool isDateOrTime(QMetaType type)
+{
+    return type.id() == QMetaType::QDateTime || type.id() == QMetaType::QDate || type.id() == QMetaType::QTime;
+}
+
+QVariantMap plainMap(const QVariantMap &map)
+{
+    QVariantMap plain;
+    for (auto entry = map.cbegin(); entry != map.cend(); ++entry)
+        plain.insert(entry.key(), toPlain(entry.value()));
+    return plain;
+}
+
+QVariantList plainList(const QVariant &value)
+{
+    QVariantList plain;
+    for (const QVariant &element : value.value<QSequentialIterable>())
+        plain.append(toPlain(element));
+    return plain;
+}
+
+// What `value`, as toPlain() made it and JSON may have kept it, is as a value of `type`; invalid when it is not one.
+QVariant fromPlain(const QVariant &value, QMetaType type)
+{
+    if (type == QMetaType::fromType<tr::Tr>())
+        return QVariant::fromValue(toTr(value));
+    if (type.flags().testFlag(QMetaType::IsGadget)) {
+        QVariant gadget(type);
+        mapToGadget(*type.metaObject(), gadget.data(), value.toMap());
+        return gadget;
+    }
+    if (isDateOrTime(type) && value.toString().isEmpty())
+        return QVariant(type);
+    QVariant converted = value;
+    // Enumerations convert from integers only, and JSON has kept a floating-point number.
+    if (type.flags().testFlag(QMetaType::IsEnumeration) && !converted.convert(QMetaType(QMetaType::LongLong)))
+        return {};
+    return converted.convert(type) ? converted : QVariant();
+}
+
+} // namespace
+
+QVariant toVariant(const tr::Tr &text)
+{
+    return QVariantMap{{u"key"_s, text.key()}, {u"ru"_s, text.ru()}};
+}
+
+tr::Tr toTr(const QVariant &value)
+{
+    if (value.metaType() == QMetaType::fromType<tr::Tr>())
+        return value.value<tr::Tr>();
+    if (value.metaType().id() == QMetaType::QString)
+        return tr::Tr(value.toString());
+    const QVariantMap map = value.toMap();
+    return {map.value(u"key"_s).toString(), map.value(u"ru"_s).toString()};
+}
+
+QVariant toVariant(const QStringList &texts)
+{
+    return QVariantList(texts.cbegin(), texts.cend());
+}
+
+QStringList toStringList(const QVariant &value)
+{
+    return value.toStringList();
+}
+
+QVariantMap gadgetToMap(const QMetaObject &type, const void *gadget)
+{
+    QVariantMap map;
+    for (int i = 0; i < type.propertyCount(); ++i) {
+        const QMetaProperty property = type.property(i);
+        if (property.isStored())
+            map.insert(QString::fromLatin1(property.name()), toPlain(property.readOnGadget(gadget)));
+    }
+    return map;
+}
+
+void mapToGadget(const QMetaObject &type, void *gadget, const QVariantMap &map)
+{
+    for (auto entry = map.cbegin(); entry != map.cend(); ++entry) {
+        const int index = type.indexOfProperty(entry.key().toUtf8().constData());
+        if (index == -1)
+            continue;
+        const QMetaProperty property = type.property(index);
+        const QVariant value = fromPlain(entry.value(), property.metaType());
+        if (!value.isValid() || !property.writeOnGadget(gadget, value))
+            throw BasicException(u"Поле %1 записи %2 содержит непонятное значение"_s.arg(
+                entry.key(), QString::fromLatin1(type.className())));
+    }
+}
+
+QVariant toPlain(const QVariant &value)
+{
+    const QMetaType type = value.metaType();
+    if (!type.isValid() || type.id() == QMetaType::Nullptr)
+        return {};
+    if (isScalar(type))
+        return value;
+    if (isDateOrTime(type))
+        return value.toString(); // ISO 8601 with milliseconds.
+    if (type == QMetaType::fromType<tr::Tr>())
+        return toVariant(value.value<tr::Tr>());
+    if (type.flags().testFlag(QMetaType::IsEnumeration))
+        return value.toLongLong();
+    if (value.canConvert<QVariantMap>())
+        return plainMap(value.toMap());
+    if (type.flags().testFlag(QMetaType::IsGadget))
+        return gadgetToMap(*type.metaObject(), value.constData());
+    if (value.canConvert<QSequentialIterable>())
+        return plainList(value);
+    if (type.id() == QMetaType::QJsonValue)
+        return value.toJsonValue().toVariant();
+    if (type.id() == QMetaType::QJsonDocument)
+        return value.toJsonDocument().toVariant();
+    throw BasicException(u"Значение типа %1 нельзя записать на диск"_s.arg(QString::fromLatin1(type.name())));
+}
+
+} // namespace serder

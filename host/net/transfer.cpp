@@ -1,0 +1,166 @@
+// The use of libcurl: one handle per thread, whose connections stay open between exchanges. A till talks to the
+// configured host and to nobody else: proxies of the environment are ignored and redirects are not followed.
+#include "transfer.h"
+
+#include "curlerrors.h"
+
+#include <array>
+#include <memory>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+// Servers close idle connections; an older one is not worth the risk that it dies under a request.
+constexpr long maxIdleSeconds = 20;
+
+struct Exchange
+{
+    TransferResult result{};
+    qsizetype maxBodySize = 0;
+    int requests = 0;
+};
+
+std::size_t receive(char *data, std::size_t size, std::size_t count, void *user)
+{
+    auto *exchange = static_cast<Exchange *>(user);
+    const auto length = static_cast<qsizetype>(size * count);
+    if (exchange->result.body.size() + length > exchange->maxBodySize)
+        return CURL_WRITEFUNC_ERROR;
+    exchange->result.body.append(data, length);
+    return size * count;
+}
+
+// libcurl sends a request again when a connection that it had kept dies before the first byte of the answer. The
+// service may have received the first one, so the second must not go out.
+int beforeRequest(void *user, char *, char *, int, int)
+{
+    return ++static_cast<Exchange *>(user)->requests == 1 ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+}
+
+bool initialized()
+{
+    static const bool done = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+    return done;
+}
+
+struct CurlDeleter
+{
+    void operator()(CURL *handle) const { curl_easy_cleanup(handle); }
+    void operator()(curl_slist *list) const { curl_slist_free_all(list); }
+};
+
+CURL *threadHandle()
+{
+    thread_local const std::unique_ptr<CURL, CurlDeleter> handle(initialized() ? curl_easy_init() : nullptr);
+    return handle.get();
+}
+
+// The settings of one exchange; the first one that fails is kept, and no later one is tried. They end with the object,
+// since they point to what lives no longer than the exchange.
+class Settings
+{
+public:
+    explicit Settings(CURL *handle) : m_handle(handle) {}
+    ~Settings() { curl_easy_reset(m_handle); }
+    Q_DISABLE_COPY_MOVE(Settings)
+
+    template <class T>
+    void set(CURLoption option, T value)
+    {
+        if (m_code == CURLE_OK)
+            m_code = curl_easy_setopt(m_handle, option, value);
+    }
+
+    void setHeader(const QByteArray &line)
+    {
+        if (curl_slist *longer = curl_slist_append(m_headers.get(), line.constData())) {
+            static_cast<void>(m_headers.release());
+            m_headers.reset(longer);
+        } else if (m_code == CURLE_OK) {
+            m_code = CURLE_OUT_OF_MEMORY;
+        }
+        set(CURLOPT_HTTPHEADER, m_headers.get());
+    }
+
+    CURLcode code() const { return m_code; }
+
+private:
+    CURL *m_handle;
+    CURLcode m_code = CURLE_OK;
+    std::unique_ptr<curl_slist, CurlDeleter> m_headers;
+};
+
+void setPolicy(Settings &settings)
+{
+    settings.set(CURLOPT_PROTOCOLS_STR, "http,https");
+    settings.set(CURLOPT_HTTP_VERSION, long{CURL_HTTP_VERSION_1_1});
+    settings.set(CURLOPT_PROXY, "");
+    settings.set(CURLOPT_FOLLOWLOCATION, 0L);
+    settings.set(CURLOPT_PATH_AS_IS, 1L);
+    settings.set(CURLOPT_SSL_VERIFYPEER, 1L);
+    settings.set(CURLOPT_SSL_VERIFYHOST, 2L);
+    settings.set(CURLOPT_NOSIGNAL, 1L);
+    settings.set(CURLOPT_TCP_NODELAY, 1L);
+    settings.set(CURLOPT_MAXAGE_CONN, maxIdleSeconds);
+    // Otherwise a name server that does not answer holds the thread beyond the time-out.
+    settings.set(CURLOPT_QUICK_EXIT, 1L);
+}
+
+void setRequest(Settings &settings, const TransferRequest &request)
+{
+    settings.set(CURLOPT_URL, request.url.constData());
+    settings.set(CURLOPT_TIMEOUT_MS, static_cast<long>(request.timeout.count()));
+    settings.setHeader("Expect:");
+    for (auto header = request.headers.cbegin(); header != request.headers.cend(); ++header) {
+        // libcurl takes "name:" as the wish to send no such header, and "name;" as an empty one.
+        const QString line = header->isEmpty() ? header.key() + u';' : header.key() + ": "_L1 + *header;
+        settings.setHeader(line.toUtf8());
+    }
+    if (request.method == "GET") {
+        settings.set(CURLOPT_HTTPGET, 1L);
+        return;
+    }
+    settings.set(CURLOPT_POST, 1L);
+    settings.set(CURLOPT_CUSTOMREQUEST, request.method.constData());
+    settings.set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
+    settings.set(CURLOPT_POSTFIELDS, request.body.constData());
+}
+
+void setExchange(Settings &settings, Exchange &exchange, char *errorText)
+{
+    settings.set(CURLOPT_WRITEFUNCTION, &receive);
+    settings.set(CURLOPT_WRITEDATA, &exchange);
+    settings.set(CURLOPT_PREREQFUNCTION, &beforeRequest);
+    settings.set(CURLOPT_PREREQDATA, &exchange);
+    settings.set(CURLOPT_ERRORBUFFER, errorText);
+}
+
+} // namespace
+
+TransferResult transfer(const TransferRequest &request, qsizetype maxBodySize)
+{
+    CURL *handle = threadHandle();
+    if (!handle)
+        return {.error = QNetworkReply::UnknownNetworkError, .reason = u"libcurl не запускается"_s};
+
+    Exchange exchange{.maxBodySize = maxBodySize};
+    std::array<char, CURL_ERROR_SIZE> errorText{};
+    Settings settings(handle);
+    setPolicy(settings);
+    setRequest(settings, request);
+    setExchange(settings, exchange, errorText.data());
+    CURLcode code = settings.code();
+    if (code == CURLE_OK)
+        code = curl_easy_perform(handle);
+
+    long status = 0;
+    const CURLcode statusCode = curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status);
+    if (code == CURLE_OK)
+        code = statusCode;
+    exchange.result.status = static_cast<int>(status);
+    exchange.result.error = networkErrorOf(code);
+    if (code != CURLE_OK)
+        exchange.result.reason = QString::fromUtf8(errorText[0] ? errorText.data() : curl_easy_strerror(code));
+    return exchange.result;
+}
