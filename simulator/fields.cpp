@@ -1,0 +1,100 @@
+// Typed reading of JSON fields; the texts reach the cashier.
+#include "fields.h"
+
+#include "refusal.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+namespace sim {
+
+void refuseField(const std::string &field, const std::string &problem)
+{
+    throw Refusal(Refusal::Kind::BadRequest, "Поле " + field + ": " + problem);
+}
+
+Fields::Fields(const Json &object, std::string where, std::initializer_list<const char *> names)
+    : m_object(object), m_where(std::move(where))
+{
+    if (!object.is_object())
+        refuseField(m_where, "ожидается объект");
+    for (const auto &[key, value] : object.items())
+        if (std::find(names.begin(), names.end(), key) == names.end())
+            refuseField(path(key), "неизвестное поле");
+}
+
+std::string Fields::path(const std::string &name) const
+{
+    return m_where.empty() ? name : m_where + "." + name;
+}
+
+const Json &Fields::value(const char *name) const
+{
+    const auto found = m_object.find(name);
+    if (found == m_object.end())
+        refuseField(path(name), "отсутствует");
+    return *found;
+}
+
+const Json &Fields::array(const char *name) const
+{
+    const Json &found = value(name);
+    if (!found.is_array())
+        refuseField(path(name), "ожидается массив");
+    return found;
+}
+
+std::string Fields::text(const char *name) const
+{
+    const Json &found = value(name);
+    if (!found.is_string())
+        refuseField(path(name), "ожидается строка");
+    return found.get<std::string>();
+}
+
+std::string Fields::filledText(const char *name) const
+{
+    std::string found = text(name);
+    if (found.empty())
+        refuseField(path(name), "не заполнено");
+    return found;
+}
+
+Kopecks Fields::money(const char *name) const
+{
+    const auto amount = parseHundredths(text(name));
+    if (!amount)
+        refuseField(path(name), "ожидается сумма с двумя знаками после точки");
+    return *amount;
+}
+
+int Fields::positiveNumber(const char *name) const
+{
+    const std::string digits = text(name);
+    const char *const last = digits.data() + digits.size();
+    int number = 0;
+    const auto [end, error] = std::from_chars(digits.data(), last, number);
+    if (error != std::errc() || end != last || number < 1)
+        refuseField(path(name), "ожидается целое число больше нуля");
+    return number;
+}
+
+int Fields::number(const char *name) const
+{
+    const Json &found = value(name);
+    constexpr std::int64_t limit = std::numeric_limits<int>::max();
+    if (!found.is_number_integer() || found.get<std::int64_t>() > limit || found.get<std::int64_t>() < -limit)
+        refuseField(path(name), "ожидается целое число");
+    return found.get<int>();
+}
+
+bool Fields::flag(const char *name) const
+{
+    const Json &found = value(name);
+    if (!found.is_boolean())
+        refuseField(path(name), "ожидается true или false");
+    return found.get<bool>();
+}
+
+} // namespace sim

@@ -1,0 +1,48 @@
+// One JSON object that came from outside, read field by field with refusals that name the field.
+#pragma once
+
+#include "money.h"
+
+#include <nlohmann/json.hpp>
+
+#include <initializer_list>
+#include <string>
+
+namespace sim {
+
+using Json = nlohmann::json;
+
+/// Throws Refusal (BadRequest) "Поле <field>: <problem>".
+[[noreturn]] void refuseField(const std::string &field, const std::string &problem);
+
+/// Refers to the object, which must outlive it. Every reading operation refuses a missing or wrongly typed field.
+class Fields
+{
+public:
+    /// Refuses a value that is no object and an object that has other fields than `names`. `where` is the object's
+    /// own path in the document, empty for the document itself.
+    Fields(const Json &object, std::string where, std::initializer_list<const char *> names);
+
+    /// The field's path in the document, e.g. orderLines[2].lineAmount.
+    std::string path(const std::string &name) const;
+
+    bool has(const char *name) const { return m_object.contains(name); }
+    const Json &value(const char *name) const;
+    const Json &array(const char *name) const;
+    std::string text(const char *name) const;
+    /// As text(); refuses an empty one.
+    std::string filledText(const char *name) const;
+    /// A text of two decimals, e.g. "91.00".
+    Kopecks money(const char *name) const;
+    /// A text that is a whole number above 0, e.g. "3".
+    int positiveNumber(const char *name) const;
+    /// A JSON number without a fraction.
+    int number(const char *name) const;
+    bool flag(const char *name) const;
+
+private:
+    const Json &m_object;
+    std::string m_where;
+};
+
+} // namespace sim

@@ -1,0 +1,90 @@
+// Command line of loyalty-sim.
+#include "database.h"
+#include "outbox.h"
+#include "report.h"
+#include "serve.h"
+
+#include <CLI/CLI.hpp>
+
+#include <filesystem>
+#include <iostream>
+
+namespace {
+
+struct OutboxOptions
+{
+    std::string phone;
+    bool last = false;
+    bool code = false;
+};
+
+void addServe(CLI::App &app, sim::ServeOptions &options)
+{
+    CLI::App *const command = app.add_subcommand("serve", "Serve the loyalty and message APIs on 127.0.0.1");
+    command->add_option("--database", options.database, "Ledger file; made when missing")->required();
+    command->add_option("--port", options.port, "Port; 0 takes a free one")->check(CLI::Range(0, 65535));
+    command->add_option("--port-file", options.portFile, "File to write the port to");
+    command->add_option("--user", options.server.user, "User name of the HTTP Basic authentication");
+    command->add_option("--password", options.server.password, "Its password; better given in the environment")
+        ->envname("LOYALTY_SIM_PASSWORD");
+    command->add_option("--brand", options.server.brand, "Refuse requests of other brands");
+    command->add_option("--customers", options.customers, "JSON file of customers to add");
+}
+
+int printOutbox(const std::filesystem::path &file, const OutboxOptions &options)
+{
+    const std::string phone = sim::phoneKey(options.phone);
+    if (phone.empty() && !options.phone.empty())
+        throw std::runtime_error("--phone: expected a number like +79001234567");
+    sim::Database database(file, sim::Database::Access::Inspect);
+    auto found = database.read([&](const SQLite::Database &connection) { return sim::messages(connection, phone); });
+    if ((options.last || options.code) && found.empty())
+        throw std::runtime_error("the outbox is empty");
+    if (options.last || options.code)
+        found.erase(found.begin(), found.end() - 1);
+    for (const sim::SentMessage &message : found)
+        std::cout << (options.code ? sim::codeIn(message.text) : message.text) << '\n';
+    return 0;
+}
+
+int printLedger(const std::filesystem::path &file, bool json)
+{
+    sim::Database database(file, sim::Database::Access::Inspect);
+    std::cout << (json ? database.read(sim::ledgerJson).dump(2) + "\n" : database.read(sim::ledgerText));
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+try {
+    CLI::App app("Stand-in for the loyalty service: its HTTP API on a ledger of its own.", "loyalty-sim");
+    app.require_subcommand(1);
+    sim::ServeOptions serveOptions;
+    addServe(app, serveOptions);
+
+    std::filesystem::path file;
+    const auto addInspection = [&](const char *name, const char *description) {
+        CLI::App *const command = app.add_subcommand(name, description);
+        command->add_option("--database", file, "Ledger file; may be in use by a server")->required();
+        return command;
+    };
+    OutboxOptions outboxOptions;
+    CLI::App *const outbox = addInspection("outbox", "Print the text messages that were sent");
+    outbox->add_option("--phone", outboxOptions.phone, "Only those to this number");
+    outbox->add_flag("--last", outboxOptions.last, "Only the last one");
+    outbox->add_flag("--code", outboxOptions.code, "Only the digits of the last one's code");
+    bool json = false;
+    CLI::App *const ledger = addInspection("ledger", "Print customers and orders");
+    ledger->add_flag("--json", json, "As JSON, with all movements");
+
+    CLI11_PARSE(app, argc, argv);
+    if (outbox->parsed())
+        return printOutbox(file, outboxOptions);
+    if (ledger->parsed())
+        return printLedger(file, json);
+    return serve(serveOptions);
+} catch (const std::exception &error) {
+    std::cerr << "loyalty-sim: " << error.what() << std::endl;
+    return 2;
+}

@@ -1,0 +1,29 @@
+// The life of an order: what each operation does in each state. The table is in README.md.
+#pragma once
+
+#include "order_store.h"
+
+namespace sim {
+
+/// Each runs inside one transaction of the caller, throws Refusal (nothing is changed then) and is idempotent:
+/// repeated with the same request it gives the same order and changes nothing.
+
+/// Prices the order and books nothing. On an order that exists already the answer is only a price.
+Order calculateOrder(const SQLite::Database &database, const OrderRequest &request);
+
+/// Creates or replaces the order and reserves the points that its lines pay.
+Order createOrder(const SQLite::Database &database, const OrderRequest &request);
+
+/// Re-prices an order for new lines without redemption and gives back what was reserved.
+Order updateOrder(const SQLite::Database &database, const OrderRequest &request);
+
+/// Books the order for good; the request must be the order as last accepted.
+Order postOrder(const SQLite::Database &database, const OrderRequest &request);
+
+/// Attaches the check's identifier to a posted order.
+Order bindOrderId(const SQLite::Database &database, const BasketRequest &request);
+
+/// Ends an order that is not posted, also one that nobody has heard of, and gives back what was reserved.
+Order cancelOrder(const SQLite::Database &database, const BasketRequest &request);
+
+} // namespace sim

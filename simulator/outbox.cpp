@@ -1,0 +1,38 @@
+// The outbox in the ledger's tables.
+#include "outbox.h"
+
+#include "database.h"
+
+namespace sim {
+
+std::int64_t keepMessage(const SQLite::Database &database, const MessageRequest &message)
+{
+    execute(database,
+            "INSERT INTO messages (at, brand, phone, text) VALUES (strftime('%Y-%m-%d %H:%M:%f', 'now'), ?, ?, ?)",
+            message.brand, message.phone, message.text);
+    return database.getLastInsertRowid();
+}
+
+std::vector<SentMessage> messages(const SQLite::Database &database, const std::string &phone)
+{
+    std::vector<SentMessage> found;
+    auto row =
+        prepare(database, "SELECT id, at, phone, text FROM messages WHERE ?1 = '' OR phone = ?1 ORDER BY id", phone);
+    while (row.executeStep())
+        found.push_back({row.getColumn(0).getInt64(), row.getColumn(1).getString(), row.getColumn(2).getString(),
+                         row.getColumn(3).getString()});
+    return found;
+}
+
+std::string codeIn(const std::string &text)
+{
+    constexpr const char *digits = "0123456789";
+    const std::size_t last = text.find_last_of(digits);
+    if (last == std::string::npos)
+        return {};
+    const std::size_t before = text.find_last_not_of(digits, last);
+    const std::size_t first = before == std::string::npos ? 0 : before + 1;
+    return text.substr(first, last - first + 1);
+}
+
+} // namespace sim

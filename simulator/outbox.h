@@ -1,0 +1,30 @@
+// The text messages that the service was asked to send. Nothing leaves the machine: they wait here to be read.
+#pragma once
+
+#include "wire.h"
+
+#include <SQLiteCpp/Database.h>
+
+#include <string>
+#include <vector>
+
+namespace sim {
+
+struct SentMessage
+{
+    std::int64_t id = 0;
+    std::string at; ///< UTC
+    std::string phone;
+    std::string text;
+};
+
+/// Keeps the message; its number.
+std::int64_t keepMessage(const SQLite::Database &database, const MessageRequest &message);
+
+/// The messages to a number, or all with an empty one; oldest first.
+std::vector<SentMessage> messages(const SQLite::Database &database, const std::string &phone);
+
+/// The confirmation code in a text: its last run of digits, empty when there is none.
+std::string codeIn(const std::string &text);
+
+} // namespace sim

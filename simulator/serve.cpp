@@ -1,0 +1,77 @@
+// Start, announcement and orderly end of the server process.
+#include "serve.h"
+
+#include "customer_file.h"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <fstream>
+#include <iostream>
+#include <stdexcept>
+#include <thread>
+
+namespace sim {
+
+namespace {
+
+/// Blocks the signals that end the process, in this thread and all that it starts, so that one place waits for them.
+sigset_t blockEndSignals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signals;
+}
+
+void importCustomers(Database &database, const std::filesystem::path &file)
+{
+    if (!file.empty()) {
+        const auto customers = readCustomerFile(file);
+        database.write([&](const SQLite::Database &connection) { return addCustomers(connection, customers); });
+    } else if (database.read(allCustomers).empty()) {
+        database.write([](const SQLite::Database &connection) { return addCustomers(connection, sampleCustomers()); });
+    }
+}
+
+/// By renaming, so that a reader never sees half a number.
+void writePortFile(const std::filesystem::path &file, int port)
+{
+    std::filesystem::path draft = file;
+    draft += ".new";
+    std::ofstream stream(draft);
+    stream << port << '\n';
+    stream.close();
+    if (!stream)
+        throw std::runtime_error(file.string() + ": the port cannot be written");
+    std::filesystem::rename(draft, file);
+}
+
+} // namespace
+
+int serve(const ServeOptions &options)
+{
+    const sigset_t endSignals = blockEndSignals();
+    Database database(options.database, Database::Access::Serve);
+    importCustomers(database, options.customers);
+    HttpServer server(database, options.server);
+    const int port = server.bind(options.port);
+    if (!options.portFile.empty())
+        writePortFile(options.portFile, port);
+    std::cout << "loyalty-sim: listening on http://127.0.0.1:" << port << std::endl;
+
+    bool served = true;
+    std::thread thread([&] {
+        served = server.run();
+        ::kill(::getpid(), SIGTERM); // wakes the wait below when accepting has failed
+    });
+    int received = 0;
+    sigwait(&endSignals, &received);
+    server.stop();
+    thread.join();
+    return served ? 0 : 1;
+}
+
+} // namespace sim

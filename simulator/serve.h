@@ -1,0 +1,22 @@
+// The "serve" command: a server process from its start to its signal.
+#pragma once
+
+#include "http_server.h"
+
+#include <filesystem>
+
+namespace sim {
+
+struct ServeOptions
+{
+    std::filesystem::path database;
+    int port = 0;                    ///< 0: a free one
+    std::filesystem::path portFile;  ///< empty: none is written
+    std::filesystem::path customers; ///< empty: the sample customers, in a new ledger only
+    ServerOptions server;
+};
+
+/// Serves until SIGTERM or SIGINT; the exit status. Throws std::runtime_error when it cannot start.
+int serve(const ServeOptions &options);
+
+} // namespace sim

@@ -1,0 +1,132 @@
+// Reading of request bodies; see the header for why it is strict.
+#include "wire.h"
+
+#include "refusal.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+
+namespace sim {
+
+namespace {
+
+OrderLine readLine(const Json &object, const std::string &where)
+{
+    const Fields fields(object, where,
+                        {"barcode", "lineID", "qty", "lineAmount", "isSale", "noDiscountAllowed", "noEarnAllowed",
+                         "paymentDiscAmount"});
+    OrderLine line;
+    fields.text("barcode");
+    fields.positiveNumber("qty");
+    line.lineId = fields.positiveNumber("lineID");
+    line.amount = fields.money("lineAmount");
+    line.isSale = fields.flag("isSale");
+    line.noDiscount = fields.flag("noDiscountAllowed");
+    line.noEarn = fields.flag("noEarnAllowed");
+    line.paymentDiscount = fields.money("paymentDiscAmount");
+    if (line.paymentDiscount > line.amount)
+        refuseField(fields.path("paymentDiscAmount"), "больше суммы строки");
+    return line;
+}
+
+std::vector<OrderLine> readLines(const Json &array)
+{
+    std::vector<OrderLine> lines;
+    for (const Json &object : array) {
+        const std::string where = "orderLines[" + std::to_string(lines.size()) + "]";
+        const OrderLine line = readLine(object, where);
+        if (std::any_of(lines.begin(), lines.end(),
+                        [&](const OrderLine &other) { return other.lineId == line.lineId; }))
+            refuseField(where + ".lineID", "номер строки повторяется");
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+void checkDate(const std::string &text)
+{
+    int year = 0;
+    unsigned month = 0;
+    unsigned day = 0;
+    char rest = 0;
+    const bool shaped =
+        text.size() == 10 && std::sscanf(text.c_str(), "%4d-%2u-%2u%c", &year, &month, &day, &rest) == 3;
+    using namespace std::chrono;
+    if (!shaped || !year_month_day(std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)).ok())
+        refuseField("basketDatetime", "ожидается дата вида ГГГГ-ММ-ДД");
+}
+
+BasketRequest readBasket(const Fields &fields)
+{
+    fields.text("onlineStore");
+    fields.text("terminal");
+    return {fields.text("brand"), fields.filledText("cardNumber"), fields.filledText("basket"), {}};
+}
+
+} // namespace
+
+Json parseObject(const std::string &body)
+{
+    Json object = Json::parse(body, nullptr, false);
+    if (!object.is_object())
+        throw Refusal(Refusal::Kind::BadRequest, "Тело запроса не является объектом JSON");
+    return object;
+}
+
+OrderRequest readOrder(const Json &body)
+{
+    const Fields fields(body, "",
+                        {"brand", "cardNumber", "onlineStore", "basket", "basketDatetime", "orderLines",
+                         "paymentDiscAmount", "terminal"});
+    const BasketRequest head = readBasket(fields);
+    checkDate(fields.text("basketDatetime"));
+    OrderRequest order{head.brand, head.card, head.basket, readLines(fields.array("orderLines")), body.dump()};
+    Kopecks sum = 0;
+    for (const OrderLine &line : order.lines)
+        sum += line.paymentDiscount;
+    if (fields.money("paymentDiscAmount") != sum)
+        refuseField("paymentDiscAmount", "не равно сумме по строкам " + formatHundredths(sum));
+    return order;
+}
+
+BasketRequest readBinding(const Json &body)
+{
+    const Fields fields(body, "", {"brand", "cardNumber", "onlineStore", "basket", "orderID", "terminal"});
+    BasketRequest request = readBasket(fields);
+    request.orderId = fields.filledText("orderID");
+    return request;
+}
+
+BasketRequest readCancellation(const Json &body)
+{
+    return readBasket(Fields(body, "", {"brand", "cardNumber", "onlineStore", "basket", "terminal"}));
+}
+
+MessageRequest readMessage(const Json &body)
+{
+    const Fields fields(body, "", {"brand", "phone", "text", "channel"});
+    if (fields.text("channel") != "sms")
+        refuseField("channel", "поддерживается только sms");
+    MessageRequest message{fields.text("brand"), phoneKey(fields.text("phone")), fields.filledText("text")};
+    if (message.phone.empty())
+        refuseField("phone", "ожидается номер вида +79001234567");
+    return message;
+}
+
+std::string phoneKey(const std::string &text)
+{
+    if (text.empty() || text.front() != '+')
+        return {};
+    std::string key = "+";
+    for (const char character : text.substr(1)) {
+        if (character >= '0' && character <= '9')
+            key += character;
+        else if (std::string_view(" ()-").find(character) == std::string_view::npos)
+            return {};
+    }
+    const std::size_t digits = key.size() - 1;
+    return digits >= 10 && digits <= 15 ? key : std::string();
+}
+
+} // namespace sim
