@@ -16,7 +16,7 @@ namespace {
 
 QString decoded(const QByteArray &line, bool &ok)
 {
-    QStringDecoder decoder(QStringDecoder::Utf8);
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     const QString text = decoder(line);
     ok = !decoder.hasError();
     return text.trimmed();
