@@ -62,9 +62,10 @@ Json searchCustomer(const SQLite::Database &database, const Api::Parameters &par
     allowOnly(parameters, {"Brand", key});
     const std::string &value = parameter(parameters, key);
     const auto found = byPhone ? findByPhone(database, phoneKey(value)) : findByCard(database, value);
+    // Without the phone: the text reaches logs, which must not hold whole telephone numbers.
     if (!found)
         throw Refusal(Refusal::Kind::NotFound,
-                      byPhone ? "Клиент с телефоном «" + value + "» не найден" : "Карта «" + value + "» не найдена");
+                      byPhone ? "Клиент с таким телефоном не найден" : "Карта «" + value + "» не найдена");
     return {{"CustAccount", found->account},
             {"LastName", found->lastName},
             {"FirstName", found->firstName},

@@ -5,8 +5,10 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <initializer_list>
 #include <string>
+#include <vector>
 
 namespace sim {
 
@@ -44,5 +46,21 @@ private:
     const Json &m_object;
     std::string m_where;
 };
+
+/// Reads the lines of the array called `name` one by one; refuses two lines with the same lineId.
+template <typename Line>
+std::vector<Line> readLines(const Json &array, const std::string &name,
+                            Line (*readLine)(const Json &object, const std::string &where))
+{
+    std::vector<Line> lines;
+    for (const Json &object : array) {
+        const std::string where = name + "[" + std::to_string(lines.size()) + "]";
+        const Line line = readLine(object, where);
+        if (std::any_of(lines.begin(), lines.end(), [&](const Line &other) { return other.lineId == line.lineId; }))
+            refuseField(where, "номер строки повторяется");
+        lines.push_back(line);
+    }
+    return lines;
+}
 
 } // namespace sim

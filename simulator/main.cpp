@@ -1,4 +1,6 @@
 // Command line of loyalty-sim.
+#include "audit.h"
+#include "compare.h"
 #include "database.h"
 #include "outbox.h"
 #include "report.h"
@@ -6,8 +8,11 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
+#include <set>
+#include <string>
 
 namespace {
 
@@ -54,6 +59,32 @@ int printLedger(const std::filesystem::path &file, bool json)
     return 0;
 }
 
+int checkLedger(const std::filesystem::path &file)
+{
+    sim::Database database(file, sim::Database::Access::Inspect);
+    const auto faults = database.read(sim::auditLedger);
+    for (const std::string &fault : faults)
+        std::cout << fault << '\n';
+    if (faults.empty())
+        std::cout << "the ledger is consistent\n";
+    return faults.empty() ? 0 : 1;
+}
+
+struct CompareOptions
+{
+    std::filesystem::path journal;
+    std::set<std::string> open;
+};
+
+int compareWithTill(const std::filesystem::path &file, const CompareOptions &options)
+{
+    const auto journal = sim::readJournal(options.journal);
+    sim::Database database(file, sim::Database::Access::Inspect);
+    const auto rows = sim::compare(journal, database.read(sim::allOrders), options.open);
+    std::cout << sim::comparisonText(rows);
+    return std::all_of(rows.begin(), rows.end(), [](const auto &row) { return row.differences.empty(); }) ? 0 : 1;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -77,12 +108,22 @@ try {
     bool json = false;
     CLI::App *const ledger = addInspection("ledger", "Print customers and orders");
     ledger->add_flag("--json", json, "As JSON, with all movements");
+    CLI::App *const check = addInspection("check", "Check that the ledger is consistent; exit status 1 when not");
+    CompareOptions compareOptions;
+    CLI::App *const compare =
+        addInspection("compare", "Compare a till's journal with the ledger; exit status 1 when they differ");
+    compare->add_option("--journal", compareOptions.journal, "The journal, JSON lines")->required();
+    compare->add_option("--open", compareOptions.open, "Baskets of checks that are still open");
 
     CLI11_PARSE(app, argc, argv);
     if (outbox->parsed())
         return printOutbox(file, outboxOptions);
     if (ledger->parsed())
         return printLedger(file, json);
+    if (check->parsed())
+        return checkLedger(file);
+    if (compare->parsed())
+        return compareWithTill(file, compareOptions);
     return serve(serveOptions);
 } catch (const std::exception &error) {
     std::cerr << "loyalty-sim: " << error.what() << std::endl;

@@ -3,7 +3,6 @@
 
 #include "refusal.h"
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 
@@ -28,20 +27,6 @@ OrderLine readLine(const Json &object, const std::string &where)
     if (line.paymentDiscount > line.amount)
         refuseField(fields.path("paymentDiscAmount"), "больше суммы строки");
     return line;
-}
-
-std::vector<OrderLine> readLines(const Json &array)
-{
-    std::vector<OrderLine> lines;
-    for (const Json &object : array) {
-        const std::string where = "orderLines[" + std::to_string(lines.size()) + "]";
-        const OrderLine line = readLine(object, where);
-        if (std::any_of(lines.begin(), lines.end(),
-                        [&](const OrderLine &other) { return other.lineId == line.lineId; }))
-            refuseField(where + ".lineID", "номер строки повторяется");
-        lines.push_back(line);
-    }
-    return lines;
 }
 
 void checkDate(const std::string &text)
@@ -81,7 +66,8 @@ OrderRequest readOrder(const Json &body)
                          "paymentDiscAmount", "terminal"});
     const BasketRequest head = readBasket(fields);
     checkDate(fields.text("basketDatetime"));
-    OrderRequest order{head.brand, head.card, head.basket, readLines(fields.array("orderLines")), body.dump()};
+    OrderRequest order{head.brand, head.card, head.basket,
+                       readLines(fields.array("orderLines"), "orderLines", readLine), body.dump()};
     Kopecks sum = 0;
     for (const OrderLine &line : order.lines)
         sum += line.paymentDiscount;

@@ -1,0 +1,58 @@
+// Reading of the journal's lines; the form is described in README.md.
+#include "journal.h"
+
+#include "fields.h"
+
+#include <fstream>
+#include <stdexcept>
+
+namespace sim {
+
+namespace {
+
+JournalLine readLine(const Json &object, const std::string &where)
+{
+    const Fields fields(object, where, {"lineId", "amount", "spent"});
+    return {fields.number("lineId"), fields.money("amount"), fields.money("spent")};
+}
+
+JournalCheck readCheck(const Json &object)
+{
+    const Fields fields(object, "", {"check", "outcome", "card", "basket", "lines", "spent", "earned"});
+    JournalCheck check;
+    check.check = fields.filledText("check");
+    const std::string outcome = fields.text("outcome");
+    if (outcome != "closed" && outcome != "voided")
+        refuseField("outcome", "ожидается closed или voided");
+    check.closed = outcome == "closed";
+    check.card = fields.text("card");
+    check.basket = fields.text("basket");
+    check.lines = readLines(fields.array("lines"), "lines", readLine);
+    check.spent = fields.money("spent");
+    check.earned = fields.money("earned");
+    return check;
+}
+
+} // namespace
+
+std::map<std::string, JournalCheck> readJournal(const std::filesystem::path &file)
+{
+    std::ifstream stream(file);
+    if (!stream)
+        throw std::runtime_error(file.string() + ": cannot be read");
+    std::map<std::string, JournalCheck> checks;
+    std::string text;
+    for (int number = 1; std::getline(stream, text); ++number) {
+        try {
+            JournalCheck check = readCheck(Json::parse(text));
+            checks.insert_or_assign(check.check, check);
+        } catch (const std::exception &error) {
+            throw std::runtime_error(file.string() + ":" + std::to_string(number) + ": " + error.what());
+        }
+    }
+    if (stream.bad())
+        throw std::runtime_error(file.string() + ": cannot be read to its end");
+    return checks;
+}
+
+} // namespace sim
