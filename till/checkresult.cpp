@@ -1,0 +1,127 @@
+// Reads off a check what it came to. Sums are kopecks all the way; text appears only at the border.
+#include "checkresult.h"
+
+#include <document/saledocument.h>
+#include <loyalty/basicloyaltysystem.h>
+
+#include <QtCore/QJsonArray>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace till {
+
+namespace {
+
+QString outcomeOf(const SaleDocument &document)
+{
+    switch (document.getState()) {
+    case SaleDocument::State::Closed:
+        return u"closed"_s;
+    case SaleDocument::State::Voided:
+        return u"voided"_s;
+    case SaleDocument::State::Open:
+        break;
+    }
+    return u"open"_s;
+}
+
+/// By position, what points pay of the lines.
+QHash<int, Money> spentByPosition(const SaleDocument &document)
+{
+    QHash<int, Money> spent;
+    for (const auto &impact : document.getDiscountImpacts()) {
+        if (impact->getTotals()->getDiscountType() != EDiscountType::Bonus)
+            continue;
+        for (const auto &detail : impact->getDetails())
+            spent[detail->getPosition()] += Money::fromRubles(detail->getDiscountSum());
+    }
+    return spent;
+}
+
+QList<ResultLine> linesOf(const SaleDocument &document)
+{
+    const QHash<int, Money> spent = spentByPosition(document);
+    QList<ResultLine> lines;
+    for (const auto &item : document.getGoodsItems()) {
+        const Money points = spent.value(item->getPosnum());
+        const Money otherDiscounts = item->getDiscountSum() - points;
+        lines.append({item->getPosnum(), item->getTmc()->getName(), item->getQuantity(), item->getPrice(),
+                      item->getSum() - otherDiscounts, points});
+    }
+    return lines;
+}
+
+void readCard(const DocumentCardRecord &card, CheckResult &result)
+{
+    result.card = card.getNumber().toString();
+    result.basket = card.getOperationId();
+    if (const auto client = card.getCard()->getClient())
+        result.customer = client->getName().simplified();
+    result.tier = card.getExtendedOptions().toMap().value(u"loyaltyStatus"_s).toString();
+    if (!card.getBonusBalance().isNull())
+        result.balance = Money::fromRubles(card.getBonusBalance().toDouble());
+}
+
+template <class Amount>
+Money sumOver(const QList<ResultLine> &lines, Amount amount)
+{
+    Money sum;
+    for (const ResultLine &line : lines)
+        sum += line.*amount;
+    return sum;
+}
+
+} // namespace
+
+Money CheckResult::sum() const
+{
+    return sumOver(lines, &ResultLine::amount);
+}
+
+Money CheckResult::spent() const
+{
+    return sumOver(lines, &ResultLine::spent);
+}
+
+QMap<QString, QString> CheckResult::fields() const
+{
+    return {{u"outcome"_s, outcome},
+            {u"sum"_s, sum().toText()},
+            {u"discount"_s, spent().toText()},
+            {u"total"_s, total().toText()},
+            {u"card"_s, card},
+            {u"customer"_s, customer},
+            {u"tier"_s, tier},
+            {u"balance"_s, balance ? balance->toText() : QString()},
+            {u"spent"_s, spent().toText()},
+            {u"earned"_s, earned.toText()}};
+}
+
+QJsonObject CheckResult::toJournal() const
+{
+    QJsonArray jsonLines;
+    for (const ResultLine &line : lines) {
+        jsonLines.append(QJsonObject{
+            {u"lineId"_s, line.lineId}, {u"amount"_s, line.amount.toText()}, {u"spent"_s, line.spent.toText()}});
+    }
+    return {{u"check"_s, identifier},       {u"dateTime"_s, dateTime.toString(Qt::ISODate)},
+            {u"outcome"_s, outcome},        {u"card"_s, card},
+            {u"basket"_s, basket},          {u"lines"_s, jsonLines},
+            {u"total"_s, total().toText()}, {u"spent"_s, spent().toText()},
+            {u"earned"_s, earned.toText()}};
+}
+
+CheckResult resultOf(const SaleDocument &document, const BasicLoyaltySystem &system)
+{
+    CheckResult result;
+    result.identifier = document.getIdentifier();
+    result.dateTime = document.getDateTime();
+    result.outcome = outcomeOf(document);
+    result.lines = linesOf(document);
+    if (const auto card = system.getCard())
+        readCard(*card, result);
+    result.earned = Money::fromRubles(system.getPointsForEarn());
+    return result;
+}
+
+} // namespace till

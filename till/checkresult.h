@@ -1,0 +1,56 @@
+// What a check came to: the one source of the receipt, of the journal's line and of what a scenario expects.
+#pragma once
+
+#include <core/money.h>
+
+#include <QtCore/QDateTime>
+#include <QtCore/QJsonObject>
+#include <QtCore/QList>
+#include <QtCore/QMap>
+#include <QtCore/QString>
+
+#include <optional>
+
+class BasicLoyaltySystem;
+class SaleDocument;
+
+namespace till {
+
+struct ResultLine
+{
+    int lineId = 0; ///< The line's number on the check, as the loyalty service knows it.
+    QString name;
+    double quantity = 1;
+    Money price;
+    Money amount; ///< Before the points discount.
+    Money spent;  ///< The points discount.
+};
+
+struct CheckResult
+{
+    QString identifier;
+    QDateTime dateTime;
+    QString outcome; ///< "open", "closed" or "voided".
+    QList<ResultLine> lines;
+    QString card; ///< Empty when no card is on the check.
+    QString basket;
+    QString customer;
+    QString tier;
+    std::optional<Money> balance;
+    Money earned;
+
+    Money sum() const;
+    Money spent() const;
+    Money total() const { return sum() - spent(); }
+
+    /// By the keys that a scenario expects them under; sums with two decimals.
+    QMap<QString, QString> fields() const;
+
+    /// The line of the journal.
+    QJsonObject toJournal() const;
+};
+
+/// Reads everything off the check and the loyalty system that works on it.
+CheckResult resultOf(const SaleDocument &document, const BasicLoyaltySystem &system);
+
+} // namespace till

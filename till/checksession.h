@@ -1,0 +1,122 @@
+// One check of the till, from its opening to the journal, together with the loyalty system that works on it.
+#pragma once
+
+#include "checkresult.h"
+#include "tillstate.h"
+
+#include <core/eventcode.h>
+#include <core/tr.h>
+#include <document/documentstore.h>
+#include <loyalty/ecardnumbertype.h>
+
+#include <functional>
+#include <optional>
+
+namespace till {
+
+class EndingQueue;
+class Journal;
+
+/// Used on the check thread only. Every operation that changes the check returns with the check on the disk, so that a
+/// kill at any instant loses at most the operation that was under way.
+///
+/// How a check ends. The ending is noted on the check before its first step, then:
+///
+///     noted -> commit() or rollback(), requests held back -> state and requests on the check, in one write
+///           -> requests on the queue -> journal -> file of the open check removed
+///
+/// A kill in between leaves the file, and resume() goes on from what it says. Because the ending is noted first, nobody
+/// changes a check whose order may be posted. Until the state is on the check nothing can have been posted (see
+/// EndingQueue), so commit() may run again, and even the card may still be removed. Afterwards only steps follow that
+/// are safe to repeat: the service's operations are idempotent by basket, and the journal takes a check once. The
+/// journal comes after the queue: what is in the books is certain to be sent. The file goes last: while it is there,
+/// nothing is forgotten.
+///
+/// Operations throw BasicException with the text for the cashier when they cannot be carried out or saved; the check
+/// then stays open.
+class CheckSession
+{
+public:
+    /// All of them must live longer than the session; `queue` must be in place as Singleton<DBQueueBroker>.
+    CheckSession(BasicLoyaltySystem &system, EndingQueue &queue, Journal &journal);
+    ~CheckSession();
+    Q_DISABLE_COPY_MOVE(CheckSession)
+
+    /// Picks up the check that was open when the till ended. Where the check was being closed or voided, the ending is
+    /// completed and its result returned. To be called once, before anything else.
+    std::optional<CheckResult> resume();
+
+    bool isOpen() const { return !m_document.isNull(); }
+
+    /// The check as it stands; isOpen() must hold.
+    CheckResult result() const;
+
+    void open();
+
+    /// Puts a line on the check and returns its number.
+    int addGoods(const QSharedPointer<GoodsItem> &item);
+    void changeGoods(int line, std::optional<double> quantity, std::optional<Money> price);
+    void removeGoods(int line);
+
+    /// Takes the last change of a line back.
+    void restoreGoods();
+
+    /// Puts the customer's card on the check: found by what the cashier typed, then identified by the loyalty system.
+    void addCard(ECardNumberType type, const QString &text);
+
+    /// Has the loyalty system price the check.
+    void price();
+
+    void subtotal();
+
+    /// Pays with as many points as the loyalty system allows. Returns without points where the cashier chose to remove
+    /// the card.
+    void spend();
+
+    CheckResult close();
+    CheckResult voidCheck();
+
+private:
+    QSharedPointer<DocumentCardRecord> card() const;
+    bool isPriced() const;
+    void requireOpen() const;
+    void requireCard() const;
+    void save() const;
+    void notify(EventCode code) const;
+
+    /// What every change of a line has in common: `change` is applied between taking off the points that were spent,
+    /// which no longer fit, and telling the loyalty system with `code`.
+    void changeLines(EventCode code, const std::function<void()> &change);
+    void reportChange(EventCode code, bool hadPoints);
+
+    /// The line with this number; throws BasicException when there is none.
+    QSharedPointer<GoodsItem> requireLine(int line) const;
+
+    /// Raises an event upon which the loyalty system may create an order. orderUncertain stays set for the caller to
+    /// take back with its own save().
+    void notifyCreating(EventCode code);
+
+    /// Deals with an order that does not fit the check, if there may be one.
+    void settleOrder();
+
+    /// Takes the points off the check, cancels the order and prices the check anew.
+    void dropLoyaltyResult();
+
+    /// Calls `attempt` until the check is priced. Where it fails the cashier may retry, or remove the card.
+    void priceOrRemoveCard(const std::function<void()> &attempt);
+    void markPriced();
+
+    void beginEnding(TillState::Ending ending);
+    CheckResult completeEnding();
+    /// Leaves the check with its final state and the requests on the disk.
+    void endWithLoyaltySystem();
+
+    BasicLoyaltySystem &m_system;
+    EndingQueue &m_queue;
+    Journal &m_journal;
+    DocumentStore m_store;
+    QSharedPointer<SaleDocument> m_document;
+    TillState m_state;
+};
+
+} // namespace till

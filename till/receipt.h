@@ -1,0 +1,17 @@
+// The receipt of a check, as text of a fixed width.
+#pragma once
+
+#include "checkresult.h"
+
+#include <queue/dbqueuebroker.h>
+
+namespace till {
+
+/// Characters in a line of the receipt.
+constexpr int receiptWidth = 42;
+
+/// The receipt in Russian, each line ended by a line break. Sums have two decimals and a point in every locale; widths
+/// are counted in characters. `queue` tells what the service has not accepted yet.
+QString receiptText(const CheckResult &result, const DBQueueBroker::Status &queue);
+
+} // namespace till

@@ -1,0 +1,48 @@
+// Plays scenarios at the till and compares what came of each check with what is expected.
+#pragma once
+
+#include "checksession.h"
+#include "scenario.h"
+
+#include <queue/queuedrain.h>
+
+namespace till {
+
+class ScriptedCashier;
+
+class ScenarioPlayer
+{
+public:
+    /// All of them must live longer than the player.
+    ScenarioPlayer(CheckSession &session, ScriptedCashier &cashier, QueueDrain &drain);
+
+    /// Picks up the check that was open when the till ended; a check whose ending was interrupted is finished and its
+    /// receipt printed. `next` is the check that is played next, null when there is none: where it goes on with the
+    /// open one, its answers are used from here.
+    void recover(const ScenarioCheck *next);
+
+    /// Plays the checks, with a receipt for each. Every difference is printed with its place.
+    void play(const Scenario &scenario);
+
+    /// Expectations that did not hold, and operations that failed although no messages were expected.
+    int differences() const { return m_differences; }
+
+private:
+    void begin(const ScenarioCheck &check);
+    void playCheck(const ScenarioCheck &check);
+    void attempt(const ScenarioCheck &check, const std::function<void()> &operation);
+    void perform(const Step &step);
+    void hold(std::chrono::seconds wait) const;
+    void compare(const ScenarioCheck &check, const CheckResult &result);
+    void compareMessages(const ScenarioCheck &check, const QStringList &expected);
+    void report(const ScenarioCheck &check, const QString &key, const QString &expected, const QString &actual);
+
+    CheckSession &m_session;
+    ScriptedCashier &m_cashier;
+    QueueDrain &m_drain;
+    std::optional<CheckResult> m_ended; ///< The check that the last step has closed or voided.
+    bool m_begun = false;
+    int m_differences = 0;
+};
+
+} // namespace till

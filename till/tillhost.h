@@ -1,0 +1,37 @@
+// What a till puts in place before it works: configuration, log, data folder, queue, cashier.
+#pragma once
+
+#include "endingqueue.h"
+
+#include <core/config.h>
+
+#include <QtCore/QLockFile>
+
+#include <optional>
+
+namespace till {
+
+/// The process-wide objects of the host, in place while the object lives. One per process.
+class TillHost
+{
+public:
+    /// Reads the INI file and takes the data folder for this process: two tills on one open check, one journal and one
+    /// queue would undo each other's work. Throws BasicException that says what is wrong.
+    explicit TillHost(const QString &configFile);
+    ~TillHost();
+    Q_DISABLE_COPY_MOVE(TillHost)
+
+    EndingQueue &queue() const { return *m_queue; }
+    QString journalFile() const;
+    QString pluginFolder() const;
+
+private:
+    void lockDataFolder();
+
+    QSharedPointer<Config> m_config;
+    QString m_dataFolder;
+    std::optional<QLockFile> m_lock;
+    QSharedPointer<EndingQueue> m_queue;
+};
+
+} // namespace till
