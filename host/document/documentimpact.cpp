@@ -15,8 +15,14 @@ QVariantMap toPlainMap(const DocumentImpactDetail &detail)
 QSharedPointer<DocumentImpactDetail> readDetail(QVariantMap map)
 {
     // What was null is null again, and not a variant that holds JSON's null.
-    map.removeIf([](const auto &entry) { return entry.value().isNull(); });
+    const auto takeVariant = [&map](const QString &name) {
+        const QVariant value = map.take(name);
+        return value.isNull() ? QVariant() : value;
+    };
     const auto detail = QSharedPointer<DocumentImpactDetail>::create();
+    detail->setCardIndex(takeVariant(u"cardIndex"_s));
+    detail->setDiscountRate(takeVariant(u"discountRate"_s));
+    detail->setValutCode(takeVariant(u"valutCode"_s));
     serder::mapToGadget(DocumentImpactDetail::staticMetaObject, detail.data(), map);
     return detail;
 }
