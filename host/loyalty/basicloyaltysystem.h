@@ -23,7 +23,7 @@ public:
     ~BasicLoyaltySystem() override;
 
     /// The number under which the host knows the system; card records carry it.
-    int getCode() const { return loyaltySystemCode; }
+    int getLoyaltySystemCode() const { return loyaltySystemCode; }
 
     /// Registers the system with the host, so that its cards can be found. False when it is registered already.
     bool init() override;

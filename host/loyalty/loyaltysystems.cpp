@@ -20,6 +20,6 @@ BasicLoyaltySystem *LoyaltySystems::findByCard(const DocumentCardRecord &card) c
 {
     const int code = card.getLoyaltySystemCode();
     const auto found = std::find_if(m_systems.cbegin(), m_systems.cend(),
-                                    [code](const BasicLoyaltySystem *system) { return system->getCode() == code; });
+                                    [code](const BasicLoyaltySystem *system) { return system->getLoyaltySystemCode() == code; });
     return code == 0 || found == m_systems.cend() ? nullptr : *found;
 }

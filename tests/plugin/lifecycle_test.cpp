@@ -1,0 +1,156 @@
+// The order from pricing to the closed or voided check.
+#include "pluginfixture.h"
+
+namespace kvo {
+
+using Lifecycle = PluginTest;
+
+TEST_F(Lifecycle, PricingStoresPointsAndOrder)
+{
+    plugin.bonusImpacts = plugin.createBonusImpacts(card, response(R"({"redeemPoints": [{"points": 1}]})"));
+    plugin.orderCreated = true;
+    EXPECT_CALL(*client, calculateOrder(DocumentPtr(document), card))
+        .WillOnce(Return(response(R"({"earnPoints": 3, "redeemPoints": [{"lineId": 1, "points": 12.5}]})", u"b-2"_s)));
+    EXPECT_CALL(*saveToFile, save(DocumentPtr(document), QString(), 0.0));
+
+    EXPECT_TRUE(plugin.request(document));
+
+    EXPECT_TRUE(plugin.bonusImpacts.isEmpty());
+    EXPECT_EQ(plugin.pointsForSpend, 12.5);
+    EXPECT_EQ(card->getPointsForSpend(), 12.5);
+    EXPECT_EQ(card->getOperationId(), u"b-2");
+    EXPECT_EQ(plugin.getPluginData(u"pointsForEarn"_s, {}), QVariant(3.0));
+    EXPECT_FALSE(plugin.orderCreated);
+}
+
+TEST_F(Lifecycle, FailedPricingLeavesThePoints)
+{
+    plugin.pointsForSpend = 7;
+    plugin.orderCreated = true;
+    EXPECT_CALL(*client, calculateOrder).WillOnce(Throw(refusal));
+    EXPECT_FALSE(plugin.request(document));
+    EXPECT_EQ(plugin.getLastErrorString().ru(), u"отказ");
+    EXPECT_EQ(plugin.pointsForSpend, 7);
+    EXPECT_EQ(card->getOperationId(), u"basket-1");
+    EXPECT_FALSE(plugin.orderCreated);
+}
+
+TEST_F(Lifecycle, ClosingQueuesPostingThenBinding)
+{
+    plugin.orderCreated = true;
+    EXPECT_CALL(*client, createOrder).Times(0);
+    EXPECT_TRUE(plugin.commit(document));
+    EXPECT_EQ(queued, (QStringList{u"postOrder"_s, u"bindOrderId"_s}));
+}
+
+TEST_F(Lifecycle, ClosingCreatesTheOrderWithoutSpending)
+{
+    EXPECT_CALL(*client, createOrder(DocumentPtr(document), card, true))
+        .WillOnce(Throw(refusal))
+        .WillOnce(Throw(refusal))
+        .WillOnce(Return(response("{}")));
+    expectQuestions(createError, {true, true});
+    EXPECT_TRUE(plugin.commit(document));
+    EXPECT_EQ(queued, (QStringList{u"postOrder"_s, u"bindOrderId"_s}));
+    EXPECT_EQ(plugin.getLastErrorString().ru(), u"отказ");
+}
+
+TEST_F(Lifecycle, EveryAttemptToCreateNamesTheSameOrder)
+{
+    card->setOperationId(QString());
+    QStringList baskets;
+    EXPECT_CALL(*client, createOrder).Times(2).WillRepeatedly([&](const auto &, const CardPtr &record, bool) {
+        baskets.append(record->getOperationId());
+        if (baskets.size() == 1)
+            throw BasicException(refusal);
+        return response("{}", record->getOperationId());
+    });
+    expectQuestions(createError, {true});
+    EXPECT_TRUE(plugin.commit(document));
+    EXPECT_EQ(baskets[0], baskets[1]);
+    EXPECT_EQ(baskets[0].size(), 36);
+}
+
+TEST_F(Lifecycle, ClosingWithoutTheCardQueuesNothing)
+{
+    EXPECT_CALL(*client, createOrder).WillOnce(Throw(refusal));
+    expectQuestions(createError, {false});
+    EXPECT_CALL(*cardAddLogic, removeCard(DocumentPtr(document), card));
+    EXPECT_TRUE(plugin.commit(document));
+    EXPECT_TRUE(queued.isEmpty());
+}
+
+TEST_F(Lifecycle, RefundsBySaleAreLeftAlone)
+{
+    document->type = EDocumentType::RefundBySale;
+    EXPECT_CALL(*client, createOrder).Times(0);
+    EXPECT_TRUE(plugin.commit(document));
+    EXPECT_TRUE(queued.isEmpty());
+}
+
+TEST_F(Lifecycle, AFullQueueIsTheHostsBusiness)
+{
+    plugin.orderCreated = true;
+    EXPECT_CALL(*queue, push).WillRepeatedly(Throw(refusal));
+    EXPECT_THROW(plugin.commit(document), BasicException);
+    EXPECT_THROW(plugin.rollback(document), BasicException);
+    EXPECT_EQ(card->getOperationId(), u"basket-1");
+}
+
+TEST_F(Lifecycle, VoidingQueuesTheCancellationOnce)
+{
+    card->setOperationInfo(QVariantMap{{u"a"_s, 1}});
+    EXPECT_TRUE(plugin.rollback(document));
+    EXPECT_EQ(queued, QStringList{u"cancelOrder"_s});
+    EXPECT_TRUE(card->getOperationId().isEmpty());
+    EXPECT_TRUE(card->getOperationInfo().isNull());
+    EXPECT_TRUE(plugin.rollback(document));
+    EXPECT_EQ(queued.size(), 1);
+}
+
+TEST_F(Lifecycle, CancelForgetsAndContactsNobody)
+{
+    EXPECT_CALL(*client, requestOnline).Times(0);
+    plugin.pointsForSpend = plugin.pointsForEarn = 5;
+    plugin.customer = json(R"({"a": 1})");
+    plugin.createBonusRecords(card, response(R"({"earnPoints": 1})"));
+    EXPECT_TRUE(plugin.cancel());
+    EXPECT_TRUE(plugin.cancel());
+    EXPECT_EQ(plugin.pointsForSpend + plugin.pointsForEarn, 0);
+    EXPECT_TRUE(plugin.bonusRecords.isEmpty() && plugin.customer.isEmpty());
+    EXPECT_EQ(card->getOperationId(), u"basket-1");
+}
+
+TEST_F(Lifecycle, WithoutCardOrCheckNothingIsSent)
+{
+    EXPECT_CALL(*client, calculateOrder).Times(0);
+    EXPECT_CALL(*client, createOrder).Times(0);
+    EXPECT_CALL(*client, requestOnline).Times(0);
+    const auto callEverything = [this](const DocumentPtr &check) {
+        EXPECT_TRUE(plugin.request(check) && plugin.commit(check) && plugin.rollback(check));
+        for (const int code : {57, 24, 238, 239, 237})
+            plugin.handleEvent(Event(code));
+    };
+    callEverything({});
+    EXPECT_EQ(card->getOperationId(), u"basket-1");
+
+    document->cards.clear();
+    callEverything(document);
+    EXPECT_TRUE(plugin.spendPoints());
+    plugin.setDocument({});
+    callEverything({});
+    EXPECT_TRUE(plugin.spendPoints());
+    EXPECT_TRUE(queued.isEmpty());
+}
+
+TEST_F(Lifecycle, RestoresNothingFromACheckWithoutData)
+{
+    plugin.pointsForSpend = 5;
+    plugin.orderCreated = true;
+    EXPECT_TRUE(plugin.restoreLoyaltySystem());
+    EXPECT_EQ(plugin.pointsForSpend, 0);
+    EXPECT_TRUE(plugin.bonusRecords.isEmpty() && plugin.bonusImpacts.isEmpty());
+    EXPECT_FALSE(plugin.orderCreated);
+}
+
+} // namespace kvo

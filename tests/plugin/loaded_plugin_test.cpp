@@ -1,0 +1,104 @@
+// libKvo.so as a host loads it: its metadata, its symbols, and the objects that it shares with the host.
+#include "tests/support/fakeconfig.h"
+#include "tests/support/fakedocument.h"
+#include "tests/support/mockrestclient.h"
+
+#include <core/activitynotifier.h>
+#include <loyalty/basicloyaltysystem.h>
+
+#include <gtest/gtest.h>
+
+#include <QtCore/QMetaMethod>
+#include <QtCore/QPluginLoader>
+#include <QtCore/QProcess>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+class LoadedPlugin : public testing::Test
+{
+protected:
+    LoadedPlugin() : loader(QString::fromUtf8(LIBKVO_FILE)) {}
+
+    BasicLoyaltySystem *system() { return qobject_cast<BasicLoyaltySystem *>(loader.instance()); }
+
+    FakeConfig config{{{u"Kvo:brand"_s, u"B"_s}}};
+    QPluginLoader loader;
+};
+
+} // namespace
+
+TEST_F(LoadedPlugin, SaysWhatItIs)
+{
+    EXPECT_EQ(loader.metaData().value("IID"_L1), u"Kvo"_s);
+    EXPECT_EQ(loader.metaData().value("className"_L1), u"Plugin"_s);
+
+    QObject *plugin = loader.instance();
+    ASSERT_TRUE(plugin) << loader.errorString().toStdString();
+    EXPECT_EQ(loader.instance(), plugin);
+    const QMetaObject *type = plugin->metaObject();
+    EXPECT_STREQ(type->className(), "kvo::Plugin");
+    ASSERT_EQ(type->methodCount() - type->methodOffset(), 1);
+    EXPECT_EQ(type->method(type->methodOffset()).methodSignature(), "handleEvent(Event)");
+
+    EXPECT_EQ(plugin->qt_metacast("kvo::Plugin"), plugin);
+    EXPECT_EQ(plugin->qt_metacast("LoyaltySystem"), system());
+    EXPECT_EQ(plugin->qt_metacast("BasicLoyaltySystem"), system());
+    EXPECT_EQ(plugin->qt_metacast("org.poshost.AbstractPlugin"), static_cast<BasicPlugin *>(system()));
+    EXPECT_EQ(plugin->qt_metacast("BaseActivityListener"), plugin);
+    EXPECT_EQ(plugin->qt_metacast("Other"), nullptr);
+    EXPECT_EQ(plugin->qt_metacast(nullptr), nullptr);
+    EXPECT_EQ(system()->getLoyaltySystemCode(), 26);
+    EXPECT_FALSE(system()->checkOption(LoyaltySystemOption::RequestPointsForSpend));
+}
+
+TEST_F(LoadedPlugin, ExportsItsEntryPointsAndNothingElse)
+{
+    QProcess nm;
+    nm.start(u"nm"_s, {u"-D"_s, u"--defined-only"_s, u"-j"_s, QString::fromUtf8(LIBKVO_FILE)});
+    ASSERT_TRUE(nm.waitForFinished() && nm.exitCode() == 0);
+    QList<QByteArray> symbols = nm.readAllStandardOutput().trimmed().split('\n');
+    symbols.sort();
+    EXPECT_EQ(symbols, (QList<QByteArray>{"qt_plugin_instance", "qt_plugin_query_metadata_v2"}));
+}
+
+TEST_F(LoadedPlugin, SharesSingletonsAndMocksWithTheHost)
+{
+    BasicLoyaltySystem *plugin = system();
+    ASSERT_TRUE(plugin);
+    RestExchange exchange;
+    exchange.answer = {200, QNetworkReply::NoError, tr::Tr(u"?"_s),
+                       QJsonDocument::fromJson(R"({"success": true, "data": {"CardNumber": "2000"}})")};
+
+    const auto found = plugin->getCardNumber({static_cast<int>(ECardNumberType::Phone), u"+7900"_s});
+
+    // The brand comes from this process' Config, the exchange went to this process' mock.
+    EXPECT_EQ(found.cardNumber, u"2000");
+    EXPECT_TRUE(exchange.sentUrl.query().startsWith(u"Brand=B&"));
+
+    // The plugin subscribes to this process' notifier: pricing again after the event reaches the mock.
+    ASSERT_TRUE(plugin->init());
+    const auto document = QSharedPointer<FakeDocument>::create();
+    const auto card = QSharedPointer<DocumentCardRecord>::create();
+    card->setLoyaltySystemCode(plugin->getLoyaltySystemCode());
+    card->setOperationId(u"basket-1"_s);
+    document->cards = {card};
+    plugin->setDocument(document);
+    Singleton<ActivityNotifier>::instance()->notify(Event(
+        EventCode::PaymentStarted, {{u"document"_s, QVariant::fromValue(QSharedPointer<AbstractDocument>(document))}}));
+    EXPECT_TRUE(exchange.sentUrl.path().endsWith(u"/updateOrder"_s));
+    EXPECT_TRUE(plugin->deinit());
+    plugin->setDocument({});
+}
+
+TEST_F(LoadedPlugin, MayBeUnloadedWhileItsValuesLiveOn)
+{
+    BasicLoyaltySystem *plugin = system();
+    ASSERT_TRUE(plugin);
+    const auto document = QSharedPointer<FakeDocument>::create();
+    plugin->setDocument(document);
+    plugin->setPluginData(u"bonusRecords"_s, QVariant::fromValue(QList<DocumentBonusRecord>(2)));
+    ASSERT_TRUE(loader.unload());
+    EXPECT_EQ(document->getPluginData(document->pluginDataKeys().value(0)).size(), 1);
+}

@@ -1,0 +1,34 @@
+// Settings of a test, in place of an INI file. They hold until the object goes.
+#pragma once
+
+#include <core/config.h>
+#include <core/singleton.h>
+
+#include <QtCore/QVariant>
+
+class FakeConfig
+{
+public:
+    explicit FakeConfig(const QVariantHash &values)
+    {
+        Singleton<Config>::replace(QSharedPointer<Values>::create(values));
+    }
+    ~FakeConfig() { Singleton<Config>::replace({}); }
+    Q_DISABLE_COPY_MOVE(FakeConfig)
+
+private:
+    struct Values : Config
+    {
+        explicit Values(const QVariantHash &settings) : values(settings) {}
+        QString getString(const QString &key, const QString &fallback) const override
+        {
+            return values.value(key, fallback).toString();
+        }
+        int getInt(const QString &key, int fallback) const override { return values.value(key, fallback).toInt(); }
+        double getDouble(const QString &key, double fallback) const override
+        {
+            return values.value(key, fallback).toDouble();
+        }
+        QVariantHash values;
+    };
+};
