@@ -7,7 +7,6 @@ QNetworkReply::NetworkError networkErrorOf(CURLcode code)
     case CURLE_OK:
         return QNetworkReply::NoError;
     case CURLE_URL_MALFORMAT:
-    case CURLE_UNSUPPORTED_PROTOCOL:
         return QNetworkReply::ProtocolUnknownError;
     case CURLE_COULDNT_RESOLVE_HOST:
         return QNetworkReply::HostNotFoundError;
@@ -32,7 +31,7 @@ QNetworkReply::NetworkError networkErrorOf(CURLcode code)
         return QNetworkReply::RemoteHostClosedError;
     case CURLE_WRITE_ERROR: // The receiver refuses bytes over the cap.
         return QNetworkReply::UnknownContentError;
-    case CURLE_BAD_CONTENT_ENCODING:
+    case CURLE_UNSUPPORTED_PROTOCOL: // An answer without a status line; schemes are checked before.
     case CURLE_WEIRD_SERVER_REPLY:
         return QNetworkReply::ProtocolFailure;
     default:
