@@ -7,6 +7,7 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QString>
 
+#include <functional>
 #include <memory>
 
 class QueueStore;
@@ -37,5 +38,7 @@ public:
     virtual Status status() const;
 
 private:
-    std::unique_ptr<QueueStore> m_store;
+    void withStore(const std::function<void(QueueStore &)> &operation) const;
+
+    mutable std::unique_ptr<QueueStore> m_store;
 };

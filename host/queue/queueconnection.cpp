@@ -1,0 +1,170 @@
+// Qt SQL with every result looked at, and SQLite's error codes as texts for people.
+#include "queueconnection.h"
+
+#include "queueerror.h"
+
+#include <QtCore/QScopeGuard>
+
+#include <array>
+#include <atomic>
+#include <mutex>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr auto busyTimeout = "QSQLITE_BUSY_TIMEOUT=2000"; // milliseconds: the cashier waits for this
+// Where no drain runs, pushes keep the log from growing without end; 4 KiB each.
+constexpr int pagesBeforePushCheckpoints = 16384;
+// Bounds what a drain that never pauses may have to send again after a power failure.
+constexpr int pagesBeforeDrainCheckpoints = 256;
+
+struct Problem
+{
+    int code;
+    QStringView text;
+};
+constexpr std::array problems = {
+    Problem{5, u"файл занят другой программой, повторите позже"},
+    Problem{6, u"файл занят другой программой, повторите позже"},
+    Problem{8, u"нет права записи в файл"},
+    Problem{10, u"ошибка чтения или записи диска"},
+    Problem{11, u"файл повреждён; сохраните его копию и обратитесь в поддержку"},
+    Problem{13, u"нет места на диске"},
+    Problem{14, u"не удалось открыть файл, проверьте путь и права"},
+    Problem{26, u"файл не является базой данных очереди; проверьте настройку Queue:database"},
+};
+
+QString problemText(const QSqlError &error)
+{
+    const int primaryCode = error.nativeErrorCode().toInt() & 0xff;
+    for (const Problem &problem : problems)
+        if (problem.code == primaryCode)
+            return problem.text.toString();
+    return u"ошибка базы данных"_s;
+}
+
+} // namespace
+
+QueueConnection::Registration::Registration()
+{
+    static std::atomic<int> count = 0;
+    name = u"poshost.queue.%1"_s.arg(++count);
+    // Loading a driver for the first time is not thread-safe in Qt 6.4.
+    static std::mutex mutex;
+    const std::scoped_lock lock(mutex);
+    QSqlDatabase::addDatabase(u"QSQLITE"_s, name);
+}
+
+QueueConnection::Registration::~Registration()
+{
+    QSqlDatabase::removeDatabase(name);
+}
+
+QueueConnection::QueueConnection(const QString &fileName, Commits commits) : m_file(fileName)
+{
+    m_file.prepare();
+    open();
+    const bool synced = commits == Commits::Synced;
+    const int pages = synced ? pagesBeforePushCheckpoints : pagesBeforeDrainCheckpoints;
+    set(u"journal_mode"_s, u"WAL"_s, u"wal"_s);
+    set(u"synchronous"_s, synced ? u"FULL"_s : u"NORMAL"_s, synced ? u"2"_s : u"1"_s);
+    set(u"wal_autocheckpoint"_s, QString::number(pages), QString::number(pages));
+}
+
+void QueueConnection::open()
+{
+    QSqlDatabase database = QSqlDatabase::database(m_registration.name, false);
+    database.setDatabaseName(m_file.name());
+    database.setConnectOptions(QString::fromLatin1(busyTimeout));
+    if (!database.open())
+        fail(u"open", database.lastError());
+}
+
+// A setting that SQLite does not accept is no error to it: the answer has to be read.
+void QueueConnection::set(const QString &setting, const QString &text, const QString &expected)
+{
+    const QString assignment = u"PRAGMA %1 = %2"_s.arg(setting, text);
+    QSqlQuery query(QSqlDatabase::database(m_registration.name, false));
+    if (!query.exec(assignment) || !query.exec(u"PRAGMA %1"_s.arg(setting)) || !query.next())
+        fail(assignment, query.lastError());
+    if (query.value(0).toString() != expected)
+        throw queueerror::make(m_file.name(), u"база данных не поддерживает надёжную запись"_s,
+                               u"%1: %2"_s.arg(assignment, query.value(0).toString()));
+}
+
+int QueueConnection::change(QStringView sql, const QVariantList &values)
+{
+    QSqlQuery &query = start(sql, values);
+    const int rows = query.numRowsAffected();
+    query.finish();
+    return rows;
+}
+
+void QueueConnection::read(QStringView sql, const QVariantList &values,
+                           const std::function<void(const QSqlQuery &)> &row)
+{
+    QSqlQuery &query = start(sql, values);
+    // A query that is not finished holds its snapshot, and with it the log, for ever.
+    const auto finish = qScopeGuard([&query] { query.finish(); });
+    while (query.next())
+        row(query);
+    if (query.lastError().isValid())
+        fail(sql, query.lastError());
+}
+
+QVariant QueueConnection::value(QStringView sql, const QVariantList &values)
+{
+    QVariant result;
+    read(sql, values, [&result](const QSqlQuery &row) {
+        if (!result.isValid())
+            result = row.value(0);
+    });
+    return result;
+}
+
+QSqlQuery &QueueConnection::start(QStringView sql, const QVariantList &values)
+{
+    auto entry = m_statements.find(sql);
+    if (entry == m_statements.end()) {
+        QSqlQuery query(QSqlDatabase::database(m_registration.name, false));
+        query.setForwardOnly(true);
+        if (!query.prepare(sql.toString()))
+            fail(sql, query.lastError());
+        entry = m_statements.emplace(sql, std::move(query)).first;
+    }
+    QSqlQuery &query = entry->second;
+    for (int i = 0; i < values.size(); ++i)
+        query.bindValue(i, values.at(i));
+    if (!query.exec())
+        fail(sql, query.lastError());
+    return query;
+}
+
+void QueueConnection::fail(QStringView sql, const QSqlError &error) const
+{
+    throw queueerror::make(
+        m_file.name(), problemText(error),
+        u"SQLite %1: %2, %3"_s.arg(error.nativeErrorCode(), error.databaseText(), sql.toString().simplified()));
+}
+
+QueueTransaction::QueueTransaction(QueueConnection &connection) : m_connection(connection)
+{
+    m_connection.change(u"BEGIN IMMEDIATE");
+}
+
+QueueTransaction::~QueueTransaction()
+{
+    if (!m_open)
+        return;
+    // SQLite may have rolled back by itself, for instance on a full disk; ROLLBACK fails then, and that is well.
+    QSqlQuery query(QSqlDatabase::database(m_connection.m_registration.name, false));
+    if (!query.exec(u"ROLLBACK"_s))
+        queueerror::logger()->debug(u"ROLLBACK: "_s + query.lastError().text());
+}
+
+void QueueTransaction::commit()
+{
+    m_connection.change(u"COMMIT");
+    m_open = false;
+}

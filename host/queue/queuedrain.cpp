@@ -1,0 +1,143 @@
+// The drain's thread: works while there is something to do, and sleeps until a push, a call or the next look.
+#include "queuedrain.h"
+
+#include "queuedelivery.h"
+#include "queueerror.h"
+#include "queuesignal.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+using namespace Qt::Literals::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+// Also how late an event is found that another process has pushed, and the end of a back-off noticed.
+constexpr auto timeBetweenLooks = 1s;
+
+} // namespace
+
+class QueueDrain::Worker
+{
+public:
+    ~Worker() { stop(); }
+
+    void start();
+    void stop();
+    void wakeUp();
+    bool waitUntilDrained(std::chrono::milliseconds timeout);
+
+    QHash<QString, Handler> handlers;
+
+private:
+    void run(const QString &fileName);
+    void work(QueueDelivery &delivery, quint64 seen);
+    void reportDrained(quint64 seen);
+
+    std::thread m_thread;
+    std::atomic<bool> m_stopping = false;
+    std::atomic<bool> m_endBackOffs = false;
+    std::mutex m_mutex;
+    std::condition_variable m_drained;
+    quint64 m_drainedAt = 0; // the signal's count at a look that found nothing deliverable
+};
+
+void QueueDrain::Worker::start()
+{
+    if (m_thread.joinable())
+        return;
+    m_stopping = false;
+    m_thread = std::thread(&Worker::run, this, QueueFile::configuredName());
+}
+
+void QueueDrain::Worker::stop()
+{
+    if (!m_thread.joinable())
+        return;
+    m_stopping = true;
+    QueueSignal::instance().raise();
+    m_thread.join();
+}
+
+void QueueDrain::Worker::wakeUp()
+{
+    m_endBackOffs = true;
+    QueueSignal::instance().raise();
+}
+
+bool QueueDrain::Worker::waitUntilDrained(std::chrono::milliseconds timeout)
+{
+    const quint64 asked = QueueSignal::instance().raise();
+    std::unique_lock lock(m_mutex);
+    return m_drained.wait_for(lock, timeout, [this, asked] { return m_drainedAt >= asked; });
+}
+
+void QueueDrain::Worker::run(const QString &fileName)
+{
+    QueueDelivery delivery(fileName, handlers);
+    const BackOff backOff;
+    int failures = 0;
+    while (!m_stopping) {
+        const quint64 seen = QueueSignal::instance().count();
+        auto pause = std::chrono::milliseconds(timeBetweenLooks);
+        try {
+            work(delivery, seen);
+            failures = 0;
+        } catch (const BasicException &) { // logged where it was thrown
+            pause += backOff.delay(++failures);
+        }
+        if (!m_stopping)
+            QueueSignal::instance().wait(seen, pause);
+    }
+}
+
+void QueueDrain::Worker::work(QueueDelivery &delivery, quint64 seen)
+{
+    do {
+        if (m_endBackOffs.exchange(false))
+            delivery.endBackOffs();
+    } while (delivery.step() && !m_stopping);
+    delivery.rest();
+    if (!m_stopping && !delivery.hasDeliverable())
+        reportDrained(seen);
+}
+
+void QueueDrain::Worker::reportDrained(quint64 seen)
+{
+    const std::scoped_lock lock(m_mutex);
+    m_drainedAt = seen;
+    m_drained.notify_all();
+}
+
+QueueDrain::QueueDrain() : m_worker(std::make_unique<Worker>())
+{}
+
+QueueDrain::~QueueDrain() = default;
+
+void QueueDrain::setHandler(const QString &owner, const Handler &handler)
+{
+    m_worker->handlers.insert(owner, handler);
+}
+
+void QueueDrain::start()
+{
+    m_worker->start();
+}
+
+void QueueDrain::stop()
+{
+    m_worker->stop();
+}
+
+void QueueDrain::wakeUp()
+{
+    m_worker->wakeUp();
+}
+
+bool QueueDrain::waitUntilDrained(std::chrono::milliseconds timeout)
+{
+    return m_worker->waitUntilDrained(timeout);
+}

@@ -1,0 +1,18 @@
+// The one form of the queue's error texts.
+#include "queueerror.h"
+
+#include <log4qt/logmanager.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+Log4Qt::Logger *queueerror::logger()
+{
+    return Log4Qt::LogManager::logger(u"poshost.queue"_s);
+}
+
+BasicException queueerror::make(const QString &fileName, const QString &problem, const QString &reason)
+{
+    const QString text = u"Очередь запросов «%1»: %2"_s.arg(fileName, problem);
+    logger()->error(u"%1 (%2)"_s.arg(text, reason));
+    return BasicException(text);
+}

@@ -1,0 +1,105 @@
+// Makes the database's folder and file with the rights that credentials and phone numbers need, durably.
+#include "queuefile.h"
+
+#include "queueerror.h"
+
+#include <core/config.h>
+#include <core/singleton.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+
+#include <cerrno>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr mode_t ownerOnlyFile = 0600;
+constexpr mode_t ownerOnlyFolder = 0700;
+constexpr mode_t othersRights = 0077;
+
+// A new name is on the disk only when the folder that holds it is.
+bool syncFolder(const QString &folder)
+{
+    const int descriptor = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        return false;
+    const bool synced = ::fsync(descriptor) == 0;
+    const int reason = errno;
+    ::close(descriptor);
+    errno = reason;
+    return synced;
+}
+
+} // namespace
+
+QueueFile::QueueFile(const QString &fileName) : m_name(QFileInfo(fileName).absoluteFilePath())
+{}
+
+QString QueueFile::configuredName()
+{
+    const auto config = Singleton<Config>::instance();
+    const QDir folder(config->getString(u"Host:dataFolder"_s, QDir::currentPath()));
+    return folder.absoluteFilePath(config->getString(u"Queue:database"_s, u"queue.db"_s));
+}
+
+void QueueFile::prepare()
+{
+    makeFolder(QFileInfo(m_name).path());
+    makeFile();
+    tighten();
+    struct stat status = {};
+    if (::stat(QFile::encodeName(m_name).constData(), &status) != 0)
+        throw queueerror::make(m_name, u"файл недоступен"_s, qt_error_string(errno));
+    m_device = status.st_dev;
+    m_inode = status.st_ino;
+}
+
+bool QueueFile::isReplaced() const
+{
+    struct stat status = {};
+    return ::stat(QFile::encodeName(m_name).constData(), &status) != 0 || status.st_dev != m_device ||
+           status.st_ino != m_inode;
+}
+
+void QueueFile::makeFolder(const QString &folder) const
+{
+    const QString parent = QFileInfo(folder).path();
+    if (QFileInfo::exists(folder) || parent == folder)
+        return;
+    makeFolder(parent);
+    const bool made = ::mkdir(QFile::encodeName(folder).constData(), ownerOnlyFolder) == 0 || errno == EEXIST;
+    if (!made || !syncFolder(parent))
+        throw queueerror::make(m_name, u"не удалось создать папку «%1»"_s.arg(folder), qt_error_string(errno));
+}
+
+void QueueFile::makeFile() const
+{
+    // mknod() and not open(), see the note on the class.
+    if (::mknod(QFile::encodeName(m_name).constData(), S_IFREG | ownerOnlyFile, 0) != 0) {
+        if (errno == EEXIST)
+            return;
+        throw queueerror::make(m_name, u"не удалось создать файл, проверьте права на папку"_s, qt_error_string(errno));
+    }
+    if (!syncFolder(QFileInfo(m_name).path()))
+        throw queueerror::make(m_name, u"не удалось записать папку на диск"_s, qt_error_string(errno));
+}
+
+void QueueFile::tighten() const
+{
+    for (const QString &suffix : {u""_s, u"-wal"_s, u"-shm"_s}) {
+        const QByteArray path = QFile::encodeName(m_name + suffix);
+        struct stat status = {};
+        if (::stat(path.constData(), &status) != 0 || (status.st_mode & othersRights) == 0)
+            continue;
+        if (::chmod(path.constData(), status.st_mode & ~othersRights & ALLPERMS) != 0)
+            queueerror::logger()->warn(u"Файл «%1» доступен другим пользователям, права не изменены: %2"_s.arg(
+                m_name + suffix, qt_error_string(errno)));
+    }
+}

@@ -1,0 +1,62 @@
+// The steps that lead from each version of the layout to the next. A step that was released never changes again.
+#include "queueschema.h"
+
+#include "queueconnection.h"
+#include "queueerror.h"
+
+#include <QtCore/QList>
+
+#include <array>
+#include <initializer_list>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+// AUTOINCREMENT: an id that was given once is never given again, so that order of ids is order of pushes for good.
+// The long column comes last, so that a scan does not have to read over it.
+constexpr std::initializer_list<QStringView> toVersion1 = {
+    u"CREATE TABLE event (id INTEGER PRIMARY KEY AUTOINCREMENT, owner TEXT NOT NULL, basket TEXT, state TEXT NOT NULL, "
+    u"attempts INTEGER NOT NULL DEFAULT 0, created INTEGER NOT NULL, next_attempt INTEGER NOT NULL DEFAULT 0, "
+    u"lease INTEGER, rejected INTEGER, last_error TEXT, event TEXT NOT NULL)",
+    u"CREATE INDEX event_order ON event (owner, basket, id)",
+    u"CREATE INDEX event_next ON event (state, owner, attempts, id)",
+    u"PRAGMA user_version = 1",
+};
+
+constexpr std::array steps = {toVersion1};
+
+int version(QueueConnection &connection)
+{
+    return connection.value(u"PRAGMA user_version").toInt();
+}
+
+void migrate(QueueConnection &connection, int from)
+{
+    if (from == 0 && connection.value(u"SELECT COUNT(*) FROM sqlite_master").toInt() > 0)
+        throw queueerror::make(connection.file().name(),
+                               u"файл принадлежит другой программе; проверьте настройку Queue:database"_s,
+                               u"user_version 0, tables present"_s);
+    for (std::size_t step = from; step < steps.size(); ++step)
+        for (const QStringView sql : steps.at(step))
+            connection.change(sql);
+}
+
+} // namespace
+
+void queueschema::ensure(QueueConnection &connection)
+{
+    constexpr int current = steps.size();
+    if (version(connection) == current)
+        return;
+    QueueTransaction transaction(connection);
+    const int found = version(connection); // another process may have been faster
+    if (found < 0 || found > current)
+        throw queueerror::make(
+            connection.file().name(),
+            u"файл записан более новой версией программы (версия %1, известна %2); обновите программу"_s.arg(
+                QString::number(found), QString::number(current)),
+            u"user_version"_s);
+    migrate(connection, found);
+    transaction.commit();
+}

@@ -1,0 +1,54 @@
+// All SQL of the queue's operations in one place, for the day a second kind of database is added. What only SQLite
+// knows is said so; the layout is in queueschema.cpp.
+#pragma once
+
+#include <QtCore/QStringView>
+
+namespace queuesql {
+
+inline constexpr QStringView push =
+    u"INSERT INTO event (owner, basket, event, created, state) VALUES (?, ?, ?, ?, 'waiting')";
+
+inline constexpr QStringView status =
+    u"SELECT COUNT(*), MIN(created), COALESCE(SUM(CASE WHEN e.state = 'aside' OR EXISTS (SELECT 1 FROM event p "
+    u"WHERE p.owner = e.owner AND p.basket = e.basket AND p.id < e.id AND p.state = 'aside') THEN 1 ELSE 0 END), 0) "
+    u"FROM event e";
+
+inline constexpr QStringView leasesOfOthers =
+    u"SELECT DISTINCT lease FROM event WHERE state = 'sending' AND lease <> ?";
+
+inline constexpr QStringView releaseLease =
+    u"UPDATE event SET state = 'waiting', lease = NULL WHERE state = 'sending' AND lease = ?";
+
+// A next attempt further away than the longest back-off was computed before somebody put the clock back.
+// Only the first event of its order can be taken. Values: lease, owner, after, now, now + longest back-off.
+inline constexpr QStringView claim =
+    u"UPDATE event SET state = 'sending', lease = ?, attempts = attempts + 1 WHERE id = ("
+    u"SELECT e.id FROM event e WHERE e.state = 'waiting' AND e.owner = ? AND e.id > ? "
+    u"AND (e.next_attempt <= ? OR e.next_attempt > ?) "
+    u"AND NOT EXISTS (SELECT 1 FROM event p WHERE p.owner = e.owner AND p.basket = e.basket AND p.id < e.id) "
+    u"ORDER BY e.attempts, e.id LIMIT 1) "
+    u"RETURNING id, basket, attempts, event";
+
+// The lease is asked for so that a drain never touches what is not, or no longer, its own.
+inline constexpr QStringView accepted = u"DELETE FROM event WHERE id = ? AND lease = ?";
+
+inline constexpr QStringView failed =
+    u"UPDATE event SET state = 'waiting', lease = NULL, last_error = ?, next_attempt = ? WHERE id = ? AND lease = ?";
+
+inline constexpr QStringView refused =
+    u"UPDATE event SET state = 'aside', lease = NULL, last_error = ?, rejected = ? WHERE id = ? AND lease = ?";
+
+inline constexpr QStringView endBackOffs =
+    u"UPDATE event SET next_attempt = 0 WHERE state = 'waiting' AND owner = ? AND next_attempt > 0";
+
+inline constexpr QStringView hasDeliverable =
+    u"SELECT EXISTS (SELECT 1 FROM event e WHERE e.state IN ('waiting', 'sending') AND e.owner = ? "
+    u"AND NOT EXISTS (SELECT 1 FROM event p WHERE p.owner = e.owner AND p.basket = e.basket AND p.id < e.id "
+    u"AND p.state = 'aside'))";
+
+// SQLite only.
+inline constexpr QStringView newest = u"SELECT seq FROM sqlite_sequence WHERE name = 'event'";
+inline constexpr QStringView checkpoint = u"PRAGMA wal_checkpoint(PASSIVE)";
+
+} // namespace queuesql

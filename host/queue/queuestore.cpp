@@ -1,0 +1,116 @@
+// The queue's operations on its database.
+#include "queuestore.h"
+
+#include "backoff.h"
+#include "queueerror.h"
+#include "queuelease.h"
+#include "queueschema.h"
+#include "queuesql.h"
+
+#include <QtCore/QList>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+qint64 number(QueueTime time)
+{
+    return time.time_since_epoch().count();
+}
+
+} // namespace
+
+QueueStore::QueueStore(const QString &fileName, QueueConnection::Commits commits) : m_connection(fileName, commits)
+{
+    queueschema::ensure(m_connection);
+}
+
+void QueueStore::push(const QString &owner, const QString &basket, const QByteArray &event, QueueTime now)
+{
+    QueueTransaction transaction(m_connection);
+    const QVariant order = basket.isEmpty() ? QVariant() : basket;
+    m_connection.change(queuesql::push, {owner, order, QString::fromUtf8(event), number(now)});
+    transaction.commit();
+}
+
+DBQueueBroker::Status QueueStore::status()
+{
+    DBQueueBroker::Status status;
+    m_connection.read(queuesql::status, {}, [&status](const QSqlQuery &row) {
+        status.setAside = row.value(2).toInt();
+        status.waiting = row.value(0).toInt() - status.setAside;
+        if (!row.isNull(1))
+            status.oldest = QDateTime::fromMSecsSinceEpoch(row.value(1).toLongLong());
+    });
+    return status;
+}
+
+std::optional<QueueClaim> QueueStore::claim(const QString &owner, const QueueLease &lease, QueueTime now, qint64 after)
+{
+    std::optional<QueueClaim> claim;
+    QueueTransaction transaction(m_connection);
+    releaseLeasesOfTheDead(lease);
+    m_connection.read(queuesql::claim, {lease.id(), owner, after, number(now), number(now + BackOff::longest)},
+                      [&claim](const QSqlQuery &row) {
+                          claim = QueueClaim{row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toInt(),
+                                             row.value(3).toString().toUtf8()};
+                      });
+    transaction.commit();
+    return claim;
+}
+
+void QueueStore::releaseLeasesOfTheDead(const QueueLease &lease)
+{
+    QList<qint64> others;
+    m_connection.read(queuesql::leasesOfOthers, {lease.id()},
+                      [&others](const QSqlQuery &row) { others.append(row.value(0).toLongLong()); });
+    for (const qint64 other : others)
+        if (!lease.isHeldByOther(other))
+            m_connection.change(queuesql::releaseLease, {other});
+}
+
+void QueueStore::accepted(const QueueClaim &claim, const QueueLease &lease)
+{
+    settle(queuesql::accepted, {claim.id, lease.id()}, claim);
+}
+
+void QueueStore::failed(const QueueClaim &claim, const QueueLease &lease, const QString &error, QueueTime next)
+{
+    settle(queuesql::failed, {error, number(next), claim.id, lease.id()}, claim);
+}
+
+void QueueStore::refused(const QueueClaim &claim, const QueueLease &lease, const QString &reason, QueueTime now)
+{
+    settle(queuesql::refused, {reason, number(now), claim.id, lease.id()}, claim);
+}
+
+void QueueStore::settle(QStringView sql, const QVariantList &values, const QueueClaim &claim)
+{
+    QueueTransaction transaction(m_connection);
+    const int rows = m_connection.change(sql, values);
+    transaction.commit();
+    if (rows != 1)
+        queueerror::logger()->warn(u"Очередь запросов: запись %1 изменена кем-то во время отправки"_s.arg(claim.id));
+}
+
+void QueueStore::endBackOffs(const QString &owner)
+{
+    QueueTransaction transaction(m_connection);
+    m_connection.change(queuesql::endBackOffs, {owner});
+    transaction.commit();
+}
+
+bool QueueStore::hasDeliverable(const QString &owner)
+{
+    return m_connection.value(queuesql::hasDeliverable, {owner}).toBool();
+}
+
+qint64 QueueStore::newest()
+{
+    return m_connection.value(queuesql::newest).toLongLong();
+}
+
+void QueueStore::checkpoint()
+{
+    m_connection.value(queuesql::checkpoint);
+}

@@ -1,0 +1,70 @@
+// The stored events: what is done to them, one transaction each. See docs/queue.md for the states.
+// Used on the thread that has made it, and on no other.
+#pragma once
+
+#include "queueconnection.h"
+
+#include <queue/dbqueuebroker.h>
+
+#include <chrono>
+#include <optional>
+
+class QueueLease;
+
+using QueueTime = std::chrono::sys_time<std::chrono::milliseconds>;
+
+/// An event that a drain has taken, to be sent by nobody else.
+struct QueueClaim
+{
+    qint64 id = 0;
+    QString basket;   ///< The order; empty when the event stands alone.
+    int attempts = 0; ///< This one included.
+    QByteArray event; ///< The JSON text as it was stored.
+};
+
+/// All operations throw BasicException when the database fails; nothing is changed then.
+class QueueStore
+{
+public:
+    /// Opens the database, making or migrating it where needed.
+    QueueStore(const QString &fileName, QueueConnection::Commits commits);
+
+    /// True when the file was deleted or replaced while it was open: what is stored from now on would be lost.
+    bool isReplaced() const { return m_connection.file().isReplaced(); }
+
+    void push(const QString &owner, const QString &basket, const QByteArray &event, QueueTime now);
+    DBQueueBroker::Status status();
+
+    /// Takes the next event of `owner` whose order has nothing before it and is not in a back-off, among those with an
+    /// id above `after`; those that have been tried least come first. Before that, events whose drain has died are
+    /// taken from it.
+    std::optional<QueueClaim> claim(const QString &owner, const QueueLease &lease, QueueTime now, qint64 after);
+
+    /// The event was accepted: deletes it.
+    void accepted(const QueueClaim &claim, const QueueLease &lease);
+
+    /// The event could not be sent; not before `next` again.
+    void failed(const QueueClaim &claim, const QueueLease &lease, const QString &error, QueueTime next);
+
+    /// The event was refused for good: sets it aside.
+    void refused(const QueueClaim &claim, const QueueLease &lease, const QString &reason, QueueTime now);
+
+    /// Makes all waiting events of `owner` due.
+    void endBackOffs(const QString &owner);
+
+    /// True when events of `owner` are left that are not set aside and do not wait behind such a one.
+    bool hasDeliverable(const QString &owner);
+
+    /// The id of the event that was pushed last; 0 when there was none yet.
+    qint64 newest();
+
+    /// Carries the write-ahead log into the database, which makes lazy commits durable. What a reader or another
+    /// process stands in the way of is left for the next time.
+    void checkpoint();
+
+private:
+    void releaseLeasesOfTheDead(const QueueLease &lease);
+    void settle(QStringView sql, const QVariantList &values, const QueueClaim &claim);
+
+    QueueConnection m_connection;
+};
