@@ -9,10 +9,10 @@ namespace kvo {
 
 namespace {
 
-/// Percent-encodes the value, because most servers read a "+" in a query as a blank.
+/// Percent-encodes the value, because most servers read a "+" in a query as a blank. An empty value keeps its "=".
 void addValue(QUrlQuery &query, const QString &name, const QString &value)
 {
-    query.addQueryItem(name, QString::fromLatin1(QUrl::toPercentEncoding(value)));
+    query.addQueryItem(name, u""_s + QString::fromLatin1(QUrl::toPercentEncoding(value)));
 }
 
 } // namespace

@@ -7,7 +7,6 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QMetaProperty>
-#include <QtCore/QSequentialIterable>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -47,7 +46,7 @@ QVariantMap plainMap(const QVariantMap &map)
 QVariantList plainList(const QVariant &value)
 {
     QVariantList plain;
-    for (const QVariant &element : value.value<QSequentialIterable>())
+    for (const QVariant &element : value.toList())
         plain.append(toPlain(element));
     return plain;
 }
@@ -140,7 +139,7 @@ QVariant toPlain(const QVariant &value)
         return plainMap(value.toMap());
     if (type.flags().testFlag(QMetaType::IsGadget))
         return gadgetToMap(*type.metaObject(), value.constData());
-    if (value.canConvert<QSequentialIterable>())
+    if (value.canConvert<QVariantList>())
         return plainList(value);
     if (type.id() == QMetaType::QJsonValue)
         return value.toJsonValue().toVariant();

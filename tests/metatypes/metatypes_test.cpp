@@ -1,6 +1,7 @@
 // Plugin data on its way through the disk: plain maps and lists there, equal values after the restart.
 #include "metatypes/metatypes.h"
 #include "plugin/plugin.h"
+#include "tests/support/fakeconfig.h"
 #include "tests/support/printqt.h"
 
 #include <document/saledocument.h>
@@ -8,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <QtCore/QJsonDocument>
+#include <QtCore/QTemporaryDir>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -58,6 +60,8 @@ QSharedPointer<BonusImpact> fullImpact(const QSharedPointer<DocumentCardRecord> 
 
 TEST(MetaTypes, PluginDataSurvivesARestart)
 {
+    const QTemporaryDir folder;
+    const FakeConfig config({{u"Host:dataFolder"_s, folder.path()}});
     const auto document = QSharedPointer<SaleDocument>::create();
     const auto card = QSharedPointer<DocumentCardRecord>::create();
     StatefulPlugin before;
@@ -67,7 +71,7 @@ TEST(MetaTypes, PluginDataSurvivesARestart)
     before.pointsForSpend = 12.34;
     before.pointsForEarn = 0.1;
     before.orderCreated = true;
-    before.bonusImpacts = {fullImpact(card)};
+    before.bonusImpacts.append(fullImpact(card));
     DocumentBonusRecord record;
     record.cardNumber = u"2000"_s;
     record.amount = 0.1;

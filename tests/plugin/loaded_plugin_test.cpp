@@ -1,9 +1,9 @@
 // libKvo.so as a host loads it: its metadata, its symbols, and the objects that it shares with the host.
 #include "tests/support/fakeconfig.h"
-#include "tests/support/fakedocument.h"
 #include "tests/support/mockrestclient.h"
 
 #include <core/activitynotifier.h>
+#include <document/saledocument.h>
 #include <loyalty/basicloyaltysystem.h>
 
 #include <gtest/gtest.h>
@@ -11,6 +11,9 @@
 #include <QtCore/QMetaMethod>
 #include <QtCore/QPluginLoader>
 #include <QtCore/QProcess>
+#include <QtCore/QTemporaryDir>
+
+#include <algorithm>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -20,10 +23,12 @@ class LoadedPlugin : public testing::Test
 {
 protected:
     LoadedPlugin() : loader(QString::fromUtf8(LIBKVO_FILE)) {}
+    ~LoadedPlugin() override { loader.unload(); }
 
     BasicLoyaltySystem *system() { return qobject_cast<BasicLoyaltySystem *>(loader.instance()); }
 
-    FakeConfig config{{{u"Kvo:brand"_s, u"B"_s}}};
+    QTemporaryDir folder;
+    FakeConfig config{{{u"Kvo:brand"_s, u"B"_s}, {u"Host:dataFolder"_s, folder.path()}}};
     QPluginLoader loader;
 };
 
@@ -42,15 +47,17 @@ TEST_F(LoadedPlugin, SaysWhatItIs)
     ASSERT_EQ(type->methodCount() - type->methodOffset(), 1);
     EXPECT_EQ(type->method(type->methodOffset()).methodSignature(), "handleEvent(Event)");
 
+    BasicLoyaltySystem *loyalty = system();
+    ASSERT_TRUE(loyalty);
     EXPECT_EQ(plugin->qt_metacast("kvo::Plugin"), plugin);
-    EXPECT_EQ(plugin->qt_metacast("LoyaltySystem"), system());
-    EXPECT_EQ(plugin->qt_metacast("BasicLoyaltySystem"), system());
-    EXPECT_EQ(plugin->qt_metacast("org.poshost.AbstractPlugin"), static_cast<BasicPlugin *>(system()));
+    EXPECT_EQ(plugin->qt_metacast("LoyaltySystem"), loyalty);
+    EXPECT_EQ(plugin->qt_metacast("BasicLoyaltySystem"), loyalty);
+    EXPECT_EQ(plugin->qt_metacast("org.poshost.AbstractPlugin"), static_cast<BasicPlugin *>(loyalty));
     EXPECT_EQ(plugin->qt_metacast("BaseActivityListener"), plugin);
     EXPECT_EQ(plugin->qt_metacast("Other"), nullptr);
     EXPECT_EQ(plugin->qt_metacast(nullptr), nullptr);
-    EXPECT_EQ(system()->getLoyaltySystemCode(), 26);
-    EXPECT_FALSE(system()->checkOption(LoyaltySystemOption::RequestPointsForSpend));
+    EXPECT_EQ(loyalty->getLoyaltySystemCode(), 26);
+    EXPECT_FALSE(loyalty->checkOption(LoyaltySystemOption::RequestPointsForSpend));
 }
 
 TEST_F(LoadedPlugin, ExportsItsEntryPointsAndNothingElse)
@@ -59,7 +66,7 @@ TEST_F(LoadedPlugin, ExportsItsEntryPointsAndNothingElse)
     nm.start(u"nm"_s, {u"-D"_s, u"--defined-only"_s, u"-j"_s, QString::fromUtf8(LIBKVO_FILE)});
     ASSERT_TRUE(nm.waitForFinished() && nm.exitCode() == 0);
     QList<QByteArray> symbols = nm.readAllStandardOutput().trimmed().split('\n');
-    symbols.sort();
+    std::sort(symbols.begin(), symbols.end());
     EXPECT_EQ(symbols, (QList<QByteArray>{"qt_plugin_instance", "qt_plugin_query_metadata_v2"}));
 }
 
@@ -79,11 +86,11 @@ TEST_F(LoadedPlugin, SharesSingletonsAndMocksWithTheHost)
 
     // The plugin subscribes to this process' notifier: pricing again after the event reaches the mock.
     ASSERT_TRUE(plugin->init());
-    const auto document = QSharedPointer<FakeDocument>::create();
+    const auto document = QSharedPointer<SaleDocument>::create();
     const auto card = QSharedPointer<DocumentCardRecord>::create();
     card->setLoyaltySystemCode(plugin->getLoyaltySystemCode());
     card->setOperationId(u"basket-1"_s);
-    document->cards = {card};
+    document->addCard(card);
     plugin->setDocument(document);
     Singleton<ActivityNotifier>::instance()->notify(Event(
         EventCode::PaymentStarted, {{u"document"_s, QVariant::fromValue(QSharedPointer<AbstractDocument>(document))}}));
@@ -96,7 +103,7 @@ TEST_F(LoadedPlugin, MayBeUnloadedWhileItsValuesLiveOn)
 {
     BasicLoyaltySystem *plugin = system();
     ASSERT_TRUE(plugin);
-    const auto document = QSharedPointer<FakeDocument>::create();
+    const auto document = QSharedPointer<SaleDocument>::create();
     plugin->setDocument(document);
     plugin->setPluginData(u"bonusRecords"_s, QVariant::fromValue(QList<DocumentBonusRecord>(2)));
     ASSERT_TRUE(loader.unload());

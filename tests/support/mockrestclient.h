@@ -6,6 +6,8 @@
 
 #include <gmock/gmock.h>
 
+#include <QtCore/QJsonObject>
+
 class MockRestClient : public RestClient
 {
 public:
