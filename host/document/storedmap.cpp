@@ -14,12 +14,6 @@ namespace {
     throw BasicException(u"запись «%1»: %2"_s.arg(name, reason));
 }
 
-void requireType(const QVariant &value, int type, const QString &name, const QString &expected)
-{
-    if (value.typeId() != type)
-        fail(name, u"ожидается "_s + expected);
-}
-
 bool isNumber(const QVariant &value)
 {
     const int type = value.typeId();
@@ -36,6 +30,14 @@ QVariant StoredMap::required(const QString &name) const
     return *entry;
 }
 
+QVariant StoredMap::required(const QString &name, int type, const QString &expected) const
+{
+    const QVariant value = required(name);
+    if (value.typeId() != type)
+        fail(name, u"ожидается "_s + expected);
+    return value;
+}
+
 QVariant StoredMap::optional(const QString &name) const
 {
     const QVariant value = m_map.value(name);
@@ -44,16 +46,12 @@ QVariant StoredMap::optional(const QString &name) const
 
 QString StoredMap::text(const QString &name) const
 {
-    const QVariant value = required(name);
-    requireType(value, QMetaType::QString, name, u"текст"_s);
-    return value.toString();
+    return required(name, QMetaType::QString, u"текст"_s).toString();
 }
 
 bool StoredMap::flag(const QString &name) const
 {
-    const QVariant value = required(name);
-    requireType(value, QMetaType::Bool, name, u"true или false"_s);
-    return value.toBool();
+    return required(name, QMetaType::Bool, u"true или false"_s).toBool();
 }
 
 double StoredMap::number(const QString &name) const
@@ -91,14 +89,10 @@ Money StoredMap::money(const QString &name) const
 
 QVariantMap StoredMap::map(const QString &name) const
 {
-    const QVariant value = required(name);
-    requireType(value, QMetaType::QVariantMap, name, u"объект"_s);
-    return value.toMap();
+    return required(name, QMetaType::QVariantMap, u"объект"_s).toMap();
 }
 
 QVariantList StoredMap::list(const QString &name) const
 {
-    const QVariant value = required(name);
-    requireType(value, QMetaType::QVariantList, name, u"список"_s);
-    return value.toList();
+    return required(name, QMetaType::QVariantList, u"список"_s).toList();
 }

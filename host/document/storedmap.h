@@ -31,6 +31,7 @@ public:
 
 private:
     QVariant required(const QString &name) const;
+    QVariant required(const QString &name, int type, const QString &expected) const;
     qint64 wholeNumber(const QString &name) const;
 
     QVariantMap m_map;

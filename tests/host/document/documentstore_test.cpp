@@ -125,14 +125,15 @@ QSharedPointer<SaleDocument> fullCheck()
 TEST_F(DocumentStoreTest, BringsBackEverything)
 {
     const auto saved = fullCheck();
+    EXPECT_FALSE(store.restore());
     store.save(*saved);
     const auto restored = DocumentStore(folder).restore();
     ASSERT_TRUE(restored);
+    store.remove();
+    EXPECT_FALSE(store.restore());
 
     EXPECT_EQ(builder::toJson(restored->toMap()).toStdString(), builder::toJson(saved->toMap()).toStdString());
-    EXPECT_EQ(restored->getIdentifier(), saved->getIdentifier());
     EXPECT_EQ(restored->getDateTime(), saved->getDateTime());
-    EXPECT_EQ(restored->getTotal(), saved->getTotal());
     EXPECT_EQ(restored->getDiscountSum().kopecks(), 3333 + 1 + 1000);
     EXPECT_EQ(restored->findGoodsItem(1)->getTotal(), saved->findGoodsItem(1)->getTotal());
     EXPECT_EQ(restored->findGoodsItem(2)->getTmc()->getPriceSourceType(), EPriceSourceType::Promotion);
@@ -163,7 +164,6 @@ TEST_F(DocumentStoreTest, BringsBackImpactsWithTheirCards)
     EXPECT_TRUE(impacts[0].dynamicCast<BonusImpact>());
     EXPECT_EQ(impacts[0]->getTotals()->getDateTime(), moment);
     EXPECT_EQ(impacts[0]->getTotals()->getDiscountRate(), QVariant(150.5));
-    EXPECT_EQ(impacts[0]->getTotals()->getDiscountName(), u"Баллы %1"_s);
     EXPECT_EQ(impacts[0]->getTotals()->getDiscountType(), EDiscountType::Bonus);
     EXPECT_TRUE(impacts[0]->getTotals()->getValutCode().isNull());
     EXPECT_EQ(impacts[0]->getCardRecord(), card);
@@ -265,15 +265,6 @@ TEST_F(DocumentStoreTest, KeepsAndNamesADamagedFile)
                     testing::AllOf(testing::HasSubstr("open-check.json"), testing::HasSubstr(named)));
         EXPECT_EQ(readRaw(), content);
     }
-}
-
-TEST_F(DocumentStoreTest, HasNoCheckBeforeOneIsSavedAndAfterItIsRemoved)
-{
-    EXPECT_FALSE(store.restore());
-    EXPECT_NO_THROW(store.remove());
-    store.save(*builder::check({100}));
-    store.remove();
-    EXPECT_FALSE(store.restore());
 }
 
 TEST_F(DocumentStoreTest, SurvivesAKillAtAnyInstant)

@@ -127,8 +127,12 @@ TEST(SaleDocumentSums, DistributesOverLinesInProportionToWhatDiscountsMayTake)
     check->findGoodsItem(3)->setAllowDiscount(false);
     check->addImpact(builder::shares({{1, 50.00}}));
     check->addImpact(builder::discount(33.33));
+    const auto onPosition = builder::discount(5);
+    onPosition->getTotals()->setDiscountObject(EDiscountObject::Position);
+    onPosition->getTotals()->setPosition(2);
+    check->addImpact(onPosition);
     EXPECT_EQ(check->findGoodsItem(1)->getTotal().kopecks(), 5000 - 1667);
-    EXPECT_EQ(check->findGoodsItem(2)->getTotal().kopecks(), 5000 - 1666);
+    EXPECT_EQ(check->findGoodsItem(2)->getTotal().kopecks(), 5000 - 1666 - 500);
     EXPECT_EQ(check->findGoodsItem(3)->getTotal().kopecks(), 5000);
 }
 
@@ -181,17 +185,6 @@ TEST(SaleDocumentSums, RefusesDiscountsThatDoNotFit)
         }
         EXPECT_EQ(check.getDiscountImpacts().size(), fits ? 1 : 0);
     }
-}
-
-TEST(SaleDocumentSums, TakesAnImpactOnAPositionFromThatLineOnly)
-{
-    const auto check = builder::check({10000, 10000});
-    const auto impact = builder::discount(5);
-    impact->getTotals()->setDiscountObject(EDiscountObject::Position);
-    impact->getTotals()->setPosition(2);
-    check->addImpact(impact);
-    EXPECT_EQ(check->findGoodsItem(1)->getDiscountSum().kopecks(), 0);
-    EXPECT_EQ(check->findGoodsItem(2)->getDiscountSum().kopecks(), 500);
 }
 
 TEST(SaleDocumentSums, RemovesACardWithItsImpactsOnly)
