@@ -4,7 +4,6 @@
 #include "outbox.h"
 #include "refusal.h"
 #include "report.h"
-#include "sockets.h"
 #include "wire.h"
 
 #include <sys/socket.h>
@@ -56,6 +55,11 @@ HttpServer::HttpServer(Database &database, const ServerOptions &options)
         std::cerr << "loyalty-sim: a request failed unexpectedly" << std::endl;
         write(refusal(500, "Внутренняя ошибка сервиса"), response);
     });
+    m_server.set_pre_routing_handler([this](const auto &request, auto &) {
+        m_connections.begin(request.remote_port);
+        return httplib::Server::HandlerResponse::Unhandled;
+    });
+    m_server.set_logger([this](const auto &request, const auto &) { m_connections.end(request.remote_port); });
     addRoutes();
 }
 
@@ -100,10 +104,13 @@ void HttpServer::addPost(const std::string &path, const httplib::Server::Handler
 int HttpServer::bind(int port)
 {
     const std::string loopback = "127.0.0.1";
-    m_port = port == 0 ? m_server.bind_to_any_port(loopback) : m_server.bind_to_port(loopback, port) ? port : -1;
-    if (m_port <= 0)
+    const int bound = port == 0                               ? m_server.bind_to_any_port(loopback)
+                      : m_server.bind_to_port(loopback, port) ? port
+                                                              : -1;
+    if (bound <= 0)
         throw std::runtime_error("port " + std::to_string(port) + " on " + loopback + " cannot be used; is it taken?");
-    return m_port;
+    m_connections.setLocalPort(bound);
+    return bound;
 }
 
 bool HttpServer::run()
@@ -116,7 +123,7 @@ void HttpServer::stop()
     m_faults.release();
     m_started.get_future().wait();
     m_server.stop();
-    stopReading(m_port);
+    m_connections.stopIdle();
 }
 
 void HttpServer::serveMethod(const std::string &method, Call call, const httplib::Request &request,
@@ -145,7 +152,7 @@ void HttpServer::serveWithFault(const std::string &method, Call call, const Faul
         response.body.resize(response.body.size() / 2);
     if (fault && (fault->kind == Kind::Close || fault->kind == Kind::CloseBefore)) {
         response.status = 0;
-        cutConnection(m_port, request.remote_port);
+        m_connections.cut(request.remote_port);
     }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "api.h"
+#include "connections.h"
 #include "faults.h"
 #include "request_log.h"
 
@@ -61,10 +62,10 @@ private:
     std::string m_authorization;
     Faults m_faults;
     RequestLog m_log;
+    Connections m_connections;
     std::map<std::string, std::string> m_allowed; ///< the HTTP methods of each path
     std::promise<void> m_started;
     httplib::Server m_server;
-    int m_port = 0;
 };
 
 } // namespace sim
