@@ -1,10 +1,9 @@
-// The filling side of the queue. The connection is made at the first use, and again after a failure, so that a till
-// can start, and goes on working, when the disk comes back.
+// The filling side of the queue.
 #include "dbqueuebroker.h"
 
+#include "queueaccess.h"
 #include "queueerror.h"
 #include "queuesignal.h"
-#include "queuestore.h"
 
 #include <QtCore/QJsonDocument>
 
@@ -28,28 +27,18 @@ void DBQueueBroker::push(const QString &owner, const QJsonObject &event, const Q
     if (owner.isEmpty())
         throw queueerror::make(QueueFile::configuredName(), u"не указан получатель запроса"_s, u"push without owner"_s);
     const QByteArray json = QJsonDocument(event).toJson(QJsonDocument::Compact);
-    const auto now = std::chrono::time_point_cast<std::chrono::milliseconds>(std::chrono::system_clock::now());
-    withStore([&](QueueStore &store) { store.push(owner, orderOf(event, key), json, now); });
+    access().use([&](QueueStore &store) { store.push(owner, orderOf(event, key), json, currentQueueTime()); });
     QueueSignal::instance().raise();
 }
 
 DBQueueBroker::Status DBQueueBroker::status() const
 {
-    Status status;
-    withStore([&](QueueStore &store) { status = store.status(); });
-    return status;
+    return access().use([](QueueStore &store) { return store.status(); });
 }
 
-void DBQueueBroker::withStore(const std::function<void(QueueStore &)> &operation) const
+QueueAccess &DBQueueBroker::access() const
 {
-    if (m_store && m_store->isReplaced())
-        m_store.reset();
-    try {
-        if (!m_store)
-            m_store = std::make_unique<QueueStore>(QueueFile::configuredName(), QueueConnection::Commits::Synced);
-        operation(*m_store);
-    } catch (...) {
-        m_store.reset();
-        throw;
-    }
+    if (!m_access)
+        m_access = std::make_unique<QueueAccess>(QueueFile::configuredName(), QueueConnection::Commits::Synced);
+    return *m_access;
 }

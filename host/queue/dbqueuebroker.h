@@ -7,10 +7,9 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QString>
 
-#include <functional>
 #include <memory>
 
-class QueueStore;
+class QueueAccess;
 
 /// One per process through Singleton<DBQueueBroker>; used on the check thread only. The database is the one of the
 /// configuration ("Queue:database", default "queue.db" in the folder "Host:dataFolder").
@@ -38,7 +37,7 @@ public:
     virtual Status status() const;
 
 private:
-    void withStore(const std::function<void(QueueStore &)> &operation) const;
+    QueueAccess &access() const;
 
-    mutable std::unique_ptr<QueueStore> m_store;
+    mutable std::unique_ptr<QueueAccess> m_access; // made at the first use
 };

@@ -16,8 +16,8 @@ namespace {
 constexpr auto busyTimeout = "QSQLITE_BUSY_TIMEOUT=2000"; // milliseconds: the cashier waits for this
 // Where no drain runs, pushes keep the log from growing without end; 4 KiB each.
 constexpr int pagesBeforePushCheckpoints = 16384;
-// Bounds what a drain that never pauses may have to send again after a power failure.
-constexpr int pagesBeforeDrainCheckpoints = 256;
+// Bounds what a drain that never rests may have to send again after a power failure: some 200 events.
+constexpr int pagesBeforeDrainCheckpoints = 1000;
 
 struct Problem
 {
@@ -61,10 +61,15 @@ QueueConnection::Registration::~Registration()
     QSqlDatabase::removeDatabase(name);
 }
 
-QueueConnection::QueueConnection(const QString &fileName, Commits commits) : m_file(fileName)
+QueueConnection::QueueConnection(const QString &fileName) : m_file(fileName)
 {
     m_file.prepare();
     open();
+}
+
+void QueueConnection::configure(Commits commits)
+{
+    m_file.tighten();
     const bool synced = commits == Commits::Synced;
     const int pages = synced ? pagesBeforePushCheckpoints : pagesBeforeDrainCheckpoints;
     set(u"journal_mode"_s, u"WAL"_s, u"wal"_s);

@@ -22,10 +22,13 @@ public:
     };
 
     /// Opens the file, making it where it is missing. Throws BasicException when that fails.
-    QueueConnection(const QString &fileName, Commits commits);
+    explicit QueueConnection(const QString &fileName);
     Q_DISABLE_COPY_MOVE(QueueConnection)
 
     const QueueFile &file() const { return m_file; }
+
+    /// Makes the file ours: write-ahead log, how durable this connection's commits are, rights for its owner only.
+    void configure(Commits commits);
 
     /// Runs a statement; returns how many rows it has changed. `sql` must be a literal: it is prepared once and kept.
     /// Throws BasicException when it fails, as all operations here do.

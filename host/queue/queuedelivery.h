@@ -3,8 +3,8 @@
 #pragma once
 
 #include "backoff.h"
+#include "queueaccess.h"
 #include "queuelease.h"
-#include "queuestore.h"
 #include "servicepace.h"
 
 #include <poshost_export.h>
@@ -62,12 +62,10 @@ private:
         QString error;
     };
 
-    template <class Operation>
-    auto guarded(Operation operation);
-    bool stepOf(std::size_t receiver);
+    bool stepOf(QueueStore &store, std::size_t receiver);
     Outcome send(std::size_t receiver, const QueueClaim &claim) const;
-    void record();
-    void store(const Outcome &outcome);
+    void record(QueueStore &store);
+    void write(QueueStore &store, const Outcome &outcome) const;
     void log(const Outcome &outcome) const;
 
     QString m_fileName;
@@ -75,8 +73,8 @@ private:
     BackOff m_backOff;
     std::vector<Receiver> m_receivers;
     std::size_t m_turn = 0;
-    std::optional<QueueLease> m_lease;
-    std::optional<QueueStore> m_store;
+    QueueAccess m_access;
+    std::optional<QueueLease> m_lease; // outlives the store that m_access may close: what is in flight stays ours
     std::optional<Outcome> m_unrecorded;
     bool m_checkpointDue = false;
 };

@@ -53,7 +53,6 @@ void QueueFile::prepare()
 {
     makeFolder(QFileInfo(m_name).path());
     makeFile();
-    tighten();
     struct stat status = {};
     if (::stat(QFile::encodeName(m_name).constData(), &status) != 0)
         throw queueerror::make(m_name, u"файл недоступен"_s, qt_error_string(errno));

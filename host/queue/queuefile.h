@@ -17,9 +17,13 @@ public:
 
     const QString &name() const { return m_name; }
 
-    /// Makes the folder (mode 0700) and the empty file (0600) where they are missing, and takes an existing file's
-    /// rights away from everybody but its owner. Throws BasicException when the file cannot be made.
+    /// Makes the folder (mode 0700) and the empty file (0600) where they are missing. Throws BasicException when that
+    /// fails.
     void prepare();
+
+    /// Takes all rights to the file and its log away from everybody but the owner; where that fails, a warning is
+    /// logged.
+    void tighten() const;
 
     /// True when the name has been given to another file, or to none, since prepare().
     bool isReplaced() const;
@@ -27,7 +31,6 @@ public:
 private:
     void makeFolder(const QString &folder) const;
     void makeFile() const;
-    void tighten() const;
 
     QString m_name;
     dev_t m_device = 0;

@@ -4,6 +4,7 @@
 #include "queueerror.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QtCore/QFile>
@@ -33,6 +34,16 @@ qint64 newId()
     return static_cast<qint64>(QRandomGenerator::system()->generate64() >> 2) + 1;
 }
 
+// A file that root has made (for instance with a command line tool) must not keep the till's own user out. SQLite does
+// the same with its files.
+bool giveToOwnerOf(int descriptor, const QString &databaseName)
+{
+    struct stat database = {};
+    if (::geteuid() != 0 || ::stat(QFile::encodeName(databaseName).constData(), &database) != 0)
+        return true;
+    return ::fchown(descriptor, database.st_uid, database.st_gid) == 0;
+}
+
 BasicException lockError(const QString &fileName)
 {
     return queueerror::make(fileName, u"не удалось заблокировать файл, проверьте права на папку"_s,
@@ -47,7 +58,7 @@ QueueLease::QueueLease(const QString &databaseName) : m_fileName(databaseName + 
     if (m_descriptor < 0)
         throw lockError(m_fileName);
     struct flock lock = byteLock(m_id);
-    if (::fcntl(m_descriptor, F_OFD_SETLK, &lock) != 0) {
+    if (!giveToOwnerOf(m_descriptor, databaseName) || ::fcntl(m_descriptor, F_OFD_SETLK, &lock) != 0) {
         const BasicException error = lockError(m_fileName);
         ::close(m_descriptor);
         throw error;

@@ -24,39 +24,42 @@ constexpr std::initializer_list<QStringView> toVersion1 = {
     u"PRAGMA user_version = 1",
 };
 
-constexpr std::array steps = {toVersion1};
+constexpr std::initializer_list<QStringView> toVersion2 = {
+    u"ALTER TABLE event ADD COLUMN discarded INTEGER",
+    u"ALTER TABLE event ADD COLUMN discard_reason TEXT",
+    u"PRAGMA user_version = 2",
+};
+
+constexpr std::array steps = {toVersion1, toVersion2};
+constexpr int current = steps.size();
 
 int version(QueueConnection &connection)
 {
     return connection.value(u"PRAGMA user_version").toInt();
 }
 
-void migrate(QueueConnection &connection, int from)
-{
-    if (from == 0 && connection.value(u"SELECT COUNT(*) FROM sqlite_master").toInt() > 0)
-        throw queueerror::make(connection.file().name(),
-                               u"файл принадлежит другой программе; проверьте настройку Queue:database"_s,
-                               u"user_version 0, tables present"_s);
-    for (std::size_t step = from; step < steps.size(); ++step)
-        for (const QStringView sql : steps.at(step))
-            connection.change(sql);
-}
-
 } // namespace
+
+void queueschema::refuseForeign(QueueConnection &connection)
+{
+    const QString &file = connection.file().name();
+    const int found = version(connection);
+    if (found < 0 || found > current)
+        throw queueerror::make(file, u"файл записан более новой версией программы, обновите программу"_s,
+                               u"user_version %1, known %2"_s.arg(QString::number(found), QString::number(current)));
+    if (found == 0 && connection.value(u"SELECT COUNT(*) FROM sqlite_master").toInt() > 0)
+        throw queueerror::make(file, u"файл принадлежит другой программе; проверьте настройку Queue:database"_s,
+                               u"user_version 0, but there are tables"_s);
+}
 
 void queueschema::ensure(QueueConnection &connection)
 {
-    constexpr int current = steps.size();
     if (version(connection) == current)
         return;
     QueueTransaction transaction(connection);
-    const int found = version(connection); // another process may have been faster
-    if (found < 0 || found > current)
-        throw queueerror::make(
-            connection.file().name(),
-            u"файл записан более новой версией программы (версия %1, известна %2); обновите программу"_s.arg(
-                QString::number(found), QString::number(current)),
-            u"user_version"_s);
-    migrate(connection, found);
+    refuseForeign(connection); // again: another process may have been at it since
+    for (std::size_t step = version(connection); step < steps.size(); ++step)
+        for (const QStringView sql : steps.at(step))
+            connection.change(sql);
     transaction.commit();
 }

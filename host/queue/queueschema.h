@@ -5,9 +5,12 @@ class QueueConnection;
 
 namespace queueschema {
 
+/// Throws BasicException when the database was written by a newer version of the program, or by another program;
+/// nothing is changed.
+void refuseForeign(QueueConnection &connection);
+
 /// Makes the tables of a new database or migrates those of an older one, in one transaction: either everything is
-/// done, or nothing. Throws BasicException when that fails, when the database was written by a newer version, and when
-/// it belongs to another program; it is left as it was then.
+/// done, or nothing. Throws BasicException when that fails.
 void ensure(QueueConnection &connection);
 
 } // namespace queueschema

@@ -12,7 +12,7 @@ inline constexpr QStringView push =
 inline constexpr QStringView status =
     u"SELECT COUNT(*), MIN(created), COALESCE(SUM(CASE WHEN e.state = 'aside' OR EXISTS (SELECT 1 FROM event p "
     u"WHERE p.owner = e.owner AND p.basket = e.basket AND p.id < e.id AND p.state = 'aside') THEN 1 ELSE 0 END), 0) "
-    u"FROM event e";
+    u"FROM event e WHERE e.state <> 'discarded'";
 
 inline constexpr QStringView leasesOfOthers =
     u"SELECT DISTINCT lease FROM event WHERE state = 'sending' AND lease <> ?";
@@ -26,7 +26,8 @@ inline constexpr QStringView claim =
     u"UPDATE event SET state = 'sending', lease = ?, attempts = attempts + 1 WHERE id = ("
     u"SELECT e.id FROM event e WHERE e.state = 'waiting' AND e.owner = ? AND e.id > ? "
     u"AND (e.next_attempt <= ? OR e.next_attempt > ?) "
-    u"AND NOT EXISTS (SELECT 1 FROM event p WHERE p.owner = e.owner AND p.basket = e.basket AND p.id < e.id) "
+    u"AND NOT EXISTS (SELECT 1 FROM event p WHERE p.owner = e.owner AND p.basket = e.basket AND p.id < e.id "
+    u"AND p.state <> 'discarded') "
     u"ORDER BY e.attempts, e.id LIMIT 1) "
     u"RETURNING id, basket, attempts, event";
 
@@ -46,6 +47,18 @@ inline constexpr QStringView hasDeliverable =
     u"SELECT EXISTS (SELECT 1 FROM event e WHERE e.state IN ('waiting', 'sending') AND e.owner = ? "
     u"AND NOT EXISTS (SELECT 1 FROM event p WHERE p.owner = e.owner AND p.basket = e.basket AND p.id < e.id "
     u"AND p.state = 'aside'))";
+
+// For people; from the first id to the last.
+inline constexpr QStringView entries =
+    u"SELECT id, owner, basket, state, attempts, created, next_attempt, last_error, rejected, discarded, "
+    u"discard_reason, event FROM event WHERE id BETWEEN ? AND ? ORDER BY id";
+
+inline constexpr QStringView retry =
+    u"UPDATE event SET state = 'waiting', attempts = 0, next_attempt = 0, rejected = NULL "
+    u"WHERE state = 'aside' AND id BETWEEN ? AND ?";
+
+inline constexpr QStringView discard = u"UPDATE event SET state = 'discarded', discarded = ?, discard_reason = ? "
+                                       u"WHERE id = ? AND state IN ('waiting', 'aside')";
 
 // SQLite only.
 inline constexpr QStringView newest = u"SELECT seq FROM sqlite_sequence WHERE name = 'event'";

@@ -20,17 +20,22 @@ qint64 number(QueueTime time)
 
 } // namespace
 
-QueueStore::QueueStore(const QString &fileName, QueueConnection::Commits commits) : m_connection(fileName, commits)
+QueueTime currentQueueTime()
 {
+    return std::chrono::time_point_cast<std::chrono::milliseconds>(std::chrono::system_clock::now());
+}
+
+QueueStore::QueueStore(const QString &fileName, QueueConnection::Commits commits) : m_connection(fileName)
+{
+    queueschema::refuseForeign(m_connection);
+    m_connection.configure(commits);
     queueschema::ensure(m_connection);
 }
 
 void QueueStore::push(const QString &owner, const QString &basket, const QByteArray &event, QueueTime now)
 {
-    QueueTransaction transaction(m_connection);
     const QVariant order = basket.isEmpty() ? QVariant() : basket;
-    m_connection.change(queuesql::push, {owner, order, QString::fromUtf8(event), number(now)});
-    transaction.commit();
+    changeAlone(queuesql::push, {owner, order, QString::fromUtf8(event), number(now)});
 }
 
 DBQueueBroker::Status QueueStore::status()
@@ -86,18 +91,21 @@ void QueueStore::refused(const QueueClaim &claim, const QueueLease &lease, const
 
 void QueueStore::settle(QStringView sql, const QVariantList &values, const QueueClaim &claim)
 {
+    if (changeAlone(sql, values) != 1)
+        queueerror::logger()->warn(u"Очередь запросов: запись %1 изменена кем-то во время отправки"_s.arg(claim.id));
+}
+
+int QueueStore::changeAlone(QStringView sql, const QVariantList &values)
+{
     QueueTransaction transaction(m_connection);
     const int rows = m_connection.change(sql, values);
     transaction.commit();
-    if (rows != 1)
-        queueerror::logger()->warn(u"Очередь запросов: запись %1 изменена кем-то во время отправки"_s.arg(claim.id));
+    return rows;
 }
 
 void QueueStore::endBackOffs(const QString &owner)
 {
-    QueueTransaction transaction(m_connection);
-    m_connection.change(queuesql::endBackOffs, {owner});
-    transaction.commit();
+    changeAlone(queuesql::endBackOffs, {owner});
 }
 
 bool QueueStore::hasDeliverable(const QString &owner)

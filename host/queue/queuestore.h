@@ -5,13 +5,19 @@
 #include "queueconnection.h"
 
 #include <queue/dbqueuebroker.h>
+#include <queue/queueadmin.h>
 
 #include <chrono>
+#include <functional>
+#include <limits>
 #include <optional>
 
 class QueueLease;
 
 using QueueTime = std::chrono::sys_time<std::chrono::milliseconds>;
+
+/// The system's clock.
+QueueTime currentQueueTime();
 
 /// An event that a drain has taken, to be sent by nobody else.
 struct QueueClaim
@@ -62,9 +68,27 @@ public:
     /// process stands in the way of is left for the next time.
     void checkpoint();
 
+    /// Which events the operations for QueueAdmin are about: by default all.
+    struct IdRange
+    {
+        qint64 first = 0;
+        qint64 last = std::numeric_limits<qint64>::max();
+    };
+
+    /// For QueueAdmin: calls `reader` with each stored event, oldest first.
+    using EntryReader = std::function<void(const QueueAdmin::Entry &entry, const QByteArray &event)>;
+    void readEntries(IdRange ids, const EntryReader &reader);
+
+    /// For QueueAdmin: makes the events that were set aside due anew; returns how many.
+    int retry(IdRange ids);
+
+    /// For QueueAdmin: false when the event does not exist, is being sent, or was discarded before.
+    bool discard(qint64 id, const QString &reason, const QueueLease &lease, QueueTime now);
+
 private:
     void releaseLeasesOfTheDead(const QueueLease &lease);
     void settle(QStringView sql, const QVariantList &values, const QueueClaim &claim);
+    int changeAlone(QStringView sql, const QVariantList &values);
 
     QueueConnection m_connection;
 };

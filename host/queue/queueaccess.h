@@ -1,0 +1,33 @@
+// A queue's database that is opened when it is needed: at the first use, and again after a failure, so that a till can
+// start, and goes on working, when the disk comes back. Used on one thread.
+#pragma once
+
+#include "queuestore.h"
+
+#include <optional>
+
+class QueueAccess
+{
+public:
+    QueueAccess(const QString &fileName, QueueConnection::Commits commits) : m_fileName(fileName), m_commits(commits) {}
+
+    /// Runs `operation` on the open database and returns what it returns. Throws what it throws, and BasicException
+    /// when the database cannot be opened; the database is closed then.
+    template <class Operation>
+    auto use(Operation operation)
+    {
+        try {
+            return operation(opened());
+        } catch (...) {
+            m_store.reset();
+            throw;
+        }
+    }
+
+private:
+    QueueStore &opened();
+
+    QString m_fileName;
+    QueueConnection::Commits m_commits;
+    std::optional<QueueStore> m_store;
+};
