@@ -1,0 +1,42 @@
+# What the scripts share; sourced, not run. Leaves the caller in the root of the tree.
+# shellcheck shell=bash disable=SC2034
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit
+
+readonly build_packages=(
+    g++ cmake ninja-build ccache pkgconf
+    qt6-base-dev libqt6sql6-sqlite libcurl4-openssl-dev libssl-dev libspdlog-dev
+    libcpp-httplib-dev libcli11-dev nlohmann-json3-dev libsqlitecpp-dev libsqlite3-dev
+    libgtest-dev libgmock-dev
+)
+readonly lint_packages=(clang-format clang-tidy)
+
+say() {
+    printf '\n== %s\n' "$*"
+}
+
+# Installs those of the given Debian packages that are missing; does nothing, not even ask for rights, when none is.
+install_packages() {
+    local package missing=()
+    for package in "$@"; do
+        if [[ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" != installed ]]; then
+            missing+=("$package")
+        fi
+    done
+    if ((${#missing[@]} == 0)); then
+        return
+    fi
+    say "Installing ${missing[*]}"
+    local as_root=()
+    if ((EUID != 0)); then
+        as_root=(sudo)
+    fi
+    "${as_root[@]}" apt-get update
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
+}
+
+# Configures a preset. Quick when nothing has changed.
+configure() {
+    say "Configuring build/$1"
+    cmake --preset "$1"
+}
