@@ -151,8 +151,6 @@ void SaleDocument::removeGoodsItem(int posnum)
         return !reduce(*impact, [posnum](const auto &share) { return share.getPosition() != posnum; });
     });
     m_goods.removeOne(item);
-    item->setDiscountSum({});
-    updateLineDiscounts();
 }
 
 void SaleDocument::addCard(const QSharedPointer<DocumentCardRecord> &card)

@@ -165,7 +165,7 @@ TEST_F(DocumentStoreTest, BringsBackImpactsWithTheirCards)
     EXPECT_EQ(impacts[0]->getTotals()->getDateTime(), moment);
     EXPECT_EQ(impacts[0]->getTotals()->getDiscountRate(), QVariant(150.5));
     EXPECT_EQ(impacts[0]->getTotals()->getDiscountType(), EDiscountType::Bonus);
-    EXPECT_TRUE(impacts[0]->getTotals()->getValutCode().isNull());
+    EXPECT_EQ(impacts[0]->getTotals()->getValutCode(), QVariant());
     EXPECT_EQ(impacts[0]->getCardRecord(), card);
     for (const auto details = impacts[0]->getDetails(); const auto &share : details)
         EXPECT_EQ(share->getCardRecord(), card);
