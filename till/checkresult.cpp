@@ -104,10 +104,8 @@ QJsonObject CheckResult::toJournal() const
         jsonLines.append(QJsonObject{
             {u"lineId"_s, line.lineId}, {u"amount"_s, line.amount.toText()}, {u"spent"_s, line.spent.toText()}});
     }
-    return {{u"check"_s, identifier},       {u"dateTime"_s, dateTime.toString(Qt::ISODate)},
-            {u"outcome"_s, outcome},        {u"card"_s, card},
-            {u"basket"_s, basket},          {u"lines"_s, jsonLines},
-            {u"total"_s, total().toText()}, {u"spent"_s, spent().toText()},
+    return {{u"check"_s, identifier},      {u"outcome"_s, outcome}, {u"card"_s, card},
+            {u"basket"_s, basket},         {u"lines"_s, jsonLines}, {u"spent"_s, spent().toText()},
             {u"earned"_s, earned.toText()}};
 }
 

@@ -68,10 +68,12 @@ void CheckSession::restoreGoods()
     changeLines(EventCode::PositionRestored, [this] {
         const QVariantMap undo = std::exchange(m_state.undo, {});
         const int line = undo.value(u"line"_s).toInt();
-        const auto before = GoodsItem::fromMap(undo.value(u"item"_s).toMap());
-        if (!undo.contains(u"item"_s))
+        if (!undo.contains(u"item"_s)) {
             m_document->removeGoodsItem(line);
-        else if (m_document->findGoodsItem(line))
+            return;
+        }
+        const auto before = GoodsItem::fromMap(undo.value(u"item"_s).toMap());
+        if (m_document->findGoodsItem(line))
             m_document->changeGoodsItem(line, before->getQuantity(), before->getPrice());
         else
             m_document->addGoodsItem(before);

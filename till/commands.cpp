@@ -85,7 +85,7 @@ ExitStatus runScenarios(const Options &options)
         QList<Scenario> scenarios;
         for (const QString &file : options.scenarioFiles)
             scenarios.append(readScenario(file));
-        const TillHost host(options.configFile);
+        const TillHost host(options.configFile, TillHost::Access::Work);
         const auto cashier = QSharedPointer<ScriptedCashier>::create(options.codeCommand);
         Singleton<CashierUi>::replace(cashier);
         const LoyaltyPlugin plugin(host.pluginFolder());
@@ -99,7 +99,7 @@ ExitStatus runScenarios(const Options &options)
 ExitStatus drainQueue(const Options &options)
 {
     try {
-        const TillHost host(options.configFile);
+        const TillHost host(options.configFile, TillHost::Access::Work);
         QueueDrain drain;
         drain.setHandler(loyaltyQueueOwner, makeLoyaltySender());
         drain.start();
@@ -113,7 +113,7 @@ ExitStatus drainQueue(const Options &options)
 ExitStatus showQueue(const Options &options)
 {
     try {
-        const TillHost host(options.configFile);
+        const TillHost host(options.configFile, TillHost::Access::Look);
         printQueue(host.queue().status());
         return Succeeded;
     } catch (const BasicException &error) {

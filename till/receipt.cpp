@@ -27,14 +27,16 @@ QStringList wrap(const QString &text)
     return lines << rest;
 }
 
-/// `left` at the left edge and `right` at the right one; in two lines where both do not fit into one.
+/// `left` at the left edge and `right` at the right one; on lines of their own where both do not fit into one.
 QString row(const QString &left, const QString &right)
 {
     const qsizetype gap = receiptWidth - widthOf(left) - widthOf(right);
     if (gap >= 1)
         return left + QString(gap, u' ') + right + u'\n';
-    const qsizetype indent = qMax<qsizetype>(0, receiptWidth - widthOf(right));
-    return wrap(left).join(u'\n') + u'\n' + QString(indent, u' ') + right + u'\n';
+    QString rows = wrap(left).join(u'\n') + u'\n';
+    for (const QString &line : wrap(right))
+        rows += QString(receiptWidth - widthOf(line), u' ') + line + u'\n';
+    return rows;
 }
 
 QString rule(QChar character)

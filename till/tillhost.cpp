@@ -13,12 +13,13 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace till {
 
-TillHost::TillHost(const QString &configFile) : m_config(QSharedPointer<Config>::create(configFile))
+TillHost::TillHost(const QString &configFile, Access access) : m_config(QSharedPointer<Config>::create(configFile))
 {
     Singleton<Config>::replace(m_config);
     setUpLogging(*m_config);
     m_dataFolder = QDir(m_config->getString(u"Host:dataFolder"_s, QDir::currentPath())).absolutePath();
-    lockDataFolder();
+    if (access == Access::Work)
+        lockDataFolder();
     m_queue = QSharedPointer<EndingQueue>::create();
     Singleton<DBQueueBroker>::replace(m_queue);
     Singleton<Session>::instance()->setUser(QSharedPointer<User>::create(

@@ -15,9 +15,11 @@ namespace till {
 class TillHost
 {
 public:
-    /// Reads the INI file and takes the data folder for this process: two tills on one open check, one journal and one
-    /// queue would undo each other's work. Throws BasicException that says what is wrong.
-    explicit TillHost(const QString &configFile);
+    enum class Access { Work, Look };
+
+    /// Reads the INI file. To work, it takes the data folder for this process: two tills on one open check, one journal
+    /// and one queue would undo each other's work. Throws BasicException that says what is wrong.
+    TillHost(const QString &configFile, Access access);
     ~TillHost();
     Q_DISABLE_COPY_MOVE(TillHost)
 

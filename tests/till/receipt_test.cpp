@@ -1,0 +1,60 @@
+// The receipt's text, whatever the locale.
+#include "tests/host/core/commalocale.h"
+#include "till/receipt.h"
+
+#include <gtest/gtest.h>
+
+#include <QtCore/QTimeZone>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+TEST(Receipt, HasItsColumnsAndTwoDecimalsInEveryLocale)
+{
+    const CommaLocale locale;
+    const QDateTime opened({2026, 3, 5}, {14, 3, 9});
+    const till::CheckResult result{u"c0ffee00-0000-4000-8000-000000000001"_s,
+                                   opened,
+                                   u"closed"_s,
+                                   {{1, u"Сыр Российский особый весовой с длинным названием на ценнике"_s, 0.345,
+                                     Money::fromKopecks(64000), Money::fromKopecks(22080), Money::fromKopecks(11040)},
+                                    {3, u"Хлеб"_s, 2, Money::fromKopecks(4550), Money::fromKopecks(9100), Money()}},
+                                   u"7770000000001"_s,
+                                   u"b-1"_s,
+                                   u"Константинопольская-Преображенская Александра Владимировна"_s,
+                                   u"Золото"_s,
+                                   Money::fromKopecks(123456789),
+                                   Money::fromKopecks(5)};
+    const char *expected = "==========================================\n"
+                           "               КАССОВЫЙ ЧЕК\n"
+                           "Открыт                 05.03.2026 14:03:09\n"
+                           "N     c0ffee00-0000-4000-8000-000000000001\n"
+                           "------------------------------------------\n"
+                           "Сыр Российский особый весовой с длинным\n"
+                           "названием на ценнике\n"
+                           "  0.345 x 640.00                    220.80\n"
+                           "  Скидка баллами                   -110.40\n"
+                           "Хлеб\n"
+                           "  2 x 45.50                          91.00\n"
+                           "------------------------------------------\n"
+                           "Сумма                               311.80\n"
+                           "Скидка баллами                     -110.40\n"
+                           "ИТОГО                               201.40\n"
+                           "------------------------------------------\n"
+                           "Карта                        7770000000001\n"
+                           "Покупатель\n"
+                           "        Константинопольская-Преображенская\n"
+                           "                   Александра Владимировна\n"
+                           "Уровень                             Золото\n"
+                           "Баланс баллов до чека           1234567.89\n"
+                           "Списано баллов                      110.40\n"
+                           "Начислено баллов                      0.05\n"
+                           "------------------------------------------\n"
+                           "Ожидает отправки                         2\n"
+                           "В очереди с            05.03.2026 14:03:09\n"
+                           "==========================================\n";
+    EXPECT_EQ(till::receiptText(result, {2, 0, opened}).toStdString(), expected);
+}
+
+} // namespace
