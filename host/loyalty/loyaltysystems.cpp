@@ -19,7 +19,8 @@ bool LoyaltySystems::remove(BasicLoyaltySystem *system)
 BasicLoyaltySystem *LoyaltySystems::findByCard(const DocumentCardRecord &card) const
 {
     const int code = card.getLoyaltySystemCode();
-    const auto found = std::find_if(m_systems.cbegin(), m_systems.cend(),
-                                    [code](const BasicLoyaltySystem *system) { return system->getLoyaltySystemCode() == code; });
+    const auto found = std::find_if(m_systems.cbegin(), m_systems.cend(), [code](const BasicLoyaltySystem *system) {
+        return system->getLoyaltySystemCode() == code;
+    });
     return code == 0 || found == m_systems.cend() ? nullptr : *found;
 }
