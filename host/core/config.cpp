@@ -28,11 +28,18 @@ QString unquoted(const QString &value)
     return quoted ? value.mid(1, value.size() - 2) : value;
 }
 
-void warnOfNumber(const QString &key, const QString &text, const QString &used)
+// The number that `text` holds by `read`, and where it holds none the default, with a warning.
+template <class Number, class Read>
+Number numberFrom(const QString &text, const QString &key, Number defaultValue, Read read)
 {
+    bool ok = false;
+    const Number number = read(text, ok);
+    if (ok)
+        return number;
     Log4Qt::LogManager::logger(u"poshost"_s)
-        ->warn(u"Настройка %1: \"%2\" не является числом нужного вида, взято значение по умолчанию %3"_s.arg(key, text,
-                                                                                                             used));
+        ->warn(u"Настройка %1: \"%2\" не является числом нужного вида, взято значение по умолчанию %3"_s.arg(
+            key, text, QString::number(defaultValue)));
+    return defaultValue;
 }
 
 } // namespace
@@ -91,12 +98,7 @@ int Config::getInt(const QString &key, int defaultValue) const
     const auto text = m_values.constFind(key);
     if (text == m_values.cend())
         return defaultValue;
-    bool ok = false;
-    const int number = text->toInt(&ok);
-    if (ok)
-        return number;
-    warnOfNumber(key, *text, QString::number(defaultValue));
-    return defaultValue;
+    return numberFrom(*text, key, defaultValue, [](const QString &number, bool &ok) { return number.toInt(&ok); });
 }
 
 double Config::getDouble(const QString &key, double defaultValue) const
@@ -104,10 +106,9 @@ double Config::getDouble(const QString &key, double defaultValue) const
     const auto text = m_values.constFind(key);
     if (text == m_values.cend())
         return defaultValue;
-    bool ok = false;
-    const double number = text->toDouble(&ok);
-    if (ok && std::isfinite(number))
-        return number;
-    warnOfNumber(key, *text, QString::number(defaultValue));
-    return defaultValue;
+    return numberFrom(*text, key, defaultValue, [](const QString &number, bool &ok) {
+        const double value = number.toDouble(&ok);
+        ok = ok && std::isfinite(value);
+        return value;
+    });
 }

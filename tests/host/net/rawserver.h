@@ -1,59 +1,113 @@
-// An HTTP server on bare sockets that can do what a correct one never does: cut, stall, trickle, hang up.
+// An HTTP server that can do what a correct one never does: cut, stall, trickle, hang up.
 #pragma once
 
-#include <QtCore/QString>
+#include <QtCore/QThread>
 #include <QtCore/QUrl>
+#include <QtNetwork/QTcpServer>
+#include <QtNetwork/QTcpSocket>
 
+#include <atomic>
 #include <functional>
+#include <future>
+#include <memory>
 #include <mutex>
-#include <string>
-#include <thread>
-#include <vector>
 
 /// Listens on a free port of 127.0.0.1 and serves one connection after the other on a thread of its own.
 class RawServer
 {
 public:
-    class Connection
-    {
-    public:
-        explicit Connection(int socket) : m_socket(socket) {}
-        void send(const std::string &bytes) const;
-
-        /// Sends `byte` again and again until the client hangs up.
-        void trickle(char byte) const;
-
-    private:
-        int m_socket;
-    };
-
     /// Answers the request with this number (1 and up); false hangs up.
-    using Handler = std::function<bool(const Connection &connection, int number)>;
+    using Handler = std::function<bool(QTcpSocket &client, int number)>;
 
-    explicit RawServer(Handler handler);
-    ~RawServer();
+    explicit RawServer(const Handler &handler) : m_handler(handler)
+    {
+        std::promise<int> port;
+        m_thread.reset(QThread::create([this, &port] { serve(port); }));
+        m_thread->start();
+        m_port = port.get_future().get();
+    }
+
+    ~RawServer()
+    {
+        m_stopping = true;
+        m_thread->wait();
+    }
     Q_DISABLE_COPY_MOVE(RawServer)
 
-    QUrl url(const QString &pathAndQuery, const QString &scheme = QStringLiteral("http")) const;
+    QUrl url(const QString &pathAndQuery) const
+    {
+        return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(QString::number(m_port), pathAndQuery));
+    }
 
-    /// The whole requests that have come, and the connections they came on.
-    std::vector<std::string> requests() const;
-    int connections() const;
+    /// The whole requests that have come.
+    QList<QByteArray> requests() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_requests;
+    }
+    int connections() const { return m_connections; }
 
-    /// A response with this status line, a length, and the body.
-    static std::string answer(const std::string &status, const std::string &body, const std::string &headers = {});
+    static bool send(QTcpSocket &client, const QByteArray &bytes)
+    {
+        client.write(bytes);
+        while (client.bytesToWrite() > 0 && client.waitForBytesWritten()) {
+        }
+        return client.state() == QAbstractSocket::ConnectedState;
+    }
+
+    /// A response with this status, a length, and the body.
+    static QByteArray answer(const QByteArray &status, const QByteArray &body, const QByteArray &headers = {})
+    {
+        return "HTTP/1.1 " + status + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n" + headers +
+               "\r\n" + body;
+    }
 
 private:
-    void serve();
-    void serveConnection(int socket);
-    bool readRequest(int socket, std::string &buffer, std::string &request) const;
+    static constexpr int lookMs = 10; ///< How often the end of the server is looked for.
+
+    void serve(std::promise<int> &port)
+    {
+        QTcpServer server;
+        server.listen(QHostAddress::LocalHost);
+        port.set_value(server.serverPort());
+        while (!m_stopping) {
+            if (!server.waitForNewConnection(lookMs))
+                continue;
+            const std::unique_ptr<QTcpSocket> client(server.nextPendingConnection());
+            for (bool first = true; nextRequest(*client); first = false) {
+                m_connections += first ? 1 : 0;
+                if (!m_handler(*client, static_cast<int>(requests().size())))
+                    break;
+            }
+        }
+    }
+
+    bool nextRequest(QTcpSocket &client)
+    {
+        QByteArray request;
+        while (!isComplete(request)) {
+            if (m_stopping || client.state() != QAbstractSocket::ConnectedState)
+                return false;
+            client.waitForReadyRead(lookMs);
+            request += client.readAll();
+        }
+        const std::lock_guard lock(m_mutex);
+        m_requests.append(request);
+        return true;
+    }
+
+    static bool isComplete(const QByteArray &request)
+    {
+        const qsizetype head = request.indexOf("\r\n\r\n");
+        const qsizetype length = request.indexOf("Content-Length: ");
+        return head != -1 && (length == -1 || request.size() - head - 4 >= request.mid(length + 16, 9).toLongLong());
+    }
 
     Handler m_handler;
-    int m_listener;
+    int m_port = 0;
+    std::atomic<bool> m_stopping = false;
+    std::atomic<int> m_connections = 0;
     mutable std::mutex m_mutex;
-    std::vector<std::string> m_requests;
-    int m_connections = 0;
-    int m_socket = -1;
-    bool m_stopping = false;
-    std::thread m_thread;
+    QList<QByteArray> m_requests;
+    std::unique_ptr<QThread> m_thread;
 };
