@@ -36,9 +36,8 @@ struct Sides
     void addVoided(const char *basket) { journal["V"] = {"V", false, "7", basket, {}, 0, 0}; }
 };
 
-struct CompareCase
+struct CompareCase : Case
 {
-    const char *name;
     std::function<void(Sides &)> change;
     const char *difference; ///< a part of the finding; empty when the sides are equal
 };

@@ -61,9 +61,8 @@ TEST_F(CustomerFile, MayNotTakeACardOrPhoneOfAnother)
     EXPECT_TRUE(database.read(allCustomers).empty()) << "all or nothing";
 }
 
-struct FileCase
+struct FileCase : Case
 {
-    const char *name;
     const char *patch; ///< RFC 7396 merge patch of the good customer
     const char *named;
 };

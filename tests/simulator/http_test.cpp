@@ -43,9 +43,8 @@ TEST_F(Http, TellsAboutTheCustomer)
     EXPECT_EQ(caller.get(path + "loyaltyBalanceInfo" + who).json()["data"]["AmountQty"], 1500.0);
 }
 
-struct QueryCase
+struct QueryCase : Case
 {
-    const char *name;
     const char *query;
     int status;
 };
@@ -81,9 +80,8 @@ TEST_P(Query, IsRefused)
 
 INSTANTIATE_TEST_SUITE_P(Refusals, Query, testing::ValuesIn(queryCases), caseName);
 
-struct BodyCase
+struct BodyCase : Case
 {
-    const char *name;
     const char *patch;   ///< RFC 7396 merge patch of a good body; an array is put in place of the only line's fields
     const char *message; ///< what the refusal must name
 };

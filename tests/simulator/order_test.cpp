@@ -24,12 +24,12 @@ const std::pair<const char *, std::vector<std::string>> waysTo[] = {
     {"cancelled", {"createOrder", "cancelOrder"}},
 };
 
-struct LifeCase
+struct LifeCase : Case
 {
-    const char *name;                  ///< the operation
     std::vector<std::string> outcomes; ///< in the order above: the state after it, or the refusal
 };
 
+/// Named by the operation.
 const LifeCase lifeCases[] = {
     {"calculateOrder", {"calculated", "calculated", "created", "updated", "102", "102", "101"}},
     {"createOrder", {"created", "created", "created", "created", "102", "102", "101"}},
@@ -163,9 +163,8 @@ TEST_F(Orders, StayConsistentUnderRandomCallsAtOnce)
     EXPECT_THAT(database.read(auditLedger), IsEmpty());
 }
 
-struct DamageCase
+struct DamageCase : Case
 {
-    const char *name;
     const char *damage;
     const char *finding;
 };

@@ -26,9 +26,8 @@ TEST(Money, IsWrittenWithTwoDecimals)
     EXPECT_EQ(formatHundredths(-12345), "-123.45");
 }
 
-struct PriceCase
+struct PriceCase : Case
 {
-    const char *name;
     std::vector<OrderLine> lines;
     Points available;
     std::vector<Points> spent;
@@ -61,9 +60,9 @@ class Pricing : public testing::TestWithParam<PriceCase>
 
 TEST_P(Pricing, FollowsTheRules)
 {
-    const auto &[name, lines, available, spent, earned] = GetParam();
-    EXPECT_EQ(redeem(lines, available), spent);
-    EXPECT_EQ(earn(lines, spent, 5), earned);
+    const PriceCase &expected = GetParam();
+    EXPECT_EQ(redeem(expected.lines, expected.available), expected.spent);
+    EXPECT_EQ(earn(expected.lines, expected.spent, 5), expected.earned);
 }
 
 INSTANTIATE_TEST_SUITE_P(Rules, Pricing, testing::ValuesIn(priceCases), caseName);

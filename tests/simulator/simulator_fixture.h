@@ -7,8 +7,10 @@
 #include <gtest/gtest.h>
 #include <httplib.h>
 
+#include <concepts>
 #include <filesystem>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -20,7 +22,18 @@ inline constexpr const char *card = "7770000000001";
 inline constexpr const char *secondCard = "7770000000018";
 inline constexpr const char *otherCard = "7770000000032";
 
-/// Labels the cases of a table by their member "name".
+/// The base of a table's cases: the label, in the test's name and in ctest's list.
+struct Case
+{
+    const char *name;
+};
+
+template <std::derived_from<Case> Tested>
+void PrintTo(const Tested &tested, std::ostream *out)
+{
+    *out << tested.name;
+}
+
 inline constexpr auto caseName = [](const auto &tested) { return std::string(tested.param.name); };
 
 struct Received
