@@ -1,0 +1,193 @@
+// Whole sales. What is expected of each check stands in its scenario; at the end the books of both sides must agree.
+#include "salefixture.h"
+
+#include <gmock/gmock.h>
+
+using namespace Qt::Literals::StringLiterals;
+using testing::HasSubstr;
+
+namespace {
+
+/// A fault of the service, in the simulator's words.
+QJsonObject fault(const char *method, const char *kind, int times = 1)
+{
+    return {{u"method"_s, QString::fromUtf8(method)}, {u"kind"_s, QString::fromUtf8(kind)}, {u"times"_s, times}};
+}
+
+/// A scenario with one check: bread for 45.50 and milk twice for 91.00, 227.50 in all, up to 113.75 of it in points.
+QByteArray sale(const QByteArray &steps, const QByteArray &expect, const QByteArray &answers = "{}")
+{
+    return R"({"checks": [{"goods": [
+        {"barcode": "1", "name": "Хлеб", "price": "45.50"},
+        {"barcode": "2", "name": "Молоко", "price": "91.00", "quantity": 2}],
+        "steps": [{"card": "7770000000001"}, )" +
+           steps + R"(], "answers": )" + answers + R"(, "expect": )" + expect + "}]}";
+}
+
+QByteArray goingOn(const QByteArray &steps, const QByteArray &expect)
+{
+    return R"({"checks": [{"continue": true, "steps": [)" + steps + R"(], "expect": )" + expect + "}]}";
+}
+
+struct Case
+{
+    const char *name;
+    QList<QJsonObject> faults;
+    QByteArray scenario;
+};
+
+void PrintTo(const Case &sold, std::ostream *stream)
+{
+    *stream << sold.name;
+}
+
+class Sale : public SaleTest, public testing::WithParamInterface<Case>
+{
+};
+
+TEST_P(Sale, EndsWithEqualBooks)
+{
+    for (const QJsonObject &fault : GetParam().faults)
+        addFault(fault);
+    runTill(GetParam().scenario);
+    drain();
+    expectEqualBooks(1);
+}
+
+const QByteArray withPoints = R"({"outcome": "closed", "spent": "113.75", "total": "113.75", "queued": 0})";
+const QByteArray withoutPoints = R"({"outcome": "closed", "spent": 0, "total": "227.50", "queued": 0})";
+const QByteArray withoutCard = R"({"outcome": "closed", "card": "", "total": "227.50", "earned": 0, "queued": 0,
+                                   "messages": ["заказа.\nПовторить или удалить"]})";
+
+const Case cases[]{
+    {"PhoneWithPointsAndCode", {}, "phone-spend.json"},
+    {"CardWithLabelsAndUpdate", {}, "card-update.json"},
+    {"Voided", {}, "void.json"},
+    {"NoCard", {}, R"({"checks": [{"goods": [{"barcode": "1", "name": "Хлеб", "price": 1}], "steps": ["close"],
+                       "expect": {"outcome": "closed", "card": "", "total": 1, "queued": 0}}]})"},
+    {"UnknownCard", {}, R"({"checks": [{"goods": [{"barcode": "1", "name": "Хлеб", "price": 1}],
+                            "steps": [{"card": "1234"}, "close"],
+                            "expect": {"outcome": "closed", "card": "", "messages": ["1234"]}}]})"},
+    {"WrongCodesThenACodeForAnotherAttempt",
+     {},
+     sale(R"("price", "spend", "close")",
+          R"({"outcome": "closed", "spent": "113.75",
+              "messages": ["код", "Неверный код", "Неверный код", "Повторить", "код"]})",
+          R"({"codes": ["no", "no", "no"], "dialogs": ["retry"]})")},
+    {"CodeNotGivenAndCardRemoved",
+     {},
+     sale(R"("price", "spend", "close")",
+          R"({"outcome": "closed", "card": "", "total": "227.50", "messages": ["код", "Повторить"]})",
+          R"({"codes": ["give-up"], "dialogs": ["remove"]})")},
+    {"ServiceErrorAtCloseThenRetries",
+     {fault("createOrder", "status", 2)},
+     sale(R"("price", "close")",
+          R"({"outcome": "closed", "earned": "11.37", "messages": ["Повторить", "Повторить"], "queued": 0})",
+          R"({"dialogs": ["retry", "retry"]})")},
+    {"CardRemovedAtClose",
+     {fault("createOrder", "status")},
+     sale(R"("price", "close")", withoutCard, R"({"dialogs": ["remove"]})")},
+    {"CardRemovedAfterTheOrderWasCreatedUnseen",
+     {fault("createOrder", "close")},
+     sale(R"("price", "spend", "close")", R"({"outcome": "closed", "card": "", "total": "227.50", "queued": 0})",
+          R"({"dialogs": ["remove"]})")},
+    {"AnswerOfSpendingLostThenRetry",
+     {fault("createOrder", "close", 2)},
+     sale(R"("price", "spend", "close")",
+          withPoints.chopped(1) + R"(, "messages": ["код", "Повторить", "код", "Повторить", "код"]})",
+          R"({"dialogs": ["retry", "retry"]})")},
+    {"AnswersOfUpdateLostThenRetry",
+     {fault("updateOrder", "close"), fault("updateOrder", "malformed")},
+     sale(R"("price", {"change": {"line": 2, "quantity": 1}}, "subtotal",
+                {"change": {"line": 2, "quantity": 2}}, "subtotal", "close")",
+          withoutPoints, R"({"dialogs": ["retry", "retry"]})")},
+    {"AnswersToTheQueueLost",
+     {fault("postOrder", "close"), fault("bindOrderId", "malformed"), fault("postOrder", "status")},
+     sale(R"("price", "spend", "close")", withPoints)},
+    {"AnswerToCancellationLostAtRepricing",
+     {fault("cancelOrder", "close")},
+     sale(R"("price", "spend", {"change": {"line": 2, "quantity": 1}}, "spend", "close")",
+          R"({"outcome": "closed", "sum": "136.50", "spent": "68.25", "queued": 0})", R"({"dialogs": ["retry"]})")},
+    {"PointsSpentAfterAnUpdate",
+     {},
+     sale(R"("price", {"change": {"line": 2, "quantity": 1}}, "subtotal", "spend", "close")",
+          R"({"outcome": "closed", "sum": "136.50", "spent": "68.25", "queued": 0})")},
+    {"PricingFailsThenClosingPrices",
+     {fault("calculateOrder", "status")},
+     sale(R"("price", "close")", withoutPoints.chopped(1) + R"(, "messages": ["недоступен"]})")},
+};
+
+INSTANTIATE_TEST_SUITE_P(Shop, Sale, testing::ValuesIn(cases),
+                         [](const auto &instance) { return std::string(instance.param.name); });
+
+TEST_F(SaleTest, IsDeliveredAfterTheServiceIsBack)
+{
+    runTill("offline-begin.json");
+    stopService();
+    runTill("offline-close.json", 0, {u"--drain-seconds"_s, u"0"_s});
+    startService();
+    drain();
+    expectEqualBooks(1);
+}
+
+TEST_F(SaleTest, SaysWhatDiffersFromTheExpectation)
+{
+    const QString output = runTill(sale(R"("price", "close")", R"({"total": "227.49", "customer": "Никто"})"), 1);
+    EXPECT_THAT(output.toStdString(), HasSubstr("/checks/0/expect/total: ожидалось \"227.49\", получено \"227.50\""));
+    EXPECT_THAT(output.toStdString(), HasSubstr("/checks/0/expect/customer: ожидалось \"Никто\""));
+}
+
+TEST_F(SaleTest, SellsNothingWhenAnyScenarioIsWrong)
+{
+    const QString wrong = folder.filePath(u"wrong.json"_s);
+    QFile file(wrong);
+    ASSERT_TRUE(file.open(QFile::WriteOnly) && file.write("{\"check\": []}") > 0);
+    file.close();
+    const QString output = runTill("void.json", 2, {wrong});
+    EXPECT_THAT(output.toStdString(), HasSubstr("wrong.json: /check: неизвестный ключ"));
+    EXPECT_EQ(requestsOf(u"searchCustomer"_s), 0);
+}
+
+TEST_F(SaleTest, RefusesAFolderInWhichAnotherTillWorks)
+{
+    const auto first = startTill(sale(R"("price", {"hold": 100})", "{}"));
+    ASSERT_TRUE(waitFor([&] { return first->waitForReadyRead(10) && first->readAll().contains("Касса ждёт"); }));
+    EXPECT_THAT(runTill("void.json", 2).toStdString(), HasSubstr("занята"));
+    kill(*first);
+}
+
+class KilledSale : public SaleTest, public testing::WithParamInterface<const char *>
+{
+};
+
+TEST_P(KilledSale, GoesOnAfterARestart)
+{
+    // The request is under way when the till is killed, and is carried out after that.
+    addFault({{u"method"_s, QString::fromUtf8(GetParam())}, {u"kind"_s, u"delay"_s}, {u"milliseconds"_s, 500}});
+    const auto till = startTill(
+        sale(R"("price", {"change": {"line": 1, "quantity": 2}}, "subtotal", "spend", {"remove": 1}, "spend", "close")",
+             "{}"));
+    ASSERT_TRUE(waitFor([this] { return requestsOf(QString::fromUtf8(GetParam())) > 0; }));
+    kill(*till);
+    runTill({}); // Completes the ending where it was begun.
+    if (checksInJournal() == 0)
+        runTill(goingOn(R"("spend", "close")", R"({"outcome": "closed", "card": "7770000000001", "queued": 0})"));
+    drain();
+    expectEqualBooks(1);
+}
+
+INSTANTIATE_TEST_SUITE_P(During, KilledSale,
+                         testing::Values("calculateOrder", "updateOrder", "cancelOrder", "createOrder", "postOrder",
+                                         "bindOrderId"),
+                         [](const auto &instance) { return std::string(instance.param); });
+
+TEST_F(SaleTest, GoesOnAfterAKillWhileTheCheckIsOpen)
+{
+    const auto till = startTill("killed-begin.json");
+    ASSERT_TRUE(waitFor([&] { return till->waitForReadyRead(10) && till->readAll().contains("Касса ждёт"); }));
+    kill(*till);
+    runTill("killed-continue.json");
+    expectEqualBooks(1);
+}
+
+} // namespace
