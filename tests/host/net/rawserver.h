@@ -71,7 +71,7 @@ private:
         server.listen(QHostAddress::LocalHost);
         port.set_value(server.serverPort());
         while (!m_stopping) {
-            if (!server.waitForNewConnection(lookMs))
+            if (!server.hasPendingConnections() && !server.waitForNewConnection(lookMs))
                 continue;
             const std::unique_ptr<QTcpSocket> client(server.nextPendingConnection());
             for (bool first = true; nextRequest(*client); first = false) {
