@@ -85,12 +85,22 @@ bool Plugin::commit(const QSharedPointer<AbstractDocument> &document)
         return true;
     enqueue(interface->postOrderRequest(card));
     enqueue(interface->bindOrderIdRequest(document, card));
+    forgetOrder();
     return true;
 }
 
 bool Plugin::rollback(const QSharedPointer<AbstractDocument> &document)
 {
-    return cancelOrder(document, true);
+    cancelOrder(document, true);
+    forgetOrder();
+    return true;
+}
+
+/// The check is over: the next one must not inherit what is known of its order.
+void Plugin::forgetOrder()
+{
+    orderCreated = false;
+    pendingUpdate = false;
 }
 
 bool Plugin::cancelOrder(const QSharedPointer<AbstractDocument> &document, bool queued)
@@ -113,12 +123,8 @@ bool Plugin::cancelOrder(const QSharedPointer<AbstractDocument> &document, bool 
 
 bool Plugin::cancel()
 {
-    pointsForSpend = 0;
-    pointsForEarn = 0;
-    bonusImpacts.clear();
-    bonusRecords.clear();
     customer = QJsonObject();
-    return true;
+    return BasicLoyaltySystem::cancel();
 }
 
 bool Plugin::restoreLoyaltySystem()

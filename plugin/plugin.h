@@ -105,6 +105,7 @@ private:
                     const QSharedPointer<DocumentCardRecord> &card);
     bool cancelOrder(const QSharedPointer<AbstractDocument> &document, bool queued);
     void reissueOrder(const Event &event);
+    void forgetOrder();
     static QSharedPointer<AbstractDocument> documentOf(const Event &event);
 
     bool hasSubject(const QSharedPointer<AbstractDocument> &document,

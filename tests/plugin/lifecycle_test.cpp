@@ -71,6 +71,17 @@ TEST_F(Lifecycle, EveryAttemptToCreateNamesTheSameOrder)
     EXPECT_EQ(baskets[0].size(), 36);
 }
 
+TEST_F(Lifecycle, TheNextCheckInheritsNoOrder)
+{
+    const auto closeOrVoid = {&Plugin::commit, &Plugin::rollback};
+    for (const auto end : closeOrVoid) {
+        plugin.orderCreated = true;
+        raise(EventCode::PositionChanged);
+        EXPECT_TRUE((plugin.*end)(document));
+        EXPECT_FALSE(plugin.orderCreated || plugin.pendingUpdate);
+    }
+}
+
 TEST_F(Lifecycle, ClosingWithoutTheCardQueuesNothing)
 {
     EXPECT_CALL(*client, createOrder).WillOnce(Throw(refusal));
