@@ -136,6 +136,20 @@ void setExchange(Settings &settings, Exchange &exchange, char *errorText)
     settings.set(CURLOPT_ERRORBUFFER, errorText);
 }
 
+QString reasonOf(CURLcode code, const char *errorText)
+{
+    switch (code) {
+    case CURLE_OK:
+        return {};
+    case CURLE_WRITE_ERROR:
+        return u"ответ длиннее допустимого"_s;
+    case CURLE_ABORTED_BY_CALLBACK:
+        return u"соединение оборвалось до ответа, запрос не повторён"_s;
+    default:
+        return QString::fromUtf8(*errorText ? errorText : curl_easy_strerror(code));
+    }
+}
+
 } // namespace
 
 TransferResult transfer(const TransferRequest &request, qsizetype maxBodySize)
@@ -160,7 +174,6 @@ TransferResult transfer(const TransferRequest &request, qsizetype maxBodySize)
         code = statusCode;
     exchange.result.status = static_cast<int>(status);
     exchange.result.error = networkErrorOf(code);
-    if (code != CURLE_OK)
-        exchange.result.reason = QString::fromUtf8(errorText[0] ? errorText.data() : curl_easy_strerror(code));
+    exchange.result.reason = reasonOf(code, errorText.data());
     return exchange.result;
 }
