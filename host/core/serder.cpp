@@ -115,8 +115,11 @@ void mapToGadget(const QMetaObject &type, void *gadget, const QVariantMap &map)
         if (index == -1)
             continue;
         const QMetaProperty property = type.property(index);
-        const QVariant value = fromPlain(entry.value(), property.metaType());
-        if (!value.isValid() || !property.writeOnGadget(gadget, value))
+        const bool holdsAnything = property.metaType() == QMetaType::fromType<QVariant>();
+        // What was null is null again, and not a variant that holds JSON's null.
+        const QVariant stored = entry->isNull() ? QVariant() : *entry;
+        const QVariant value = holdsAnything ? stored : fromPlain(*entry, property.metaType());
+        if ((!holdsAnything && !value.isValid()) || !property.writeOnGadget(gadget, value))
             throw BasicException(u"Поле %1 записи %2 содержит непонятное значение"_s.arg(
                 entry.key(), QString::fromLatin1(type.className())));
     }
@@ -135,16 +138,17 @@ QVariant toPlain(const QVariant &value)
         return toVariant(value.value<tr::Tr>());
     if (type.flags().testFlag(QMetaType::IsEnumeration))
         return value.toLongLong();
+    // Before maps: any JSON value converts to a map, of nothing where it is no object.
+    if (type.id() == QMetaType::QJsonValue)
+        return value.toJsonValue().toVariant();
+    if (type.id() == QMetaType::QJsonDocument)
+        return value.toJsonDocument().toVariant();
     if (value.canConvert<QVariantMap>())
         return plainMap(value.toMap());
     if (type.flags().testFlag(QMetaType::IsGadget))
         return gadgetToMap(*type.metaObject(), value.constData());
     if (value.canConvert<QVariantList>())
         return plainList(value);
-    if (type.id() == QMetaType::QJsonValue)
-        return value.toJsonValue().toVariant();
-    if (type.id() == QMetaType::QJsonDocument)
-        return value.toJsonDocument().toVariant();
     throw BasicException(u"Значение типа %1 нельзя записать на диск"_s.arg(QString::fromLatin1(type.name())));
 }
 

@@ -33,12 +33,6 @@ QSharedPointer<Client> readClient(const StoredMap &map)
     return client;
 }
 
-// Loyalty systems put the service's JSON values into the map as they are.
-QVariant toPlainOptions(const QVariant &options)
-{
-    return options.isNull() ? QVariant() : QJsonObject::fromVariantMap(options.toMap()).toVariantMap();
-}
-
 // JSON writes 5.0 as 5, which would come back as a whole number.
 QVariant readPoints(const QVariant &stored)
 {
@@ -60,7 +54,7 @@ QVariantMap DocumentCardRecord::toMap() const
                     {u"pointsForSpend"_s, m_pointsForSpend},
                     {u"pointsForEarn"_s, m_pointsForEarn},
                     {u"bonusBalance"_s, m_bonusBalance},
-                    {u"extendedOptions"_s, toPlainOptions(m_extendedOptions)}};
+                    {u"extendedOptions"_s, serder::toPlain(m_extendedOptions)}};
     if (const auto client = m_card->getClient())
         map.insert(u"client"_s, ::toMap(*client));
     return map;

@@ -12,17 +12,9 @@ QVariantMap toPlainMap(const DocumentImpactDetail &detail)
     return serder::gadgetToMap(DocumentImpactDetail::staticMetaObject, &detail);
 }
 
-QSharedPointer<DocumentImpactDetail> readDetail(QVariantMap map)
+QSharedPointer<DocumentImpactDetail> readDetail(const QVariantMap &map)
 {
-    // What was null is null again, and not a variant that holds JSON's null.
-    const auto takeVariant = [&map](const QString &name) {
-        const QVariant value = map.take(name);
-        return value.isNull() ? QVariant() : value;
-    };
     const auto detail = QSharedPointer<DocumentImpactDetail>::create();
-    detail->setCardIndex(takeVariant(u"cardIndex"_s));
-    detail->setDiscountRate(takeVariant(u"discountRate"_s));
-    detail->setValutCode(takeVariant(u"valutCode"_s));
     serder::mapToGadget(DocumentImpactDetail::staticMetaObject, detail.data(), map);
     return detail;
 }

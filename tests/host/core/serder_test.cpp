@@ -55,10 +55,12 @@ TEST(Serder, TextsComeBack)
 TEST(Serder, TakesJsonAndNestedContainersApart)
 {
     const QVariantMap nested{{u"list"_s, QVariantList{1, 2.5, u"x"_s, true, QVariant()}},
-                             {u"json"_s, QJsonObject{{u"a"_s, 1}}}};
+                             {u"json"_s, QJsonObject{{u"a"_s, 1}}},
+                             {u"jsonText"_s, QJsonValue(u"Серебро"_s)}};
     const QVariantMap plain = serder::toPlain(nested).toMap();
     EXPECT_EQ(plain.value(u"list"_s), nested.value(u"list"_s));
     EXPECT_EQ(plain.value(u"json"_s).toMap(), (QVariantMap{{u"a"_s, 1}}));
+    EXPECT_EQ(plain.value(u"jsonText"_s), QVariant(u"Серебро"_s));
 }
 
 TEST(Serder, RefusesWhatItWouldLose)
