@@ -18,7 +18,7 @@ namespace {
 constexpr std::size_t threads = 64; // each open connection keeps one
 constexpr std::size_t requestsPerConnection = 1'000'000;
 constexpr time_t keepAliveSeconds = 15;
-constexpr std::size_t largestBody = 1024 * 1024;
+constexpr std::size_t largestBody = 1 << 20;
 
 /// The library's own choice would let two servers share a port unnoticed.
 void setSocketOptions(socket_t socket)

@@ -30,7 +30,7 @@ Customer cardHolder(const SQLite::Database &database, const std::string &card)
 /// The basket's order, nothing for a new basket. A basket belongs to one card for its whole life.
 std::optional<Order> knownOrder(const SQLite::Database &database, const std::string &basket, const std::string &card)
 {
-    const auto order = findOrder(database, basket);
+    auto order = findOrder(database, basket);
     if (order && order->card != card)
         throw Refusal(Refusal::Kind::Rule, "Заказ " + basket + " оформлен на другую карту", rule::otherCard);
     return order;
@@ -83,7 +83,7 @@ Order calculateOrder(const SQLite::Database &database, const OrderRequest &reque
     // What the order itself holds is offered again: a creation would release it first.
     const auto offered = redeem(request.lines, customer.balance + (known ? known->reserved() : 0));
     const auto earned = earn(request.lines, std::vector<Points>(request.lines.size()), earnPercent(customer));
-    const Order order = compose(request, customer.account, State::Calculated, offered, earned);
+    Order order = compose(request, customer.account, State::Calculated, offered, earned);
     if (!known || known->state == State::Calculated)
         storeOrder(database, order);
     return order;
@@ -100,7 +100,7 @@ Order createOrder(const SQLite::Database &database, const OrderRequest &request)
     const Points held = known ? known->reserved() : 0;
     const auto spent = redeem(request.lines, customer.balance + held);
     const auto earned = earn(request.lines, spent, earnPercent(customer));
-    const Order order = compose(request, customer.account, State::Created, spent, earned);
+    Order order = compose(request, customer.account, State::Created, spent, earned);
     storeOrder(database, order);
     if (known)
         release(database, *known);
@@ -110,14 +110,14 @@ Order createOrder(const SQLite::Database &database, const OrderRequest &request)
 
 Order updateOrder(const SQLite::Database &database, const OrderRequest &request)
 {
-    const Order known = existingOrder(database, request.basket, request.card);
+    Order known = existingOrder(database, request.basket, request.card);
     if (known.state == State::Updated && known.body == request.body)
         return known;
     if (!isOpen(known.state))
         refuseState(request.basket, known.state);
     const std::vector<Points> nothing(request.lines.size());
     const auto earned = earn(request.lines, nothing, earnPercent(cardHolder(database, request.card)));
-    const Order order = compose(request, known.account, State::Updated, nothing, earned);
+    Order order = compose(request, known.account, State::Updated, nothing, earned);
     storeOrder(database, order);
     release(database, known);
     return order;

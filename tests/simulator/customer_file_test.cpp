@@ -45,22 +45,6 @@ TEST_F(CustomerFile, IsAddedOnceAndThenLeftAlone)
     EXPECT_EQ(earnPercent(found), 4);
 }
 
-TEST_F(CustomerFile, MayNotTakeACardOrPhoneOfAnother)
-{
-    Database database(directory / "ledger.db", Database::Access::Serve);
-    for (const char *field : {"Phone", "Cards"}) {
-        Json both = Json::parse(good);
-        both.push_back(both[0]);
-        both[1].update({{"CustAccount", "C-10"}, {"Phone", "+79110000000"}, {"Cards", {"3"}}});
-        both[1][field] = both[0][field];
-        const auto customers = read(both.dump());
-        EXPECT_THROW(database.write([&](const SQLite::Database &to) { return addCustomers(to, customers); }),
-                     std::runtime_error)
-            << field;
-    }
-    EXPECT_TRUE(database.read(allCustomers).empty()) << "all or nothing";
-}
-
 struct FileCase : Case
 {
     const char *patch; ///< RFC 7396 merge patch of the good customer

@@ -133,14 +133,6 @@ TEST_F(Http, RefusesWhatIsNoJsonObject)
     EXPECT_EQ(caller.post("createOrder", order("b", {line(1, "1.00"), line(1, "1.00")})).status, 400);
 }
 
-TEST_F(Http, NamesTheMethodsOfAnAddress)
-{
-    const auto refused = caller.http().Put(std::string(Api::loyaltyPath) + "createOrder", "{}", "application/json");
-    EXPECT_EQ(refused->status, 405);
-    EXPECT_EQ(refused->get_header_value("Allow"), "POST");
-    EXPECT_EQ(caller.get("/elsewhere").json()["success"], false);
-}
-
 TEST_F(Http, KeepsMessagesInTheOutbox)
 {
     const std::string path = std::string(Api::messagePath) + "send";

@@ -1,5 +1,4 @@
 // The rules of earning and redeeming, and the text form of sums.
-#include "outbox.h"
 #include "pricing.h"
 #include "simulator_fixture.h"
 
@@ -16,14 +15,6 @@ TEST(Money, IsReadOnlyWithTwoDecimals)
     for (const char *wrong :
          {"", "91", "91.0", "91.000", "91,00", ".50", "-1.00", "+1.00", " 1.00", "1e2.00", "1234567890123.00"})
         EXPECT_EQ(parseHundredths(wrong), std::nullopt) << wrong;
-}
-
-TEST(Money, IsWrittenWithTwoDecimals)
-{
-    EXPECT_EQ(formatHundredths(0), "0.00");
-    EXPECT_EQ(formatHundredths(5), "0.05");
-    EXPECT_EQ(formatHundredths(-5), "-0.05");
-    EXPECT_EQ(formatHundredths(-12345), "-123.45");
 }
 
 struct PriceCase : Case
@@ -72,14 +63,6 @@ TEST(Phone, NeedsItsPlus)
     EXPECT_EQ(phoneKey("+7 (900) 123-45-67"), "+79001234567");
     for (const char *wrong : {"", "79001234567", " 79001234567", "+7900", "+7900123456x", "+7900123456712345"})
         EXPECT_EQ(phoneKey(wrong), "") << wrong;
-}
-
-TEST(Outbox, FindsTheCodeInTheText)
-{
-    EXPECT_EQ(codeIn("Ваш код подтверждения: 0123"), "0123");
-    EXPECT_EQ(codeIn("0042 - код на 500 баллов: 77."), "77");
-    EXPECT_EQ(codeIn("9"), "9");
-    EXPECT_EQ(codeIn("нет"), "");
 }
 
 } // namespace

@@ -177,32 +177,6 @@ TEST_F(Program, PrintsOutboxAndLedgerWhileServing)
     EXPECT_THAT(run("ledger").first, HasSubstr("Иванова"));
 }
 
-TEST_F(Program, ComparesWithAJournal)
-{
-    auto process = serve();
-    Caller caller(port);
-    for (const char *step : {"createOrder", "postOrder", "bindOrderId"})
-        caller.call(step, "b");
-    const std::string journal = directory / "till.jsonl";
-    const auto write = [&](const char *earned) {
-        std::ofstream(journal) << Json{{"check", "check-b"},
-                                       {"outcome", "closed"},
-                                       {"card", card},
-                                       {"basket", "b"},
-                                       {"spent", "50.00"},
-                                       {"earned", earned},
-                                       {"lines", {{{"lineId", 1}, {"amount", "100.00"}, {"spent", "50.00"}}}}};
-    };
-    write("2.50");
-    const auto equal = run("compare", {"--journal", journal});
-    EXPECT_EQ(equal.second, 0) << equal.first;
-    write("2.51");
-    const auto different = run("compare", {"--journal", journal});
-    EXPECT_EQ(different.second, 1);
-    EXPECT_THAT(different.first, HasSubstr("earned 2.51 at the till, 2.50 at the service"));
-    EXPECT_EQ(run("compare", {"--journal", directory / "absent"}).second, 2);
-}
-
 TEST_F(Program, LeavesForeignFilesAlone)
 {
     std::ofstream(ledger) << "something else entirely, long enough to be looked at";
