@@ -69,7 +69,7 @@ http::Response Interface::request(const Request &request, bool logOnly) const
     client->setLogger(logger);
     client->setTimeout(timeout);
     client->request(request.op, request.url, request.payload, request.headers);
-    const http::Response response = client->response();
+    http::Response response = client->response();
     checkForError(response, logOnly);
     return response;
 }
