@@ -73,7 +73,7 @@ ImpactShares sharesOf(const DocumentImpact &impact, const QList<QSharedPointer<G
         return impact.getDetails();
     const auto totals = impact.getTotals();
     if (totals->getDiscountObject() == EDiscountObject::Position)
-        return {QSharedPointer<DocumentImpactDetail>::create(*totals)};
+        return ImpactShares(1, QSharedPointer<DocumentImpactDetail>::create(*totals));
     return distribute(totals, goods);
 }
 
