@@ -1,0 +1,172 @@
+// The persistent queue, filled beside SQLite's own interface and drained beside bare libcurl.
+#include "barecurl.h"
+#include "comparisons.h"
+#include "samples.h"
+#include "tests/support/fakeconfig.h"
+
+#include <queue/dbqueuebroker.h>
+#include <queue/queuedrain.h>
+
+#include <sqlite3.h>
+
+#include <QtCore/QFile>
+#include <QtCore/QTemporaryDir>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace bench {
+
+namespace {
+
+constexpr int lines = 20;
+
+QVariantHash withQueue(QVariantHash values, const QString &file)
+{
+    values.insert(u"Queue:database"_s, file);
+    return values;
+}
+
+/// The requests that a sale leaves on the queue: posting and binding.
+QList<QJsonObject> makeEvents(const kvo::Interface &client)
+{
+    const auto card = makeCard();
+    const auto check = makeCheck(lines);
+    card->setOperationId(client.createUuid());
+    card->setOperationInfo(client.createOrderBody(check, card, false));
+    return {client.postOrderRequest(card).toQueueEvent(), client.bindOrderIdRequest(check, card).toQueueEvent()};
+}
+
+/// Writes rows into a queue's table by SQLite's C interface, with the durability of the queue's own pushes.
+class RowWriter
+{
+public:
+    explicit RowWriter(const QString &file)
+    {
+        require(sqlite3_open(QFile::encodeName(file).constData(), &m_database) == SQLITE_OK, "SQLite: not opened");
+        run("PRAGMA journal_mode = WAL");
+        run("PRAGMA synchronous = FULL");
+        run("PRAGMA wal_autocheckpoint = 16384");
+        constexpr auto sql = "INSERT INTO event (owner, basket, event, created, state) VALUES (?, ?, ?, ?, 'waiting')";
+        require(sqlite3_prepare_v2(m_database, sql, -1, &m_insert, nullptr) == SQLITE_OK, "SQLite: not prepared");
+    }
+    ~RowWriter()
+    {
+        sqlite3_finalize(m_insert);
+        sqlite3_close(m_database);
+    }
+    Q_DISABLE_COPY_MOVE(RowWriter)
+
+    void run(const char *sql)
+    {
+        require(sqlite3_exec(m_database, sql, nullptr, nullptr, nullptr) == SQLITE_OK, "SQLite: statement failed");
+    }
+
+    void insert(const QByteArray &basket, const QByteArray &event)
+    {
+        sqlite3_bind_text(m_insert, 1, "kvo", -1, SQLITE_STATIC);
+        sqlite3_bind_text(m_insert, 2, basket.constData(), static_cast<int>(basket.size()), SQLITE_STATIC);
+        sqlite3_bind_text(m_insert, 3, event.constData(), static_cast<int>(event.size()), SQLITE_STATIC);
+        sqlite3_bind_int64(m_insert, 4, QDateTime::currentMSecsSinceEpoch());
+        require(sqlite3_step(m_insert) == SQLITE_DONE, "SQLite: row not written");
+        sqlite3_reset(m_insert);
+    }
+
+private:
+    sqlite3 *m_database = nullptr;
+    sqlite3_stmt *m_insert = nullptr;
+};
+
+QByteArray basketOf(const QJsonObject &event)
+{
+    return event.value("payload"_L1).toObject().value("basket"_L1).toString().toUtf8();
+}
+
+QByteArray textOf(const QJsonObject &event)
+{
+    return QJsonDocument(event).toJson(QJsonDocument::Compact);
+}
+
+/// Makes an empty queue, by one event that is taken out again, and returns its name.
+QString makeQueue(const QString &file)
+{
+    const FakeConfig config(withQueue({}, file));
+    DBQueueBroker().push(u"kvo"_s, {}, {});
+    RowWriter(file).run("DELETE FROM event");
+    return file;
+}
+
+/// 2,000 events of 1,000 sales in a queue's file that can be drained again and again.
+struct FullQueue
+{
+    FullQueue()
+    {
+        RowWriter writer(full);
+        writer.run("BEGIN");
+        for (int sale = 0; sale < 1000; ++sale)
+            events += makeEvents(client);
+        for (const QJsonObject &event : std::as_const(events))
+            writer.insert(basketOf(event), textOf(event));
+        writer.run("COMMIT");
+    }
+
+    void replay() const
+    {
+        for (const QJsonObject &event : events)
+            client.requestFromQueue(event);
+    }
+
+    /// The seconds from the start of a drain until nothing is left.
+    double drain() const
+    {
+        QFile::remove(work);
+        require(QFile::copy(full, work), "the queue's file was not copied");
+        QueueDrain drain;
+        int delivered = 0;
+        drain.setHandler(u"kvo"_s, [&](const QJsonObject &event) {
+            client.requestFromQueue(event);
+            ++delivered;
+        });
+        const double seconds = secondsOf([&] {
+            drain.start();
+            require(drain.waitUntilDrained(std::chrono::minutes(1)), "the queue was not drained");
+        });
+        require(delivered == events.size(), "not all events were delivered");
+        return seconds;
+    }
+
+    QTemporaryDir folder{diskFolder()};
+    QString full = makeQueue(folder.filePath(u"full.db"_s));
+    QString work = folder.filePath(u"work.db"_s);
+    AnswerServer server{answers(0)};
+    FakeConfig config{withQueue(settings(server), work)};
+    kvo::Interface client;
+    QList<QJsonObject> events;
+};
+
+} // namespace
+
+void pushVsSqlite(Pairs &pairs)
+{
+    const QTemporaryDir folder(diskFolder());
+    RowWriter writer(makeQueue(folder.filePath(u"peer.db"_s)));
+    const FakeConfig config(withQueue(settings(u"http://127.0.0.1"_s), folder.filePath(u"ours.db"_s)));
+    const QJsonObject event = makeEvents(kvo::Interface()).first();
+    const QByteArray basket = basketOf(event);
+    const QByteArray text = textOf(event);
+    DBQueueBroker broker;
+    pairs.run(calls(1, [&] { broker.push(u"kvo"_s, event, {}); }), calls(1, [&] { writer.insert(basket, text); }));
+}
+
+void drainVsCurl(Pairs &pairs)
+{
+    const FullQueue queue;
+    const QList<Exchange> exchanges = record([&] { queue.replay(); });
+    BareCurl curl(exchanges.first());
+    const auto sendAll = [&] {
+        for (const Exchange &exchange : exchanges)
+            benchmark::DoNotOptimize(curl.send(exchange));
+    };
+    pairs.run([&] { return queue.drain(); }, calls(1, sendAll));
+}
+
+} // namespace bench

@@ -1,0 +1,64 @@
+// The table shows both modes; only one is judged.
+#include "report.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <iostream>
+
+namespace bench {
+
+bool Report::ReportContext(const Context &)
+{
+    return true;
+}
+
+void Report::ReportRuns(const std::vector<Run> &runs)
+{
+    for (const Run &run : runs) {
+        const std::string label = run.run_name.function_name;
+        m_failed = m_failed || run.error_occurred;
+        std::cerr << label << ' ' << run.error_message << std::endl;
+        if (run.error_occurred || !run.counters.contains("limit"))
+            continue;
+        const std::string name = label.substr(0, label.find('/'));
+        if (!m_results.contains(name))
+            m_order.push_back(name);
+        Counters &counters = m_results[name][label.substr(label.find('/') + 1)];
+        for (const auto &[key, counter] : run.counters)
+            counters[key] = counter.value;
+    }
+}
+
+bool Report::print() const
+{
+    std::printf("\nTime of our side as a multiple of the other side's: median of the pairs (quartiles).\n"
+                "Pinned: all threads on one processor; free: where the system puts them.\n"
+                "Judged: %s.\n\n%-20s %6s  %-22s %-22s\n",
+                judgedMode, "comparison", "limit", "pinned", "free");
+    for (const std::string &name : m_order) {
+        std::printf("%-20s %6.2f", name.c_str(), m_results.at(name).begin()->second.at("limit"));
+        for (const char *mode : {"pinned", "free"}) {
+            const auto found = m_results.at(name).find(mode);
+            if (found == m_results.at(name).end())
+                std::printf("  %-22s", "");
+            else
+                std::printf("  %.3f (%.3f - %.3f)", found->second.at("ratio"), found->second.at("low"),
+                            found->second.at("high"));
+        }
+        std::printf("\n");
+    }
+    std::printf("\n");
+    bool good = !m_failed;
+    for (const std::string &name : m_order) {
+        const auto &modes = m_results.at(name);
+        const auto judged = modes.contains(judgedMode) ? modes.find(judgedMode) : modes.begin();
+        const double ratio = judged->second.at("ratio");
+        const double limit = judged->second.at("limit");
+        std::printf("ratio %s %.3f %.2f %s\n", name.c_str(), ratio, limit, ratio > limit ? "over" : "ok");
+        good = good && ratio <= limit;
+    }
+    return good;
+}
+
+} // namespace bench

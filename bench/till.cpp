@@ -1,0 +1,84 @@
+// The memory of a real till over a day's sales.
+#include "comparisons.h"
+
+#include <nlohmann/json.hpp>
+
+#include <QtCore/QProcess>
+#include <QtCore/QTemporaryDir>
+
+#include <fstream>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace bench {
+
+namespace {
+
+constexpr int allSales = 2000;
+constexpr int firstSales = 200;
+
+void writeFiles(const std::string &folder, const std::string &url)
+{
+    using Json = nlohmann::json;
+    std::ofstream(folder + "/till.ini") << "[Host]\ndataFolder = " << folder << "/data\n[Kvo]\nhost = " << url
+                                        << "\nbrand = KVO\nonlineStore = SHOP-1\nterminal = TILL-1\n";
+    Json goods = Json::array();
+    for (int line = 0; line < 20; ++line)
+        goods.push_back({{"barcode", std::to_string(4600000000000 + line)}, {"name", "Товар"}, {"price", "49.90"}});
+    const Json sale{{"goods", goods}, {"steps", {{{"card", "7770000000001"}}, "price", "spend", "close"}}};
+    std::ofstream(folder + "/scenario.json") << Json{{"checks", Json(allSales, sale)}};
+}
+
+/// 0 when the process has ended.
+double peakKilobytes(qint64 process)
+{
+    std::ifstream status("/proc/" + std::to_string(process) + "/status");
+    std::string word;
+    while (status >> word && word != "VmHWM:")
+        ;
+    double kilobytes = 0;
+    status >> kilobytes;
+    return kilobytes;
+}
+
+/// How many more checks are in the till's books than before.
+int newSales(std::ifstream &books, const std::string &journal)
+{
+    if (!books.is_open())
+        books.open(journal);
+    books.clear();
+    int sales = 0;
+    for (std::string line; std::getline(books, line);)
+        ++sales;
+    return sales;
+}
+
+} // namespace
+
+double tillMemory(const QString &url)
+{
+    // Sales wait for the disk; what is on it does not matter here.
+    const QTemporaryDir inMemory(u"/dev/shm/kvo-bench-XXXXXX"_s);
+    const QTemporaryDir onDisk;
+    const QTemporaryDir &folder = inMemory.isValid() ? inMemory : onDisk;
+    writeFiles(folder.path().toStdString(), url.toStdString());
+    QProcess till;
+    till.setStandardOutputFile(folder.filePath(u"receipts.txt"_s));
+    till.start(QString::fromUtf8(KVO_TILL_FILE),
+               {u"run"_s, u"--config"_s, folder.filePath(u"till.ini"_s), folder.filePath(u"scenario.json"_s)});
+    require(till.waitForStarted(), "kvo-till does not start");
+    std::ifstream books;
+    int sales = 0;
+    double first = 0;
+    double last = 0;
+    while (!till.waitForFinished(1)) {
+        sales += newSales(books, folder.filePath(u"data/journal.jsonl"_s).toStdString());
+        last = std::max(last, peakKilobytes(till.processId()));
+        if (sales <= firstSales)
+            first = last;
+    }
+    require(till.exitCode() == 0 && sales == allSales, "kvo-till has not made its sales");
+    return last / first;
+}
+
+} // namespace bench
