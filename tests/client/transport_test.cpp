@@ -33,6 +33,11 @@ struct Judgement
     QNetworkReply::NetworkError error = QNetworkReply::NoError;
 };
 
+void PrintTo(const Judgement &judgement, std::ostream *out)
+{
+    *out << judgement.name;
+}
+
 const Judgement judgements[] = {
     {"success", 200, R"({"success": true, "data": {}})", Outcome::Good, Outcome::Good},
     {"nothing to judge", 500, R"({"data": 1})", Outcome::Good, Outcome::Good},
