@@ -73,7 +73,7 @@ QJsonValue maskedValue(const QString &name, const QJsonValue &value)
 QString eventmask::maskPhones(const QString &text)
 {
     static const QRegularExpression phone(
-        uR"((?:\+|%2B|(?<![\w.-]))[78][\s(-]*\d{3}[\s)-]*\d{3}[\s-]*\d{2}[\s-]*\d{2}(?![\w-]))"_s,
+        uR"((?:(?<=%2B)|(?<![\w.-]))[78][\s(-]*\d{3}[\s)-]*\d{3}[\s-]*\d{2}[\s-]*\d{2}(?![\w-]))"_s,
         QRegularExpression::CaseInsensitiveOption);
     QString result;
     qsizetype end = 0;

@@ -3,17 +3,20 @@
 
 #include "queueerror.h"
 
+#include <QtCore/QDeadlineTimer>
 #include <QtCore/QScopeGuard>
 
 #include <array>
 #include <atomic>
 #include <mutex>
+#include <thread>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr auto busyTimeout = "QSQLITE_BUSY_TIMEOUT=2000"; // milliseconds: the cashier waits for this
+constexpr std::chrono::milliseconds busyTimeout{2000}; // the cashier waits for this
+constexpr std::chrono::milliseconds timeBetweenTries{10};
 // Where no drain runs, pushes keep the log from growing without end; 4 KiB each.
 constexpr int pagesBeforePushCheckpoints = 16384;
 // Bounds what a drain that never rests may have to send again after a power failure: some 200 events.
@@ -24,8 +27,9 @@ struct Problem
     int code;
     QStringView text;
 };
+constexpr int busy = 5;
 constexpr std::array problems = {
-    Problem{5, u"файл занят другой программой, повторите позже"},
+    Problem{busy, u"файл занят другой программой, повторите позже"},
     Problem{6, u"файл занят другой программой, повторите позже"},
     Problem{8, u"нет права записи в файл"},
     Problem{10, u"ошибка чтения или записи диска"},
@@ -35,11 +39,15 @@ constexpr std::array problems = {
     Problem{26, u"файл не является базой данных очереди; проверьте настройку Queue:database"},
 };
 
+int primaryCode(const QSqlError &error)
+{
+    return error.nativeErrorCode().toInt() & 0xff;
+}
+
 QString problemText(const QSqlError &error)
 {
-    const int primaryCode = error.nativeErrorCode().toInt() & 0xff;
     for (const Problem &problem : problems)
-        if (problem.code == primaryCode)
+        if (problem.code == primaryCode(error))
             return problem.text.toString();
     return u"ошибка базы данных"_s;
 }
@@ -72,7 +80,7 @@ void QueueConnection::configure(Commits commits)
     m_file.tighten();
     const bool synced = commits == Commits::Synced;
     const int pages = synced ? pagesBeforePushCheckpoints : pagesBeforeDrainCheckpoints;
-    set(u"journal_mode"_s, u"WAL"_s, u"wal"_s);
+    switchToWriteAheadLog();
     set(u"synchronous"_s, synced ? u"FULL"_s : u"NORMAL"_s, synced ? u"2"_s : u"1"_s);
     set(u"wal_autocheckpoint"_s, QString::number(pages), QString::number(pages));
 }
@@ -81,9 +89,24 @@ void QueueConnection::open()
 {
     QSqlDatabase database = QSqlDatabase::database(m_registration.name, false);
     database.setDatabaseName(m_file.name());
-    database.setConnectOptions(QString::fromLatin1(busyTimeout));
+    database.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=%1"_s.arg(busyTimeout.count()));
     if (!database.open())
         fail(u"open", database.lastError());
+}
+
+// The busy time-out does not cover two connections that switch at the same moment: SQLite tells one of them at once
+// that the file is busy.
+void QueueConnection::switchToWriteAheadLog()
+{
+    QSqlQuery query(QSqlDatabase::database(m_registration.name, false));
+    const QDeadlineTimer deadline(busyTimeout);
+    while (!query.exec(u"PRAGMA journal_mode = WAL"_s)) {
+        if (primaryCode(query.lastError()) != busy || deadline.hasExpired())
+            fail(u"PRAGMA journal_mode = WAL", query.lastError());
+        std::this_thread::sleep_for(timeBetweenTries);
+    }
+    query.finish();
+    set(u"journal_mode"_s, u"WAL"_s, u"wal"_s);
 }
 
 // A setting that SQLite does not accept is no error to it: the answer has to be read.

@@ -52,6 +52,7 @@ private:
     };
 
     void open();
+    void switchToWriteAheadLog();
     void set(const QString &setting, const QString &text, const QString &expected);
     QSqlQuery &start(QStringView sql, const QVariantList &values);
     [[noreturn]] void fail(QStringView sql, const QSqlError &error) const;

@@ -43,11 +43,18 @@ int version(QueueConnection &connection)
 void queueschema::refuseForeign(QueueConnection &connection)
 {
     const QString &file = connection.file().name();
-    const int found = version(connection);
+    int found = 0;
+    bool hasTables = false;
+    // In one statement, so that both are from one moment: another process may be making the tables.
+    connection.read(u"SELECT user_version, EXISTS (SELECT 1 FROM sqlite_master) FROM pragma_user_version", {},
+                    [&](const QSqlQuery &row) {
+                        found = row.value(0).toInt();
+                        hasTables = row.value(1).toBool();
+                    });
     if (found < 0 || found > current)
         throw queueerror::make(file, u"файл записан более новой версией программы, обновите программу"_s,
                                u"user_version %1, known %2"_s.arg(QString::number(found), QString::number(current)));
-    if (found == 0 && connection.value(u"SELECT COUNT(*) FROM sqlite_master").toInt() > 0)
+    if (found == 0 && hasTables)
         throw queueerror::make(file, u"файл принадлежит другой программе; проверьте настройку Queue:database"_s,
                                u"user_version 0, but there are tables"_s);
 }

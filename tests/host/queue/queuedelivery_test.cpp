@@ -1,27 +1,31 @@
-// What is sent when: order within an order, independence of orders, failures, refusals, probes.
+// What is sent when: order within an order, independence of orders, failures, refusals, probes, several drains.
 #include "queuefixture.h"
 
-TEST_F(QueueTest, EventsLeaveInOrderOfPushAndAreGoneAfterwards)
+#include <queue/backoff.h>
+
+using QueueDeliveryTest = QueueTest;
+
+TEST_F(QueueDeliveryTest, EventsLeaveInOrderOfPushAndAreGoneAfterwards)
 {
-    pushAll(u"a1 b1 a2 c1 b2 a3"_s);
+    push(u"a1 b1 a2 c1 b2 a3"_s);
     EXPECT_EQ(drain(), u"a1 b1 a2 c1 b2 a3"_s);
     EXPECT_EQ(sql(u"SELECT COUNT(*) FROM event"_s), 0);
 }
 
-TEST_F(QueueTest, FailureHoldsBackItsOwnOrderOnly)
+TEST_F(QueueDeliveryTest, FailureHoldsBackItsOwnOrderOnly)
 {
-    pushAll(u"a1 a2 b1 c1 a3"_s);
+    push(u"a1 a2 b1 c1 a3"_s);
     unreachable = {u"a1"_s};
     EXPECT_EQ(drain(), u"a1 b1 c1"_s);
-    unreachable.clear();
     EXPECT_EQ(drain(), u""_s);
     now += BackOff::base;
+    unreachable.clear();
     EXPECT_EQ(drain(), u"a1 a2 a3"_s);
 }
 
-TEST_F(QueueTest, ServiceThatIsDownGetsOneProbeAndNotTheWholeQueue)
+TEST_F(QueueDeliveryTest, ServiceThatIsDownGetsOneProbeAndNotTheWholeQueue)
 {
-    pushAll(u"a1 b1 c1 d1 e1"_s);
+    push(u"a1 b1 c1 d1 e1"_s);
     serviceDown = true;
     EXPECT_EQ(drain(), u"a1 b1"_s);
     now += BackOff::base;
@@ -33,11 +37,79 @@ TEST_F(QueueTest, ServiceThatIsDownGetsOneProbeAndNotTheWholeQueue)
     EXPECT_EQ(drain(), u"d1 e1 a1 b1 c1 f1"_s);
 }
 
-TEST_F(QueueTest, RefusedEventStopsItsOrderOnly)
+TEST_F(QueueDeliveryTest, BackOffsEndOnRequestAndWhenTheClockIsPutBack)
 {
-    pushAll(u"a1 a2 b1 a3"_s);
+    push(u"a1 b1 c1"_s);
+    serviceDown = true;
+    EXPECT_EQ(drain(), u"a1 b1"_s);
+    EXPECT_TRUE(delivery.hasDeliverable());
+    delivery.endBackOffs();
+    EXPECT_EQ(drain(), u"c1"_s);
+    serviceDown = false;
+    now -= 24h;
+    EXPECT_EQ(drain(), u"a1 b1 c1"_s);
+    EXPECT_FALSE(delivery.hasDeliverable());
+}
+
+TEST_F(QueueDeliveryTest, RefusedEventStopsItsOrderOnlyAndShowsThatTheServiceIsUp)
+{
+    push(u"a1 a2 b1 a3 c1"_s);
     refused = {u"a2"_s};
-    EXPECT_EQ(drain(), u"a1 a2 b1"_s);
+    unreachable = {u"b1"_s};
+    EXPECT_EQ(drain(), u"a1 a2 b1 c1"_s);
     EXPECT_EQ(broker.status().setAside, 2);
-    EXPECT_EQ(broker.status().waiting, 0);
+    EXPECT_EQ(broker.status().waiting, 1);
+    now += BackOff::longest;
+    unreachable.clear();
+    EXPECT_EQ(drain(), u"b1"_s);
+    EXPECT_FALSE(delivery.hasDeliverable());
+}
+
+TEST_F(QueueDeliveryTest, DamagedEventIsKeptAndNotSent)
+{
+    push(u"a1 b1"_s);
+    sql(u"UPDATE event SET event = '{' WHERE id = 1"_s);
+    EXPECT_EQ(drain(), u"b1"_s);
+    EXPECT_EQ(broker.status().setAside, 1);
+}
+
+TEST_F(QueueDeliveryTest, EventsOfUnknownOwnersStay)
+{
+    push(u"a1"_s, u"somebody"_s);
+    push(u"a1"_s);
+    EXPECT_EQ(drain(), u"a1"_s);
+    EXPECT_EQ(broker.status().waiting, 1);
+}
+
+TEST_F(QueueDeliveryTest, AcceptedEventIsNotSentAgainWhenTheDatabaseFailsToForgetIt)
+{
+    push(u"a1 a2"_s);
+    whileSending = [] { sqlInside(u"PRAGMA query_only = 1"_s); };
+    EXPECT_THROW(delivery.step(), BasicException);
+    whileSending = [] {};
+    EXPECT_EQ(drain(), u"a2"_s);
+}
+
+TEST_F(QueueDeliveryTest, DrainsOnOneDatabaseNeverShareAnOrder)
+{
+    QStringList sentByOther;
+    QueueDelivery other(file,
+                        {{u"kvo"_s, [&sentByOther](const QJsonObject &event) { sentByOther.append(nameOf(event)); }}});
+    push(u"a1 a2 b1 b2"_s);
+    whileSending = [&other] {
+        while (other.step())
+            ;
+    };
+    EXPECT_EQ(drain(), u"a1 a2"_s);
+    EXPECT_EQ(sentByOther, (QStringList{u"b1"_s, u"b2"_s}));
+}
+
+TEST(BackOffTest, DoublesUpToItsLongest)
+{
+    const BackOff backOff([] { return 1.0; });
+    const std::pair<int, std::chrono::milliseconds> cases[] = {{1, 500ms}, {2, 1s},  {3, 2s},         {7, 32s},
+                                                               {8, 60s},   {9, 60s}, {1'000'000, 60s}};
+    for (const auto &[failures, delay] : cases)
+        EXPECT_EQ(backOff.delay(failures), delay) << failures;
+    EXPECT_EQ(BackOff([] { return 0.0; }).delay(5), 0ms) << "full jitter";
 }

@@ -10,6 +10,7 @@
 
 #include <gmock/gmock.h>
 
+#include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QJsonObject>
 #include <QtCore/QTemporaryDir>
@@ -19,57 +20,52 @@
 using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
 
+/// The event "<order><number>", for instance "a1".
+inline QJsonObject eventNamed(const QString &name)
+{
+    return {{u"url"_s, u"http://127.0.0.1/api/"_s + name}, {u"payload"_s, QJsonObject{{u"basket"_s, name.left(1)}}}};
+}
+
+inline QString nameOf(const QJsonObject &event)
+{
+    return event.value(u"url").toString().section(u'/', -1);
+}
+
 class QueueTest : public testing::Test
 {
 protected:
-    QueueTest() { configure(file); }
+    QueueTest()
+    {
+        QFile ini(iniFile);
+        EXPECT_TRUE(ini.open(QFile::WriteOnly));
+        ini.write("[Queue]\ndatabase = " + QFile::encodeName(file) + "\n");
+        ini.close();
+        Singleton<Config>::replace(QSharedPointer<Config>::create(iniFile));
+    }
     ~QueueTest() override { Singleton<Config>::replace(nullptr); }
 
-    void configure(const QString &database)
-    {
-        QFile ini(folder.filePath(u"till.ini"_s));
-        EXPECT_TRUE(ini.open(QFile::WriteOnly));
-        ini.write("[Queue]\ndatabase = " + QFile::encodeName(database) + "\n");
-        ini.close();
-        Singleton<Config>::replace(QSharedPointer<Config>::create(ini.fileName()));
-    }
-
-    /// Pushes the event "<order><number>" of an order, for instance "a1".
-    void push(const QString &name, const QString &owner = u"kvo"_s)
-    {
-        const QJsonObject payload{{u"basket"_s, name.left(1)}};
-        broker.push(owner, {{u"url"_s, u"http://127.0.0.1/api/"_s + name}, {u"payload"_s, payload}}, {});
-    }
-
-    void pushAll(const QString &names)
+    void push(const QString &names, const QString &owner = u"kvo"_s)
     {
         for (const QString &name : names.split(u' '))
-            push(name);
+            broker.push(owner, eventNamed(name), {});
     }
 
     /// Steps until nothing is due; returns what was sent meanwhile, failed attempts included: "a1 b1".
-    QString drain(QueueDelivery &drained)
+    QString drain()
     {
         sent.clear();
-        while (drained.step())
+        while (delivery.step())
             ;
         return sent.join(u' ');
     }
-    QString drain() { return drain(delivery); }
 
-    QueueDelivery makeDelivery()
-    {
-        return QueueDelivery(file, {{u"kvo"_s, [this](const QJsonObject &event) { receive(event); }}},
-                             {[this] { return now; }, [] { return 0.5; }});
-    }
-
-    /// A connection of the test's own, as somebody with a database tool would have.
-    QVariant sql(const QString &statement, const QString &database = {})
+    /// What somebody with a database tool does.
+    static QVariant sql(const QString &database, const QString &statement)
     {
         QVariant result;
         {
             QSqlDatabase other = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"test"_s);
-            other.setDatabaseName(database.isEmpty() ? file : database);
+            other.setDatabaseName(database);
             EXPECT_TRUE(other.open());
             QSqlQuery query(other);
             EXPECT_TRUE(query.exec(statement)) << qPrintable(statement);
@@ -78,22 +74,43 @@ protected:
         QSqlDatabase::removeDatabase(u"test"_s);
         return result;
     }
+    QVariant sql(const QString &statement) { return sql(file, statement); }
+
+    /// The same on the newest connection of the queue itself.
+    static QVariant sqlInside(const QString &statement)
+    {
+        QStringList names = QSqlDatabase::connectionNames();
+        std::sort(names.begin(), names.end(), [](const QString &a, const QString &b) {
+            return a.section(u'.', -1).toInt() < b.section(u'.', -1).toInt();
+        });
+        QSqlQuery query(QSqlDatabase::database(names.value(names.size() - 1), false));
+        EXPECT_TRUE(query.exec(statement)) << qPrintable(statement);
+        return query.next() ? query.value(0) : QVariant();
+    }
+
+    void makeFolder() { EXPECT_TRUE(QDir().mkpath(folder.filePath(u"data"_s))); }
 
     QTemporaryDir folder;
     QString file = folder.filePath(u"data/queue.db"_s);
+    QString iniFile = folder.filePath(u"till.ini"_s);
     DBQueueBroker broker;
+
     QueueTime now{1'700'000'000'000ms};
     QStringList sent;
     QSet<QString> unreachable; ///< Names of events whose sending fails.
     QSet<QString> refused;     ///< Names of events that are rejected.
     bool serviceDown = false;
-    QueueDelivery delivery = makeDelivery();
+    std::function<void()> whileSending = [] {};
+    QueueDelivery delivery{file,
+                           {{u"kvo"_s, [this](const QJsonObject &event) { receive(event); }}},
+                           {[this] { return now; }, [] { return 0.5; }}};
 
 private:
     void receive(const QJsonObject &event)
     {
-        const QString name = event.value(u"url").toString().section(u'/', -1);
+        const QString name = nameOf(event);
         sent.append(name);
+        whileSending();
         if (serviceDown || unreachable.contains(name))
             throw std::runtime_error("connection refused");
         if (refused.contains(name))

@@ -1,0 +1,66 @@
+// What was pushed, sent and deleted, kept where no power cut reaches it, and the judgement of what a cut has left.
+#pragma once
+
+#include <QtCore/QJsonObject>
+#include <QtCore/QList>
+
+#include <map>
+#include <vector>
+
+class PowerCutLedger
+{
+public:
+    /// Counted over all power cuts. From `lost` on, nothing may be above 0.
+    struct Counts
+    {
+        int pushed = 0;     ///< Events whose push has returned.
+        int delivered = 0;  ///< Events whose handler has returned.
+        int again = 0;      ///< Of these, those that had been delivered before.
+        int lost = 0;       ///< Pushed and neither delivered nor there any more.
+        int corrupt = 0;    ///< Databases that could not be read, or were not sound.
+        int overtaken = 0;  ///< Sent before an earlier event of the same order.
+        int unknown = 0;    ///< Never pushed, changed, there twice, or there again after it was gone.
+        int undeleted = 0;  ///< There again although its deletion was durable.
+        int unexpected = 0; ///< Failures while the power was on.
+    };
+
+    explicit PowerCutLedger(Counts &counts) : m_counts(counts) {}
+
+    /// A new event of the order, to be pushed now.
+    QJsonObject newEvent(int order);
+    void pushed(const QJsonObject &event);
+
+    /// The handler was called with the event.
+    void arrived(const QJsonObject &event);
+    /// The handler returns.
+    void delivered(const QJsonObject &event);
+    void deleted(const QJsonObject &event);
+    /// All deletions up to now are durable.
+    void synced();
+
+    /// The power was cut, and these events can still be sent, in this sequence.
+    void afterCut(const QList<QJsonObject> &left);
+
+private:
+    enum class State {
+        Pushing, ///< The push has not returned: it may be there or not.
+        Stored,
+        Gone,
+    };
+    struct Entry
+    {
+        int order;
+        State state = State::Pushing;
+        bool delivered = false;
+        bool deleted = false;
+        bool deletedForGood = false;
+    };
+
+    QJsonObject event(std::size_t number) const;
+    Entry *find(const QJsonObject &event);
+    bool isBehindAnUndelivered(const Entry &entry) const;
+
+    Counts &m_counts;
+    std::vector<Entry> m_entries; // the index is the event's number
+    std::map<int, const Entry *> m_lastSent; // by order, since the last cut
+};
