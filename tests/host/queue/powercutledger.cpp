@@ -2,29 +2,30 @@
 #include "powercutledger.h"
 
 #include <algorithm>
+#include <set>
 
 using namespace Qt::Literals::StringLiterals;
 
 // Of very different length, so that events share pages, fill them, and spill over.
-QJsonObject PowerCutLedger::event(std::size_t number) const
+QJsonObject PowerCutLedger::eventOf(const Entry &entry)
 {
-    const int length = static_cast<int>(number * 7919 % 2000) * (number % 16 == 0 ? 8 : 1);
-    return {{u"number"_s, static_cast<int>(number)},
-            {u"payload"_s, QJsonObject{{u"basket"_s, QString::number(m_entries[number].order)},
-                                       {u"text"_s, QString(length, QChar(u'a' + number % 26))}}}};
+    const int length = entry.number * 7919 % 2000 * (entry.number % 16 == 0 ? 8 : 1);
+    return {{u"number"_s, entry.number},
+            {u"payload"_s, QJsonObject{{u"basket"_s, QString::number(entry.order)},
+                                       {u"text"_s, QString(length, QChar(u'a' + entry.number % 26))}}}};
 }
 
 QJsonObject PowerCutLedger::newEvent(int order)
 {
-    m_entries.push_back({order});
-    return event(m_entries.size() - 1);
+    m_entries.push_back({static_cast<int>(m_entries.size()), order});
+    return eventOf(m_entries.back());
 }
 
 // Null, and counted, when it is not exactly what was pushed.
 PowerCutLedger::Entry *PowerCutLedger::find(const QJsonObject &event)
 {
     const int number = event.value(u"number").toInt(-1);
-    if (number >= 0 && number < static_cast<int>(m_entries.size()) && event == this->event(number) &&
+    if (number >= 0 && number < static_cast<int>(m_entries.size()) && event == eventOf(m_entries[number]) &&
         m_entries[number].state != State::Gone)
         return &m_entries[number];
     ++m_counts.unknown;
@@ -43,16 +44,22 @@ void PowerCutLedger::arrived(const QJsonObject &event)
     if (entry == nullptr)
         return;
     m_counts.undeleted += entry->deleted ? 1 : 0;
-    const Entry *&last = m_lastSent[entry->order];
-    m_counts.overtaken += isBehindAnUndelivered(*entry) || entry < last ? 1 : 0;
-    last = entry;
+    m_counts.overtaken += isBehindAnUndelivered(*entry) ? 1 : 0;
+    send(*entry);
 }
 
 bool PowerCutLedger::isBehindAnUndelivered(const Entry &entry) const
 {
-    return std::any_of(m_entries.data(), &entry, [&entry](const Entry &earlier) {
+    return std::any_of(m_entries.begin(), m_entries.begin() + entry.number, [&entry](const Entry &earlier) {
         return earlier.order == entry.order && earlier.state != State::Gone && !earlier.delivered;
     });
+}
+
+void PowerCutLedger::send(const Entry &entry)
+{
+    int &last = m_lastSent[entry.order];
+    m_counts.overtaken += entry.number < last ? 1 : 0;
+    last = entry.number;
 }
 
 void PowerCutLedger::delivered(const QJsonObject &event)
@@ -79,25 +86,24 @@ void PowerCutLedger::synced()
 
 void PowerCutLedger::afterCut(const QList<QJsonObject> &left)
 {
-    std::vector<bool> isLeft(m_entries.size());
     m_lastSent.clear();
+    std::set<int> numbers;
     for (const QJsonObject &event : left) {
         const Entry *const entry = find(event);
         if (entry == nullptr)
             continue;
-        auto mark = isLeft[entry - m_entries.data()];
-        m_counts.unknown += mark ? 1 : 0;
-        mark = true;
-        const Entry *&last = m_lastSent[entry->order];
-        m_counts.overtaken += entry < last ? 1 : 0;
-        last = entry;
+        m_counts.unknown += numbers.insert(entry->number).second ? 0 : 1;
+        send(*entry);
     }
     m_lastSent.clear();
-    for (std::size_t i = 0; i < m_entries.size(); ++i) {
-        Entry &entry = m_entries[i];
-        m_counts.undeleted += isLeft[i] && entry.deletedForGood ? 1 : 0;
-        m_counts.lost += !isLeft[i] && entry.state == State::Stored && !entry.delivered ? 1 : 0;
-        entry.state = isLeft[i] ? State::Stored : State::Gone;
-        entry.deleted = false;
-    }
+    for (Entry &entry : m_entries)
+        judge(entry, numbers.contains(entry.number));
+}
+
+void PowerCutLedger::judge(Entry &entry, bool isLeft)
+{
+    m_counts.undeleted += isLeft && entry.deletedForGood ? 1 : 0;
+    m_counts.lost += !isLeft && entry.state == State::Stored && !entry.delivered ? 1 : 0;
+    entry.state = isLeft ? State::Stored : State::Gone;
+    entry.deleted = false;
 }

@@ -4,8 +4,8 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QList>
 
+#include <deque>
 #include <map>
-#include <vector>
 
 class PowerCutLedger
 {
@@ -49,6 +49,7 @@ private:
     };
     struct Entry
     {
+        int number;
         int order;
         State state = State::Pushing;
         bool delivered = false;
@@ -56,11 +57,13 @@ private:
         bool deletedForGood = false;
     };
 
-    QJsonObject event(std::size_t number) const;
+    static QJsonObject eventOf(const Entry &entry);
     Entry *find(const QJsonObject &event);
+    void send(const Entry &entry);
     bool isBehindAnUndelivered(const Entry &entry) const;
+    void judge(Entry &entry, bool isLeft);
 
     Counts &m_counts;
-    std::vector<Entry> m_entries; // the index is the event's number
-    std::map<int, const Entry *> m_lastSent; // by order, since the last cut
+    std::deque<Entry> m_entries;   // the index is the event's number
+    std::map<int, int> m_lastSent; // the event's number by order, since the last cut
 };

@@ -68,7 +68,10 @@ const sqlite3_io_methods PowerCutVfs::Calls::methods = {
 int PowerCutVfs::Calls::open(sqlite3_vfs *vfs, const char *name, sqlite3_file *file, int flags, int *outFlags)
 {
     auto *const self = static_cast<PowerCutVfs *>(vfs->pAppData);
-    File *const opened = new (file) File{{nullptr}, self, nullptr, (flags & SQLITE_OPEN_MAIN_DB) != 0,
+    File *const opened = new (file) File{{nullptr},
+                                         self,
+                                         nullptr,
+                                         (flags & SQLITE_OPEN_MAIN_DB) != 0,
                                          (flags & journals) != 0 && (flags & SQLITE_OPEN_CREATE) != 0};
     const int result = self->m_ordinary->xOpen(self->m_ordinary, name, system(file), flags, outFlags);
     if (result != SQLITE_OK)
@@ -159,7 +162,8 @@ const char *PowerCutVfs::ordinaryName()
     return systemName;
 }
 
-PowerCutVfs::PowerCutVfs(PowerCutDisk &disk) : m_disk(disk), m_ordinary(sqlite3_vfs_find(systemName)), m_vfs(*m_ordinary)
+PowerCutVfs::PowerCutVfs(PowerCutDisk &disk)
+    : m_disk(disk), m_ordinary(sqlite3_vfs_find(systemName)), m_vfs(*m_ordinary)
 {
     m_vfs.zName = "powercut";
     m_vfs.pAppData = this;
