@@ -26,8 +26,9 @@ constexpr std::array<const char *, PowerCutTill::phaseCount> phases = {"opening"
 Report run(Sabotage sabotage, int cuts, std::uint64_t seed)
 {
     Report report;
+    std::mt19937_64 seeds(seed);
     while (report.cuts + report.unexpected < cuts) {
-        PowerCutTill till(seed++, sabotage, report);
+        PowerCutTill till(seeds(), sabotage, report);
         for (int i = 0; i < cutsPerQueue && report.cuts < cuts && till.liveUntilPowerCut(); ++i)
             ;
     }
@@ -51,11 +52,13 @@ bool isKept(const Report &report)
     return report.lost + report.corrupt + report.overtaken + report.unknown + report.undeleted + report.unexpected == 0;
 }
 
-// That each phase was cut, and that deliveries were repeated: otherwise the interesting moments were missed.
+// Otherwise the interesting moments were missed.
 bool isConvincing(const Report &report)
 {
+    constexpr PowerCutTill::Phase needed[] = {PowerCutTill::Pushing, PowerCutTill::Replaying, PowerCutTill::Deleting,
+                                              PowerCutTill::Checkpointing};
     return report.again > 0 && report.torn > 0 &&
-           std::none_of(report.cutsByPhase.begin(), report.cutsByPhase.end(), [](int cuts) { return cuts == 0; });
+           std::ranges::all_of(needed, [&report](PowerCutTill::Phase phase) { return report.cutsByPhase[phase] > 0; });
 }
 
 bool prove(int cuts, std::uint64_t seed)
@@ -69,7 +72,7 @@ bool prove(int cuts, std::uint64_t seed)
     print("control, synchronous NORMAL", normal);
     const bool controlsFail = ignored.lost > 0 && normal.lost > 0;
     std::cout << (isKept(queue) ? "" : "FAILED: the queue has broken a promise\n")
-              << (isConvincing(queue) ? "" : "FAILED: not every phase was hit, use more cuts\n")
+              << (isConvincing(queue) ? "" : "FAILED: not all moments were hit, use more cuts\n")
               << (controlsFail ? "" : "FAILED: a control has lost nothing, the proof does not bite\n");
     return isKept(queue) && isConvincing(queue) && controlsFail;
 }
