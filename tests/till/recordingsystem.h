@@ -25,8 +25,8 @@ public:
     {
         note(QString::number(event.getCode()));
         const auto document = event.value(QStringLiteral("document")).value<QSharedPointer<AbstractDocument>>();
-        if (event.getCode() == 57)
-            m_pending = true;
+        if (event.getCode() == 57 || event.getCode() == 24)
+            m_pending = event.getCode() == 57;
         else if (event.getCode() == 239 || (event.getCode() == 237 && !std::exchange(m_pending, false)))
             reissue(document);
     }
