@@ -1,79 +1,55 @@
-// The life of an order over HTTP: what is allowed when, what repeats, what is booked.
+// The life of an order over HTTP: what is allowed when, what repeats, what is booked; and the rules of its points.
 #include "audit.h"
+#include "pricing.h"
 #include "simulator_fixture.h"
-
-#include <gmock/gmock.h>
 
 #include <random>
 
 namespace sim {
 
-namespace {
-
-using testing::HasSubstr;
-using testing::IsEmpty;
-
-/// The states and the operations that lead to each.
-const std::pair<const char *, std::vector<std::string>> waysTo[] = {
-    {"none", {}},
-    {"calculated", {"calculateOrder"}},
-    {"created", {"calculateOrder", "createOrder"}},
-    {"updated", {"createOrder", "updateOrder"}},
-    {"posted", {"createOrder", "postOrder"}},
-    {"bound", {"createOrder", "postOrder", "bindOrderId"}},
-    {"cancelled", {"createOrder", "cancelOrder"}},
-};
-
-struct LifeCase : Case
+class Orders : public SimulatorTest
 {
-    std::vector<std::string> outcomes; ///< in the order above: the state after it, or the refusal
-};
-
-/// Named by the operation.
-const LifeCase lifeCases[] = {
-    {"calculateOrder", {"calculated", "calculated", "created", "updated", "102", "102", "101"}},
-    {"createOrder", {"created", "created", "created", "created", "102", "102", "101"}},
-    {"updateOrder", {"404", "103", "updated", "updated", "102", "102", "101"}},
-    {"postOrder", {"404", "103", "posted", "posted", "posted", "bound", "101"}},
-    {"bindOrderId", {"404", "105", "105", "105", "bound", "bound", "101"}},
-    {"cancelOrder", {"cancelled", "cancelled", "cancelled", "cancelled", "102", "102", "cancelled"}},
-};
-
-std::string stateOf(const Json &ledger, const std::string &basket)
-{
-    for (const Json &each : ledger["orders"])
-        if (each["basket"] == basket)
-            return each["state"];
-    return "none";
-}
-
-class Life : public SimulatorTest, public testing::WithParamInterface<LifeCase>
-{
+protected:
+    ~Orders() override { EXPECT_THAT(database.read(auditLedger), IsEmpty()); }
 };
 
 /// Every operation in every state, once and again: the repetition has the same answer and books nothing.
-TEST_P(Life, GoesAsPromised)
+TEST_F(Orders, GoThroughTheirLifeAsPromised)
 {
-    const std::string operation = GetParam().name;
-    for (std::size_t i = 0; i < std::size(waysTo); ++i) {
-        const auto &[state, way] = waysTo[i];
-        SCOPED_TRACE(operation + " on " + state);
-        for (const std::string &step : way)
-            ASSERT_EQ(caller.call(step, state).outcome(), "ok");
-        ASSERT_EQ(stateOf(caller.ledger(), state), state);
+    const std::pair<const char *, std::vector<std::string>> ways[] = {
+        {"none", {}},
+        {"calculated", {"calculateOrder"}},
+        {"created", {"calculateOrder", "createOrder"}},
+        {"updated", {"createOrder", "updateOrder"}},
+        {"posted", {"createOrder", "postOrder"}},
+        {"bound", {"createOrder", "postOrder", "bindOrderId"}},
+        {"cancelled", {"createOrder", "cancelOrder"}},
+    };
+    // For each of the states above: the state after the operation, or its refusal.
+    const std::pair<const char *, std::vector<std::string>> operations[] = {
+        {"calculateOrder", {"calculated", "calculated", "created", "updated", "102", "102", "101"}},
+        {"createOrder", {"created", "created", "created", "created", "102", "102", "101"}},
+        {"updateOrder", {"404", "103", "updated", "updated", "102", "102", "101"}},
+        {"postOrder", {"404", "103", "posted", "posted", "posted", "bound", "101"}},
+        {"bindOrderId", {"404", "105", "105", "105", "bound", "bound", "101"}},
+        {"cancelOrder", {"cancelled", "cancelled", "cancelled", "cancelled", "102", "102", "cancelled"}},
+    };
+    for (const auto &[operation, outcomes] : operations) {
+        for (std::size_t i = 0; i < std::size(ways); ++i) {
+            const std::string basket = std::string(operation) + " on " + ways[i].first;
+            SCOPED_TRACE(basket);
+            for (const std::string &step : ways[i].second)
+                ASSERT_EQ(caller.call(step, basket).outcome(), "ok");
+            ASSERT_EQ(caller.stateOf(basket), ways[i].first);
 
-        const Received first = caller.call(operation, state);
-        const Json after = caller.ledger();
-        EXPECT_EQ(first.outcome() == "ok" ? stateOf(after, state) : first.outcome(), GetParam().outcomes[i]);
-        EXPECT_EQ(caller.call(operation, state).text, first.text);
-        EXPECT_EQ(caller.ledger(), after);
+            const Received first = caller.call(operation, basket);
+            const Json after = caller.ledger();
+            EXPECT_EQ(first.outcome() == "ok" ? caller.stateOf(basket) : first.outcome(), outcomes[i]);
+            EXPECT_EQ(caller.call(operation, basket).text, first.text);
+            EXPECT_EQ(caller.ledger(), after);
+        }
     }
-    EXPECT_THAT(database.read(auditLedger), IsEmpty());
 }
-
-INSTANTIATE_TEST_SUITE_P(Orders, Life, testing::ValuesIn(lifeCases), caseName);
-
-using Orders = SimulatorTest;
 
 TEST_F(Orders, BookAWholeSale)
 {
@@ -92,11 +68,16 @@ TEST_F(Orders, BookAWholeSale)
     EXPECT_EQ(caller.ledger()["orders"][0]["orderId"], "check-1");
 }
 
-TEST_F(Orders, UpdateGivesTheReservationBack)
+TEST_F(Orders, GiveAReservationBackWhenTheyChange)
 {
-    const Json bigger = order("b", {line(1, "100.00"), line(2, "10.00")});
     caller.call("createOrder", "b");
     EXPECT_EQ(caller.balance(), "1450.00");
+    const Json unredeemable = order("b", {line(1, "100.00", {{"noDiscountAllowed", true}})});
+    EXPECT_EQ(caller.post("createOrder", unredeemable).result()["redeemPoints"], Json::array());
+    EXPECT_EQ(caller.balance(), "1500.00");
+
+    caller.call("createOrder", "b");
+    const Json bigger = order("b", {line(1, "100.00"), line(2, "10.00")});
     const Json updated = caller.post("updateOrder", bigger).result();
     EXPECT_EQ(updated["redeemPoints"], Json::array());
     EXPECT_EQ(updated["earnPoints"], 5.5);
@@ -106,19 +87,7 @@ TEST_F(Orders, UpdateGivesTheReservationBack)
     EXPECT_EQ(caller.balance(), "1505.50");
 }
 
-TEST_F(Orders, FinalCreationReplacesTheReservation)
-{
-    caller.call("createOrder", "b");
-    const Json final = order("b", {line(1, "100.00", {{"noDiscountAllowed", true}})});
-    EXPECT_EQ(caller.post("createOrder", final).result()["redeemPoints"], Json::array());
-    EXPECT_EQ(caller.balance(), "1500.00");
-    caller.call("createOrder", "b");
-    EXPECT_EQ(caller.balance(), "1450.00");
-    caller.call("cancelOrder", "b");
-    EXPECT_EQ(caller.balance(), "1500.00");
-}
-
-TEST_F(Orders, ReservationsOfOtherChecksAreNotOffered)
+TEST_F(Orders, OfferNoPointsThatOtherChecksHold)
 {
     const Json whole = order("first", {line(1, "3000.00")}, secondCard);
     caller.post("createOrder", whole);
@@ -140,61 +109,83 @@ TEST_F(Orders, BelongToOneCard)
 /// Several tills at once on one balance: whatever the order of things, the ledger stays consistent.
 TEST_F(Orders, StayConsistentUnderRandomCallsAtOnce)
 {
-    const std::vector<std::string> operations{"calculateOrder", "createOrder", "createOrder", "updateOrder",
-                                              "postOrder",      "bindOrderId", "cancelOrder"};
+    const char *const operations[] = {"calculateOrder", "createOrder", "updateOrder", "postOrder", "cancelOrder"};
     const auto till = [&](unsigned seed) {
         Caller own(port);
         std::mt19937 random(seed);
         for (int i = 0; i < 60; ++i) {
             const std::string basket = std::to_string(random() % 12);
-            const std::string operation = operations[random() % operations.size()];
-            const std::string amount = std::to_string(random() % 900) + ".0" + std::to_string(random() % 10);
-            const bool priced = operation != "bindOrderId" && operation != "cancelOrder" && operation != "postOrder";
-            const Received answer =
-                priced ? own.post(operation, order(basket, {line(1, amount.c_str())})) : own.call(operation, basket);
+            const std::string operation = operations[random() % std::size(operations)];
+            const Json body = order(basket, {line(1, std::to_string(random() % 900) + ".01")});
+            const Received answer = random() % 3 ? own.call(operation, basket) : own.post("createOrder", body);
             EXPECT_THAT(answer.status, testing::AnyOf(200, 404)) << answer.text;
         }
     };
-    {
-        std::vector<std::jthread> tills;
-        for (unsigned seed = 1; seed <= 4; ++seed)
-            tills.emplace_back(till, seed);
-    }
-    EXPECT_THAT(database.read(auditLedger), IsEmpty());
+    std::vector<std::jthread> tills;
+    for (unsigned seed = 1; seed <= 4; ++seed)
+        tills.emplace_back(till, seed);
 }
 
-struct DamageCase : Case
-{
-    const char *damage;
-    const char *finding;
-};
-
-const DamageCase damageCases[] = {
-    {"Balance", "UPDATE customers SET balance = balance + 1", "balance 1505.01, movements 1505.00"},
-    {"LostMovement", "DELETE FROM movements WHERE kind = 'earn'", "expected 5.00"},
-    {"BookedTwice", "INSERT INTO movements SELECT NULL, account, basket, kind, points, at FROM movements", "movements"},
-    {"BoundUnposted", "UPDATE orders SET state = 'updated'", "order id 'check-b' does not fit"},
-    {"PostedUnbound", "UPDATE orders SET order_id = NULL", "order id '' does not fit"},
-    {"Overpaid", "UPDATE order_lines SET points = 10001", "more points than it costs"},
-};
-
-class Audit : public SimulatorTest, public testing::WithParamInterface<DamageCase>
-{
-};
-
-TEST_P(Audit, FindsDamage)
+TEST_F(Orders, AreAudited)
 {
     const Json body = order("b", {line(1, "100.00", {{"noDiscountAllowed", true}})});
     caller.post("createOrder", body);
     caller.post("postOrder", body);
     caller.call("bindOrderId", "b");
-    EXPECT_THAT(database.read(auditLedger), IsEmpty());
-    database.write([](SQLite::Database &connection) { return connection.exec(GetParam().damage); });
-    EXPECT_THAT(testing::PrintToString(database.read(auditLedger)), HasSubstr(GetParam().finding));
+    const std::pair<const char *, const char *> cases[] = {
+        {"UPDATE customers SET balance = balance + 1", "balance 1505.01, movements 1505.00"},
+        {"DELETE FROM movements WHERE kind = 'earn'", "expected 5.00"},
+        {"UPDATE orders SET state = 'updated'", "order id 'check-b' does not fit"},
+        {"UPDATE orders SET order_id = NULL", "order id '' does not fit"},
+        {"UPDATE order_lines SET points = 10001", "more points than it costs"},
+    };
+    for (const auto &[damage, finding] : cases) {
+        const auto findings = database.write([&, sql = damage](SQLite::Database &connection) {
+            connection.exec("SAVEPOINT good");
+            connection.exec(sql);
+            const auto found = auditLedger(connection);
+            connection.exec("ROLLBACK TO good");
+            return found;
+        });
+        EXPECT_THAT(findings, testing::Contains(HasSubstr(finding))) << damage;
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(Ledger, Audit, testing::ValuesIn(damageCases), caseName);
+TEST(Money, IsReadOnlyWithTwoDecimals)
+{
+    EXPECT_EQ(parseHundredths("91.00"), 9100);
+    EXPECT_EQ(parseHundredths("0.05"), 5);
+    for (const char *wrong : {"", "91", "91.0", "91.000", "91,00", ".50", "-1.00", " 1.00", "1234567890123.00"})
+        EXPECT_EQ(parseHundredths(wrong), std::nullopt) << wrong;
+}
 
-} // namespace
+TEST(Pricing, FollowsTheRules)
+{
+    constexpr bool yes = true;
+    constexpr bool no = false;
+    constexpr Points rich = 1000000;
+    constexpr OrderLine usual{1, 10000, 0, no, no, no};
+    const struct
+    {
+        const char *name;
+        std::vector<OrderLine> lines; ///< line, amount, payment discount, sale, no discount, no earn
+        Points available;
+        std::vector<Points> spent;
+        Points earned; ///< at 5 %
+    } cases[] = {
+        {"half of a line", {usual}, rich, {5000}, 250},
+        {"both round down", {{1, 101, 0, no, no, no}}, rich, {50}, 2},
+        {"payment discount is neither redeemed nor earned", {{1, 10000, 2000, no, no, no}}, rich, {4000}, 200},
+        {"no-discount line is paid with money", {{1, 10000, 0, no, yes, no}, usual}, rich, {0, 5000}, 750},
+        {"no-earn line may still be redeemed", {{1, 10000, 0, no, no, yes}}, rich, {5000}, 0},
+        {"sale line earns half", {{1, 10000, 0, yes, yes, no}}, 0, {0}, 250},
+        {"balance lasts for the first lines", {usual, usual, usual}, 6001, {5000, 1001, 0}, 1199},
+        {"rounded once per order", {{1, 110, 0, no, yes, no}, {2, 110, 0, yes, yes, no}}, 0, {0, 0}, 8},
+    };
+    for (const auto &[name, lines, available, spent, earned] : cases) {
+        EXPECT_EQ(redeem(lines, available), spent) << name;
+        EXPECT_EQ(earn(lines, spent, 5), earned) << name;
+    }
+}
 
 } // namespace sim
