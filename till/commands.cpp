@@ -13,6 +13,11 @@
 #include <core/basicexception.h>
 #include <core/singleton.h>
 
+#include <unistd.h>
+
+#include <QtCore/QDeadlineTimer>
+
+#include <algorithm>
 #include <cstdio>
 
 using namespace Qt::Literals::StringLiterals;
@@ -38,11 +43,28 @@ void printQueue(const DBQueueBroker::Status &status)
         status.oldest.toString(u"dd.MM.yyyy HH:mm:ss"_s)));
 }
 
+/// Waits for the drain, showing how far it is where somebody watches.
+bool waitWithProgress(QueueDrain &drain, std::chrono::seconds time, const EndingQueue &queue)
+{
+    constexpr std::chrono::milliseconds timeBetweenPictures{200};
+    const QDeadlineTimer deadline(time);
+    const int total = queue.status().waiting;
+    bool delivered = false;
+    do {
+        delivered =
+            drain.waitUntilDrained(std::min(timeBetweenPictures, std::chrono::milliseconds(deadline.remainingTime())));
+        std::fprintf(stderr, "\r%s", qUtf8Printable(progressBar(total, queue.status().waiting)));
+    } while (!delivered && !deadline.hasExpired());
+    std::fputc('\n', stderr);
+    return delivered;
+}
+
 /// Waits for the drain and tells what is left.
 bool deliver(QueueDrain &drain, std::chrono::seconds time, const EndingQueue &queue)
 {
     drain.wakeUp();
-    const bool delivered = drain.waitUntilDrained(time);
+    const bool delivered =
+        ::isatty(STDERR_FILENO) ? waitWithProgress(drain, time, queue) : drain.waitUntilDrained(time);
     console::printLine(QString());
     printQueue(queue.status());
     return delivered;
@@ -110,11 +132,11 @@ ExitStatus drainQueue(const Options &options)
     }
 }
 
-ExitStatus showQueue(const Options &options)
+ExitStatus manageQueue(const Options &options)
 {
     try {
         const TillHost host(options.configFile, TillHost::Access::Look);
-        printQueue(host.queue().status());
+        console::print(answerTo(options.queueRequest, QDateTime::currentDateTime()));
         return Succeeded;
     } catch (const BasicException &error) {
         return fail(error, Unusable);

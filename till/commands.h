@@ -1,6 +1,8 @@
 // What kvo-till can do.
 #pragma once
 
+#include "queuecommand.h"
+
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -21,16 +23,18 @@ struct Options
     QStringList scenarioFiles;
     QString codeCommand; ///< See ScriptedCashier.
     std::chrono::seconds drainTime{5};
+    QueueRequest queueRequest;
 };
 
 /// Plays the scenarios, then gives the queue `drainTime` to deliver what the checks have left in it. Without scenarios
 /// it finishes what an earlier run has left.
 ExitStatus runScenarios(const Options &options);
 
-/// Delivers what is queued, for at most `drainTime`. Differed when something is left.
+/// Delivers what is queued, for at most `drainTime`, with a progress bar where the standard error output is a terminal.
+/// Differed when something is left.
 ExitStatus drainQueue(const Options &options);
 
-/// Prints how much is queued.
-ExitStatus showQueue(const Options &options);
+/// Lists, shows, retries or discards queued requests; also while a till works with the queue.
+ExitStatus manageQueue(const Options &options);
 
 } // namespace till

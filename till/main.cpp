@@ -16,6 +16,10 @@ struct Arguments
     std::vector<std::string> scenarioFiles;
     std::string codeCommand;
     int drainSeconds = 5;
+    qint64 queueId = 0;
+    bool retryAll = false;
+    std::string discardReason;
+    bool json = false;
 };
 
 till::Options toOptions(const Arguments &arguments)
@@ -26,6 +30,9 @@ till::Options toOptions(const Arguments &arguments)
         options.scenarioFiles.append(QString::fromStdString(file));
     options.codeCommand = QString::fromStdString(arguments.codeCommand).trimmed();
     options.drainTime = std::chrono::seconds(arguments.drainSeconds);
+    options.queueRequest.id = arguments.queueId;
+    options.queueRequest.reason = QString::fromStdString(arguments.discardReason);
+    options.queueRequest.json = arguments.json;
     return options;
 }
 
@@ -35,6 +42,52 @@ CLI::App *addCommand(CLI::App &program, const std::string &name, const std::stri
     command->add_option("--config", arguments.configFile, "INI file with the configuration")->capture_default_str();
     return command;
 }
+
+void addDrainTime(CLI::App *command, const std::string &name, const std::string &description, Arguments &arguments)
+{
+    command->add_option(name, arguments.drainSeconds, description)->check(CLI::Range(0, 3600))->capture_default_str();
+}
+
+/// `kvo-till queue` and what may follow it.
+struct QueueCommands
+{
+    QueueCommands(CLI::App &program, Arguments &arguments)
+        : queue(addCommand(program, "queue", "Look after the queued requests; lists them by default", arguments))
+    {
+        queue->require_subcommand(0, 1);
+        queue->add_flag("--json", arguments.json, "Answer in JSON");
+        queue->add_subcommand("list", "List all requests: age, order, operation, attempts, state, reason");
+        show = queue->add_subcommand("show", "Show one request, with secrets hidden");
+        retry = queue->add_subcommand("retry", "Send a request again that was refused and set aside");
+        discard = queue->add_subcommand("discard", "Give a request up; it is kept together with the reason");
+        drain = queue->add_subcommand("drain", "Deliver queued requests now; status 1 when some are left");
+        for (CLI::App *command : queue->get_subcommands({}))
+            command->fallthrough(); // --config and --json may follow the action as well
+        for (CLI::App *command : {show, discard})
+            command->add_option("ID", arguments.queueId, "Number of the request")->required();
+        CLI::App *which = retry->add_option_group("which")->require_option(1);
+        which->add_option("ID", arguments.queueId, "Number of the request");
+        which->add_flag("--all", arguments.retryAll, "All that were set aside");
+        discard->add_option("--reason", arguments.discardReason, "Why")->required();
+        addDrainTime(drain, "--seconds", "How long to try", arguments);
+    }
+
+    till::QueueRequest::Action action(const Arguments &arguments) const
+    {
+        using Action = till::QueueRequest::Action;
+        if (*retry)
+            return arguments.retryAll ? Action::RetryAll : Action::Retry;
+        if (*show)
+            return Action::Show;
+        return *discard ? Action::Discard : Action::List;
+    }
+
+    CLI::App *queue;
+    CLI::App *show = nullptr;
+    CLI::App *retry = nullptr;
+    CLI::App *discard = nullptr;
+    CLI::App *drain = nullptr;
+};
 
 } // namespace
 
@@ -52,22 +105,21 @@ int main(int argc, char *argv[])
     run->add_option("FILE", arguments.scenarioFiles, "Scenario files, see scenario.schema.json");
     run->add_option("--code-command", arguments.codeCommand,
                     "Command line that prints the code which the customer has received");
-    run->add_option("--drain-seconds", arguments.drainSeconds, "How long to deliver queued requests at the end")
-        ->check(CLI::Range(0, 3600))
-        ->capture_default_str();
-    CLI::App *drain = addCommand(program, "drain", "Deliver queued requests; status 1 when some are left", arguments);
-    drain->add_option("--seconds", arguments.drainSeconds, "How long to try")
-        ->check(CLI::Range(0, 3600))
-        ->capture_default_str();
-    CLI::App *queue = addCommand(program, "queue", "Tell how much is queued", arguments);
+    addDrainTime(run, "--drain-seconds", "How long to deliver queued requests at the end", arguments);
+    CLI::App *drain = addCommand(program, "drain", "The same as queue drain", arguments);
+    addDrainTime(drain, "--seconds", "How long to try", arguments);
+    const QueueCommands queue(program, arguments);
 
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
         return program.exit(error) == 0 ? till::Succeeded : till::Unusable;
     }
-    const till::Options options = toOptions(arguments);
+    till::Options options = toOptions(arguments);
     if (*run)
         return till::runScenarios(options);
-    return *queue ? till::showQueue(options) : till::drainQueue(options);
+    if (*drain || *queue.drain)
+        return till::drainQueue(options);
+    options.queueRequest.action = queue.action(arguments);
+    return till::manageQueue(options);
 }

@@ -1,0 +1,62 @@
+// What `kvo-till queue` tells people and machines.
+#include "tests/support/fakeconfig.h"
+#include "tests/support/printqt.h"
+#include "till/queuecommand.h"
+
+#include <core/basicexception.h>
+#include <queue/dbqueuebroker.h>
+
+#include <gtest/gtest.h>
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QTemporaryDir>
+
+using namespace Qt::Literals::StringLiterals;
+using Action = till::QueueRequest::Action;
+
+namespace {
+
+class QueueCommand : public testing::Test
+{
+protected:
+    static QString answer(const till::QueueRequest &request)
+    {
+        return till::answerTo(request, QDateTime::currentDateTime().addSecs(7200));
+    }
+
+    QTemporaryDir folder;
+    FakeConfig config{{{u"Host:dataFolder"_s, folder.path()}}};
+};
+
+} // namespace
+
+TEST_F(QueueCommand, ListsShowsAndDiscards)
+{
+    const QJsonObject event{{u"op"_s, 4},
+                            {u"url"_s, u"http://127.0.0.1/api/postOrder"_s},
+                            {u"headers"_s, QJsonObject{{u"Authorization"_s, u"Basic c2VjcmV0"_s}}},
+                            {u"payload"_s, QJsonObject{{u"basket"_s, u"b-1"_s}, {u"phone"_s, u"+79001234567"_s}}}};
+    DBQueueBroker().push(u"kvo"_s, event, {});
+
+    EXPECT_EQ(answer({}), u"№  ВОЗРАСТ  ЗАКАЗ  ОПЕРАЦИЯ   ПОПЫТОК  СОСТОЯНИЕ  ПРИЧИНА\n"
+                          u"1  2 ч      b-1    postOrder  0        ожидает\n");
+    const QString shown = answer({.action = Action::Show, .id = 1, .json = true});
+    EXPECT_EQ(QJsonDocument::fromJson(shown.toUtf8()).object().value("event"_L1)["payload"_L1]["basket"_L1], u"b-1"_s);
+    EXPECT_FALSE(shown.contains(u"c2VjcmV0"_s) || shown.contains(u"79001234"_s)) << shown.toStdString();
+
+    EXPECT_THROW(answer({.action = Action::Retry, .id = 1}), BasicException);
+    EXPECT_THROW(answer({.action = Action::Discard, .id = 1}), BasicException);
+    answer({.action = Action::Discard, .id = 1, .reason = u"чек отменён"_s});
+    const QJsonArray entries =
+        QJsonDocument::fromJson(answer({.json = true}).toUtf8()).object().value("entries"_L1).toArray();
+    EXPECT_EQ(entries[0].toObject().value("state"_L1), u"discarded"_s);
+    EXPECT_EQ(entries[0].toObject().value("discardReason"_L1), u"чек отменён"_s);
+}
+
+TEST(ProgressBar, FillsUp)
+{
+    EXPECT_EQ(till::progressBar(4, 3), u"[#######.......................] 1/4");
+    EXPECT_EQ(till::progressBar(0, 0), u"[##############################] 0/0");
+    EXPECT_EQ(till::progressBar(4, 9), u"[..............................] 0/4");
+}
