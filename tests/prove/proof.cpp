@@ -1,0 +1,164 @@
+// Random sales under kills. How far the sales have come decides when the next process may be killed: so the kills are
+// spread over all of them, and the sales get on however slow the machine is.
+#include "proof.h"
+
+#include <core/basicexception.h>
+#include <core/config.h>
+#include <core/singleton.h>
+
+#include <QtCore/QThread>
+
+#include <cstdio>
+#include <numeric>
+
+using namespace Qt::Literals::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace prove {
+
+namespace {
+
+constexpr auto longestShift = 180s;               ///< A till that takes longer is stuck.
+constexpr int longestPauseBeforeKill = 700;       // milliseconds
+constexpr int longestPauseBeforeKillOfDrain = 80; // it may have little to do
+constexpr int longestDownTime = 300;              // milliseconds
+constexpr int lastAttempts = 5;
+
+} // namespace
+
+Proof::Proof(const QString &folder, const Options &options)
+    : m_options(options),
+      m_shop(folder, options.seed, options.faultRate),
+      m_sales(options.seed),
+      m_random(~options.seed)
+{}
+
+Result Proof::run()
+{
+    m_shop.open();
+    Singleton<Config>::replace(QSharedPointer<Config>::create(m_shop.configFile()));
+    scheduleKill(longestPauseBeforeKill);
+    sell();
+    finish();
+    judge();
+    return m_result;
+}
+
+int Proof::number(int least, int most)
+{
+    return std::uniform_int_distribution(least, most)(m_random);
+}
+
+int Proof::killed() const
+{
+    const auto &kills = m_shop.kills();
+    return std::accumulate(kills.cbegin(), kills.cend(), 0);
+}
+
+void Proof::sell()
+{
+    int reported = 0;
+    while (m_shop.sold() < m_options.sales || killed() < m_options.kills) {
+        startWork();
+        if (!watchWork())
+            return;
+        if (const int tenths = 10 * m_shop.sold() / m_options.sales; tenths > reported) {
+            reported = tenths;
+            std::fprintf(stderr, "%d sales, %d kills\n", m_shop.sold(), killed());
+        }
+    }
+}
+
+void Proof::startWork()
+{
+    if (m_shop.sold() > 1 && number(1, 3) == 1) {
+        m_shop.drain(std::chrono::seconds(number(1, 3)));
+        scheduleKill(longestPauseBeforeKillOfDrain);
+    } else {
+        m_shop.sell(m_sales.shift());
+    }
+    if (m_shop.sold() > 1 && number(1, 3) == 1)
+        sendRefusedAgain();
+}
+
+/// False when something is wrong with the till, which makes it pointless to go on.
+bool Proof::watchWork()
+{
+    const QDeadlineTimer deadline(longestShift);
+    for (; m_shop.isTillAtWork() && !deadline.hasExpired(); QThread::msleep(2)) {
+        m_shop.tend();
+        killWhenDue();
+    }
+    const QString fault = deadline.hasExpired() ? u"the till does not come to an end"_s : m_shop.tillFault();
+    if (!fault.isEmpty())
+        m_result.findings.append(fault);
+    return fault.isEmpty();
+}
+
+void Proof::scheduleKill(int longestPause)
+{
+    m_nextKill = QDeadlineTimer(number(0, longestPause));
+}
+
+void Proof::killWhenDue()
+{
+    const bool due = qint64{killed()} * m_options.sales <= qint64{m_shop.sold()} * m_options.kills;
+    if (!m_nextKill.hasExpired() || !due || killed() >= m_options.kills)
+        return;
+    const QList<Shop::Part> parts = m_shop.running();
+    if (parts.isEmpty())
+        return;
+    scheduleKill(longestPauseBeforeKill);
+    const bool tillsTurn = number(1, 2) == 1;
+    // The till comes last among what runs, and is what most depends on.
+    const auto chosen = tillsTurn ? parts.size() - 1 : number(0, static_cast<int>(parts.size()) - 1);
+    const int downTime = number(1, 3) == 1 ? number(0, longestDownTime) : 0;
+    m_shop.kill(parts.at(chosen), std::chrono::milliseconds(downTime));
+}
+
+/// What a person does who finds requests that were refused: the proxy forges refusals.
+void Proof::sendRefusedAgain()
+{
+    m_result.sentAgain += QueueAdmin().retryAll();
+}
+
+void Proof::finish()
+{
+    m_shop.endFaults();
+    m_shop.sell(m_sales.lastShift());
+    for (int i = 0; watchWork() && !undelivered().isEmpty() && i < lastAttempts; ++i) {
+        sendRefusedAgain();
+        m_shop.drain(60s);
+    }
+    for (const QueueAdmin::Entry &entry : undelivered()) {
+        ++m_result.leftInQueue;
+        m_result.findings.append(
+            u"%1 of order %2 is left in the queue: %3"_s.arg(entry.operation, entry.order, entry.lastError));
+    }
+    if (m_shop.hasOpenCheck())
+        m_result.findings.append(u"a check is left open at the till"_s);
+}
+
+QList<QueueAdmin::Entry> Proof::undelivered() const
+{
+    QList<QueueAdmin::Entry> entries = QueueAdmin().list();
+    entries.removeIf([](const auto &entry) { return entry.state == QueueAdmin::State::Discarded; });
+    return entries;
+}
+
+void Proof::judge()
+{
+    const Shop::Inspection ledger = m_shop.inspect({u"ledger"_s, u"--json"_s});
+    m_result.books = prove::judge(m_shop.journal(), QJsonDocument::fromJson(ledger.output).object());
+    for (const QStringList &command : {QStringList{u"check"_s}, {u"compare"_s, u"--journal"_s, m_shop.journalFile()}}) {
+        const Shop::Inspection inspection = m_shop.inspect(command);
+        if (inspection.status != 0)
+            m_result.findings.append(
+                u"loyalty-sim %1: %2"_s.arg(command.first(), QString::fromUtf8(inspection.output)));
+    }
+    m_result.traffic = count(m_shop.record());
+    m_result.kills = m_shop.kills();
+    m_result.findings += m_shop.crashes();
+}
+
+} // namespace prove

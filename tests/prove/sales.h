@@ -1,0 +1,41 @@
+// Random sales, as scenarios for the till.
+#pragma once
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonObject>
+
+#include <random>
+
+namespace prove {
+
+/// The customers of the shop, in the form that the service's stand-in reads.
+QJsonArray customers();
+
+/// The same seed makes the same sales.
+class Sales
+{
+public:
+    explicit Sales(quint64 seed) : m_random(seed) {}
+
+    /// A shift of a few checks. It begins with an end for the check that an earlier, killed shift may have left open.
+    QJsonObject shift();
+
+    /// Only that end.
+    QJsonObject lastShift();
+
+private:
+    int number(int least, int most);
+    bool chance(int percent);
+    QJsonObject goods();
+    QJsonObject change();
+    QJsonArray cardSteps();
+    QJsonValue changeOrPrice();
+    QString ending();
+    QJsonObject answers();
+    QJsonObject newCheck();
+    QJsonObject continuation();
+
+    std::mt19937_64 m_random;
+};
+
+} // namespace prove

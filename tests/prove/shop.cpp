@@ -1,0 +1,204 @@
+// The processes of the shop and the files they work on.
+#include "shop.h"
+
+#include "sales.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QThread>
+
+#include <stdexcept>
+
+using namespace Qt::Literals::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace prove {
+
+namespace {
+
+constexpr auto patience = 60s;
+const QString tillProgram = QStringLiteral(KVO_TILL);
+const QString serviceProgram = QStringLiteral(KVO_SIMULATOR);
+const QString proxyProgram = QStringLiteral(KVO_FAULT_PROXY);
+
+void write(const QString &fileName, const QByteArray &content)
+{
+    QFile file(fileName);
+    if (!file.open(QFile::WriteOnly) || file.write(content) != content.size())
+        throw std::runtime_error(qPrintable(fileName + u": "_s + file.errorString()));
+}
+
+QByteArray json(const auto &value)
+{
+    return QJsonDocument(value).toJson(QJsonDocument::Compact);
+}
+
+QList<QJsonObject> readLines(const QString &fileName)
+{
+    QFile file(fileName);
+    QList<QJsonObject> objects;
+    if (!file.open(QFile::ReadOnly))
+        return objects;
+    while (!file.atEnd()) {
+        const QByteArray line = file.readLine();
+        const QJsonDocument document = QJsonDocument::fromJson(line);
+        if (!document.isObject())
+            throw std::runtime_error(
+                qPrintable(u"%1: a line that is no object: %2"_s.arg(fileName, QString::fromUtf8(line))));
+        objects.append(document.object());
+    }
+    return objects;
+}
+
+} // namespace
+
+Shop::Shop(const QString &folder, quint64 seed, double faultRate)
+    : m_folder(folder),
+      m_seed(seed),
+      m_faultRate(faultRate),
+      m_proxyPort(Socket::boundTo(0)),
+      m_servicePort(Socket::boundTo(0)),
+      m_service(serviceProgram, path(u"service.out")),
+      m_proxy(proxyProgram, path(u"proxy.out")),
+      m_till(tillProgram, path(u"till.out"))
+{}
+
+void Shop::open()
+{
+    write(path(u"customers.json"), json(customers()));
+    writeConfiguration();
+    startService();
+    startProxy();
+}
+
+void Shop::writeConfiguration() const
+{
+    const QString ini = u"[Host]\ndataFolder = %1\n[Log]\nfile = %2\n[Kvo]\nhost = http://127.0.0.1:%3\n"
+                        "timeout = 500\nbrand = B\nonlineStore = S\nterminal = T\nverificationLimit = 200\n"_s;
+    write(configFile(), ini.arg(path(u"data"), path(u"till.log"), QString::number(m_proxyPort.port())).toUtf8());
+}
+
+void Shop::startService()
+{
+    m_service.start({u"serve"_s, u"--database"_s, path(u"service.db"), u"--customers"_s, path(u"customers.json"),
+                     u"--port"_s, QString::number(m_servicePort.port())});
+}
+
+void Shop::startProxy()
+{
+    m_proxy.start({u"--port"_s, QString::number(m_proxyPort.port()), u"--service"_s,
+                   QString::number(m_servicePort.port()), u"--seed"_s, QString::number(m_seed + ++m_proxies),
+                   u"--rate"_s, QString::number(m_faultRate), u"--record"_s, path(u"record.jsonl")});
+}
+
+void Shop::startTill(const QString &command, const QStringList &arguments)
+{
+    m_till.start(QStringList{command, u"--config"_s, configFile()} + arguments);
+}
+
+void Shop::sell(const QJsonObject &scenario)
+{
+    const QString fileName = path(u"shift%1.json"_s.arg(++m_shifts));
+    write(fileName, json(scenario));
+    const QString code = u"\"%1\" outbox --database \"%2\" --last --code"_s.arg(serviceProgram, path(u"service.db"));
+    m_atWork = Part::Till;
+    startTill(u"run"_s, {u"--code-command"_s, code, u"--drain-seconds"_s, u"0"_s, fileName});
+}
+
+void Shop::drain(std::chrono::seconds time)
+{
+    m_atWork = Part::Drain;
+    startTill(u"drain"_s, {u"--seconds"_s, QString::number(time.count())});
+}
+
+Child &Shop::childOf(Part part)
+{
+    return part == Part::Proxy ? m_proxy : part == Part::Service ? m_service : m_till;
+}
+
+QList<Shop::Part> Shop::running()
+{
+    QList<Part> parts{Part::Proxy, Part::Service, m_atWork};
+    parts.removeIf([this](Part part) { return !childOf(part).isRunning(); });
+    return parts;
+}
+
+void Shop::kill(Part part, std::chrono::milliseconds downTime)
+{
+    if (!childOf(part).kill())
+        return;
+    ++m_kills[part];
+    m_due[part] = QDeadlineTimer(downTime);
+}
+
+void Shop::tend()
+{
+    restart(Part::Service, m_service);
+    restart(Part::Proxy, m_proxy);
+}
+
+void Shop::restart(Part part, Child &child)
+{
+    if (child.isRunning())
+        return;
+    if (!child.wasKilled())
+        m_crashes.append(u"%1 has ended by itself, status %2"_s.arg(
+            part == Part::Proxy ? u"the proxy"_s : u"the service"_s, QString::number(child.status())));
+    else if (!m_due.value(part).hasExpired())
+        return;
+    part == Part::Proxy ? startProxy() : startService();
+}
+
+void Shop::endFaults()
+{
+    m_faultRate = 0;
+    m_proxy.kill();
+    m_service.kill();
+    startService();
+    startProxy();
+    for (QDeadlineTimer deadline(patience);; QThread::msleep(5)) {
+        if (Socket::connectTo(m_proxyPort.port()).isOpen() && Socket::connectTo(m_servicePort.port()).isOpen())
+            return;
+        if (deadline.hasExpired())
+            throw std::runtime_error("the service cannot be reached any more");
+    }
+}
+
+QString Shop::tillFault() const
+{
+    if (m_till.wasKilled() || m_till.status() == 0 || m_till.status() == 1)
+        return {};
+    return u"the till has ended with status %1, see till.out"_s.arg(m_till.status());
+}
+
+QList<QJsonObject> Shop::journal() const
+{
+    return readLines(journalFile());
+}
+
+int Shop::sold()
+{
+    QFile file(journalFile());
+    if (file.size() != m_soldSize && file.open(QFile::ReadOnly)) {
+        const QByteArray lines = file.readAll();
+        m_sold = static_cast<int>(lines.count('\n'));
+        m_soldSize = lines.size();
+    }
+    return m_sold;
+}
+
+QList<QJsonObject> Shop::record() const
+{
+    return readLines(path(u"record.jsonl"));
+}
+
+Shop::Inspection Shop::inspect(const QStringList &arguments) const
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(serviceProgram, QStringList(arguments) << u"--database"_s << path(u"service.db"));
+    if (!process.waitForFinished(static_cast<int>(std::chrono::milliseconds(patience).count())))
+        throw std::runtime_error("loyalty-sim does not end");
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1, process.readAll()};
+}
+
+} // namespace prove
