@@ -1,6 +1,5 @@
-// What is shared by the whole process: single objects, installed doubles, event subscriptions.
+// What is shared by the whole process: single objects, event subscriptions.
 #include <core/activitynotifier.h>
-#include <core/mockfactory.h>
 #include <core/singleton.h>
 
 #include <gtest/gtest.h>
@@ -49,15 +48,6 @@ TEST(Registry, ManyThreadsGetOneObject)
     }
     threads.clear();
     EXPECT_EQ(Counted::made, 1);
-}
-
-TEST(Registry, HandsOutInstalledDoublesUntilCleared)
-{
-    const auto installed = QSharedPointer<Inner>::create();
-    MockFactory<Inner>::install(installed);
-    EXPECT_EQ(MockFactory<Inner>::create(), installed);
-    MockFactory<Inner>::clear();
-    EXPECT_NE(MockFactory<Inner>::create(), MockFactory<Inner>::create());
 }
 
 class Listener : public BaseActivityListener
