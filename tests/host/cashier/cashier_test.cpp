@@ -1,5 +1,5 @@
 // What is asked of the cashier, and what happens on the answer: codes, questions, and a card taken off a check.
-#include "../document/checkbuilder.h"
+#include "tests/support/checkbuilder.h"
 
 #include <cashier/cardaddlogic.h>
 #include <cashier/cashierui.h>

@@ -1,6 +1,6 @@
 // What every loyalty system inherits: points that add up, the card it answers for, its data with the check, and a
 // registry that never keeps a system that is gone.
-#include "../document/checkbuilder.h"
+#include "tests/support/checkbuilder.h"
 
 #include <core/singleton.h>
 #include <loyalty/loyaltysystems.h>
