@@ -6,12 +6,28 @@
 #include <core/session.h>
 #include <core/singleton.h>
 
+#include <fcntl.h>
+
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
+
+#include <cerrno>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace till {
+
+namespace {
+
+struct flock wholeFile()
+{
+    struct flock lock = {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    return lock;
+}
+
+} // namespace
 
 TillHost::TillHost(const QString &configFile, Access access) : m_config(QSharedPointer<Config>::create(configFile))
 {
@@ -38,18 +54,21 @@ void TillHost::lockDataFolder()
     const auto ownerOnly = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
     if (!QDir(m_dataFolder).exists() && !QDir().mkdir(m_dataFolder, ownerOnly))
         throw BasicException(u"Папка данных %1 не создана; проверьте ключ Host:dataFolder"_s.arg(m_dataFolder));
-    m_lock.emplace(QDir(m_dataFolder).filePath(u"till.lock"_s));
-    m_lock->setStaleLockTime(0); // A lock is stale when its process is gone, however long it is held.
-    if (m_lock->tryLock(0))
+    m_lock.setFileName(QDir(m_dataFolder).filePath(u"till.lock"_s));
+    if (!m_lock.open(QFile::ReadWrite, QFile::ReadOwner | QFile::WriteOwner))
+        throw BasicException(u"Нет доступа к папке данных %1 (%2); проверьте ключ Host:dataFolder"_s.arg(
+            m_dataFolder, m_lock.errorString()));
+    // The kernel lets go of such a lock whenever and however its process ends. What a file says about its process would
+    // be wrong after a kill in the middle of writing it.
+    struct flock lock = wholeFile();
+    if (::fcntl(m_lock.handle(), F_SETLK, &lock) == 0)
         return;
-    qint64 process = 0;
-    QString machine;
-    QString program;
-    if (m_lock->error() == QLockFile::LockFailedError && m_lock->getLockInfo(&process, &machine, &program)) {
-        throw BasicException(u"Папка данных %1 занята: с ней работает %2, процесс %3"_s.arg(m_dataFolder, program,
-                                                                                            QString::number(process)));
-    }
-    throw BasicException(u"Нет доступа к папке данных %1; проверьте ключ Host:dataFolder"_s.arg(m_dataFolder));
+    const QString reason = qt_error_string(errno);
+    lock = wholeFile();
+    if (::fcntl(m_lock.handle(), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK)
+        throw BasicException(
+            u"Папка данных %1 занята: с ней работает процесс %2"_s.arg(m_dataFolder, QString::number(lock.l_pid)));
+    throw BasicException(u"Папка данных %1 не может быть занята: %2"_s.arg(m_dataFolder, reason));
 }
 
 QString TillHost::journalFile() const

@@ -5,9 +5,7 @@
 
 #include <core/config.h>
 
-#include <QtCore/QLockFile>
-
-#include <optional>
+#include <QtCore/QFile>
 
 namespace till {
 
@@ -32,7 +30,7 @@ private:
 
     QSharedPointer<Config> m_config;
     QString m_dataFolder;
-    std::optional<QLockFile> m_lock;
+    QFile m_lock; ///< Locked as long as it is open.
     QSharedPointer<EndingQueue> m_queue;
 };
 
