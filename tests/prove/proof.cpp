@@ -2,10 +2,6 @@
 // spread over all of them, and the sales get on however slow the machine is.
 #include "proof.h"
 
-#include <core/basicexception.h>
-#include <core/config.h>
-#include <core/singleton.h>
-
 #include <QtCore/QThread>
 
 #include <cstdio>
@@ -36,7 +32,6 @@ Proof::Proof(const QString &folder, const Options &options)
 Result Proof::run()
 {
     m_shop.open();
-    Singleton<Config>::replace(QSharedPointer<Config>::create(m_shop.configFile()));
     scheduleKill(longestPauseBeforeKill);
     sell();
     finish();
@@ -119,7 +114,7 @@ void Proof::killWhenDue()
 /// What a person does who finds requests that were refused: the proxy forges refusals.
 void Proof::sendRefusedAgain()
 {
-    m_result.sentAgain += QueueAdmin().retryAll();
+    m_result.sentAgain += m_shop.askQueue({u"retry"_s, u"--all"_s}).value(u"changed").toInt();
 }
 
 void Proof::finish()
@@ -130,31 +125,32 @@ void Proof::finish()
         sendRefusedAgain();
         m_shop.drain(60s);
     }
-    for (const QueueAdmin::Entry &entry : undelivered()) {
+    for (const QJsonObject &entry : undelivered()) {
+        const auto text = [&entry](QStringView key) { return entry.value(key).toString(); };
         ++m_result.leftInQueue;
         m_result.findings.append(
-            u"%1 of order %2 is left in the queue: %3"_s.arg(entry.operation, entry.order, entry.lastError));
+            u"%1 of order %2 is left in the queue: %3"_s.arg(text(u"operation"), text(u"order"), text(u"lastError")));
     }
     if (m_shop.hasOpenCheck())
         m_result.findings.append(u"a check is left open at the till"_s);
 }
 
-QList<QueueAdmin::Entry> Proof::undelivered() const
+QList<QJsonObject> Proof::undelivered() const
 {
-    QList<QueueAdmin::Entry> entries = QueueAdmin().list();
-    entries.removeIf([](const auto &entry) { return entry.state == QueueAdmin::State::Discarded; });
+    QList<QJsonObject> entries;
+    for (const QJsonValue entry : m_shop.askQueue({u"list"_s}).value(u"entries").toArray())
+        entries.append(entry.toObject());
     return entries;
 }
 
 void Proof::judge()
 {
-    const Shop::Inspection ledger = m_shop.inspect({u"ledger"_s, u"--json"_s});
-    m_result.books = prove::judge(m_shop.journal(), QJsonDocument::fromJson(ledger.output).object());
+    const QByteArray ledger = m_shop.inspect({u"ledger"_s, u"--json"_s}).first;
+    m_result.books = prove::judge(m_shop.journal(), QJsonDocument::fromJson(ledger).object());
     for (const QStringList &command : {QStringList{u"check"_s}, {u"compare"_s, u"--journal"_s, m_shop.journalFile()}}) {
-        const Shop::Inspection inspection = m_shop.inspect(command);
-        if (inspection.status != 0)
-            m_result.findings.append(
-                u"loyalty-sim %1: %2"_s.arg(command.first(), QString::fromUtf8(inspection.output)));
+        const auto [output, status] = m_shop.inspect(command);
+        if (status != 0)
+            m_result.findings.append(u"loyalty-sim %1: %2"_s.arg(command.first(), QString::fromUtf8(output)));
     }
     m_result.traffic = count(m_shop.record());
     m_result.kills = m_shop.kills();

@@ -6,8 +6,6 @@
 #include "shop.h"
 #include "traffic.h"
 
-#include <queue/queueadmin.h>
-
 namespace prove {
 
 struct Options
@@ -37,7 +35,7 @@ public:
     /// Works in `folder`, which must be empty.
     Proof(const QString &folder, const Options &options);
 
-    /// Throws std::runtime_error or BasicException for what the proof itself cannot do.
+    /// Throws std::runtime_error for what the proof itself cannot do.
     Result run();
 
 private:
@@ -49,7 +47,7 @@ private:
     void sendRefusedAgain();
     void finish();
     void judge();
-    QList<QueueAdmin::Entry> undelivered() const;
+    QList<QJsonObject> undelivered() const;
     int number(int least, int most);
     int killed() const;
 

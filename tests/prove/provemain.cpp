@@ -2,8 +2,6 @@
 // then compares the books of both sides.
 #include "report.h"
 
-#include <core/basicexception.h>
-
 #include <CLI/CLI.hpp>
 
 #include <QtCore/QCoreApplication>

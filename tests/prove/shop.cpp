@@ -49,6 +49,17 @@ QList<QJsonObject> readLines(const QString &fileName)
     return objects;
 }
 
+/// What a program printed, and its exit status.
+std::pair<QByteArray, int> runToEnd(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(program, arguments);
+    if (!process.waitForFinished(static_cast<int>(std::chrono::milliseconds(patience).count())))
+        throw std::runtime_error(qPrintable(program + u" does not come to an end"_s));
+    return {process.readAll(), process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1};
+}
+
 } // namespace
 
 Shop::Shop(const QString &folder, quint64 seed, double faultRate)
@@ -74,7 +85,7 @@ void Shop::writeConfiguration() const
 {
     const QString ini = u"[Host]\ndataFolder = %1\n[Log]\nfile = %2\n[Kvo]\nhost = http://127.0.0.1:%3\n"
                         "timeout = 500\nbrand = B\nonlineStore = S\nterminal = T\nverificationLimit = 200\n"_s;
-    write(configFile(), ini.arg(path(u"data"), path(u"till.log"), QString::number(m_proxyPort.port())).toUtf8());
+    write(path(u"till.ini"), ini.arg(path(u"data"), path(u"till.log"), QString::number(m_proxyPort.port())).toUtf8());
 }
 
 void Shop::startService()
@@ -92,7 +103,7 @@ void Shop::startProxy()
 
 void Shop::startTill(const QString &command, const QStringList &arguments)
 {
-    m_till.start(QStringList{command, u"--config"_s, configFile()} + arguments);
+    m_till.start(QStringList{command, u"--config"_s, path(u"till.ini")} + arguments);
 }
 
 void Shop::sell(const QJsonObject &scenario)
@@ -191,14 +202,19 @@ QList<QJsonObject> Shop::record() const
     return readLines(path(u"record.jsonl"));
 }
 
-Shop::Inspection Shop::inspect(const QStringList &arguments) const
+std::pair<QByteArray, int> Shop::inspect(const QStringList &arguments) const
 {
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(serviceProgram, QStringList(arguments) << u"--database"_s << path(u"service.db"));
-    if (!process.waitForFinished(static_cast<int>(std::chrono::milliseconds(patience).count())))
-        throw std::runtime_error("loyalty-sim does not end");
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1, process.readAll()};
+    return runToEnd(serviceProgram, QStringList(arguments) << u"--database"_s << path(u"service.db"));
+}
+
+QJsonObject Shop::askQueue(const QStringList &arguments) const
+{
+    const QStringList always{u"queue"_s, u"--json"_s, u"--config"_s, path(u"till.ini")};
+    const auto [output, status] = runToEnd(tillProgram, always + arguments);
+    const QJsonDocument answer = QJsonDocument::fromJson(output);
+    if (status != 0 || !answer.isObject())
+        throw std::runtime_error("kvo-till queue: " + output.toStdString());
+    return answer.object();
 }
 
 } // namespace prove

@@ -67,15 +67,12 @@ public:
     /// What the proxies have done and seen.
     QList<QJsonObject> record() const;
 
-    /// Runs an inspecting command of the service's stand-in.
-    struct Inspection
-    {
-        int status = 0;
-        QByteArray output;
-    };
-    Inspection inspect(const QStringList &arguments) const;
+    /// Runs an inspecting command of the service's stand-in; returns what it printed, and its exit status.
+    std::pair<QByteArray, int> inspect(const QStringList &arguments) const;
 
-    QString configFile() const { return path(u"till.ini"); }
+    /// Runs `kvo-till queue` and returns its answer.
+    QJsonObject askQueue(const QStringList &arguments) const;
+
     QString journalFile() const { return path(u"data/journal.jsonl"); }
 
 private:
