@@ -101,5 +101,10 @@ int main(int argc, char **argv)
         qputenv("TMPDIR", "/dev/shm");
     const FakeConfig config({{u"Log:level"_s, u"OFF"_s}}); // each cut would be an error line
     setUpLogging(*Singleton<Config>::instance());
-    return prove(cuts, seed) ? 0 : 1;
+    try {
+        return prove(cuts, seed) ? 0 : 1;
+    } catch (const std::exception &error) {
+        std::cerr << error.what() << '\n';
+        return 1;
+    }
 }

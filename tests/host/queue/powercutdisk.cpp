@@ -8,7 +8,7 @@ namespace {
 void put(std::string &file, std::size_t offset, std::string_view bytes)
 {
     file.resize(std::max(file.size(), offset + bytes.size()));
-    std::ranges::copy(bytes, file.begin() + static_cast<std::ptrdiff_t>(offset));
+    file.replace(offset, bytes.size(), bytes);
 }
 
 } // namespace
@@ -24,10 +24,9 @@ PowerCutDisk::FilePtr PowerCutDisk::open(const std::string &name, bool nameIsSyn
     FilePtr &file = m_names[name];
     if (!file) {
         file = std::make_shared<File>();
+        m_pendingNames.emplace_back(name, file);
         if (nameIsSynced)
             m_syncedNames[name] = file;
-        else
-            m_pendingNames.push_back({name, file});
     }
     return file;
 }
@@ -35,25 +34,7 @@ PowerCutDisk::FilePtr PowerCutDisk::open(const std::string &name, bool nameIsSyn
 void PowerCutDisk::remove(const std::string &name)
 {
     m_names.erase(name);
-    m_pendingNames.push_back({name, nullptr});
-}
-
-void PowerCutDisk::syncFolder()
-{
-    if (m_ignoreSyncs)
-        return;
-    m_syncedNames = m_names;
-    m_pendingNames.clear();
-}
-
-void PowerCutDisk::write(File &file, std::size_t offset, const char *bytes, std::size_t size)
-{
-    file.pending.push_back({offset, std::string(bytes, size)});
-}
-
-void PowerCutDisk::truncate(File &file, std::size_t size)
-{
-    file.pending.push_back({size, std::nullopt});
+    m_pendingNames.emplace_back(name, nullptr);
 }
 
 void PowerCutDisk::sync(File &file) const
@@ -69,15 +50,24 @@ void PowerCutDisk::sync(File &file) const
     file.pending.clear();
 }
 
+void PowerCutDisk::syncFolder()
+{
+    if (m_ignoreSyncs)
+        return;
+    m_syncedNames = m_names;
+    m_pendingNames.clear();
+}
+
 PowerCutDisk::Contents PowerCutDisk::cut()
 {
     constexpr double keepings[] = {0, 0.5, 0.9, 1};
     m_keeping = keepings[m_random() % std::size(keepings)];
     m_blockSize = chance(0.5) ? 512 : 4096;
-    const std::size_t keptNames = m_random() % (m_pendingNames.size() + 1);
-    for (std::size_t i = 0; i < keptNames; ++i)
-        apply(m_pendingNames[i], m_syncedNames);
+    m_pendingNames.resize(m_random() % (m_pendingNames.size() + 1));
+    for (const auto &[name, file] : m_pendingNames)
+        m_syncedNames[name] = file;
     m_pendingNames.clear();
+    std::erase_if(m_syncedNames, [](const auto &entry) { return !entry.second; });
 
     Contents left;
     for (auto &[name, file] : m_syncedNames) {
@@ -88,50 +78,42 @@ PowerCutDisk::Contents PowerCutDisk::cut()
     return left;
 }
 
-void PowerCutDisk::apply(const NameChange &change, std::map<std::string, FilePtr> &names)
-{
-    if (change.file)
-        names[change.name] = change.file;
-    else
-        names.erase(change.name);
-}
-
 std::string PowerCutDisk::survivor(const File &file)
 {
     std::string survivor = file.synced;
     std::size_t fullSize = survivor.size();
-    for (const Change &change : file.pending) {
-        fullSize = change.bytes ? std::max(fullSize, change.offset + change.bytes->size()) : change.offset;
-        if (change.bytes)
-            writeSomeBlocks(survivor, change.offset, *change.bytes);
+    for (const auto &[offset, bytes] : file.pending) {
+        fullSize = bytes ? std::max(fullSize, offset + bytes->size()) : offset;
+        if (bytes)
+            writeSomeBlocks(survivor, offset, *bytes);
         else if (chance(m_keeping))
-            survivor.resize(change.offset);
+            survivor.resize(offset);
     }
     if (chance(0.25)) // the size is kept elsewhere than the data
         survivor.resize(std::max(fullSize, survivor.size()));
     return survivor;
 }
 
-void PowerCutDisk::writeSomeBlocks(std::string &survivor, std::size_t offset, const std::string &bytes)
+void PowerCutDisk::writeSomeBlocks(std::string &survivor, std::size_t offset, std::string_view bytes)
 {
-    for (std::size_t begin = 0; begin < bytes.size();) {
-        const std::size_t room = m_blockSize - (offset + begin) % m_blockSize;
-        const std::string_view block = std::string_view(bytes).substr(begin, room);
-        writeBlock(survivor, offset + begin, block);
-        begin += block.size();
+    while (!bytes.empty()) {
+        const std::string_view block = bytes.substr(0, m_blockSize - offset % m_blockSize);
+        writeBlock(survivor, offset, block);
+        offset += block.size();
+        bytes.remove_prefix(block.size());
     }
 }
 
 void PowerCutDisk::writeBlock(std::string &survivor, std::size_t offset, std::string_view block)
 {
+    const std::size_t border = m_random() % block.size();
     if (chance(m_keeping))
         return put(survivor, offset, block);
-    if (!chance(0.2)) {
+    if (chance(0.8)) {
         ++m_dropped;
         return;
     }
     ++m_torn;
-    const std::size_t border = m_random() % block.size();
     if (chance(0.5))
         put(survivor, offset, block.substr(0, border));
     else

@@ -8,6 +8,7 @@
 #include <optional>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// Modelled on a journalling file system: data that was not synced may reach the disk block by block in any order, also
@@ -44,12 +45,10 @@ public:
 
     /// `nameIsSynced`: where the file is new, its maker has synced the folder.
     FilePtr open(const std::string &name, bool nameIsSynced);
+    bool hasSeen(const std::string &name) const { return m_names.contains(name); }
     void remove(const std::string &name);
-    void syncFolder();
-
-    static void write(File &file, std::size_t offset, const char *bytes, std::size_t size);
-    static void truncate(File &file, std::size_t size);
     void sync(File &file) const;
+    void syncFolder();
 
     /// What a power cut leaves. The disk goes on from there.
     Contents cut();
@@ -59,25 +58,20 @@ public:
     int torn() const { return m_torn; }
 
 private:
-    struct NameChange
-    {
-        std::string name;
-        FilePtr file; ///< Null: the name is removed.
-    };
+    using Names = std::map<std::string, FilePtr>;
 
-    static void apply(const NameChange &change, std::map<std::string, FilePtr> &names);
     std::string survivor(const File &file);
-    void writeSomeBlocks(std::string &survivor, std::size_t offset, const std::string &bytes);
+    void writeSomeBlocks(std::string &survivor, std::size_t offset, std::string_view bytes);
     void writeBlock(std::string &survivor, std::size_t offset, std::string_view block);
     bool chance(double probability) { return std::bernoulli_distribution(probability)(m_random); }
 
     std::mt19937_64 m_random;
     bool m_ignoreSyncs;
     int m_operationsLeft = 0;
-    std::map<std::string, FilePtr> m_names; // as programs see them
-    std::map<std::string, FilePtr> m_syncedNames;
-    std::vector<NameChange> m_pendingNames;
-    std::size_t m_blockSize = 0; // of the cut in hand
+    Names m_names; // as programs see them
+    Names m_syncedNames;
+    std::vector<Names::value_type> m_pendingNames; // in order; without a file: removed
+    std::size_t m_blockSize = 0;                   // of the cut in hand
     double m_keeping = 0;
     int m_dropped = 0;
     int m_torn = 0;

@@ -43,19 +43,15 @@ void PowerCutLedger::arrived(const QJsonObject &event)
     const Entry *const entry = find(event);
     if (entry == nullptr)
         return;
-    m_counts.undeleted += entry->deleted ? 1 : 0;
-    m_counts.overtaken += isBehindAnUndelivered(*entry) ? 1 : 0;
-    send(*entry);
-}
-
-bool PowerCutLedger::isBehindAnUndelivered(const Entry &entry) const
-{
-    return std::any_of(m_entries.begin(), m_entries.begin() + entry.number, [&entry](const Entry &earlier) {
-        return earlier.order == entry.order && earlier.state != State::Gone && !earlier.delivered;
+    const bool overtakes = std::any_of(m_entries.begin(), m_entries.begin() + entry->number, [&](const Entry &earlier) {
+        return earlier.order == entry->order && earlier.state != State::Gone && !earlier.delivered;
     });
+    m_counts.overtaken += overtakes ? 1 : 0;
+    m_counts.undeleted += entry->deleted ? 1 : 0;
+    checkSequence(*entry);
 }
 
-void PowerCutLedger::send(const Entry &entry)
+void PowerCutLedger::checkSequence(const Entry &entry)
 {
     int &last = m_lastSent[entry.order];
     m_counts.overtaken += entry.number < last ? 1 : 0;
@@ -86,24 +82,21 @@ void PowerCutLedger::synced()
 
 void PowerCutLedger::afterCut(const QList<QJsonObject> &left)
 {
-    m_lastSent.clear();
     std::set<int> numbers;
+    m_lastSent.clear();
     for (const QJsonObject &event : left) {
         const Entry *const entry = find(event);
         if (entry == nullptr)
             continue;
         m_counts.unknown += numbers.insert(entry->number).second ? 0 : 1;
-        send(*entry);
+        checkSequence(*entry);
     }
     m_lastSent.clear();
-    for (Entry &entry : m_entries)
-        judge(entry, numbers.contains(entry.number));
-}
-
-void PowerCutLedger::judge(Entry &entry, bool isLeft)
-{
-    m_counts.undeleted += isLeft && entry.deletedForGood ? 1 : 0;
-    m_counts.lost += !isLeft && entry.state == State::Stored && !entry.delivered ? 1 : 0;
-    entry.state = isLeft ? State::Stored : State::Gone;
-    entry.deleted = false;
+    for (Entry &entry : m_entries) {
+        const bool isLeft = numbers.contains(entry.number);
+        m_counts.undeleted += isLeft && entry.deletedForGood ? 1 : 0;
+        m_counts.lost += !isLeft && entry.state == State::Stored && !entry.delivered ? 1 : 0;
+        entry.state = isLeft ? State::Stored : State::Gone;
+        entry.deleted = false;
+    }
 }

@@ -59,9 +59,7 @@ private:
 
     static QJsonObject eventOf(const Entry &entry);
     Entry *find(const QJsonObject &event);
-    void send(const Entry &entry);
-    bool isBehindAnUndelivered(const Entry &entry) const;
-    void judge(Entry &entry, bool isLeft);
+    void checkSequence(const Entry &entry);
 
     Counts &m_counts;
     std::deque<Entry> m_entries;   // the index is the event's number

@@ -93,6 +93,8 @@ void PowerCutTill::open()
         if (m_sabotage == Sabotage::None && chance(0.5))
             m_queue->delivery.hasDeliverable();
         m_queue->broker.status();
+        if (!m_disk.hasSeen(m_database.toStdString()))
+            throw std::runtime_error("Qt's SQLite driver does not use the SQLite library of this program");
         if (m_sabotage == Sabotage::SynchronousNormal)
             commitWithoutSync();
     });

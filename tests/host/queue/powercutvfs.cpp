@@ -2,182 +2,125 @@
 #include "powercutvfs.h"
 
 #include <new>
-#include <stdexcept>
 
 namespace {
 
-constexpr const char *systemName = "unix";
-constexpr int tracked = SQLITE_OPEN_MAIN_DB | SQLITE_OPEN_MAIN_JOURNAL | SQLITE_OPEN_WAL;
 constexpr int journals = SQLITE_OPEN_MAIN_JOURNAL | SQLITE_OPEN_WAL;
 
-} // namespace
-
-/// One open file; the system's own file object follows it in memory.
-struct PowerCutVfs::File : sqlite3_file
+/// What is kept of an open file, in memory behind the system's own object.
+struct File
 {
-    PowerCutVfs *vfs;
-    PowerCutDisk::FilePtr file; // null: of no interest, a temporary file
+    PowerCutVfs &owner;
+    const sqlite3_io_methods &system;
+    PowerCutDisk::FilePtr onDisk;
     bool isDatabase;
-    bool syncsFolder; // as SQLite does at the first sync of a journal, which may be new
+    bool syncsFolder; // as SQLite does at the first sync of a journal that it may have made
 };
 
-struct PowerCutVfs::Calls
+std::size_t systemSize; // of the system's object
+// The system's, with those replaced that change files: of databases, which have locks and shared memory, and of others.
+sqlite3_io_methods databaseMethods{};
+sqlite3_io_methods journalMethods{};
+
+File &own(sqlite3_file *file)
 {
-    static File &own(sqlite3_file *file) { return static_cast<File &>(*file); }
-    static sqlite3_file *system(sqlite3_file *file) { return reinterpret_cast<sqlite3_file *>(&own(file) + 1); }
-
-    template <auto method, class Result, class... Args>
-    static Result pass(sqlite3_file *file, Args... args)
-    {
-        return (system(file)->pMethods->*method)(system(file), args...);
-    }
-
-    static int open(sqlite3_vfs *vfs, const char *name, sqlite3_file *file, int flags, int *outFlags);
-    static int remove(sqlite3_vfs *vfs, const char *name, int syncFolder);
-    static int random(sqlite3_vfs *vfs, int size, char *bytes);
-    static int close(sqlite3_file *file);
-    static int write(sqlite3_file *file, const void *bytes, int size, sqlite3_int64 offset);
-    static int truncate(sqlite3_file *file, sqlite3_int64 size);
-    static int sync(sqlite3_file *file, int flags);
-    static const sqlite3_io_methods methods;
-};
-
-// Version 2: without memory-mapped reading, which would go past the file operations.
-const sqlite3_io_methods PowerCutVfs::Calls::methods = {
-    .iVersion = 2,
-    .xClose = close,
-    .xRead = pass<&sqlite3_io_methods::xRead>,
-    .xWrite = write,
-    .xTruncate = truncate,
-    .xSync = sync,
-    .xFileSize = pass<&sqlite3_io_methods::xFileSize>,
-    .xLock = pass<&sqlite3_io_methods::xLock>,
-    .xUnlock = pass<&sqlite3_io_methods::xUnlock>,
-    .xCheckReservedLock = pass<&sqlite3_io_methods::xCheckReservedLock>,
-    .xFileControl = pass<&sqlite3_io_methods::xFileControl>,
-    .xSectorSize = pass<&sqlite3_io_methods::xSectorSize>,
-    .xDeviceCharacteristics = pass<&sqlite3_io_methods::xDeviceCharacteristics>,
-    .xShmMap = pass<&sqlite3_io_methods::xShmMap>,
-    .xShmLock = pass<&sqlite3_io_methods::xShmLock>,
-    .xShmBarrier = pass<&sqlite3_io_methods::xShmBarrier>,
-    .xShmUnmap = pass<&sqlite3_io_methods::xShmUnmap>,
-    .xFetch = nullptr,
-    .xUnfetch = nullptr,
-};
-
-int PowerCutVfs::Calls::open(sqlite3_vfs *vfs, const char *name, sqlite3_file *file, int flags, int *outFlags)
-{
-    auto *const self = static_cast<PowerCutVfs *>(vfs->pAppData);
-    File *const opened = new (file) File{{nullptr},
-                                         self,
-                                         nullptr,
-                                         (flags & SQLITE_OPEN_MAIN_DB) != 0,
-                                         (flags & journals) != 0 && (flags & SQLITE_OPEN_CREATE) != 0};
-    const int result = self->m_ordinary->xOpen(self->m_ordinary, name, system(file), flags, outFlags);
-    if (result != SQLITE_OK)
-        return result;
-    opened->pMethods = &methods;
-    if (name == nullptr || (flags & tracked) == 0)
-        return SQLITE_OK;
-    // The database's own file was made and its folder synced before SQLite has seen it.
-    opened->file = self->m_disk.open(name, opened->isDatabase);
-    return self->m_disk.tick() ? SQLITE_OK : SQLITE_CANTOPEN;
+    return *std::launder(reinterpret_cast<File *>(reinterpret_cast<char *>(file) + systemSize));
 }
 
-int PowerCutVfs::Calls::remove(sqlite3_vfs *vfs, const char *name, int syncFolder)
+// True when the power was on throughout. A change that the power cut interrupts may be on the disk, in part.
+bool change(File &file, PowerCutDisk::Change change)
 {
-    auto *const self = static_cast<PowerCutVfs *>(vfs->pAppData);
-    if (!self->m_disk.isOn())
-        return SQLITE_IOERR_DELETE;
-    self->m_disk.remove(name);
-    if (!self->m_disk.tick())
-        return SQLITE_IOERR_DELETE;
-    if (syncFolder != 0)
-        self->m_disk.syncFolder();
-    return self->m_ordinary->xDelete(self->m_ordinary, name, 0);
+    PowerCutDisk &disk = file.owner.disk;
+    if (disk.isOn())
+        file.onDisk->pending.push_back(std::move(change));
+    return disk.tick();
 }
 
-// The only chance in SQLite's files are the log's salts; with the same ones a seed gives the same run.
-int PowerCutVfs::Calls::random(sqlite3_vfs *, int size, char *bytes)
+int write(sqlite3_file *file, const void *bytes, int size, sqlite3_int64 offset)
 {
-    for (int i = 0; i < size; ++i)
-        bytes[i] = static_cast<char>(i);
-    return size;
+    if (!change(own(file), {static_cast<std::size_t>(offset), std::string(static_cast<const char *>(bytes), size)}))
+        return SQLITE_IOERR_WRITE;
+    const int result = own(file).system.xWrite(file, bytes, size, offset);
+    if (own(file).isDatabase)
+        own(file).owner.onDatabaseWrite();
+    return result;
 }
 
-int PowerCutVfs::Calls::close(sqlite3_file *file)
+int truncate(sqlite3_file *file, sqlite3_int64 size)
 {
-    const int result = pass<&sqlite3_io_methods::xClose, int>(file);
+    return change(own(file), {static_cast<std::size_t>(size), {}}) ? own(file).system.xTruncate(file, size)
+                                                                   : SQLITE_IOERR_TRUNCATE;
+}
+
+// Not done for real: nobody will pull the plug of this machine.
+int sync(sqlite3_file *file, int)
+{
+    PowerCutDisk &disk = own(file).owner.disk;
+    if (!disk.tick())
+        return SQLITE_IOERR_FSYNC;
+    disk.sync(*own(file).onDisk);
+    if (own(file).syncsFolder)
+        disk.syncFolder();
+    own(file).syncsFolder = false;
+    return SQLITE_OK;
+}
+
+int close(sqlite3_file *file)
+{
+    const int result = own(file).system.xClose(file);
     own(file).~File();
     return result;
 }
 
-int PowerCutVfs::Calls::write(sqlite3_file *file, const void *bytes, int size, sqlite3_int64 offset)
+int open(sqlite3_vfs *vfs, const char *name, sqlite3_file *file, int flags, int *outFlags)
 {
-    const File &own = Calls::own(file);
-    PowerCutDisk &disk = own.vfs->m_disk;
-    if (own.file && disk.isOn()) {
-        PowerCutDisk::write(*own.file, offset, static_cast<const char *>(bytes), size);
-        if (!disk.tick())
-            return SQLITE_IOERR_WRITE;
-    }
-    if (!disk.isOn())
-        return SQLITE_IOERR_WRITE;
-    const int result = pass<&sqlite3_io_methods::xWrite, int>(file, bytes, size, offset);
-    if (own.isDatabase)
-        own.vfs->onDatabaseWrite();
-    return result;
+    PowerCutVfs &owner = *static_cast<PowerCutVfs *>(vfs->pAppData);
+    const int result = owner.system->xOpen(owner.system, name, file, flags, outFlags);
+    const bool isDatabase = (flags & SQLITE_OPEN_MAIN_DB) != 0;
+    if (result != SQLITE_OK || name == nullptr || !(isDatabase || (flags & journals) != 0))
+        return result;
+    // The database's own file was made, and its folder synced, before SQLite has seen it.
+    new (reinterpret_cast<char *>(file) + systemSize)
+        File{owner, *file->pMethods, owner.disk.open(name, isDatabase), isDatabase,
+             !isDatabase && (flags & SQLITE_OPEN_CREATE) != 0};
+    sqlite3_io_methods &methods = isDatabase ? databaseMethods : journalMethods;
+    methods = *file->pMethods;
+    methods.iVersion = 2; // without memory-mapped reading, which would go past the file operations
+    methods.xClose = close;
+    methods.xWrite = write;
+    methods.xTruncate = truncate;
+    methods.xSync = sync;
+    file->pMethods = &methods;
+    return owner.disk.tick() ? SQLITE_OK : SQLITE_CANTOPEN;
 }
 
-int PowerCutVfs::Calls::truncate(sqlite3_file *file, sqlite3_int64 size)
+int remove(sqlite3_vfs *vfs, const char *name, int syncFolder)
 {
-    const File &own = Calls::own(file);
-    PowerCutDisk &disk = own.vfs->m_disk;
-    if (own.file && disk.isOn()) {
-        PowerCutDisk::truncate(*own.file, size);
-        if (!disk.tick())
-            return SQLITE_IOERR_TRUNCATE;
-    }
-    return disk.isOn() ? pass<&sqlite3_io_methods::xTruncate, int>(file, size) : SQLITE_IOERR_TRUNCATE;
+    PowerCutVfs &owner = *static_cast<PowerCutVfs *>(vfs->pAppData);
+    if (owner.disk.isOn())
+        owner.disk.remove(name);
+    if (!owner.disk.tick())
+        return SQLITE_IOERR_DELETE;
+    if (syncFolder != 0)
+        owner.disk.syncFolder();
+    return owner.system->xDelete(owner.system, name, 0);
 }
 
-// Not passed on: nobody will pull the plug of this machine.
-int PowerCutVfs::Calls::sync(sqlite3_file *file, int)
-{
-    File &own = Calls::own(file);
-    PowerCutDisk &disk = own.vfs->m_disk;
-    if (!own.file)
-        return SQLITE_OK;
-    if (!disk.tick())
-        return SQLITE_IOERR_FSYNC;
-    disk.sync(*own.file);
-    if (own.syncsFolder)
-        disk.syncFolder();
-    own.syncsFolder = false;
-    return SQLITE_OK;
-}
+} // namespace
 
-const char *PowerCutVfs::ordinaryName()
+PowerCutVfs::PowerCutVfs(PowerCutDisk &ofDisk) : disk(ofDisk), system(sqlite3_vfs_find("unix")), vfs(*system)
 {
-    return systemName;
-}
-
-PowerCutVfs::PowerCutVfs(PowerCutDisk &disk)
-    : m_disk(disk), m_ordinary(sqlite3_vfs_find(systemName)), m_vfs(*m_ordinary)
-{
-    m_vfs.zName = "powercut";
-    m_vfs.pAppData = this;
-    m_vfs.pNext = nullptr;
-    m_vfs.szOsFile = static_cast<int>(sizeof(File)) + m_ordinary->szOsFile;
-    m_vfs.xOpen = Calls::open;
-    m_vfs.xDelete = Calls::remove;
-    m_vfs.xRandomness = Calls::random;
-    if (sqlite3_vfs_register(&m_vfs, 1) != SQLITE_OK)
-        throw std::runtime_error("sqlite3_vfs_register");
+    systemSize = system->szOsFile;
+    vfs.zName = "powercut";
+    vfs.pAppData = this;
+    vfs.szOsFile += static_cast<int>(sizeof(File));
+    vfs.xOpen = open;
+    vfs.xDelete = remove;
+    sqlite3_vfs_register(&vfs, 1);
 }
 
 PowerCutVfs::~PowerCutVfs()
 {
-    sqlite3_vfs_unregister(&m_vfs);
-    sqlite3_vfs_register(m_ordinary, 1);
+    sqlite3_vfs_unregister(&vfs);
+    sqlite3_vfs_register(system, 1);
 }
