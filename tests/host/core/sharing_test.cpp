@@ -21,7 +21,12 @@ struct Outer
 struct Counted
 {
     static inline std::atomic<int> made = 0;
-    Counted() { ++made; }
+    Counted()
+    {
+        ++made;
+        for (int i = 0; i < 1000; ++i)
+            std::this_thread::yield(); // So that the others come while it is being made.
+    }
 };
 
 struct AsksWhileItDies

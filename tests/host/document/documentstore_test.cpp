@@ -6,6 +6,7 @@
 #include <document/documentbonusrecord.h>
 #include <document/documentstore.h>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -29,16 +30,22 @@ using testing::ThrowsMessage;
 
 namespace {
 
-int syncs = 0;
-int failingSync = 0;
+int steps = 0;
+int failingStep = 0;
 
 } // namespace
 
-// Replaces the system's, so that a test can see what reaches the disk, and have it fail.
+// These two replace the system's, so that each step on the way to the disk can fail.
 extern "C" Q_DECL_EXPORT int fsync(int)
 {
     errno = EIO;
-    return ++syncs == failingSync ? -1 : 0;
+    return ++steps == failingStep ? -1 : 0;
+}
+
+extern "C" Q_DECL_EXPORT int rename(const char *from, const char *to) noexcept
+{
+    errno = EIO;
+    return ++steps == failingStep ? -1 : ::renameat(AT_FDCWD, from, AT_FDCWD, to);
 }
 
 namespace {
@@ -46,7 +53,7 @@ namespace {
 class DocumentStoreTest : public testing::Test
 {
 protected:
-    ~DocumentStoreTest() override { failingSync = 0; }
+    ~DocumentStoreTest() override { failingStep = 0; }
 
     static auto permissionsOf(const QString &path) { return std::filesystem::status(path.toStdString()).permissions(); }
 
@@ -65,7 +72,7 @@ const QJsonObject order{{u"basket"_s, u"order-1"_s},
 
 QSharedPointer<SaleDocument> fullCheck()
 {
-    const auto check = builder::check({10000, 25050});
+    const auto check = builder::check({10000, 30'000'000'000});
     check->getGoodsItems().last()->setCampaignLabels({u"NOSPEND"_s});
     check->getGoodsItems().last()->setAllowBonusEarn(false);
     check->getGoodsItems().last()->getTmc()->setPriceSourceType(EPriceSourceType::Promotion);
@@ -94,6 +101,7 @@ QSharedPointer<SaleDocument> fullCheck()
     check->addImpact(impact);
     const auto payment = builder::discount(10);
     payment->getTotals()->setValutCode(7);
+    payment->getTotals()->setDateTime(QDateTime(moment.date(), moment.time(), Qt::UTC));
     check->addImpact(payment);
     const DocumentBonusRecord record{u"2600001"_s, 12.5, moment, u"cashier 1"_s, 2};
     check->setPluginData(u"loyaltySystem26"_s, {{u"pointsForSpend"_s, 60.5},
@@ -108,8 +116,8 @@ TEST_F(DocumentStoreTest, BringsBackEverything)
     store.save(*saved);
     for (const char *value :
          {"NOSPEND", "\"priceSourceType\":5", "\"allowBonusEarn\":false", "Иванова Анна ", "1990-05-17", "\"sex\":1",
-          "order-1", "lineID", "150.25", "1000.25", "Gold", "Баллы %1", "2024-03-01T12:30:15.250", "33.33",
-          "\"valutCode\":7", "\"pointsForSpend\":60.5", "\"amount\":12.5"})
+          "order-1", "lineID", "150.25", "1000.25", "Gold", "Баллы %1", "2024-03-01T12:30:15.250\"",
+          "2024-03-01T12:30:15.250Z\"", "33.33", "\"valutCode\":7", "\"pointsForSpend\":60.5", "\"amount\":12.5"})
         EXPECT_TRUE(readFile(file).contains(value)) << value;
     const auto restored = DocumentStore(folder).restore();
     ASSERT_TRUE(restored);
@@ -165,8 +173,10 @@ TEST_F(DocumentStoreTest, KeepsTheOldFileWhenAWriteFails)
     fails(*fullCheck(), "");
     ::setrlimit(RLIMIT_FSIZE, &limit);
 
-    failingSync = syncs + 1;
-    fails(*fullCheck(), "");
+    for (const int step : {1, 2}) { // The file is synced and gets its name.
+        failingStep = steps + step;
+        fails(*fullCheck(), "");
+    }
 
     const auto unstorable = builder::check({100});
     unstorable->setPluginData(u"kvo"_s, {{u"pointer"_s, QVariant::fromValue(static_cast<QObject *>(nullptr))}});
@@ -175,10 +185,11 @@ TEST_F(DocumentStoreTest, KeepsTheOldFileWhenAWriteFails)
 
 TEST_F(DocumentStoreTest, TellsWhenAChangeOfTheFolderMayNotBeOnTheDisk)
 {
+    store.save(*fullCheck());
     const auto namesTheFile = ThrowsMessage<BasicException>(HasSubstr("open-check.json"));
-    failingSync = syncs + 2; // After the file's own.
+    failingStep = steps + 3; // After the two of the file.
     EXPECT_THAT([&] { store.save(*fullCheck()); }, namesTheFile);
-    failingSync = syncs + 1;
+    failingStep = steps + 1;
     EXPECT_THAT([&] { store.remove(); }, namesTheFile);
 }
 

@@ -129,11 +129,11 @@ TEST(SaleDocumentSums, TakesSharesToTheNearestKopeckAndLeavesTheRateAsItWas)
     const auto check = builder::check({10000, 10000});
     const auto impact = builder::shares({{1, 0.0051}, {2, 1.005}});
     impact->getTotals()->setDiscountRate(1.0101);
-    EXPECT_EQ(impact->getDetails().first()->getDiscountSum(), 0.0051);
     check->addImpact(impact);
     check->addImpact(impact); // Once is enough.
     EXPECT_EQ(check->findGoodsItem(1)->getDiscountSum().kopecks(), 1);
     EXPECT_EQ(check->findGoodsItem(2)->getDiscountSum().kopecks(), 101);
+    EXPECT_EQ(impact->getDetails().first()->getDiscountSum(), 0.01);
     EXPECT_EQ(impact->getTotals()->getDiscountSum(), 1.02);
     EXPECT_EQ(impact->getTotals()->getDiscountRate(), 1.0101);
 }
