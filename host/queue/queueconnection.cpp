@@ -18,9 +18,7 @@ namespace {
 constexpr std::chrono::milliseconds busyTimeout{2000}; // the cashier waits for this
 constexpr std::chrono::milliseconds timeBetweenTries{10};
 // Where no drain runs, pushes keep the log from growing without end; 4 KiB each.
-constexpr int pagesBeforePushCheckpoints = 16384;
-// Bounds what a drain that never rests may have to send again after a power failure: some 200 events.
-constexpr int pagesBeforeDrainCheckpoints = 1000;
+constexpr int pagesBeforeCheckpoint = 16384;
 
 struct Problem
 {
@@ -79,10 +77,10 @@ void QueueConnection::configure(Commits commits)
 {
     m_file.tighten();
     const bool synced = commits == Commits::Synced;
-    const int pages = synced ? pagesBeforePushCheckpoints : pagesBeforeDrainCheckpoints;
+    const QString pages = QString::number(synced ? pagesBeforeCheckpoint : 0);
     switchToWriteAheadLog();
     set(u"synchronous"_s, synced ? u"FULL"_s : u"NORMAL"_s, synced ? u"2"_s : u"1"_s);
-    set(u"wal_autocheckpoint"_s, QString::number(pages), QString::number(pages));
+    set(u"wal_autocheckpoint"_s, pages, pages);
 }
 
 void QueueConnection::open()

@@ -18,7 +18,8 @@ class QueueConnection
 public:
     enum class Commits {
         Synced, ///< On the disk when commit() returns.
-        Lazy,   ///< Survives the death of the process at once, a power failure from the next checkpoint on.
+        Lazy,   ///< Survives the death of the process at once, a power failure from the next checkpoint on. No
+                ///< checkpoints of its own accord.
     };
 
     /// Opens the file, making it where it is missing. Throws BasicException when that fails.

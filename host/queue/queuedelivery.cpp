@@ -10,6 +10,13 @@
 
 using namespace Qt::Literals::StringLiterals;
 
+namespace {
+
+// At most so many accepted events are sent again after a power failure.
+constexpr int eventsBetweenCheckpoints = 100;
+
+} // namespace
+
 QueueDelivery::QueueDelivery(const QString &fileName, const QHash<QString, QueueDrain::Handler> &handlers,
                              const Environment &environment)
     : m_fileName(fileName),
@@ -32,8 +39,8 @@ bool QueueDelivery::step()
             m_lease.emplace(m_fileName);
         record(store);
         for (std::size_t i = 0; i < m_receivers.size(); ++i) {
-            m_turn =
-                (m_turn + 1) % m_receivers.size(); // one event each in turn, so that none waits for another's queue
+            // One event each in turn, so that no receiver waits for another's queue.
+            m_turn = (m_turn + 1) % m_receivers.size();
             if (stepOf(store, m_turn))
                 return true;
         }
@@ -48,10 +55,12 @@ bool QueueDelivery::stepOf(QueueStore &store, std::size_t receiver)
     const auto claim = store.claim(to.name, *m_lease, now, to.pace.heldBack(now));
     if (!claim)
         return false;
-    m_checkpointDue = true;
+    ++m_sinceCheckpoint;
     m_unrecorded = send(receiver, *claim);
     log(*m_unrecorded);
     record(store);
+    if (m_sinceCheckpoint >= eventsBetweenCheckpoints)
+        checkpoint(store);
     return true;
 }
 
@@ -77,10 +86,11 @@ void QueueDelivery::record(QueueStore &store)
     if (!m_unrecorded)
         return;
     const Outcome &outcome = *m_unrecorded;
+    const qint64 newest = outcome.result == Result::Failed ? store.newest() : 0;
     write(store, outcome);
     ServicePace &pace = m_receivers[outcome.receiver].pace;
     if (outcome.result == Result::Failed)
-        pace.failed(m_environment.now(), store.newest());
+        pace.failed(m_environment.now(), newest);
     else
         pace.answered();
     m_unrecorded.reset();
@@ -101,10 +111,9 @@ void QueueDelivery::write(QueueStore &store, const Outcome &outcome) const
 
 void QueueDelivery::log(const Outcome &outcome) const
 {
-    const QStringList values = {QString::number(outcome.claim.id), m_receivers[outcome.receiver].name,
-                                outcome.claim.basket, QString::number(outcome.claim.attempts)};
-    const QString what =
-        u"запись %1 для «%2», заказ «%3», попытка %4"_s.arg(values[0], values[1], values[2], values[3]);
+    const QueueClaim &claim = outcome.claim;
+    const QString what = u"запись %1 для «%2», заказ «%3», попытка %4"_s.arg(
+        QString::number(claim.id), m_receivers[outcome.receiver].name, claim.basket, QString::number(claim.attempts));
     if (outcome.result == Result::Accepted)
         queueerror::logger()->debug(u"Доставлена "_s + what);
     else if (outcome.result == Result::Failed)
@@ -133,8 +142,12 @@ bool QueueDelivery::hasDeliverable()
 
 void QueueDelivery::rest()
 {
-    if (!m_checkpointDue)
-        return;
-    m_access.use([](QueueStore &store) { store.checkpoint(); });
-    m_checkpointDue = false;
+    if (m_sinceCheckpoint > 0)
+        m_access.use([this](QueueStore &store) { checkpoint(store); });
+}
+
+void QueueDelivery::checkpoint(QueueStore &store)
+{
+    store.checkpoint();
+    m_sinceCheckpoint = 0;
 }

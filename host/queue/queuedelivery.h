@@ -67,6 +67,7 @@ private:
     void record(QueueStore &store);
     void write(QueueStore &store, const Outcome &outcome) const;
     void log(const Outcome &outcome) const;
+    void checkpoint(QueueStore &store);
 
     QString m_fileName;
     Environment m_environment;
@@ -76,5 +77,5 @@ private:
     QueueAccess m_access;
     std::optional<QueueLease> m_lease; // outlives the store that m_access may close: what is in flight stays ours
     std::optional<Outcome> m_unrecorded;
-    bool m_checkpointDue = false;
+    int m_sinceCheckpoint = 0; // events that were taken
 };

@@ -17,7 +17,7 @@
 class POSHOST_EXPORT QueueDrain
 {
 public:
-    /// Sends one event. Called on the drain's thread.
+    /// Sends one event. Called on the drain's thread; must not call the drain.
     using Handler = std::function<void(const QJsonObject &event)>;
 
     /// Works on the configured database, see DBQueueBroker. Does nothing until start().
