@@ -1,6 +1,10 @@
 // The list of faults. Where the till cannot see whether the service has processed a request, both are in it.
 #include "fault.h"
 
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+
 namespace prove {
 
 namespace {
@@ -38,17 +42,21 @@ const std::vector<Fault> &allFaults()
     return faults;
 }
 
+FaultSource::FaultSource(std::uint64_t seed, double rate, const std::string &only) : m_random(seed), m_rate(rate)
+{
+    std::ranges::copy_if(allFaults(), std::back_inserter(m_faults),
+                         [&only](const Fault &fault) { return only.empty() || fault.name == only; });
+    if (m_faults.empty())
+        throw std::runtime_error("there is no fault \"" + only + "\"");
+}
+
 const Fault *FaultSource::draw(bool kept)
 {
     const std::scoped_lock lock(m_mutex);
     if (!std::bernoulli_distribution(m_rate)(m_random))
         return nullptr;
-    std::uniform_int_distribution<std::size_t> any(0, allFaults().size() - 1);
-    for (;;) {
-        const Fault &fault = allFaults()[any(m_random)];
-        if (kept || !fault.keptConnection)
-            return &fault;
-    }
+    const Fault &fault = m_faults[std::uniform_int_distribution<std::size_t>(0, m_faults.size() - 1)(m_random)];
+    return kept || !fault.keptConnection ? &fault : nullptr;
 }
 
 std::chrono::milliseconds FaultSource::time(std::chrono::milliseconds least, std::chrono::milliseconds most)

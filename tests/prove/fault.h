@@ -42,10 +42,11 @@ const std::vector<Fault> &allFaults();
 class FaultSource
 {
 public:
-    /// `rate`: the part of all exchanges that meet with a fault, 0 to 1.
-    FaultSource(std::uint64_t seed, double rate) : m_random(seed), m_rate(rate) {}
+    /// `rate`: the part of all exchanges that meet with a fault, 0 to 1. `only`: the name of the one kind that there
+    /// is; empty for all kinds. Throws std::runtime_error for an unknown name.
+    FaultSource(std::uint64_t seed, double rate, const std::string &only);
 
-    /// A fault for the next exchange; null for none. `kept`: the connection has carried one before.
+    /// A fault for the next exchange, null for none. `kept`: the connection has carried one before.
     const Fault *draw(bool kept);
 
     /// A time between two bounds.
@@ -53,6 +54,7 @@ public:
 
 private:
     std::mutex m_mutex;
+    std::vector<Fault> m_faults;
     std::mt19937_64 m_random;
     double m_rate;
 };

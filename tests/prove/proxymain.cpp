@@ -14,6 +14,7 @@ struct Options
     int servicePort = 0;
     std::uint64_t seed = 0;
     double rate = 0;
+    std::string only;
     std::filesystem::path record;
 };
 
@@ -28,7 +29,7 @@ try {
 
 [[noreturn]] void serve(const Options &options)
 {
-    prove::FaultSource faults(options.seed, options.rate);
+    prove::FaultSource faults(options.seed, options.rate, options.only);
     const prove::Record record(options.record);
     prove::Listener listener(options.port);
     std::cout << listener.port() << std::endl;
@@ -53,6 +54,7 @@ try {
     program.add_option("--seed", options.seed, "Start of the random numbers");
     program.add_option("--rate", options.rate, "Part of the exchanges that meet with a fault")
         ->check(CLI::Range(0., 1.));
+    program.add_option("--only", options.only, "The one kind of fault to draw");
     program.add_option("--record", options.record, "File to append to what was done and seen")->required();
     CLI11_PARSE(program, argc, argv);
     serve(options);
