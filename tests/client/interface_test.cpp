@@ -1,10 +1,10 @@
 // Settings, queries, messages and orders: what goes over the wire and what is read from the answer.
 #include "client/interface.h"
+#include "tests/support/checkbuilder.h"
 #include "tests/support/fakeconfig.h"
-#include "tests/support/fakedocument.h"
 #include "tests/support/json.h"
-#include "tests/support/mockrestclient.h"
 #include "tests/support/printqt.h"
+#include "tests/support/restexchange.h"
 
 #include <core/basicexception.h>
 
@@ -18,14 +18,8 @@ namespace {
 
 struct OpenInterface : Interface
 {
-    using Interface::brand;
     using Interface::headers;
-    using Interface::host;
-    using Interface::Interface;
-    using Interface::path;
     using Interface::timeout;
-    using Interface::verificationBrand;
-    using Interface::verificationPath;
 };
 
 class ServiceCalls : public testing::Test
@@ -43,126 +37,103 @@ protected:
                        {u"Kvo:path"_s, u"/api"_s}}};
     RestExchange exchange;
     OpenInterface client;
-    QSharedPointer<FakeDocument> document = QSharedPointer<FakeDocument>::create();
-    QSharedPointer<DocumentCardRecord> card = QSharedPointer<DocumentCardRecord>::create();
+    QSharedPointer<SaleDocument> document = builder::check({});
+    QSharedPointer<DocumentCardRecord> card = builder::card(u"2000"_s);
 };
 
 } // namespace
 
-TEST(Settings, HaveDefaults)
+TEST(Settings, GiveAddressesTimeoutAndCredentials)
 {
-    const FakeConfig config({});
-    const OpenInterface client;
-    EXPECT_EQ(client.host, u"http://localhost");
-    EXPECT_EQ(client.path, "/api/ax/xpp/v1");
-    EXPECT_EQ(client.verificationPath, "/api/twofa/msg/v1");
-    EXPECT_EQ(client.timeout, 10000);
-    EXPECT_EQ(client.headers, (QHash<QString, QString>{{u"Authorization"_s, u"Basic Og=="_s},
-                                                       {u"Content-Type"_s, u"application/json"_s}}));
-}
-
-TEST(Settings, CredentialsAndBrands)
-{
-    const FakeConfig config({{u"Kvo:user"_s, u"u"_s}, {u"Kvo:password"_s, u"p:%1"_s}, {u"Kvo:brand"_s, u"A"_s}});
-    const OpenInterface client;
-    EXPECT_EQ(client.headers.value(u"Authorization"_s), u"Basic dTpwOiUx");
-    EXPECT_EQ(client.verificationBrand, u"A");
-
-    const FakeConfig withEmptyBrand({{u"Kvo:brand"_s, u"A"_s}, {u"Kvo:verificationBrand"_s, u""_s}});
-    EXPECT_EQ(OpenInterface().verificationBrand, QString());
-}
-
-TEST(Settings, TestDoublesReadNone)
-{
-    const FakeConfig config({{u"Kvo:brand"_s, u"A"_s}});
-    const OpenInterface client(utils::ForMock{});
-    EXPECT_TRUE(client.path.empty() && client.verificationPath.empty() && client.headers.isEmpty());
-    EXPECT_EQ(client.brand, QString());
+    const struct
+    {
+        QVariantHash settings;
+        QString url, messageUrl, authorization;
+        int timeout;
+    } cases[] = {
+        {{}, u"http://localhost/api/ax/xpp/v1/a%20b"_s, u"http://localhost/api/twofa/msg/v1/a%20b"_s, u"Og=="_s, 10000},
+        {{{u"Kvo:host"_s, u"https://h:81/other?x=1"_s},
+          {u"Kvo:path"_s, u"/путь/"_s},
+          {u"Kvo:verificationPath"_s, u"/sms"_s},
+          {u"Kvo:user"_s, u"u"_s},
+          {u"Kvo:password"_s, u"p:%1"_s},
+          {u"Kvo:timeout"_s, 5}},
+         u"https://h:81/%D0%BF%D1%83%D1%82%D1%8C/a%20b"_s,
+         u"https://h:81/sms/a%20b"_s,
+         u"dTpwOiUx"_s,
+         5},
+    };
+    for (const auto &c : cases) {
+        const FakeConfig config(c.settings);
+        const OpenInterface client;
+        EXPECT_EQ(client.getUrl(u"a b"_s).toString(QUrl::FullyEncoded), c.url);
+        EXPECT_EQ(client.getVerificationUrl(u"a b"_s).toString(QUrl::FullyEncoded), c.messageUrl);
+        EXPECT_EQ(client.headers, (QHash<QString, QString>{{u"Authorization"_s, u"Basic "_s + c.authorization},
+                                                           {u"Content-Type"_s, u"application/json"_s}}));
+        EXPECT_EQ(client.timeout, c.timeout);
+    }
 }
 
 TEST_F(ServiceCalls, QueriesEncodeTheirValues)
 {
     answerWith(R"({"success": true, "data": {"CustAccount": "7"}})");
-
     EXPECT_EQ(client.searchCustomer(u"+79001234567"_s, ECardNumberType::Phone), json(R"({"CustAccount": "7"})"));
     EXPECT_EQ(exchange.sentOp, QNetworkAccessManager::GetOperation);
     EXPECT_EQ(exchange.sentUrl.toString(QUrl::FullyEncoded),
               u"http://localhost/api/searchCustomer?Brand=B&Phone=%2B79001234567");
     EXPECT_EQ(exchange.sentHeaders, client.headers);
-
     client.searchCustomer(u"50% a&b"_s, ECardNumberType::Scanned);
     EXPECT_EQ(exchange.sentUrl.query(QUrl::FullyEncoded), u"Brand=B&CardNumber=50%25%20a%26b");
-
-    client.cardInfo(u"1"_s, u"7"_s);
-    EXPECT_EQ(exchange.sentUrl.toString(), u"http://localhost/api/cardInfo?Brand=B&CardNumber=1&CustAccountNum=7");
-
     client.loyaltyBonusInfo(QString(), u"7"_s);
     EXPECT_EQ(exchange.sentUrl.toString(),
               u"http://localhost/api/loyaltyBalanceInfo?Brand=B&CardNumber=&CustAccountNum=7");
 }
 
-TEST_F(ServiceCalls, QueriesReadData)
+TEST_F(ServiceCalls, AMissingBalanceIsNone)
 {
-    const struct
-    {
-        const char *body;
-        double balance;
-    } cases[] = {
+    const std::pair<const char *, double> cases[] = {
         {R"({"success": true, "data": {"AmountQty": 12.5}})", 12.5},
         {R"({"success": true, "data": {"AmountQty": "12.5"}})", 0},
         {R"({"success": true, "data": [1]})", 0},
         {R"({"success": true})", 0},
     };
-    for (const auto &c : cases) {
-        answerWith(c.body);
-        EXPECT_EQ(client.loyaltyBonusInfo(u"1"_s, u"7"_s), c.balance) << c.body;
+    for (const auto &[body, balance] : cases) {
+        answerWith(body);
+        EXPECT_EQ(client.loyaltyBonusInfo(u"1"_s, u"7"_s), balance) << body;
     }
-    EXPECT_TRUE(client.cardInfo(u"1"_s, u"7"_s).isEmpty());
 }
 
 TEST_F(ServiceCalls, MessagesGoOutUnderTheLoyaltyBrand)
 {
     answerWith(R"({"success": true})");
     client.verification(u"код 1234"_s, u"+7900"_s);
-    EXPECT_EQ(exchange.sentUrl.path(), u"/api/twofa/msg/v1/send");
     EXPECT_EQ(exchange.sentBody, json(R"({"brand": "B", "phone": "+7900", "text": "код 1234", "channel": "sms"})"));
 }
 
 TEST_F(ServiceCalls, OrdersAreKeptOnTheCardOnceAccepted)
 {
-    card->setNumber(u"2000"_s);
     answerWith(R"({"success": true, "result": {"redeemPoints": [{"points": 10}, {"points": 2.5}, {}, 7]}})");
-
     const Response response = client.createOrder(document, card, true);
-
-    EXPECT_EQ(exchange.sentUrl.path(), u"/api/createOrder");
     EXPECT_EQ(response.basket, exchange.sentBody.value("basket"_L1).toString());
     EXPECT_EQ(response.basket.size(), 36);
     EXPECT_EQ(response.redeemPointsAmount(), 12.5);
-    EXPECT_EQ(response.earnPoints(), 0.0);
     EXPECT_TRUE(card->getOperationId().isEmpty());
-    const Request post = client.postOrderRequest(card);
-    EXPECT_EQ(post.url.path(), u"/api/postOrder");
-    EXPECT_EQ(post.payload.object(), exchange.sentBody);
+    const QJsonDocument accepted = client.postOrderRequest(card).payload;
+    EXPECT_EQ(accepted.object(), exchange.sentBody);
 
     answerWith(R"({"success": false})");
     EXPECT_THROW(client.calculateOrder(document, card), BasicException);
-    EXPECT_EQ(client.postOrderRequest(card).payload, post.payload);
+    EXPECT_EQ(client.postOrderRequest(card).payload, accepted);
 }
 
 TEST_F(ServiceCalls, BindingAndCancellationNameTheOrder)
 {
-    card->setNumber(u"2000"_s);
     card->setOperationId(u"basket-1"_s);
-    const Request bind = client.bindOrderIdRequest(document, card);
-    const Request cancel = client.cancelOrderRequest(document, card);
-    EXPECT_EQ(bind.url.path(), u"/api/bindOrderId");
-    EXPECT_EQ(bind.payload.object(), json(R"({"brand": "B", "cardNumber": "2000", "onlineStore": "S",
-                                              "basket": "basket-1", "orderID": "check-1", "terminal": "T"})"));
-    EXPECT_EQ(cancel.url.path(), u"/api/cancelOrder");
-    EXPECT_EQ(cancel.payload.object(), json(R"({"brand": "B", "cardNumber": "2000", "onlineStore": "S",
-                                                "basket": "basket-1", "terminal": "T"})"));
-    EXPECT_EQ(exchange.requests, 0);
+    QJsonObject expected = json(R"({"brand": "B", "cardNumber": "2000", "onlineStore": "S", "basket": "basket-1",
+                                    "terminal": "T"})");
+    EXPECT_EQ(client.cancelOrderRequest(document, card).payload.object(), expected);
+    expected.insert("orderID"_L1, document->getIdentifier());
+    EXPECT_EQ(client.bindOrderIdRequest(document, card).payload.object(), expected);
 }
 
 } // namespace kvo

@@ -1,14 +1,12 @@
 // Plugin data on its way through the disk: plain maps and lists there, equal values after the restart.
 #include "metatypes/metatypes.h"
 #include "plugin/plugin.h"
+#include "tests/support/checkbuilder.h"
 #include "tests/support/fakeconfig.h"
-#include "tests/support/printqt.h"
-
-#include <document/saledocument.h>
+#include "tests/support/json.h"
 
 #include <gtest/gtest.h>
 
-#include <QtCore/QJsonDocument>
 #include <QtCore/QTemporaryDir>
 
 using namespace Qt::Literals::StringLiterals;
@@ -28,61 +26,28 @@ public:
     using Plugin::pointsForSpend;
 };
 
-const QDateTime moment(QDate(2026, 3, 9), QTime(18, 31, 5, 250));
-
-QSharedPointer<SaleDocument> throughTheDisk(const SaleDocument &document)
-{
-    const QByteArray file = QJsonDocument(QJsonObject::fromVariantMap(document.toMap())).toJson();
-    return SaleDocument::fromMap(QJsonDocument::fromJson(file).object().toVariantMap());
-}
-
-QSharedPointer<BonusImpact> fullImpact(const QSharedPointer<DocumentCardRecord> &card)
-{
-    auto totals = QSharedPointer<DocumentImpactDetail>::create();
-    totals->setCardRecord(card);
-    totals->setCardIndex(card->getCodeInternal());
-    totals->setDateTime(moment);
-    totals->setDiscountType(EDiscountType::Bonus);
-    totals->setDiscountMode(EDiscountMode::LoyaltySystem);
-    totals->setDiscountName(u"Баллы Kvo"_s);
-    totals->setDiscountObject(EDiscountObject::Position);
-    totals->setPosition(1);
-    totals->setDiscountRate(12.34);
-    totals->setDiscountSum(12.34);
-    totals->setImpactSource(EImpactSource::LoyaltySystem);
-    totals->setMinPriceIgnored(true);
-    auto impact = QSharedPointer<BonusImpact>::create(totals);
-    impact->addDetailForPosition(1, 12.34);
-    return impact;
-}
-
 } // namespace
 
 TEST(MetaTypes, PluginDataSurvivesARestart)
 {
     const QTemporaryDir folder;
     const FakeConfig config({{u"Host:dataFolder"_s, folder.path()}});
-    const auto document = QSharedPointer<SaleDocument>::create();
-    const auto card = QSharedPointer<DocumentCardRecord>::create();
+    const auto document = builder::check({});
     StatefulPlugin before;
-    card->setLoyaltySystemCode(before.getLoyaltySystemCode());
+    const auto card = builder::card(u"2000"_s, before.getLoyaltySystemCode());
     document->addCard(card);
     before.setDocument(document);
     before.pointsForSpend = 12.34;
     before.pointsForEarn = 0.1;
     before.orderCreated = true;
-    before.bonusImpacts.append(fullImpact(card));
-    DocumentBonusRecord record;
-    record.cardNumber = u"2000"_s;
-    record.amount = 0.1;
-    record.dateTime = moment;
-    record.userCode = u"17"_s;
-    record.position = 1;
-    before.bonusRecords = {record, DocumentBonusRecord()};
+    before.bonusImpacts =
+        before.createBonusImpacts(card, Response(json(R"({"redeemPoints": [{"lineId": 1, "points": 12.34}]})")));
+    const QDateTime moment(QDate(2026, 3, 9), QTime(18, 31, 5, 250));
+    before.bonusRecords = {{u"2000"_s, 0.1, moment, u"17"_s, 1}, {}};
     before.updatePluginData();
 
-    const auto restored = throughTheDisk(*document);
     StatefulPlugin after;
+    const auto restored = SaleDocument::fromMap(builder::throughJson(document->toMap()));
     after.setDocument(restored);
     ASSERT_TRUE(after.restoreLoyaltySystem());
 
@@ -92,24 +57,20 @@ TEST(MetaTypes, PluginDataSurvivesARestart)
     EXPECT_EQ(after.bonusRecords, before.bonusRecords);
     ASSERT_EQ(after.bonusImpacts.size(), 1);
     EXPECT_EQ(after.bonusImpacts[0]->toMap(), before.bonusImpacts[0]->toMap());
-    EXPECT_EQ(after.bonusImpacts[0]->getTotals()->getDateTime(), moment);
     EXPECT_EQ(after.bonusImpacts[0]->getDetails()[0]->getDiscountSum(), 12.34);
     EXPECT_EQ(after.bonusImpacts[0]->getCardRecord(), restored->getCardRecords()[0]);
 }
 
-TEST(MetaTypes, AreKnownByName)
+TEST(MetaTypes, AreKnownByNameAndAsPlainValues)
 {
     registerMetaTypes();
     EXPECT_EQ(QMetaType::fromName("Event"), QMetaType::fromType<Event>());
     EXPECT_EQ(QMetaType::fromName("DocumentBonusRecord"), QMetaType::fromType<DocumentBonusRecord>());
     EXPECT_EQ(QMetaType::fromName("BonusImpactPtrList"), QMetaType::fromType<BonusImpactPtrList>());
-
-    const QSharedPointer<AbstractDocument> document = QSharedPointer<SaleDocument>::create();
+    const QSharedPointer<AbstractDocument> document = builder::check({});
     EXPECT_EQ(QVariant::fromValue(document).value<QObject *>(), document.get());
-
-    const QVariant records = QVariant::fromValue(QList<DocumentBonusRecord>(2));
-    ASSERT_EQ(records.toList().size(), 2);
-    EXPECT_TRUE(records.toList()[0].toMap().contains(u"cardNumber"_s));
+    const QVariantList records = QVariant::fromValue(QList<DocumentBonusRecord>(2)).toList();
+    EXPECT_TRUE(records.value(1).toMap().contains(u"cardNumber"_s));
 }
 
 } // namespace kvo

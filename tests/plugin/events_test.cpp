@@ -1,56 +1,42 @@
-// Which event of the host does what.
+// Which event of the host does what, and how the order is kept in step with the check.
 #include "pluginfixture.h"
-
-#include <core/activitynotifier.h>
 
 namespace kvo {
 
 namespace {
-
-/// Records what the events lead to.
-class EventPlugin : public OpenPlugin
-{
-public:
-    using OpenPlugin::OpenPlugin;
-    bool cancel() override
-    {
-        calls.append(u"cancel"_s);
-        return OpenPlugin::cancel();
-    }
-    bool request(const DocumentPtr &document) override
-    {
-        calls.append(document ? u"request"_s : u"request without a check"_s);
-        return true;
-    }
-
-    QStringList calls;
-};
 
 class Events : public PluginTest
 {
 protected:
     Events()
     {
-        eventPlugin.interface = client;
-        eventPlugin.setDocument(document);
+        card->setOperationInfo(priced);
+        document->addGoodsItem(builder::line(500));
         ON_CALL(*client, requestOnline).WillByDefault([this](const Request &request) {
-            eventPlugin.calls.append(request.url.path().section(u'/', -1));
+            const QString method = request.url.path().section(u'/', -1);
+            sent.append(method);
+            bodies.append(request.payload.object());
+            if (failures.removeOne(method))
+                throw BasicException(refusal);
+            return response(R"({"earnPoints": 2})");
+        });
+        ON_CALL(*client, calculateOrder).WillByDefault([this](const auto &, const auto &) {
+            sent.append(u"calculateOrder"_s);
             return response("{}");
         });
-        // As if the order had been created with just this body.
-        card->setOperationInfo(client->createOrderBody(document, card, false));
-        eventPlugin.orderCreated = true;
     }
 
-    void changeCheck() { document->goods.append(makeGoodsItem(static_cast<int>(document->goods.size()) + 1, 10)); }
-
-    EventPlugin eventPlugin{utils::ForMock()};
+    const QJsonObject priced = client->createOrderBody(document, card, false);
+    QStringList sent;
+    QStringList failures; ///< Methods that fail, once for each entry.
+    QList<QJsonObject> bodies;
 };
 
 } // namespace
 
 TEST_F(Events, LeadToUpdatesAndNewPricings)
 {
+    const QStringList reissued{u"cancelOrder"_s, u"calculateOrder"_s};
     const struct
     {
         const char *name;
@@ -61,44 +47,65 @@ TEST_F(Events, LeadToUpdatesAndNewPricings)
         {"a change and the subtotal", {57, 24}, {u"updateOrder"_s}},
         {"only the first subtotal after a change", {57, 24, 24}, {u"updateOrder"_s}},
         {"a change taken back", {57, 237, 24}, {}},
-        {"taken back with nothing pending", {237}, {u"cancelOrder"_s, u"cancel"_s, u"request"_s}},
+        {"taken back with nothing pending", {237}, reissued},
         {"payment", {238}, {u"updateOrder"_s}},
-        {"the result was dropped", {239}, {u"cancelOrder"_s, u"cancel"_s, u"request"_s}},
+        {"the result was dropped", {239}, reissued},
         {"others", {0, 1, 25, 240}, {}},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
         card->setOperationId(u"basket-1"_s);
-        eventPlugin.calls.clear();
-        eventPlugin.pendingUpdate = false;
-        changeCheck();
+        sent.clear();
+        plugin.orderCreated = true;
+        plugin.pendingUpdate = false;
+        document->addGoodsItem(builder::line(1000));
         for (const int code : c.codes)
-            eventPlugin.handleEvent(Event(code, {{u"document"_s, QVariant::fromValue(DocumentPtr(document))}}));
-        EXPECT_EQ(eventPlugin.calls, c.calls);
+            raise(code);
+        EXPECT_EQ(sent, c.calls);
     }
-}
-
-TEST_F(Events, ArriveBetweenInitAndDeinit)
-{
-    const auto notifier = Singleton<ActivityNotifier>::instance();
-    notifier->notify(Event(EventCode::PositionChanged));
-    EXPECT_FALSE(eventPlugin.pendingUpdate);
-    ASSERT_TRUE(eventPlugin.init());
-    notifier->notify(Event(EventCode::PositionChanged));
-    EXPECT_TRUE(eventPlugin.pendingUpdate);
-    ASSERT_TRUE(eventPlugin.deinit());
-    notifier->notify(Event(EventCode::PositionRestored));
-    EXPECT_TRUE(eventPlugin.pendingUpdate);
 }
 
 TEST_F(Events, AFailedCancellationIsTheHostsToKnow)
 {
-    EXPECT_CALL(*client, requestOnline).WillOnce(Throw(refusal));
-    EXPECT_THROW(eventPlugin.handleEvent(Event(EventCode::LoyaltyResultDropped,
-                                               {{u"document"_s, QVariant::fromValue(DocumentPtr(document))}})),
-                 BasicException);
+    failures = {u"cancelOrder"_s};
+    EXPECT_THROW(raise(239), BasicException);
     EXPECT_EQ(card->getOperationId(), u"basket-1");
-    EXPECT_TRUE(eventPlugin.calls.isEmpty());
+    EXPECT_EQ(sent, QStringList{u"cancelOrder"_s});
+}
+
+TEST_F(Events, AnUpdateCreatesTheOrderAsItWasPricedFirst)
+{
+    EXPECT_CALL(*saveToFile, save(DocumentPtr(document), QString(), 0.0));
+    raise(57);
+    raise(24);
+    EXPECT_EQ(sent, (QStringList{u"createOrder"_s, u"updateOrder"_s}));
+    EXPECT_EQ(bodies[0], priced);
+    EXPECT_EQ(bodies[1].value("orderLines"_L1).toArray().size(), 3);
+    EXPECT_EQ(card->getOperationInfo().toJsonObject(), bodies[1]);
+    EXPECT_FALSE(plugin.pendingUpdate);
+    EXPECT_EQ(plugin.getPluginData(u"orderCreated"_s, {}), QVariant(true));
+    EXPECT_EQ(plugin.getPluginData(u"pointsForEarn"_s, {}), QVariant(2.0));
+    EXPECT_EQ(plugin.getPluginData(u"bonusRecords"_s, {}).value<QList<DocumentBonusRecord>>().size(), 3);
+}
+
+TEST_F(Events, AnUpdateSendsNothingForAnUnchangedCheck)
+{
+    document->removeGoodsItem(3);
+    plugin.pendingUpdate = true;
+    raise(24);
+    EXPECT_TRUE(sent.isEmpty() && plugin.pendingUpdate);
+    card->setOperationInfo(priced.toVariantMap()); // As after a restart.
+    raise(238);
+    EXPECT_TRUE(sent.isEmpty());
+}
+
+TEST_F(Events, AnUpdateRepeatsOnlyWhatFailed)
+{
+    failures = {u"createOrder"_s, u"updateOrder"_s};
+    expectRetries(u"Ошибка при обновлении заказа.\nПовторить или удалить карту из чека?"_s, 2);
+    raise(238);
+    EXPECT_EQ(sent, (QStringList{u"createOrder"_s, u"createOrder"_s, u"updateOrder"_s, u"updateOrder"_s}));
+    EXPECT_EQ(plugin.getLastErrorString().ru(), u"отказ");
 }
 
 } // namespace kvo

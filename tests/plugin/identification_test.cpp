@@ -3,21 +3,15 @@
 
 namespace kvo {
 
-namespace {
-
-QJsonObject customerObject()
-{
-    return json(R"({"CustAccount": "C7", "LastName": "Иванов", "FirstName": "Пётр", "BirthDate": "1990-05-17 00:00:00",
-                    "Gender": 1, "Email": "p@example.org", "Phone": "+79001234567", "CardNumber": "2001"})");
-}
-
-} // namespace
+const auto customerObject =
+    json(R"({"CustAccount": "C7", "LastName": "Иванов", "FirstName": "Пётр", "BirthDate": "1990-05-17 00:00:00",
+             "Gender": 1, "Email": "p@example.org", "Phone": "+79001234567", "CardNumber": "2001"})");
 
 using Identification = PluginTest;
 
 TEST_F(Identification, ByPhoneSearchesOnce)
 {
-    EXPECT_CALL(*client, searchCustomer(u"+79001234567"_s, ECardNumberType::Phone)).WillOnce(Return(customerObject()));
+    EXPECT_CALL(*client, searchCustomer(u"+79001234567"_s, ECardNumberType::Phone)).WillOnce(Return(customerObject));
     EXPECT_CALL(*client, cardInfo(u"2001"_s, u"C7"_s));
     EXPECT_CALL(*client, loyaltyBonusInfo(u"2001"_s, u"C7"_s)).WillOnce(Return(150.5));
     EXPECT_CALL(*saveToFile, save(DocumentPtr(document), QString(), 0.0));
@@ -39,16 +33,6 @@ TEST_F(Identification, ByPhoneSearchesOnce)
     EXPECT_EQ(plugin.getPluginData(u"pointsForSpend"_s, {}), QVariant(150.5));
 }
 
-TEST_F(Identification, ByCardSearchesWithTheGivenType)
-{
-    EXPECT_CALL(*client, searchCustomer(u"2000"_s, ECardNumberType::Scanned))
-        .WillOnce(Return(json(R"({"CardNumber": "2000", "Gender": 2, "BirthDate": "1990-05-17"})")));
-    EXPECT_TRUE(plugin.identifyByCard(card, ECardNumberType::Scanned));
-    EXPECT_EQ(card->getCard()->getClient()->getSex(), Client::Sex::Female);
-    EXPECT_FALSE(card->getCard()->getClient()->getBirthday().isValid());
-    EXPECT_TRUE(plugin.customer.isEmpty());
-}
-
 TEST_F(Identification, TheLastTierInForceStands)
 {
     const struct
@@ -59,6 +43,7 @@ TEST_F(Identification, TheLastTierInForceStands)
         {R"({"Tiers": [{"Name": "A", "Discount": 5}, {"Name": "B", "Discount": -1}]})", "A", 5},
         {R"({"Tiers": [{"Name": "B", "Discount": -1}, {"Name": "A", "Discount": 5}]})", "A", 5},
         {R"({"Tiers": [{"Name": "A", "Discount": 5}, {"Name": "B"}]})", "B", 0},
+        {R"({"Tiers": [{"Name": "C", "Discount": -1}]})", "B", 0}, // As before.
     };
     for (const auto &c : cases) {
         EXPECT_CALL(*client, cardInfo).WillOnce(Return(json(c.tiers)));
@@ -67,34 +52,23 @@ TEST_F(Identification, TheLastTierInForceStands)
         EXPECT_EQ(options.value(u"loyaltyStatus"_s).toString(), QString::fromUtf8(c.status)) << c.tiers;
         EXPECT_EQ(options.value(u"loyaltyTier"_s).toInt(), c.tier) << c.tiers;
     }
-    EXPECT_CALL(*client, cardInfo).WillOnce(Return(json(R"({"Tiers": [{"Name": "C", "Discount": -1}]})")));
-    plugin.identifyByCard(card, ECardNumberType::Manual);
-    EXPECT_EQ(card->getExtendedOptions().toMap().value(u"loyaltyStatus"_s).toString(), u"B");
 }
 
 TEST_F(Identification, FailuresAreReported)
 {
-    plugin.customer = customerObject();
+    plugin.customer = customerObject;
     EXPECT_CALL(*client, searchCustomer).WillOnce(Throw(refusal));
     const auto found = plugin.getCardNumber({static_cast<int>(ECardNumberType::Phone), u"+7"_s});
     EXPECT_FALSE(found.success);
     EXPECT_EQ(found.error.ru(), u"отказ");
     EXPECT_TRUE(plugin.customer.isEmpty());
 
-    EXPECT_CALL(*client, searchCustomer).WillOnce(Return(customerObject()));
+    EXPECT_CALL(*client, searchCustomer).WillOnce(Return(customerObject));
     EXPECT_CALL(*client, loyaltyBonusInfo).WillOnce(Throw(refusal));
     EXPECT_CALL(*saveToFile, save).Times(0);
     EXPECT_FALSE(plugin.identifyByCard(card, ECardNumberType::Manual));
     EXPECT_EQ(plugin.getLastErrorString().ru(), u"отказ");
     EXPECT_EQ(card->getNumber(), QVariant(u"2001"_s));
-}
-
-TEST_F(Identification, OtherKindsOfInputAreTheHosts)
-{
-    EXPECT_CALL(*client, searchCustomer).Times(0);
-    const auto found = plugin.getCardNumber({static_cast<int>(ECardNumberType::Scanned), u"2000"_s});
-    EXPECT_TRUE(found.success);
-    EXPECT_EQ(found.cardNumber, u"2000");
 }
 
 } // namespace kvo

@@ -1,14 +1,13 @@
 // libKvo.so as a host loads it: its metadata, its symbols, and the objects that it shares with the host.
+#include "tests/support/checkbuilder.h"
 #include "tests/support/fakeconfig.h"
-#include "tests/support/mockrestclient.h"
+#include "tests/support/restexchange.h"
 
 #include <core/activitynotifier.h>
-#include <document/saledocument.h>
 #include <loyalty/basicloyaltysystem.h>
 
 #include <gtest/gtest.h>
 
-#include <QtCore/QMetaMethod>
 #include <QtCore/QPluginLoader>
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
@@ -38,24 +37,15 @@ TEST_F(LoadedPlugin, SaysWhatItIs)
 {
     EXPECT_EQ(loader.metaData().value("IID"_L1), u"Kvo"_s);
     EXPECT_EQ(loader.metaData().value("className"_L1), u"Plugin"_s);
-
     QObject *plugin = loader.instance();
     ASSERT_TRUE(plugin) << loader.errorString().toStdString();
-    EXPECT_EQ(loader.instance(), plugin);
-    const QMetaObject *type = plugin->metaObject();
-    EXPECT_STREQ(type->className(), "kvo::Plugin");
-    ASSERT_EQ(type->methodCount() - type->methodOffset(), 1);
-    EXPECT_EQ(type->method(type->methodOffset()).methodSignature(), "handleEvent(Event)");
-
+    EXPECT_STREQ(plugin->metaObject()->className(), "kvo::Plugin");
+    EXPECT_NE(plugin->metaObject()->indexOfMethod("handleEvent(Event)"), -1);
     BasicLoyaltySystem *loyalty = system();
     ASSERT_TRUE(loyalty);
-    EXPECT_EQ(plugin->qt_metacast("kvo::Plugin"), plugin);
     EXPECT_EQ(plugin->qt_metacast("LoyaltySystem"), loyalty);
-    EXPECT_EQ(plugin->qt_metacast("BasicLoyaltySystem"), loyalty);
     EXPECT_EQ(plugin->qt_metacast("org.poshost.AbstractPlugin"), static_cast<BasicPlugin *>(loyalty));
     EXPECT_EQ(plugin->qt_metacast("BaseActivityListener"), plugin);
-    EXPECT_EQ(plugin->qt_metacast("Other"), nullptr);
-    EXPECT_EQ(plugin->qt_metacast(nullptr), nullptr);
     EXPECT_EQ(loyalty->getLoyaltySystemCode(), 26);
     EXPECT_FALSE(loyalty->checkOption(LoyaltySystemOption::RequestPointsForSpend));
 }
@@ -86,9 +76,8 @@ TEST_F(LoadedPlugin, SharesSingletonsAndMocksWithTheHost)
 
     // The plugin subscribes to this process' notifier: pricing again after the event reaches the mock.
     ASSERT_TRUE(plugin->init());
-    const auto document = QSharedPointer<SaleDocument>::create();
-    const auto card = QSharedPointer<DocumentCardRecord>::create();
-    card->setLoyaltySystemCode(plugin->getLoyaltySystemCode());
+    const auto document = builder::check({});
+    const auto card = builder::card(u"2000"_s, plugin->getLoyaltySystemCode());
     card->setOperationId(u"basket-1"_s);
     document->addCard(card);
     plugin->setDocument(document);

@@ -1,24 +1,20 @@
-// The plugin with every collaborator replaced: the service client, the cashier, the queue, the disk and the clock.
+// The plugin with its collaborators replaced: the service client, the cashier, the queue and the disk.
 #pragma once
 
 #include "plugin/plugin.h"
+#include "tests/support/checkbuilder.h"
 #include "tests/support/fakeconfig.h"
-#include "tests/support/fakedocument.h"
+#include "tests/support/installed.h"
 #include "tests/support/json.h"
 #include "tests/support/printqt.h"
 
-#include <cashier/cardaddlogic.h>
 #include <cashier/dialog.h>
 #include <cashier/savetofilelogic.h>
 #include <cashier/verificationlogic.h>
 #include <core/basicexception.h>
-#include <core/currenttime.h>
-#include <core/mockfactory.h>
-#include <core/singleton.h>
 #include <queue/dbqueuebroker.h>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace kvo {
 
@@ -50,12 +46,6 @@ public:
     MOCK_METHOD(bool, question, (const tr::Tr &, int, const tr::Tr &, const tr::Tr &, int), (override));
 };
 
-class MockCardAddLogic : public CardAddLogic
-{
-public:
-    MOCK_METHOD(void, removeCard, (const DocumentPtr &, const CardPtr &), (override));
-};
-
 class MockVerificationLogic : public VerificationLogic
 {
 public:
@@ -66,12 +56,6 @@ class MockSaveToFileLogic : public SaveToFileLogic
 {
 public:
     MOCK_METHOD(void, save, (const DocumentPtr &, const QString &, double), (override));
-};
-
-class FixedTime : public CurrentTime
-{
-public:
-    QDateTime currentDateTime() const override { return {QDate(2026, 3, 9), QTime(18, 31, 5)}; }
 };
 
 class MockQueue : public DBQueueBroker
@@ -95,19 +79,6 @@ public:
     using Plugin::pointsForSpend;
 };
 
-/// Installs a mock in the factory until the test ends.
-template <class Mock, class Real>
-struct Installed
-{
-    Installed() { MockFactory<Real>::install(object); }
-    ~Installed() { MockFactory<Real>::clear(); }
-    Q_DISABLE_COPY_MOVE(Installed)
-    Mock *operator->() const { return object.get(); }
-    Mock &operator*() const { return *object; }
-
-    QSharedPointer<Mock> object = QSharedPointer<Mock>::create();
-};
-
 /// A check of two lines with the card 2000, whose order "basket-1" was priced.
 class PluginTest : public testing::Test
 {
@@ -121,11 +92,8 @@ protected:
             EXPECT_TRUE(key.isNull());
             queued.append(event.value("url"_L1).toString().section(u'/', -1));
         });
-        card->setNumber(u"2000"_s);
-        card->setLoyaltySystemCode(plugin.getLoyaltySystemCode());
         card->setOperationId(u"basket-1"_s);
-        document->cards = {card};
-        document->goods = {makeGoodsItem(1, 60), makeGoodsItem(2, 40)};
+        document->addCard(card);
         plugin.setDocument(document);
     }
     ~PluginTest() override { Singleton<DBQueueBroker>::replace({}); }
@@ -137,37 +105,33 @@ protected:
         return answer;
     }
 
-    /// The cashier's answers to the question with this text, in turn.
-    void expectQuestions(const QString &text, const QList<bool> &answers)
+    /// The cashier has the attempt repeated this many times.
+    void expectRetries(const QString &question, int times)
     {
-        auto &call = EXPECT_CALL(*dialog, question(testing::Property(&tr::Tr::ru, text), 1,
-                                                   tr::Tr(u"kvoErrorOk"_s, u"Повторить"_s),
-                                                   tr::Tr(u"kvoErrorCancel"_s, u"Удалить"_s), 0));
-        call.Times(static_cast<int>(answers.size()));
-        for (const bool answer : answers)
-            call.WillOnce(Return(answer));
+        EXPECT_CALL(*dialog,
+                    question(testing::Property(&tr::Tr::ru, question), 1, tr::Tr(u"kvoErrorOk"_s, u"Повторить"_s),
+                             tr::Tr(u"kvoErrorCancel"_s, u"Удалить"_s), 0))
+            .Times(times)
+            .WillRepeatedly(Return(true));
     }
 
-    void raise(EventCode code)
+    void raise(int code)
     {
         plugin.handleEvent(Event(code, {{u"document"_s, QVariant::fromValue(DocumentPtr(document))}}));
     }
 
     const QString createError = u"Ошибка при создании заказа.\nПовторить или удалить карту из чека?"_s;
-    const QString updateError = u"Ошибка при обновлении заказа.\nПовторить или удалить карту из чека?"_s;
     const BasicException refusal{u"отказ"_s};
 
     QSharedPointer<NiceMock<MockInterface>> client = QSharedPointer<NiceMock<MockInterface>>::create();
     QSharedPointer<NiceMock<MockQueue>> queue = QSharedPointer<NiceMock<MockQueue>>::create();
-    Installed<testing::StrictMock<MockDialog>, Dialog> dialog;
-    Installed<testing::StrictMock<MockCardAddLogic>, CardAddLogic> cardAddLogic;
-    Installed<testing::StrictMock<MockVerificationLogic>, VerificationLogic> verificationLogic;
-    Installed<NiceMock<MockSaveToFileLogic>, SaveToFileLogic> saveToFile;
-    Installed<FixedTime, CurrentTime> time;
+    Installed<Dialog, testing::StrictMock<MockDialog>> dialog;
+    Installed<VerificationLogic, testing::StrictMock<MockVerificationLogic>> verificationLogic;
+    Installed<SaveToFileLogic, NiceMock<MockSaveToFileLogic>> saveToFile;
     QStringList queued; ///< The methods of the events on the queue.
-    QSharedPointer<FakeDocument> document = QSharedPointer<FakeDocument>::create();
-    CardPtr card = CardPtr::create();
+    QSharedPointer<SaleDocument> document = builder::check({6000, 4000});
     OpenPlugin plugin{utils::ForMock()};
+    CardPtr card = builder::card(u"2000"_s, plugin.getLoyaltySystemCode());
 };
 
 } // namespace kvo

@@ -2,21 +2,9 @@
 #include "pluginfixture.h"
 #include "tests/support/logfile.h"
 
+#include <core/session.h>
+
 namespace kvo {
-
-namespace {
-
-const auto digits = [](int count) { return testing::MatchesRegex("[0-9]{" + std::to_string(count) + "}"); };
-
-/// Puts the holder of a telephone on the card.
-void setPhone(const CardPtr &card, const QString &phone)
-{
-    auto holder = QSharedPointer<::Client>::create();
-    holder->setPhoneNumber(phone);
-    card->getCard()->setClient(holder);
-}
-
-} // namespace
 
 using Spending = PluginTest;
 
@@ -24,25 +12,56 @@ TEST_F(Spending, TurnsRedeemedPointsIntoDiscounts)
 {
     LogFile log;
     plugin.pointsForSpend = 150;
+    card->setCodeInternal(4);
     EXPECT_CALL(*client, createOrder(DocumentPtr(document), card, false))
-        .WillOnce(
-            Return(response(R"({"earnPoints": 1, "redeemPoints": [{"lineId": 1, "points": 12.5}]})", u"basket-2"_s)));
+        .WillOnce(Return(response(R"({"earnPoints": 10.01, "redeemPoints":
+            [{"lineId": 1, "points": 12.5}, {"lineId": 2, "points": 0.005}, {"points": 0.0051}, "text"]})",
+                                  u"basket-2"_s)));
     EXPECT_TRUE(plugin.spendPoints());
 
     EXPECT_TRUE(plugin.orderCreated);
     EXPECT_EQ(card->getOperationId(), u"basket-2");
-    ASSERT_EQ(plugin.bonusImpacts.size(), 1);
-    EXPECT_EQ(plugin.bonusImpacts[0]->getTotals()->getDiscountSum(), 12.5);
-    EXPECT_EQ(plugin.pointsForEarn, 1);
-    EXPECT_EQ(plugin.getPluginData(u"orderCreated"_s, {}), QVariant(true));
     EXPECT_EQ(plugin.getPluginData(u"bonusImpacts"_s, {}).value<BonusImpactPtrList>(), plugin.bonusImpacts);
     EXPECT_TRUE(log.take().contains(u"Создание оплаты бонусами в виде скидки на сумму 150.00, по карте 2000"_s));
+    ASSERT_EQ(plugin.bonusImpacts.size(), 2);
+    const auto totals = plugin.bonusImpacts[0]->getTotals();
+    EXPECT_EQ(totals->getCardRecord(), card);
+    EXPECT_EQ(totals->getCardIndex(), QVariant(4));
+    EXPECT_EQ(static_cast<int>(totals->getDiscountType()), 5);
+    EXPECT_EQ(static_cast<int>(totals->getDiscountMode()), 2);
+    EXPECT_EQ(totals->getDiscountName(), u"Баллы Kvo");
+    EXPECT_EQ(static_cast<int>(totals->getDiscountObject()), 1);
+    EXPECT_EQ(totals->getDiscountRate(), QVariant(12.5));
+    EXPECT_EQ(static_cast<int>(totals->getImpactSource()), 2);
+    EXPECT_TRUE(totals->isMinPriceIgnored());
+    for (const auto &[index, position, points] : {std::tuple(0, 1, 12.5), std::tuple(1, 0, 0.0051)}) {
+        const auto impact = plugin.bonusImpacts[index];
+        EXPECT_EQ(impact->getTotals()->getPosition(), position);
+        EXPECT_EQ(impact->getTotals()->getDiscountSum(), points);
+        EXPECT_EQ(impact->getDetails()[0]->getPosition(), position);
+        EXPECT_EQ(impact->getDetails()[0]->getDiscountSum(), points);
+    }
+}
+
+TEST_F(Spending, LeavesPointsToEarnOnTheLines)
+{
+    Singleton<Session>::instance()->setUser(QSharedPointer<User>::create(17, u"Анна"_s));
+    plugin.createBonusRecords(card, response(R"({"earnPoints": 10.01})"));
+    Singleton<Session>::replace({});
+    EXPECT_EQ(plugin.bonusRecords.size(), 2);
+    EXPECT_EQ(plugin.bonusRecords[0].cardNumber, u"2000");
+    EXPECT_EQ(plugin.bonusRecords[0].userCode, u"17");
+    EXPECT_NEAR(plugin.bonusRecords[0].amount + plugin.bonusRecords[1].amount, 10.01, 1e-9);
+    EXPECT_EQ(plugin.pointsForEarn, 10.01);
+    EXPECT_EQ(card->getPointsForEarn(), QVariant(10.01));
 }
 
 TEST_F(Spending, ARetrySendsAFreshCode)
 {
     const FakeConfig config({{u"Kvo:verificationLimit"_s, 0.0}, {u"Kvo:verificationCodeLength"_s, 12}});
-    setPhone(card, u"+79001234567"_s);
+    const auto holder = QSharedPointer<::Client>::create();
+    holder->setPhoneNumber(u"+79001234567"_s);
+    card->getCard()->setClient(holder);
     QStringList codes;
     EXPECT_CALL(*client, verification(_, u"+79001234567"_s)).Times(3);
     EXPECT_CALL(*verificationLogic, verify(_, tr::Tr(), 0))
@@ -53,21 +72,10 @@ TEST_F(Spending, ARetrySendsAFreshCode)
                 throw BasicException(u"неверный код"_s);
         });
     EXPECT_CALL(*client, createOrder).WillOnce(Throw(refusal)).WillOnce(Return(response("{}")));
-    expectQuestions(createError, {true, true});
+    expectRetries(createError, 2);
 
     EXPECT_TRUE(plugin.spendPoints());
     EXPECT_EQ(QSet<QString>(codes.cbegin(), codes.cend()).size(), 3);
-}
-
-TEST_F(Spending, WithoutTheCardNothingChanges)
-{
-    EXPECT_CALL(*client, createOrder).WillOnce(Throw(refusal));
-    expectQuestions(createError, {false});
-    EXPECT_CALL(*cardAddLogic, removeCard(DocumentPtr(document), card));
-    EXPECT_CALL(*saveToFile, save).Times(0);
-    EXPECT_TRUE(plugin.spendPoints());
-    EXPECT_FALSE(plugin.orderCreated);
-    EXPECT_TRUE(plugin.bonusImpacts.isEmpty());
 }
 
 TEST_F(Spending, TheConfiguredAmountNeedsConfirmation)
@@ -101,12 +109,14 @@ TEST_F(Spending, TheConfiguredAmountNeedsConfirmation)
 
 TEST_F(Spending, CodesAreDigits)
 {
-    EXPECT_THAT(plugin.getCode(6).toStdString(), digits(6));
-    EXPECT_EQ(plugin.getCode(0), QString());
     EXPECT_EQ(plugin.getCode(-3), QString());
-    const QString many = plugin.getCode(1000);
-    for (QChar digit = u'0'; digit <= u'9'; ++digit.unicode())
-        EXPECT_GT(many.count(digit), 0);
+    QString code = plugin.getCode(1000);
+    EXPECT_EQ(code.size(), 1000);
+    for (QChar digit = u'0'; digit <= u'9'; ++digit.unicode()) {
+        EXPECT_TRUE(code.contains(digit));
+        code.remove(digit);
+    }
+    EXPECT_EQ(code, QString());
 }
 
 } // namespace kvo

@@ -1,5 +1,5 @@
 // The configuration file: what values mean literally, and which mistakes are told how.
-#include "commalocale.h"
+#include "tests/support/commalocale.h"
 #include "tests/support/file.h"
 
 #include <core/basicexception.h>
