@@ -11,31 +11,18 @@
 
 using namespace Qt::Literals::StringLiterals;
 
-namespace {
-
-std::string complaint(const QString &folder)
-{
-    try {
-        const till::LoyaltyPlugin plugin(folder);
-    } catch (const BasicException &error) {
-        return error.what();
-    }
-    return "no complaint";
-}
-
 TEST(LoyaltyPlugin, SaysWhatIsWrongWithTheFile)
 {
     const QTemporaryDir folder;
-    EXPECT_THAT(complaint(folder.filePath(u"none"_s)), testing::HasSubstr("none: нет такой папки"));
-    EXPECT_THAT(complaint(folder.path()), testing::HasSubstr("libKvo.so: нет такого файла"));
-
+    const auto expectComplaint = [](const QString &path, const char *complaint) {
+        EXPECT_THAT([&] { const till::LoyaltyPlugin plugin(path); },
+                    testing::ThrowsMessage<BasicException>(testing::HasSubstr(complaint)));
+    };
+    expectComplaint(folder.filePath(u"none"_s), "none: нет такой папки");
+    expectComplaint(folder.path(), "libKvo.so: нет такого файла");
     const QString file = folder.filePath(u"libKvo.so"_s);
-    const QString other = QLibraryInfo::path(QLibraryInfo::PluginsPath) + u"/sqldrivers/libqsqlite.so"_s;
-    ASSERT_TRUE(QFile::copy(other, file));
-    EXPECT_THAT(complaint(folder.path()), testing::HasSubstr("а нужен модуль \"Kvo\", класс \"Plugin\""));
-
+    ASSERT_TRUE(QFile::copy(QLibraryInfo::path(QLibraryInfo::PluginsPath) + u"/sqldrivers/libqsqlite.so"_s, file));
+    expectComplaint(folder.path(), "а нужен модуль \"Kvo\", класс \"Plugin\"");
     ASSERT_TRUE(QFile::resize(file, 1000));
-    EXPECT_THAT(complaint(folder.path()), testing::HasSubstr("libKvo.so: файл не является модулем Qt"));
+    expectComplaint(folder.path(), "libKvo.so: файл не является модулем Qt");
 }
-
-} // namespace

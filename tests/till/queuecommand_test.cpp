@@ -15,24 +15,13 @@
 using namespace Qt::Literals::StringLiterals;
 using Action = till::QueueRequest::Action;
 
-namespace {
-
-class QueueCommand : public testing::Test
+TEST(QueueCommand, ListsShowsAndDiscardsWithoutSecrets)
 {
-protected:
-    static QString answer(const till::QueueRequest &request)
-    {
+    const QTemporaryDir folder;
+    const FakeConfig config{{{u"Host:dataFolder"_s, folder.path()}}};
+    const auto answer = [](const till::QueueRequest &request) {
         return till::answerTo(request, QDateTime::currentDateTime().addSecs(7200));
-    }
-
-    QTemporaryDir folder;
-    FakeConfig config{{{u"Host:dataFolder"_s, folder.path()}}};
-};
-
-} // namespace
-
-TEST_F(QueueCommand, ListsShowsAndDiscards)
-{
+    };
     const QJsonObject event{{u"op"_s, 4},
                             {u"url"_s, u"http://127.0.0.1/api/postOrder"_s},
                             {u"headers"_s, QJsonObject{{u"Authorization"_s, u"Basic c2VjcmV0"_s}}},
@@ -52,11 +41,4 @@ TEST_F(QueueCommand, ListsShowsAndDiscards)
         QJsonDocument::fromJson(answer({.json = true}).toUtf8()).object().value("entries"_L1).toArray();
     EXPECT_EQ(entries[0].toObject().value("state"_L1), u"discarded"_s);
     EXPECT_EQ(entries[0].toObject().value("discardReason"_L1), u"чек отменён"_s);
-}
-
-TEST(ProgressBar, FillsUp)
-{
-    EXPECT_EQ(till::progressBar(4, 3), u"[#######.......................] 1/4");
-    EXPECT_EQ(till::progressBar(0, 0), u"[##############################] 0/0");
-    EXPECT_EQ(till::progressBar(4, 9), u"[..............................] 0/4");
 }

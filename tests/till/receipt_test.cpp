@@ -1,5 +1,5 @@
 // The receipt's text, whatever the locale.
-#include "tests/host/core/commalocale.h"
+#include "tests/support/commalocale.h"
 #include "till/receipt.h"
 
 #include <gtest/gtest.h>

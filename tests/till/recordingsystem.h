@@ -23,26 +23,16 @@ public:
 
     void handleEvent(const Event &event) override
     {
-        note(QString::number(event.getCode()));
-        const auto document = event.value(QStringLiteral("document")).value<QSharedPointer<AbstractDocument>>();
+        m_calls.append(QString::number(event.getCode()));
         if (event.getCode() == 57 || event.getCode() == 24)
             m_pending = event.getCode() == 57;
         else if (event.getCode() == 239 || (event.getCode() == 237 && !std::exchange(m_pending, false)))
-            reissue(document);
-    }
-
-    bool identifyByCard(QSharedPointer<DocumentCardRecord> &, ECardNumberType) override
-    {
-        lastError = tr::Tr(QStringLiteral("Карта не найдена"));
-        return !failing;
+            reissue(event.value(QStringLiteral("document")).value<QSharedPointer<AbstractDocument>>());
     }
 
     bool request(const QSharedPointer<AbstractDocument> &document) override
     {
-        note(QStringLiteral("request"));
-        lastError = tr::Tr(QStringLiteral("Нет связи"));
-        if (failing)
-            return false;
+        m_calls.append(QStringLiteral("request"));
         pointsForSpend = 10;
         if (getCard()->getOperationId().isEmpty())
             getCard()->setOperationId(QUuid::createUuid().toString());
@@ -52,58 +42,41 @@ public:
 
     bool spendPoints() override
     {
-        note(QStringLiteral("spend"));
+        m_calls.append(QStringLiteral("spend"));
         BasicLoyaltySystem::spendPoints();
         save(currentDocument());
         return true;
     }
 
-    bool commit(const QSharedPointer<AbstractDocument> &) override
-    {
-        note(QStringLiteral("commit"));
-        if (getCard())
-            push(QStringLiteral("post"));
-        return true;
-    }
-
-    bool rollback(const QSharedPointer<AbstractDocument> &) override
-    {
-        note(QStringLiteral("rollback"));
-        if (getCard() && !getCard()->getOperationId().isEmpty())
-            push(QStringLiteral("cancel"));
-        if (getCard())
-            getCard()->setOperationId({});
-        return true;
-    }
+    bool commit(const QSharedPointer<AbstractDocument> &) override { return end(QStringLiteral("commit")); }
+    bool rollback(const QSharedPointer<AbstractDocument> &) override { return end(QStringLiteral("rollback")); }
 
     /// What was asked since the last call, such as "57 24 commit".
-    QString takeCalls() { return std::exchange(m_calls, {}).join(u' '); }
-
-    bool failing = false; ///< Identification and pricing fail.
+    std::string takeCalls() { return std::exchange(m_calls, {}).join(u' ').toStdString(); }
 
 private:
-    void reissue(const QSharedPointer<AbstractDocument> &document)
+    bool end(const QString &call)
     {
-        if (getCard())
-            getCard()->setOperationId({});
-        cancel();
-        if (getCard())
-            request(document);
+        m_calls.append(call);
+        if (getCard() && !getCard()->getOperationId().isEmpty()) {
+            const QJsonObject payload{{QStringLiteral("basket"), getCard()->getOperationId()}};
+            Singleton<DBQueueBroker>::instance()->push(
+                QStringLiteral("kvo"), {{QStringLiteral("url"), call}, {QStringLiteral("payload"), payload}}, {});
+        }
+        return true;
     }
 
-    void push(const QString &operation)
+    void reissue(const QSharedPointer<AbstractDocument> &document)
     {
-        const QJsonObject payload{{QStringLiteral("basket"), getCard()->getOperationId()}};
-        Singleton<DBQueueBroker>::instance()->push(
-            QStringLiteral("kvo"), {{QStringLiteral("url"), operation}, {QStringLiteral("payload"), payload}}, {});
+        getCard()->setOperationId({});
+        cancel();
+        request(document);
     }
 
     static void save(const QSharedPointer<AbstractDocument> &document)
     {
         MockFactory<SaveToFileLogic>::create()->save(document, {}, 0.0);
     }
-
-    void note(const QString &call) { m_calls.append(call); }
 
     QStringList m_calls;
     bool m_pending = false;

@@ -1,14 +1,11 @@
-// Scenario files: complaints that name file and path, amounts to the kopeck, and agreement with the published schema.
+// Scenario files: complaints that name file and path, and amounts to the kopeck.
+#include "tests/support/file.h"
 #include "till/scenarioreader.h"
 
 #include <core/basicexception.h>
 
 #include <gmock/gmock.h>
 
-#include <QtCore/QDir>
-#include <QtCore/QJsonArray>
-#include <QtCore/QJsonDocument>
-#include <QtCore/QJsonObject>
 #include <QtCore/QTemporaryDir>
 
 using namespace Qt::Literals::StringLiterals;
@@ -21,23 +18,18 @@ class ScenarioReader : public testing::Test
 protected:
     till::Scenario read(const QByteArray &json)
     {
-        QFile file(folder.filePath(u"sale.json"_s));
-        EXPECT_TRUE(file.open(QFile::WriteOnly) && file.write(json) == json.size());
-        file.close();
-        return till::readScenario(file.fileName());
+        writeFile(file, json);
+        return till::readScenario(file);
     }
 
-    std::string complaint(const QByteArray &json)
+    void expectComplaint(const QByteArray &json, const std::string &complaint)
     {
-        try {
-            read(json);
-        } catch (const BasicException &error) {
-            return error.what();
-        }
-        return "no complaint";
+        EXPECT_THAT([&] { read(json); }, testing::ThrowsMessage<BasicException>(HasSubstr(complaint)))
+            << json.toStdString();
     }
 
     QTemporaryDir folder;
+    const QString file = folder.filePath(u"sale.json"_s);
 };
 
 /// A file with one check that has the given goods, steps or expectation.
@@ -62,26 +54,21 @@ TEST_F(ScenarioReader, NamesFileAndPathOfWhatItRefuses)
         {"{\n\"checks\": [}", "sale.json: строка 2: не JSON"},
         {"[]", "sale.json: /: нужен объект"},
         {"{}", "sale.json: /: нет обязательного ключа \"checks\""},
-        {R"({"checks": {}})", "sale.json: /checks: нужен массив"},
-        {R"({"checks": [{}]})", "sale.json: /checks/0: нет обязательного ключа \"steps\""},
         {R"({"checks": [{"steps": [], "expects": {}}]})", "sale.json: /checks/0/expects: неизвестный ключ"},
         {R"({"checks": [{"steps": [], "continue": "yes"}]})", "sale.json: /checks/0/continue: нужно true или false"},
         {withGoods(R"({"barcode": "1", "name": "A"})"), "/checks/0/goods/0: нет обязательного ключа \"price\""},
         {withGoods(goods + R"(, "quantity": 0})"), "/checks/0/goods/0/quantity: нужно количество"},
-        {withGoods(goods + R"(, "quantity": 0.0005})"), "/checks/0/goods/0/quantity: нужно количество"},
         {withGoods(goods + R"(, "labels": ["NOSPEND", ""]})"), "/checks/0/goods/0/labels/1: строка не может"},
         {withSteps(R"("close", "spend")"), "/checks/0/steps/1: чек уже закрыт"},
         {withSteps(R"("clse")"), "/checks/0/steps/0: \"clse\" не подходит"},
-        {withSteps(R"("card")"), "/checks/0/steps/0: \"card\" не подходит"},
         {withSteps(R"({"card": "1", "phone": "2"})"), "/checks/0/steps/0: нужен ровно один ключ"},
         {withSteps(R"({"change": {"line": 1}})"), "/checks/0/steps/0/change: нужно \"quantity\" или \"price\""},
         {withSteps(R"({"remove": 1.5})"), "/checks/0/steps/0/remove: нужно целое число"},
         {R"({"checks": [{"steps": [], "answers": {"dialogs": ["later"]}}]})", "/checks/0/answers/dialogs/0: \"later\""},
-        {R"({"checks": [{"steps": [], "expect": {"outcome": "sold"}}]})", "/checks/0/expect/outcome: \"sold\""},
     };
     for (const auto &[json, expected] : cases)
-        EXPECT_THAT(complaint(json), HasSubstr(expected)) << json.toStdString();
-    EXPECT_THROW(till::readScenario(folder.filePath(u"none.json"_s)), BasicException);
+        expectComplaint(json, expected);
+    EXPECT_THROW(till::readScenario(u"none.json"_s), BasicException);
 }
 
 TEST_F(ScenarioReader, TakesAmountsToTheKopeckOrRefusesThem)
@@ -96,45 +83,10 @@ TEST_F(ScenarioReader, TakesAmountsToTheKopeckOrRefusesThem)
     for (const auto &[price, kopecks] : cases) {
         const QByteArray json = withGoods(R"({"barcode": "1", "name": "A", "price": )" + QByteArray(price) + "}");
         if (kopecks < 0)
-            EXPECT_THAT(complaint(json), HasSubstr("/checks/0/goods/0/price: нужна сумма")) << price;
+            expectComplaint(json, "/checks/0/goods/0/price: нужна сумма");
         else
             EXPECT_EQ(read(json).checks.constFirst().goods.constFirst().price.kopecks(), kopecks) << price;
     }
-}
-
-TEST_F(ScenarioReader, KnowsTheKeysOfThePublishedSchema)
-{
-    QFile file(QStringLiteral(KVO_TILL_SOURCES "/scenario.schema.json"));
-    ASSERT_TRUE(file.open(QFile::ReadOnly));
-    const QJsonObject schema = QJsonDocument::fromJson(file.readAll()).object();
-    const QJsonObject definitions = schema.value(u"$defs"_s).toObject();
-    const struct
-    {
-        QJsonObject object; ///< As described by the schema.
-        QByteArray json;    ///< The same object in a file, with a key that nobody knows.
-    } cases[]{
-        {schema, R"({"?": 0})"},
-        {definitions.value(u"check"_s).toObject(), R"({"checks": [{"?": 0}]})"},
-        {definitions.value(u"goods"_s).toObject(), withGoods(R"({"?": 0})")},
-        {definitions.value(u"step"_s).toObject().value(u"oneOf"_s).toArray().last().toObject(),
-         withSteps(R"({"?": 0})")},
-        {definitions.value(u"change"_s).toObject(), withSteps(R"({"change": {"?": 0}})")},
-        {definitions.value(u"answers"_s).toObject(), R"({"checks": [{"steps": [], "answers": {"?": 0}}]})"},
-        {definitions.value(u"expect"_s).toObject(), R"({"checks": [{"steps": [], "expect": {"?": 0}}]})"},
-    };
-    for (const auto &[object, json] : cases) {
-        QStringList known = QString::fromStdString(complaint(json)).section(u"возможны: "_s, 1).split(u", "_s);
-        known.sort();
-        EXPECT_EQ(known, object.value(u"properties"_s).toObject().keys()) << json.toStdString();
-    }
-}
-
-TEST_F(ScenarioReader, ReadsTheSampleScenarios)
-{
-    const QDir samples(QStringLiteral(KVO_TILL_SOURCES "/scenarios"));
-    ASSERT_FALSE(samples.entryList({u"*.json"_s}).isEmpty());
-    for (const QString &name : samples.entryList({u"*.json"_s}))
-        EXPECT_NO_THROW(till::readScenario(samples.filePath(name))) << name.toStdString();
 }
 
 } // namespace
