@@ -1,6 +1,8 @@
-// The files that the program reads, customers and journal: good ones, and errors that name file, place and field.
+// The files that the program reads: errors name file, place and field, and a ledger is judged by the exit status.
 #include "journal.h"
 #include "simulator_fixture.h"
+
+#include <QtCore/QProcess>
 
 #include <fstream>
 
@@ -17,40 +19,14 @@ protected:
 
     Folder folder;
     const std::string file = folder / "input.json";
-    const Json customer = Json::parse(R"({"CustAccount": "C-9", "LastName": "Орлов", "FirstName": "Пётр",
-        "Phone": "+7 (911) 222-33-44", "Cards": ["1", "2"], "Balance": "10.50",
-        "Tiers": [{"Name": "A", "Discount": 4}]})");
-    const Json check = Json::parse(R"({"check": "A", "outcome": "closed", "card": "7", "basket": "a", "spent": "10.00",
-        "earned": "2.43", "lines": [{"lineId": 1, "amount": "91.00", "spent": "10.00"}]})");
 };
-
-TEST_F(Files, AddACustomerOnceAndThenLeaveThemAlone)
-{
-    Database database(folder / "ledger.db", Database::Access::Serve);
-    const auto customers = readCustomerFile(written(Json{customer}.dump()));
-    const auto add = [&](const SQLite::Database &connection) { return addCustomers(connection, customers); };
-    EXPECT_EQ(database.write(add), 1);
-    database.write([](const SQLite::Database &connection) { return move(connection, "C-9", "", "earn", 50), 0; });
-    EXPECT_EQ(database.write(add), 0);
-    const auto found = database.read([](const auto &connection) { return findByPhone(connection, "+79112223344"); });
-    ASSERT_TRUE(found);
-    EXPECT_EQ(found->balance, 1100);
-    EXPECT_EQ(found->cards, (std::vector<std::string>{"1", "2"}));
-    EXPECT_EQ(earnPercent(*found), 4);
-}
-
-TEST_F(Files, GiveTheLastStateOfACheck)
-{
-    Json voided = check;
-    voided["outcome"] = "voided";
-    const auto checks = readJournal(written(voided.dump() + '\n' + check.dump() + '\n'));
-    ASSERT_EQ(checks.size(), 1u);
-    EXPECT_TRUE(checks.at("A").closed);
-    EXPECT_EQ(checks.at("A").lines.at(0).amount, 9100);
-}
 
 TEST_F(Files, NameThePlaceOfAMistake)
 {
+    const Json customer = Json::parse(R"({"CustAccount": "C-9", "LastName": "Орлов", "FirstName": "Пётр",
+        "Phone": "+79112223344", "Cards": ["1"], "Balance": "10.50", "Tiers": [{"Name": "A", "Discount": 4}]})");
+    const Json check = Json::parse(R"({"check": "A", "outcome": "closed", "card": "7", "basket": "a", "spent": "10.00",
+        "earned": "2.43", "lines": [{"lineId": 1, "amount": "91.00", "spent": "10.00"}]})");
     const auto names = [](const char *place, const char *field) {
         return ThrowsMessage<std::runtime_error>(AllOf(HasSubstr(place), HasSubstr(field)));
     };
@@ -59,6 +35,7 @@ TEST_F(Files, NameThePlaceOfAMistake)
         {R"({"Balance": 10.5})", "[0].Balance"},      {R"({"Tiers": [{"Name": "A"}]})", "[0].Tiers[0].Discount"},
         {R"({"Ballance": "1.00"})", "[0].Ballance"},
     };
+    EXPECT_EQ(readCustomerFile(written(Json{customer}.dump())).size(), 1u);
     for (const auto &[patch, field] : customers) {
         Json wrong = customer;
         wrong.merge_patch(Json::parse(patch));
@@ -71,8 +48,26 @@ TEST_F(Files, NameThePlaceOfAMistake)
         wrong.merge_patch(Json::parse(patch));
         EXPECT_THAT([&] { readJournal(written(check.dump() + '\n' + wrong.dump())); }, names("input.json:2: ", field));
     }
-    EXPECT_THAT([&] { readCustomerFile(written("[{")); }, names("input.json: ", "parse error"));
     EXPECT_THAT([&] { readJournal(written("{")); }, names("input.json:1: ", "parse error"));
+}
+
+TEST_F(Files, TellAGoodLedgerFromABadOneAndFromAForeignFile)
+{
+    const std::string ledger = folder / "ledger.db";
+    const auto status = [&ledger](const char *command) {
+        return QProcess::execute(
+            QStringLiteral(LOYALTY_SIM_PROGRAM),
+            {QString::fromUtf8(command), QStringLiteral("--database"), QString::fromStdString(ledger)});
+    };
+    Database(ledger, Database::Access::Serve).write([](const SQLite::Database &connection) {
+        return addCustomers(connection, sampleCustomers());
+    });
+    EXPECT_EQ(status("check"), 0);
+    SQLite::Database(ledger, SQLite::OPEN_READWRITE).exec("UPDATE customers SET balance = balance + 1");
+    EXPECT_EQ(status("check"), 1);
+    SQLite::Database(ledger, SQLite::OPEN_READWRITE).exec("PRAGMA application_id = 1");
+    EXPECT_EQ(status("check"), 2);
+    EXPECT_EQ(status("serve"), 2);
 }
 
 } // namespace sim

@@ -23,7 +23,6 @@ using testing::ThrowsMessage;
 
 /// The sample customer with two cards, 5 % and a balance of 1500.00.
 inline constexpr const char *card = "7770000000001";
-inline constexpr const char *secondCard = "7770000000018";
 inline constexpr const char *otherCard = "7770000000032";
 
 struct Received
@@ -80,7 +79,6 @@ public:
         http.set_basic_auth("u", "p");
         http.set_keep_alive(true);
         http.set_url_encode(false);
-        http.set_read_timeout(60);
     }
 
     Received get(const std::string &target) { return received(http.Get(target)); }
