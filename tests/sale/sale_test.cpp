@@ -63,8 +63,6 @@ const Case cases[]{
     {"PhoneWithPointsAndCode", {}, "phone-spend.json"},
     {"CardWithLabelsAndUpdate", {}, "card-update.json"},
     {"Voided", {}, "void.json"},
-    {"NoCard", {}, R"({"checks": [{"goods": [{"barcode": "1", "name": "Хлеб", "price": 1}], "steps": ["close"],
-                       "expect": {"outcome": "closed", "card": "", "total": 1, "queued": 0}}]})"},
     {"UnknownCard", {}, R"({"checks": [{"goods": [{"barcode": "1", "name": "Хлеб", "price": 1}],
                             "steps": [{"card": "1234"}, "close"],
                             "expect": {"outcome": "closed", "card": "", "messages": ["1234"]}}]})"},
@@ -135,17 +133,6 @@ TEST_F(SaleTest, SaysWhatDiffersFromTheExpectation)
     const QString output = runTill(sale(R"("price", "close")", R"({"total": "227.49", "customer": "Никто"})"), 1);
     EXPECT_THAT(output.toStdString(), HasSubstr("/checks/0/expect/total: ожидалось \"227.49\", получено \"227.50\""));
     EXPECT_THAT(output.toStdString(), HasSubstr("/checks/0/expect/customer: ожидалось \"Никто\""));
-}
-
-TEST_F(SaleTest, SellsNothingWhenAnyScenarioIsWrong)
-{
-    const QString wrong = folder.filePath(u"wrong.json"_s);
-    QFile file(wrong);
-    ASSERT_TRUE(file.open(QFile::WriteOnly) && file.write("{\"check\": []}") > 0);
-    file.close();
-    const QString output = runTill("void.json", 2, {wrong});
-    EXPECT_THAT(output.toStdString(), HasSubstr("wrong.json: /check: неизвестный ключ"));
-    EXPECT_EQ(requestsOf(u"searchCustomer"_s), 0);
 }
 
 TEST_F(SaleTest, RefusesAFolderInWhichAnotherTillWorks)

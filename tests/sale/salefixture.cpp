@@ -1,10 +1,11 @@
 // Starts and ends the processes of a shop. Every wait has a condition and a bound.
 #include "salefixture.h"
 
+#include "tests/support/file.h"
+
 #include <net/restclient.h>
 
 #include <QtCore/QElapsedTimer>
-#include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QThread>
 
@@ -16,11 +17,13 @@ constexpr int patience = 30'000; // milliseconds
 const QString till = QStringLiteral(KVO_TILL);
 const QString simulator = QStringLiteral(KVO_SIMULATOR);
 
-void write(const QString &fileName, const QByteArray &content)
+void expectSuccess(const QString &program, const QStringList &arguments)
 {
-    QFile file(fileName);
-    ASSERT_TRUE(file.open(QFile::WriteOnly));
-    ASSERT_EQ(file.write(content), content.size());
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(program, arguments);
+    EXPECT_TRUE(process.waitForFinished(patience));
+    EXPECT_EQ(process.exitCode(), 0) << process.readAll().toStdString();
 }
 
 } // namespace
@@ -33,11 +36,8 @@ SaleTest::SaleTest()
 SaleTest::~SaleTest()
 {
     stopService();
-    if (HasFailure()) {
-        QFile log(folder.filePath(u"till.log"_s));
-        if (log.open(QFile::ReadOnly))
-            std::fputs(log.readAll().constData(), stderr);
-    }
+    if (HasFailure())
+        std::fputs(readFile(folder.filePath(u"till.log"_s)).constData(), stderr);
 }
 
 void SaleTest::startService()
@@ -47,25 +47,18 @@ void SaleTest::startService()
                                 QString::number(m_port), u"--port-file"_s, folder.filePath(u"port"_s)});
     ASSERT_TRUE(m_service.waitForStarted(patience));
     ASSERT_TRUE(m_service.waitForReadyRead(patience)) << "the service does not say that it listens";
-    QFile port(folder.filePath(u"port"_s));
-    ASSERT_TRUE(port.open(QFile::ReadOnly));
-    m_port = port.readAll().trimmed().toInt();
-    writeConfiguration();
+    m_port = readFile(folder.filePath(u"port"_s)).trimmed().toInt();
+    writeFile(folder.filePath(u"till.ini"_s),
+              "[Host]\ndataFolder = " + QFile::encodeName(folder.filePath(u"data"_s)) +
+                  "\n[Log]\nfile = " + QFile::encodeName(folder.filePath(u"till.log"_s)) +
+                  "\n[Kvo]\nhost = http://127.0.0.1:" + QByteArray::number(m_port) +
+                  "\ntimeout = 20000\nbrand = B\nonlineStore = S\nterminal = T\nverificationLimit = 100\n");
 }
 
 void SaleTest::stopService()
 {
     m_service.terminate();
     EXPECT_TRUE(m_service.waitForFinished(patience));
-}
-
-void SaleTest::writeConfiguration() const
-{
-    write(folder.filePath(u"till.ini"_s), "[Host]\ndataFolder = " + QFile::encodeName(folder.filePath(u"data"_s)) +
-                                              "\n[Log]\nfile = " + QFile::encodeName(folder.filePath(u"till.log"_s)) +
-                                              "\n[Kvo]\nhost = http://127.0.0.1:" + QByteArray::number(m_port) +
-                                              "\ntimeout = 20000\nbrand = B\nonlineStore = S\nterminal = T\n"
-                                              "verificationLimit = 100\n");
 }
 
 QJsonObject SaleTest::exchange(const QByteArray &method, const QString &path, const QJsonObject &body) const
@@ -96,7 +89,7 @@ std::unique_ptr<QProcess> SaleTest::startTill(const QByteArray &scenario, const 
     arguments += options;
     if (scenario.startsWith('{')) {
         const QString fileName = folder.filePath(u"scenario%1.json"_s.arg(++m_scenarios));
-        write(fileName, scenario);
+        writeFile(fileName, scenario);
         arguments.append(fileName);
     } else if (!scenario.isEmpty()) {
         arguments.append(QStringLiteral(KVO_SCENARIOS) + u'/' + QString::fromUtf8(scenario));
@@ -121,10 +114,7 @@ QString SaleTest::runTill(const QByteArray &scenario, int status, const QStringL
 
 void SaleTest::drain()
 {
-    QProcess process;
-    process.start(till, {u"drain"_s, u"--config"_s, folder.filePath(u"till.ini"_s), u"--seconds"_s, u"25"_s});
-    EXPECT_TRUE(process.waitForFinished(patience));
-    EXPECT_EQ(process.exitCode(), 0) << process.readAll().toStdString();
+    expectSuccess(till, {u"drain"_s, u"--config"_s, folder.filePath(u"till.ini"_s), u"--seconds"_s, u"25"_s});
 }
 
 void SaleTest::kill(QProcess &process)
@@ -145,22 +135,14 @@ bool SaleTest::waitFor(const std::function<bool()> &condition)
 
 int SaleTest::checksInJournal() const
 {
-    QFile journal(folder.filePath(u"data/journal.jsonl"_s));
-    return journal.open(QFile::ReadOnly) ? static_cast<int>(journal.readAll().count('\n')) : 0;
-}
-
-void SaleTest::simulate(const QStringList &arguments) const
-{
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(simulator, QStringList(arguments) << u"--database"_s << folder.filePath(u"service.db"_s));
-    EXPECT_TRUE(process.waitForFinished(patience));
-    EXPECT_EQ(process.exitCode(), 0) << process.readAll().toStdString();
+    return static_cast<int>(readFile(folder.filePath(u"data/journal.jsonl"_s)).count('\n'));
 }
 
 void SaleTest::expectEqualBooks(int checks)
 {
     EXPECT_EQ(checksInJournal(), checks);
-    simulate({u"compare"_s, u"--journal"_s, folder.filePath(u"data/journal.jsonl"_s)});
-    simulate({u"check"_s});
+    const QStringList ledger{u"--database"_s, folder.filePath(u"service.db"_s)};
+    expectSuccess(simulator,
+                  QStringList{u"compare"_s, u"--journal"_s, folder.filePath(u"data/journal.jsonl"_s)} + ledger);
+    expectSuccess(simulator, QStringList{u"check"_s} + ledger);
 }

@@ -49,8 +49,6 @@ protected:
 
 private:
     QJsonObject exchange(const QByteArray &method, const QString &path, const QJsonObject &body = {}) const;
-    void simulate(const QStringList &arguments) const;
-    void writeConfiguration() const;
 
     QProcess m_service;
     int m_port = 0;
