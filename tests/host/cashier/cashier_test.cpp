@@ -1,16 +1,15 @@
-// What is asked of the cashier, and what happens on the answer: codes, questions, and a card taken off a check.
+// What is asked of the cashier, and what happens on the answer: codes, questions, and a card that stays.
 #include "tests/support/checkbuilder.h"
+#include "tests/support/installed.h"
 
 #include <cashier/cardaddlogic.h>
 #include <cashier/cashierui.h>
 #include <cashier/dialog.h>
-#include <cashier/savetofilelogic.h>
 #include <cashier/verificationlogic.h>
 #include <core/basicexception.h>
 #include <core/currenttime.h>
-#include <core/mockfactory.h>
 #include <core/singleton.h>
-#include <loyalty/loyaltysystems.h>
+#include <loyalty/basicloyaltysystem.h>
 
 #include <gmock/gmock.h>
 
@@ -19,9 +18,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-using testing::_;
 using testing::HasSubstr;
-using testing::StrictMock;
 
 // Answers the prompts for a code one after the other; each answer takes its time, and nothing else does.
 class Keyboard : public CashierUi, public CurrentTime
@@ -37,10 +34,9 @@ public:
 
     bool ask(const tr::Tr &, const tr::Tr &, const tr::Tr &) override { return first; }
 
-    std::optional<QString> enterCode(const tr::Tr &prompt, std::chrono::milliseconds timeLeft) override
+    std::optional<QString> enterCode(const tr::Tr &, std::chrono::milliseconds) override
     {
-        prompts.append(prompt.ru());
-        timesLeft.append(timeLeft);
+        ++prompts;
         if (answers.isEmpty())
             return std::nullopt;
         const Answer answer = answers.takeFirst();
@@ -51,37 +47,27 @@ public:
     bool first = false;
     QDateTime now = QDateTime::currentDateTime();
     QList<Answer> answers;
-    QStringList prompts;
-    QList<std::chrono::milliseconds> timesLeft;
+    int prompts = 0;
 };
 
 class CashierTest : public testing::Test
 {
 protected:
-    CashierTest()
-    {
-        Singleton<CashierUi>::replace(keyboard);
-        MockFactory<CurrentTime>::install(keyboard);
-    }
-
-    ~CashierTest() override
-    {
-        Singleton<CashierUi>::replace({});
-        MockFactory<CurrentTime>::clear();
-    }
+    CashierTest() { Singleton<CashierUi>::replace(keyboard.object); }
+    ~CashierTest() override { Singleton<CashierUi>::replace({}); }
 
     // Empty: confirmed.
-    static std::string verify(const QString &code, const tr::Tr &prompt = {})
+    static std::string verify(const QString &code)
     {
         try {
-            VerificationLogic().verify(code, prompt, 0);
+            VerificationLogic().verify(code, {}, 0);
         } catch (const BasicException &error) {
             return error.what();
         }
         return {};
     }
 
-    QSharedPointer<Keyboard> keyboard = QSharedPointer<Keyboard>::create();
+    Installed<CurrentTime, Keyboard> keyboard;
 };
 
 TEST_F(CashierTest, ConfirmsTheCustomerOnlyByTheRightCodeInTime)
@@ -92,7 +78,7 @@ TEST_F(CashierTest, ConfirmsTheCustomerOnlyByTheRightCodeInTime)
     {
         const char *label;
         QList<Keyboard::Answer> answers;
-        qsizetype prompts;
+        int prompts;
         const char *refusal; ///< Empty: confirmed.
         QString code = u"0417"_s;
     } cases[] = {
@@ -110,24 +96,14 @@ TEST_F(CashierTest, ConfirmsTheCustomerOnlyByTheRightCodeInTime)
     };
     for (const auto &[label, answers, prompts, refusal, code] : cases) {
         SCOPED_TRACE(label);
-        keyboard->prompts.clear();
+        keyboard->prompts = 0;
         keyboard->answers = answers;
         const std::string error = verify(code);
         EXPECT_EQ(error.empty(), *refusal == '\0') << error;
         EXPECT_THAT(error, HasSubstr(refusal));
         EXPECT_THAT(error, testing::Not(HasSubstr("0417")));
-        EXPECT_EQ(keyboard->prompts.size(), prompts);
+        EXPECT_EQ(keyboard->prompts, prompts);
     }
-}
-
-TEST_F(CashierTest, TellsHowManyAttemptsAndHowMuchTimeAreLeft)
-{
-    keyboard->answers = {{u"1"_s, 1min}, {u"2"_s, 30s}, {u"3"_s}};
-    verify(u"0417"_s, tr::Tr(u"Код из %1 сообщения"_s));
-    EXPECT_EQ(keyboard->prompts,
-              (QStringList{u"Код из %1 сообщения"_s, u"Неверный код. Осталось попыток: 2.\nКод из %1 сообщения"_s,
-                           u"Неверный код. Осталось попыток: 1.\nКод из %1 сообщения"_s}));
-    EXPECT_EQ(keyboard->timesLeft, (QList<std::chrono::milliseconds>{5min, 4min, 3min + 30s}));
 }
 
 TEST_F(CashierTest, AnswersAQuestionWithTheValueOfTheChosenButton)
@@ -143,78 +119,28 @@ TEST_F(CashierTest, AnswersAQuestionWithTheValueOfTheChosenButton)
     EXPECT_THAT(verify(u"0417"_s), HasSubstr("отменён"));
 }
 
-class Loyalty : public BasicLoyaltySystem
+// Stands for a queue that cannot store the cancellation.
+class FailingLoyalty : public BasicLoyaltySystem
 {
 public:
-    Loyalty() { loyaltySystemCode = 26; }
-    MOCK_METHOD(bool, rollback, (const QSharedPointer<AbstractDocument> &), (override));
-    MOCK_METHOD(bool, cancel, (), (override));
+    FailingLoyalty() { loyaltySystemCode = 26; }
+    bool rollback(const QSharedPointer<AbstractDocument> &) override { throw BasicException(u"queue"_s); }
 };
 
-class Saver : public SaveToFileLogic
+TEST(CardAddLogic, KeepsTheCardWhenTheCancellationCannotBeStored)
 {
-public:
-    MOCK_METHOD(void, save, (const QSharedPointer<AbstractDocument> &, const QString &, double), (override));
-};
-
-class RemoveCardTest : public testing::Test
-{
-protected:
-    RemoveCardTest()
-    {
-        MockFactory<SaveToFileLogic>::install(saver);
-        check->addCard(card);
-        check->addImpact(builder::discount(10, card));
-        system.setDocument(check);
-        system.setPluginData(u"pointsForSpend"_s, 10);
-    }
-
-    ~RemoveCardTest() override
-    {
-        MockFactory<SaveToFileLogic>::clear();
-        Singleton<LoyaltySystems>::replace({});
-    }
-
-    QSharedPointer<StrictMock<Saver>> saver = QSharedPointer<StrictMock<Saver>>::create();
-    QSharedPointer<SaleDocument> check = builder::check({10000});
-    QSharedPointer<DocumentCardRecord> card = builder::card(u"2600001"_s, 26);
-    StrictMock<Loyalty> system;
-};
-
-TEST_F(RemoveCardTest, UndoesTheOrderBeforeTheCardGoesAndSavesAfterwards)
-{
+    const auto check = builder::check({10000});
+    const auto card = builder::card(u"2600001"_s, 26);
+    check->addCard(card);
+    check->addImpact(builder::discount(10, card));
+    FailingLoyalty system;
+    system.setDocument(check);
+    system.setPluginData(u"pointsForSpend"_s, 10);
     system.init();
-    const auto cardIsThere = [this] { EXPECT_EQ(system.getCard(), card); };
-    const testing::InSequence inSequence;
-    EXPECT_CALL(system, rollback(testing::Eq(check))).WillOnce(testing::DoAll(cardIsThere, testing::Return(true)));
-    EXPECT_CALL(system, cancel()).WillOnce(testing::DoAll(cardIsThere, testing::Return(true)));
-    EXPECT_CALL(*saver, save(testing::Eq(check), QString(), 0.0)).WillOnce([this] {
-        EXPECT_TRUE(check->getCardRecords().isEmpty());
-        EXPECT_TRUE(check->getDiscountSum().isZero());
-        EXPECT_TRUE(system.getPluginData().isEmpty());
-    });
-    CardAddLogic().removeCard(check, card);
-}
-
-TEST_F(RemoveCardTest, KeepsTheCardWhenTheCancellationCannotBeStored)
-{
-    system.init();
-    EXPECT_CALL(system, rollback(_)).WillOnce(testing::Throw(BasicException(u"queue"_s)));
     EXPECT_THROW(CardAddLogic().removeCard(check, card), BasicException);
     EXPECT_EQ(check->getCardRecords(), QList{card});
     EXPECT_EQ(check->getDiscountSum().kopecks(), 1000);
     EXPECT_FALSE(system.getPluginData().isEmpty());
-}
-
-TEST_F(RemoveCardTest, NeedsACardOfTheCheckButNoLoyaltySystem)
-{
-    CardAddLogic().removeCard({}, card);
-    CardAddLogic().removeCard(check, {});
-    CardAddLogic().removeCard(check, builder::card(u"2600001"_s, 26));
-    EXPECT_EQ(check->getCardRecords(), QList{card});
-    EXPECT_CALL(*saver, save(_, _, _));
-    CardAddLogic().removeCard(check, card);
-    EXPECT_TRUE(check->getCardRecords().isEmpty());
 }
 
 } // namespace

@@ -62,15 +62,12 @@ TEST_F(BasicLoyaltySystemTest, SpreadsOverWhatIsPaidForOnLinesThatEarn)
     EXPECT_EQ(system.distributeBonusRecord(discounted, {u"1"_s, 3.01, {}, {}, 0}), (QList{first, second}));
 }
 
-TEST_F(BasicLoyaltySystemTest, CountsAndDropsEarnedPoints)
+TEST_F(BasicLoyaltySystemTest, CountsEarnedPoints)
 {
     system.bonusRecords = {{u"1"_s, 0.1, {}, {}, 1}, {u"1"_s, 0.2, {}, {}, 2}, {u"2"_s, 0.4, {}, {}, 2}};
     system.recalculatePointsForEarn();
     EXPECT_EQ(system.getPointsForEarn(), 0.7);
     EXPECT_EQ(system.calculatePointsForEarnByQualifier({}, 2), 0.6);
-    EXPECT_EQ(system.calculatePointsForEarnByQualifier(u"2"_s, 2), 0.4);
-    EXPECT_TRUE(system.removeEarnByValutCode(3));
-    EXPECT_FALSE(system.hasPointsForEarn());
 }
 
 TEST_F(BasicLoyaltySystemTest, OffersNoMorePointsThanTheCheckStillCosts)
@@ -111,13 +108,11 @@ TEST_F(BasicLoyaltySystemTest, KeepsItsDataWithTheCheckUntilTheyAreCleared)
 {
     system.setPluginData(u"lost"_s, 1); // There is no check yet.
     system.setDocument(check);
-    system.setPluginData(u"pointsForSpend"_s, 12.5);
-    system.setPluginData({{u"pointsForEarn"_s, 2}, {u"other"_s, 3}});
-    EXPECT_EQ(check->getPluginData(system.getStoreDataKey()).size(), 3);
+    system.setPluginData({{u"pointsForEarn"_s, 2}, {u"pointsForSpend"_s, 12.5}});
     Loyalty other(27);
     other.setDocument(check);
     EXPECT_FALSE(other.hasCard());
-    EXPECT_EQ(other.getPluginData(u"other"_s, u"default"_s), QVariant(u"default"_s));
+    EXPECT_EQ(other.getPluginData(u"pointsForEarn"_s, u"default"_s), QVariant(u"default"_s));
 
     Loyalty restarted(26);
     const auto restored = SaleDocument::fromMap(builder::throughJson(check->toMap()));
@@ -127,40 +122,20 @@ TEST_F(BasicLoyaltySystemTest, KeepsItsDataWithTheCheckUntilTheyAreCleared)
     EXPECT_EQ(restarted.pointsForEarn, 2);
     restarted.clearAfterClose();
     EXPECT_FALSE(restarted.hasPointsForSpend() || restarted.hasPointsForEarn() || restarted.hasCard());
-    EXPECT_EQ(restored->getPluginData(system.getStoreDataKey()).size(), 3) << "a closed check keeps what it has";
+    EXPECT_EQ(restored->getPluginData(system.getStoreDataKey()).size(), 2) << "a closed check keeps what it has";
     system.clearData();
     EXPECT_TRUE(system.getPluginData().isEmpty());
-}
-
-TEST_F(BasicLoyaltySystemTest, TakesACardNumberAsItWasEntered)
-{
-    const std::tuple<ECardNumberType, QString, QString> cases[] = {
-        {ECardNumberType::Manual, u" 2600001 "_s, u"2600001"_s},
-        {ECardNumberType::Scanned, u"2600001"_s, u"2600001"_s},
-        {ECardNumberType::Manual, u"  "_s, {}},
-        {ECardNumberType::Phone, u"79990001122"_s, {}},
-    };
-    for (const auto &[type, text, number] : cases) {
-        const auto result = system.getCardNumber({static_cast<int>(type), text});
-        EXPECT_EQ(result.cardNumber, number) << text.toStdString();
-        EXPECT_EQ(result.success, !number.isEmpty());
-        EXPECT_EQ(result.error.isEmpty(), result.success);
-    }
 }
 
 TEST_F(BasicLoyaltySystemTest, IsFoundByItsCardsWhileItIsRegistered)
 {
     const auto registry = Singleton<LoyaltySystems>::instance();
-    EXPECT_FALSE(registry->findByCard(*card));
-    EXPECT_TRUE(system.init());
-    EXPECT_FALSE(system.init());
-    EXPECT_EQ(registry->findByCard(*card), &system);
-    EXPECT_FALSE(registry->findByCard(*builder::card(u"1"_s)));
-    EXPECT_TRUE(system.deinit());
-    EXPECT_FALSE(registry->findByCard(*card));
     {
         Loyalty passing(26);
-        ASSERT_TRUE(passing.init());
+        EXPECT_TRUE(passing.init());
+        EXPECT_FALSE(passing.init());
+        EXPECT_EQ(registry->findByCard(*card), &passing);
+        EXPECT_FALSE(registry->findByCard(*builder::card(u"1"_s)));
         Singleton<LoyaltySystems>::replace({}); // It leaves the registry it has joined, whichever is current.
     }
     EXPECT_TRUE(registry->all().isEmpty());

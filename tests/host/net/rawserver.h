@@ -1,7 +1,6 @@
 // An HTTP server that can do what a correct one never does: cut, stall, trickle, hang up.
 #pragma once
 
-#include <QtCore/QThread>
 #include <QtCore/QUrl>
 #include <QtNetwork/QTcpServer>
 #include <QtNetwork/QTcpSocket>
@@ -11,6 +10,7 @@
 #include <future>
 #include <memory>
 #include <mutex>
+#include <thread>
 
 /// Listens on a free port of 127.0.0.1 and serves one connection after the other on a thread of its own.
 class RawServer
@@ -22,17 +22,9 @@ public:
     explicit RawServer(const Handler &handler) : m_handler(handler)
     {
         std::promise<int> port;
-        m_thread.reset(QThread::create([this, &port] { serve(port); }));
-        m_thread->start();
+        m_thread = std::jthread([this, &port](const std::stop_token &stop) { serve(port, stop); });
         m_port = port.get_future().get();
     }
-
-    ~RawServer()
-    {
-        m_stopping = true;
-        m_thread->wait();
-    }
-    Q_DISABLE_COPY_MOVE(RawServer)
 
     QUrl url(const QString &pathAndQuery) const
     {
@@ -65,16 +57,16 @@ public:
 private:
     static constexpr int lookMs = 10; ///< How often the end of the server is looked for.
 
-    void serve(std::promise<int> &port)
+    void serve(std::promise<int> &port, const std::stop_token &stop)
     {
         QTcpServer server;
         server.listen(QHostAddress::LocalHost);
         port.set_value(server.serverPort());
-        while (!m_stopping) {
+        while (!stop.stop_requested()) {
             if (!server.hasPendingConnections() && !server.waitForNewConnection(lookMs))
                 continue;
             const std::unique_ptr<QTcpSocket> client(server.nextPendingConnection());
-            for (bool first = true; nextRequest(*client); first = false) {
+            for (bool first = true; nextRequest(*client, stop); first = false) {
                 m_connections += first ? 1 : 0;
                 if (!m_handler(*client, static_cast<int>(requests().size())))
                     break;
@@ -82,11 +74,11 @@ private:
         }
     }
 
-    bool nextRequest(QTcpSocket &client)
+    bool nextRequest(QTcpSocket &client, const std::stop_token &stop)
     {
         QByteArray request;
         while (!isComplete(request)) {
-            if (m_stopping || client.state() != QAbstractSocket::ConnectedState)
+            if (stop.stop_requested() || client.state() != QAbstractSocket::ConnectedState)
                 return false;
             client.waitForReadyRead(lookMs);
             request += client.readAll();
@@ -105,9 +97,8 @@ private:
 
     Handler m_handler;
     int m_port = 0;
-    std::atomic<bool> m_stopping = false;
     std::atomic<int> m_connections = 0;
     mutable std::mutex m_mutex;
     QList<QByteArray> m_requests;
-    std::unique_ptr<QThread> m_thread;
+    std::jthread m_thread;
 };
