@@ -102,13 +102,4 @@ TEST(Transport, SendsAQueuedEventAsItWasStored)
     EXPECT_EQ(exchange.sentHeaders, order.headers);
 }
 
-TEST(Transport, ReadsTheResultOfAnImmediateCall)
-{
-    RestExchange exchange;
-    exchange.answer = answer(200, R"({"success": true, "result": {"earnPoints": 2.5}})");
-    EXPECT_EQ(Interface(utils::ForMock()).requestOnline({}).earnPoints(), 2.5);
-    exchange.answer = answer(400, R"({"success": false, "message": "m"})");
-    EXPECT_THROW(Interface(utils::ForMock()).requestOnline({}), RejectionException);
-}
-
 } // namespace kvo

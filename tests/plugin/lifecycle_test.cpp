@@ -5,7 +5,7 @@ namespace kvo {
 
 using Lifecycle = PluginTest;
 
-TEST_F(Lifecycle, PricingStoresPointsAndOrder)
+TEST_F(Lifecycle, PricingStoresPointsAndOrderUnlessItFails)
 {
     plugin.bonusImpacts = plugin.createBonusImpacts(card, response(R"({"redeemPoints": [{"points": 1}]})"));
     plugin.orderCreated = true;
@@ -19,17 +19,13 @@ TEST_F(Lifecycle, PricingStoresPointsAndOrder)
     EXPECT_EQ(card->getOperationId(), u"b-2");
     EXPECT_EQ(plugin.getPluginData(u"pointsForEarn"_s, {}), QVariant(3.0));
     EXPECT_FALSE(plugin.orderCreated);
-}
 
-TEST_F(Lifecycle, FailedPricingLeavesThePoints)
-{
-    plugin.pointsForSpend = 7;
     plugin.orderCreated = true;
     EXPECT_CALL(*client, calculateOrder).WillOnce(Throw(refusal));
     EXPECT_FALSE(plugin.request(document));
     EXPECT_EQ(plugin.getLastErrorString().ru(), u"отказ");
-    EXPECT_EQ(plugin.pointsForSpend, 7);
-    EXPECT_EQ(card->getOperationId(), u"basket-1");
+    EXPECT_EQ(plugin.pointsForSpend, 12.5) << "a failure leaves the points";
+    EXPECT_EQ(card->getOperationId(), u"b-2");
     EXPECT_FALSE(plugin.orderCreated);
 }
 

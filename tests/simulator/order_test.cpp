@@ -49,22 +49,6 @@ TEST_F(Orders, GoThroughTheirLifeAsPromised)
     }
 }
 
-TEST_F(Orders, BookAWholeSale)
-{
-    const Json body = order("b", {line(1, "91.00"), line(2, "50.00", {{"noDiscountAllowed", true}})});
-    const Json offered = caller.post("calculateOrder", body).result();
-    EXPECT_EQ(offered["redeemPoints"], Json::parse(R"([{"lineId": 1, "points": 45.5}])"));
-    EXPECT_EQ(offered["earnPoints"], 7.05) << "nothing is redeemed yet";
-    EXPECT_EQ(caller.balance(), "1500.00");
-
-    EXPECT_EQ(caller.post("createOrder", body).result()["earnPoints"], 4.77);
-    EXPECT_EQ(caller.balance(), "1454.50") << "reserved at once";
-    EXPECT_EQ(caller.post("postOrder", body).outcome(), "ok");
-    EXPECT_EQ(caller.balance(), "1459.27");
-    EXPECT_EQ(caller.post("bindOrderId", binding("b", "check-1")).outcome(), "ok");
-    EXPECT_EQ(caller.post("bindOrderId", binding("b", "check-2")).outcome(), "106");
-}
-
 TEST_F(Orders, GiveAReservationBackWhenTheyChange)
 {
     caller.call("createOrder", "b");
@@ -84,12 +68,15 @@ TEST_F(Orders, GiveAReservationBackWhenTheyChange)
     EXPECT_EQ(caller.balance(), "1505.50");
 }
 
-TEST_F(Orders, BelongToOneCard)
+TEST_F(Orders, BelongToOneCardAndOneCheck)
 {
     caller.call("createOrder", "b");
     EXPECT_EQ(caller.post("createOrder", order("b", {}, otherCard)).outcome(), "107");
     EXPECT_EQ(caller.post("cancelOrder", basketBody("b", otherCard)).outcome(), "107");
     EXPECT_EQ(caller.post("createOrder", order("c", {}, "1")).outcome(), "404");
+    caller.call("postOrder", "b");
+    caller.call("bindOrderId", "b");
+    EXPECT_EQ(caller.post("bindOrderId", binding("b", "another check")).outcome(), "106");
 }
 
 TEST_F(Orders, AreAudited)

@@ -20,6 +20,7 @@ public:
     void request(QNetworkAccessManager::Operation op, const QUrl &url, const QJsonDocument &payload,
                  const QHash<QString, QString> &headers) override
     {
+        calls.append(url.path().section(u'/', -1));
         sentOp = op;
         sentUrl = url;
         sentBody = payload.object();
@@ -29,6 +30,7 @@ public:
 
     http::Response answer;
     int timeout = 0;
+    QStringList calls; ///< The methods of all requests.
     QNetworkAccessManager::Operation sentOp = QNetworkAccessManager::UnknownOperation;
     QUrl sentUrl;
     QJsonObject sentBody;

@@ -1,14 +1,17 @@
-// A check with its loyalty system: what is raised when, and what a kill at any write to the disk leads to.
-#include "recordingsystem.h"
+// A check with the real plugin: what the service is asked when, and what a kill at any write to the disk leads to.
+#include "plugin/plugin.h"
 #include "tests/support/checkbuilder.h"
 #include "tests/support/fakeconfig.h"
 #include "tests/support/file.h"
 #include "tests/support/installed.h"
 #include "tests/support/json.h"
+#include "tests/support/restexchange.h"
 #include "till/checksession.h"
 #include "till/endingqueue.h"
 #include "till/journal.h"
 
+#include <cashier/savetofilelogic.h>
+#include <core/activitynotifier.h>
 #include <queue/queuedrain.h>
 
 #include <gmock/gmock.h>
@@ -47,7 +50,13 @@ public:
 class Session : public testing::Test
 {
 protected:
-    Session() { start(); }
+    Session()
+    {
+        const char *answer = R"({"success": true, "data": {"CardNumber": "777"},
+                                 "result": {"earnPoints": 1, "redeemPoints": [{"lineId": 1, "points": 10}]}})";
+        service.answer = {200, QNetworkReply::NoError, tr::Tr(u"?"_s), QJsonDocument::fromJson(answer)};
+        start();
+    }
     ~Session() override
     {
         session.reset();
@@ -59,12 +68,16 @@ protected:
     {
         session.reset();
         system.reset(); // Before its successor registers.
-        system = std::make_unique<RecordingSystem>();
+        system = std::make_unique<kvo::Plugin>();
+        system->init();
         queue = QSharedPointer<till::EndingQueue>::create();
         Singleton<DBQueueBroker>::replace(queue);
         session = std::make_unique<till::CheckSession>(*system, *queue, journal);
         return session->resume();
     }
+
+    /// What the service was asked since the last call.
+    std::string takeCalls() { return std::exchange(service.calls, {}).join(u' ').toStdString(); }
 
     /// A check with two lines and a priced card, with nothing noted yet.
     void openPriced()
@@ -74,7 +87,7 @@ protected:
         session->addGoods(builder::line(3000));
         session->addCard(ECardNumberType::Manual, u"777"_s);
         session->price();
-        system->takeCalls();
+        takeCalls();
     }
 
     /// A sale in which everything happens that writes to the disk.
@@ -91,14 +104,14 @@ protected:
 
     QList<QByteArray> booked() const { return readFile(journal.fileName()).split('\n'); }
 
-    /// What is on the queue, delivered in order: "commit BASKET".
+    /// What is on the queue, delivered in order: "postOrder BASKET".
     QStringList deliver()
     {
         QStringList sent;
         QueueDrain drain;
         drain.setHandler(u"kvo"_s, [&sent](const QJsonObject &event) {
             const QString basket = event.value(u"payload"_s).toObject().value(u"basket"_s).toString();
-            sent.append(event.value(u"url"_s).toString() + u' ' + basket);
+            sent.append(event.value(u"url"_s).toString().section(u'/', -1) + u' ' + basket);
         });
         drain.start();
         EXPECT_TRUE(drain.waitUntilDrained(30s));
@@ -108,14 +121,15 @@ protected:
 
     QTemporaryDir folder;
     FakeConfig config{{{u"Host:dataFolder"_s, folder.path()}}};
+    RestExchange service;
     Installed<SaveToFileLogic, MortalSave> disk;
     till::Journal journal{folder.filePath(u"journal.jsonl"_s)};
     QSharedPointer<till::EndingQueue> queue;
-    std::unique_ptr<RecordingSystem> system;
+    std::unique_ptr<kvo::Plugin> system;
     std::unique_ptr<till::CheckSession> session;
 };
 
-TEST_F(Session, RaisesEventsWhereATillDoes)
+TEST_F(Session, AsksTheServiceForWhatTheCheckHasBecome)
 {
     using Step = std::function<void(till::CheckSession &)>;
     const Step add = [](auto &s) { s.addGoods(builder::line(100)); };
@@ -132,19 +146,25 @@ TEST_F(Session, RaisesEventsWhereATillDoes)
         std::vector<Step> steps;
         const char *calls;
     } cases[]{
-        {"changes wait for the subtotal", {change, remove, add, subtotal}, "57 57 57 24"},
-        {"a change taken back", {remove, restore, close}, "57 237 238 commit"},
-        {"taken back after the order was updated", {add, subtotal, restore, spend}, "57 24 237 request spend"},
-        {"points are paid with", {spend, close}, "spend 238 commit"},
-        {"points come off a check that changes", {spend, change, spend}, "spend 239 request spend"},
-        {"points are spent on the check as it is", {add, subtotal, spend}, "57 24 239 request spend"},
-        {"points are on a check that is voided", {spend, giveUp}, "spend rollback"},
+        {"changes wait for the subtotal", {change, remove, add, subtotal}, "createOrder updateOrder"},
+        {"a change taken back", {change, restore, close}, "createOrder"},
+        {"taken back after the order was updated",
+         {add, subtotal, restore, spend},
+         "createOrder updateOrder cancelOrder calculateOrder createOrder"},
+        {"points are paid with", {spend, close}, "createOrder"},
+        {"points come off a check that changes",
+         {spend, change, spend},
+         "createOrder cancelOrder calculateOrder createOrder"},
+        {"points are spent on the check as it is",
+         {add, subtotal, spend},
+         "createOrder updateOrder cancelOrder calculateOrder createOrder"},
+        {"points are on a check that is voided", {spend, giveUp}, "createOrder"},
     };
     for (const auto &[name, steps, calls] : cases) {
         openPriced();
         for (const Step &step : steps)
             step(*session);
-        EXPECT_EQ(system->takeCalls(), calls) << name;
+        EXPECT_EQ(takeCalls(), calls) << name;
         if (session->isOpen())
             session->voidCheck();
     }
@@ -157,7 +177,7 @@ TEST_F(Session, DropsAnOrderThatWasPerhapsCreatedWhenTheTillWasKilled)
         disk->killBefore = disk->count + save;
         EXPECT_THROW(session->spend(), Killed);
         start();
-        EXPECT_EQ(system->takeCalls(), "239 request");
+        EXPECT_EQ(takeCalls(), "createOrder cancelOrder calculateOrder");
         EXPECT_EQ(session->result().spent(), Money());
         session->voidCheck();
     }
@@ -203,7 +223,8 @@ TEST_F(Session, IsKilledAtAnyWriteAndEndsWithTheSameBooks)
         if (kill == 1)
             continue;
         const QString basket = json(lines[lines.size() - 2]).value(u"basket"_s).toString();
-        EXPECT_EQ(sent, basket.isEmpty() ? QStringList() : QStringList(u"commit "_s + basket));
+        EXPECT_EQ(sent, basket.isEmpty() ? QStringList()
+                                         : QStringList({u"postOrder "_s + basket, u"bindOrderId "_s + basket}));
     }
 }
 

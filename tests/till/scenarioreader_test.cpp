@@ -52,18 +52,14 @@ TEST_F(ScenarioReader, NamesFileAndPathOfWhatItRefuses)
         const char *complaint;
     } cases[]{
         {"{\n\"checks\": [}", "sale.json: строка 2: не JSON"},
-        {"[]", "sale.json: /: нужен объект"},
         {"{}", "sale.json: /: нет обязательного ключа \"checks\""},
         {R"({"checks": [{"steps": [], "expects": {}}]})", "sale.json: /checks/0/expects: неизвестный ключ"},
-        {R"({"checks": [{"steps": [], "continue": "yes"}]})", "sale.json: /checks/0/continue: нужно true или false"},
         {withGoods(R"({"barcode": "1", "name": "A"})"), "/checks/0/goods/0: нет обязательного ключа \"price\""},
         {withGoods(goods + R"(, "quantity": 0})"), "/checks/0/goods/0/quantity: нужно количество"},
-        {withGoods(goods + R"(, "labels": ["NOSPEND", ""]})"), "/checks/0/goods/0/labels/1: строка не может"},
         {withSteps(R"("close", "spend")"), "/checks/0/steps/1: чек уже закрыт"},
         {withSteps(R"("clse")"), "/checks/0/steps/0: \"clse\" не подходит"},
         {withSteps(R"({"card": "1", "phone": "2"})"), "/checks/0/steps/0: нужен ровно один ключ"},
         {withSteps(R"({"change": {"line": 1}})"), "/checks/0/steps/0/change: нужно \"quantity\" или \"price\""},
-        {withSteps(R"({"remove": 1.5})"), "/checks/0/steps/0/remove: нужно целое число"},
         {R"({"checks": [{"steps": [], "answers": {"dialogs": ["later"]}}]})", "/checks/0/answers/dialogs/0: \"later\""},
     };
     for (const auto &[json, expected] : cases)

@@ -8,15 +8,6 @@
 #include <latch>
 #include <thread>
 
-struct Inner
-{
-};
-
-struct Outer
-{
-    QSharedPointer<Inner> inner = Singleton<Inner>::instance();
-};
-
 struct Counted
 {
     static inline std::atomic<int> made = 0;
@@ -27,11 +18,6 @@ struct Counted
             std::this_thread::yield(); // So that the others come while it is being made.
     }
 };
-
-TEST(Registry, CreatorsMayUseIt)
-{
-    EXPECT_EQ(Singleton<Outer>::instance()->inner, Singleton<Inner>::instance());
-}
 
 TEST(Registry, ManyThreadsGetOneObject)
 {
