@@ -1,8 +1,8 @@
-// Settings, queries, messages and orders: what goes over the wire and what is read from the answer.
+// Settings, the form of a stored request, and the judgement of answers: what is an error, what is only logged, what may
+// be sent again.
 #include "client/interface.h"
-#include "tests/support/checkbuilder.h"
-#include "tests/support/fakeconfig.h"
 #include "tests/support/json.h"
+#include "tests/support/logfile.h"
 #include "tests/support/printqt.h"
 #include "tests/support/restexchange.h"
 
@@ -16,30 +16,62 @@ namespace kvo {
 
 namespace {
 
+enum class Outcome { Good, Logged, Failed, Rejected };
+
 struct OpenInterface : Interface
 {
     using Interface::headers;
     using Interface::timeout;
 };
 
-class ServiceCalls : public testing::Test
+struct Judgement
 {
-protected:
-    void answerWith(const char *body)
-    {
-        exchange.answer = {200, QNetworkReply::NoError, tr::Tr(u"?"_s), QJsonDocument::fromJson(body)};
-    }
-
-    FakeConfig config{{{u"Kvo:brand"_s, u"B"_s},
-                       {u"Kvo:verificationBrand"_s, u"V"_s},
-                       {u"Kvo:onlineStore"_s, u"S"_s},
-                       {u"Kvo:terminal"_s, u"T"_s},
-                       {u"Kvo:path"_s, u"/api"_s}}};
-    RestExchange exchange;
-    OpenInterface client;
-    QSharedPointer<SaleDocument> document = builder::check({});
-    QSharedPointer<DocumentCardRecord> card = builder::card(u"2000"_s);
+    const char *name;
+    int status;
+    const char *body;
+    Outcome now;
+    Outcome fromQueue;
+    QString text = {};
+    QNetworkReply::NetworkError error = QNetworkReply::NoError;
 };
+
+const Judgement judgements[] = {
+    {"success", 200, R"({"success": true, "data": {}})", Outcome::Good, Outcome::Good},
+    {"nothing to judge", 500, R"({"data": 1})", Outcome::Good, Outcome::Good},
+    {"no JSON", 200, "", Outcome::Good, Outcome::Good},
+    {"error code zero", 200, R"({"error": {"errorCode": 0}})", Outcome::Good, Outcome::Good},
+    {"error code", 200, R"({"success": true, "error": {"errorCode": 5, "description": "x"}})", Outcome::Rejected,
+     Outcome::Rejected, u"x"_s},
+    {"refused 200", 200, R"({"success": false, "message": "m"})", Outcome::Rejected, Outcome::Logged, u"m"_s},
+    {"refused 400", 400, R"({"success": false, "message": "m"})", Outcome::Rejected, Outcome::Logged, u"m"_s},
+    {"refused 404", 404, R"({"success": false, "message": "m"})", Outcome::Rejected, Outcome::Rejected, u"m"_s},
+    {"refused 500", 500, R"({"success": false, "message": "m"})", Outcome::Failed, Outcome::Logged, u"m"_s},
+    {"refused 503", 503, R"({"success": false, "message": "m"})", Outcome::Failed, Outcome::Failed, u"m"_s},
+    {"wrong password", 401, R"({"success": false, "message": "m"})", Outcome::Failed, Outcome::Failed, u"m"_s},
+    {"refused without a text", 404, R"({"success": false})", Outcome::Rejected, Outcome::Rejected, u"нет ответа"_s},
+    {"success as text", 404, R"({"success": "true"})", Outcome::Rejected, Outcome::Rejected, u"нет ответа"_s},
+    {"refusal wins over error", 404,
+     R"({"success": false, "message": "m", "error": {"errorCode": 5, "description": "x"}})", Outcome::Rejected,
+     Outcome::Rejected, u"m"_s},
+    {"no connection", 0, "", Outcome::Failed, Outcome::Failed, u"нет ответа"_s, QNetworkReply::ConnectionRefusedError},
+    {"cut after the status", 200, "", Outcome::Failed, Outcome::Failed, u"нет ответа"_s,
+     QNetworkReply::RemoteHostClosedError},
+};
+
+Outcome judge(const Judgement &judgement, bool logOnly, LogFile &log)
+{
+    const http::Response answer(judgement.status, judgement.error, tr::Tr(u"нет ответа"_s),
+                                QJsonDocument::fromJson(judgement.body));
+    try {
+        Interface(utils::ForMock()).checkForError(answer, logOnly);
+    } catch (const BasicException &error) {
+        EXPECT_EQ(error.text().ru(), judgement.text);
+        return dynamic_cast<const RejectionException *>(&error) ? Outcome::Rejected : Outcome::Failed;
+    }
+    const QString logged = log.take();
+    EXPECT_TRUE(logged.isEmpty() || logged.contains(judgement.text)) << logged.toStdString();
+    return logged.isEmpty() ? Outcome::Good : Outcome::Logged;
+}
 
 } // namespace
 
@@ -74,54 +106,35 @@ TEST(Settings, GiveAddressesTimeoutAndCredentials)
     }
 }
 
-TEST_F(ServiceCalls, QueriesEncodeTheirValues)
+TEST(Transport, JudgesAnswers)
 {
-    answerWith(R"({"success": true, "data": {"CustAccount": "7"}})");
-    EXPECT_EQ(client.searchCustomer(u"+79001234567"_s, ECardNumberType::Phone), json(R"({"CustAccount": "7"})"));
-    EXPECT_EQ(exchange.sentOp, QNetworkAccessManager::GetOperation);
-    EXPECT_EQ(exchange.sentUrl.toString(QUrl::FullyEncoded),
-              u"http://localhost/api/searchCustomer?Brand=B&Phone=%2B79001234567");
-    EXPECT_EQ(exchange.sentHeaders, client.headers);
-    client.searchCustomer(u"50% a&b"_s, ECardNumberType::Scanned);
-    EXPECT_EQ(exchange.sentUrl.query(QUrl::FullyEncoded), u"Brand=B&CardNumber=50%25%20a%26b");
-    client.loyaltyBonusInfo(QString(), u"7"_s);
-    EXPECT_EQ(exchange.sentUrl.toString(),
-              u"http://localhost/api/loyaltyBalanceInfo?Brand=B&CardNumber=&CustAccountNum=7");
-    answerWith(R"({"success": true, "data": [1]})");
-    EXPECT_EQ(client.loyaltyBonusInfo(QString(), u"7"_s), 0);
+    LogFile log;
+    for (const Judgement &judgement : judgements) {
+        SCOPED_TRACE(judgement.name);
+        EXPECT_EQ(judge(judgement, false, log), judgement.now);
+        EXPECT_EQ(judge(judgement, true, log), judgement.fromQueue);
+    }
 }
 
-TEST_F(ServiceCalls, MessagesGoOutUnderTheLoyaltyBrand)
+// What one run of the till stores, a later one must send.
+TEST(Transport, SendsAQueuedEventAsItWasStored)
 {
-    answerWith(R"({"success": true})");
-    client.verification(u"код 1234"_s, u"+7900"_s);
-    EXPECT_EQ(exchange.sentBody, json(R"({"brand": "B", "phone": "+7900", "text": "код 1234", "channel": "sms"})"));
-}
-
-TEST_F(ServiceCalls, OrdersAreKeptOnTheCardOnceAccepted)
-{
-    answerWith(R"({"success": true, "result": {"redeemPoints": [{"points": 10}, {"points": 2.5}, {}, 7]}})");
-    const Response response = client.createOrder(document, card, true);
-    EXPECT_EQ(response.basket, exchange.sentBody.value("basket"_L1).toString());
-    EXPECT_EQ(response.basket.size(), 36);
-    EXPECT_EQ(response.redeemPointsAmount(), 12.5);
-    EXPECT_TRUE(card->getOperationId().isEmpty());
-    const QJsonDocument accepted = client.postOrderRequest(card).payload;
-    EXPECT_EQ(accepted.object(), exchange.sentBody);
-
-    answerWith(R"({"success": false})");
-    EXPECT_THROW(client.calculateOrder(document, card), BasicException);
-    EXPECT_EQ(client.postOrderRequest(card).payload, accepted);
-}
-
-TEST_F(ServiceCalls, BindingAndCancellationNameTheOrder)
-{
-    card->setOperationId(u"basket-1"_s);
-    QJsonObject expected = json(R"({"brand": "B", "cardNumber": "2000", "onlineStore": "S", "basket": "basket-1",
-                                    "terminal": "T"})");
-    EXPECT_EQ(client.cancelOrderRequest(document, card).payload.object(), expected);
-    expected.insert("orderID"_L1, document->getIdentifier());
-    EXPECT_EQ(client.bindOrderIdRequest(document, card).payload.object(), expected);
+    const FakeConfig config({{u"Kvo:timeout"_s, 1234}});
+    RestExchange exchange;
+    exchange.answer = RestExchange::response(400, R"({"success": false, "message": "m"})");
+    const Request order{QNetworkAccessManager::PostOperation,
+                        QUrl(u"http://h/postOrder?q=%2B7%20a&name=Ёж"_s),
+                        {{u"A"_s, u"b"_s}},
+                        QJsonDocument(json(R"({"basket": "1", "lines": [{"isSale": true}]})"))};
+    const QJsonObject stored = json(R"({"op": 4, "url": "http://h/postOrder?q=%2B7%20a&name=%D0%81%D0%B6",
+        "headers": {"A": "b"}, "payload": {"basket": "1", "lines": [{"isSale": true}]}})");
+    EXPECT_EQ(order.toQueueEvent(), stored);
+    Interface().requestFromQueue(stored);
+    EXPECT_EQ(exchange.timeout, 1234);
+    EXPECT_EQ(exchange.sentOp, order.op);
+    EXPECT_EQ(exchange.sentUrl, order.url);
+    EXPECT_EQ(exchange.bodies.last(), order.payload.object());
+    EXPECT_EQ(exchange.sentHeaders, order.headers);
 }
 
 } // namespace kvo

@@ -1,5 +1,4 @@
 // Plugin data on its way through the disk: plain maps and lists there, equal values after the restart.
-#include "metatypes/metatypes.h"
 #include "plugin/plugin.h"
 #include "tests/support/checkbuilder.h"
 #include "tests/support/fakeconfig.h"
@@ -59,18 +58,6 @@ TEST(MetaTypes, PluginDataSurvivesARestart)
     EXPECT_EQ(after.bonusImpacts[0]->toMap(), before.bonusImpacts[0]->toMap());
     EXPECT_EQ(after.bonusImpacts[0]->getDetails()[0]->getDiscountSum(), 12.34);
     EXPECT_EQ(after.bonusImpacts[0]->getCardRecord(), restored->getCardRecords()[0]);
-}
-
-TEST(MetaTypes, AreKnownByNameAndAsPlainValues)
-{
-    registerMetaTypes();
-    EXPECT_EQ(QMetaType::fromName("Event"), QMetaType::fromType<Event>());
-    EXPECT_EQ(QMetaType::fromName("DocumentBonusRecord"), QMetaType::fromType<DocumentBonusRecord>());
-    EXPECT_EQ(QMetaType::fromName("BonusImpactPtrList"), QMetaType::fromType<BonusImpactPtrList>());
-    const QSharedPointer<AbstractDocument> document = builder::check({});
-    EXPECT_EQ(QVariant::fromValue(document).value<QObject *>(), document.get());
-    const QVariantList records = QVariant::fromValue(QList<DocumentBonusRecord>(2)).toList();
-    EXPECT_TRUE(records.value(1).toMap().contains(u"cardNumber"_s));
 }
 
 } // namespace kvo

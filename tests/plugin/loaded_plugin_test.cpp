@@ -65,8 +65,7 @@ TEST_F(LoadedPlugin, SharesSingletonsAndMocksWithTheHost)
     BasicLoyaltySystem *plugin = system();
     ASSERT_TRUE(plugin);
     RestExchange exchange;
-    exchange.answer = {200, QNetworkReply::NoError, tr::Tr(u"?"_s),
-                       QJsonDocument::fromJson(R"({"success": true, "data": {"CardNumber": "2000"}})")};
+    exchange.answer = RestExchange::response(200, R"({"success": true, "data": {"CardNumber": "2000"}})");
 
     const auto found = plugin->getCardNumber({static_cast<int>(ECardNumberType::Phone), u"+7900"_s});
 

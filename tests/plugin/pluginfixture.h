@@ -1,4 +1,4 @@
-// The plugin with its collaborators replaced: the service client, the cashier, the queue and the disk.
+// The plugin with its client; replaced are the wire, the cashier, the queue and the disk.
 #pragma once
 
 #include "plugin/plugin.h"
@@ -7,6 +7,7 @@
 #include "tests/support/installed.h"
 #include "tests/support/json.h"
 #include "tests/support/printqt.h"
+#include "tests/support/restexchange.h"
 
 #include <cashier/dialog.h>
 #include <cashier/savetofilelogic.h>
@@ -26,19 +27,6 @@ using testing::Throw;
 
 using DocumentPtr = QSharedPointer<AbstractDocument>;
 using CardPtr = QSharedPointer<DocumentCardRecord>;
-
-class MockInterface : public Interface
-{
-public:
-    MockInterface() : Interface(utils::ForMock()) {}
-    MOCK_METHOD(QJsonObject, searchCustomer, (const QString &, ECardNumberType), (const, override));
-    MOCK_METHOD(QJsonObject, cardInfo, (const QString &, const QString &), (const, override));
-    MOCK_METHOD(double, loyaltyBonusInfo, (const QString &, const QString &), (const, override));
-    MOCK_METHOD(Response, calculateOrder, (const DocumentPtr &, const CardPtr &), (const, override));
-    MOCK_METHOD(Response, createOrder, (const DocumentPtr &, const CardPtr &, bool), (const, override));
-    MOCK_METHOD(void, verification, (const QString &, const QString &), (const, override));
-    MOCK_METHOD(Response, requestOnline, (const Request &), (const, override));
-};
 
 class MockDialog : public Dialog
 {
@@ -74,7 +62,6 @@ public:
     using Plugin::interface;
     using Plugin::orderCreated;
     using Plugin::pendingUpdate;
-    using Plugin::Plugin;
     using Plugin::pointsForEarn;
     using Plugin::pointsForSpend;
 };
@@ -85,12 +72,12 @@ class PluginTest : public testing::Test
 protected:
     PluginTest()
     {
-        plugin.interface = client;
         Singleton<DBQueueBroker>::replace(queue);
         ON_CALL(*queue, push).WillByDefault([this](const auto &owner, const auto &event, const auto &key) {
             EXPECT_EQ(owner, u"kvo");
             EXPECT_TRUE(key.isNull());
             queued.append(event.value("url"_L1).toString().section(u'/', -1));
+            queuedBodies.append(event.value("payload"_L1).toObject());
         });
         card->setOperationId(u"basket-1"_s);
         document->addCard(card);
@@ -98,11 +85,9 @@ protected:
     }
     ~PluginTest() override { Singleton<DBQueueBroker>::replace({}); }
 
-    static Response response(const char *result, const QString &basket = u"basket-1"_s)
+    void serviceAnswers(const QByteArray &result)
     {
-        Response answer(json(result));
-        answer.basket = basket;
-        return answer;
+        service.answer = RestExchange::response(200, R"({"success": true, "result": )" + result + "}");
     }
 
     /// The cashier has the attempt repeated this many times.
@@ -120,17 +105,24 @@ protected:
         plugin.handleEvent(Event(code, {{u"document"_s, QVariant::fromValue(DocumentPtr(document))}}));
     }
 
+    /// What binding and cancellation name the order by.
+    const QJsonObject orderReference = json(R"({"brand": "B", "cardNumber": "2000", "onlineStore": "S",
+                                                "basket": "basket-1", "terminal": "T"})");
     const QString createError = u"Ошибка при создании заказа.\nПовторить или удалить карту из чека?"_s;
-    const BasicException refusal{u"отказ"_s};
 
-    QSharedPointer<NiceMock<MockInterface>> client = QSharedPointer<NiceMock<MockInterface>>::create();
+    FakeConfig config{{{u"Kvo:brand"_s, u"B"_s},
+                       {u"Kvo:verificationBrand"_s, u"V"_s},
+                       {u"Kvo:onlineStore"_s, u"S"_s},
+                       {u"Kvo:terminal"_s, u"T"_s}}};
+    RestExchange service;
     QSharedPointer<NiceMock<MockQueue>> queue = QSharedPointer<NiceMock<MockQueue>>::create();
     Installed<Dialog, testing::StrictMock<MockDialog>> dialog;
     Installed<VerificationLogic, testing::StrictMock<MockVerificationLogic>> verificationLogic;
     Installed<SaveToFileLogic, NiceMock<MockSaveToFileLogic>> saveToFile;
     QStringList queued; ///< The methods of the events on the queue.
+    QList<QJsonObject> queuedBodies;
     QSharedPointer<SaleDocument> document = builder::check({6000, 4000});
-    OpenPlugin plugin{utils::ForMock()};
+    OpenPlugin plugin;
     CardPtr card = builder::card(u"2000"_s, plugin.getLoyaltySystemCode());
 };
 

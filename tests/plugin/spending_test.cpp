@@ -13,14 +13,13 @@ TEST_F(Spending, TurnsRedeemedPointsIntoDiscounts)
     LogFile log;
     plugin.pointsForSpend = 150;
     card->setCodeInternal(4);
-    EXPECT_CALL(*client, createOrder(DocumentPtr(document), card, false))
-        .WillOnce(Return(response(R"({"earnPoints": 10.01, "redeemPoints":
-            [{"lineId": 1, "points": 12.5}, {"lineId": 2, "points": 0.005}, {"points": 0.0051}, "text"]})",
-                                  u"basket-2"_s)));
+    serviceAnswers(R"({"earnPoints": 10.01, "redeemPoints":
+                       [{"lineId": 1, "points": 12.5}, {"lineId": 2, "points": 0.005}, {"points": 0.0051}, "text"]})");
     EXPECT_TRUE(plugin.spendPoints());
 
     EXPECT_TRUE(plugin.orderCreated);
-    EXPECT_EQ(card->getOperationId(), u"basket-2");
+    EXPECT_EQ(service.calls, QStringList{u"createOrder"_s});
+    EXPECT_FALSE(service.bodies[0].value("orderLines"_L1)[0]["noDiscountAllowed"_L1].toBool());
     EXPECT_EQ(plugin.getPluginData(u"bonusImpacts"_s, {}).value<BonusImpactPtrList>(), plugin.bonusImpacts);
     EXPECT_TRUE(log.take().contains(u"Создание оплаты бонусами в виде скидки на сумму 150.00, по карте 2000"_s));
     ASSERT_EQ(plugin.bonusImpacts.size(), 2);
@@ -46,7 +45,7 @@ TEST_F(Spending, TurnsRedeemedPointsIntoDiscounts)
 TEST_F(Spending, LeavesPointsToEarnOnTheLines)
 {
     Singleton<Session>::instance()->setUser(QSharedPointer<User>::create(17, u"Анна"_s));
-    plugin.createBonusRecords(card, response(R"({"earnPoints": 10.01})"));
+    plugin.createBonusRecords(card, Response(json(R"({"earnPoints": 10.01})")));
     Singleton<Session>::replace({});
     EXPECT_EQ(plugin.bonusRecords.size(), 2);
     EXPECT_EQ(plugin.bonusRecords[0].cardNumber, u"2000");
@@ -58,12 +57,11 @@ TEST_F(Spending, LeavesPointsToEarnOnTheLines)
 
 TEST_F(Spending, ARetrySendsAFreshCode)
 {
-    const FakeConfig config({{u"Kvo:verificationLimit"_s, 0.0}, {u"Kvo:verificationCodeLength"_s, 12}});
+    const FakeConfig settings({{u"Kvo:verificationLimit"_s, 0.0}, {u"Kvo:verificationCodeLength"_s, 12}});
     const auto holder = QSharedPointer<::Client>::create();
     holder->setPhoneNumber(u"+79001234567"_s);
     card->getCard()->setClient(holder);
     QStringList codes;
-    EXPECT_CALL(*client, verification(_, u"+79001234567"_s)).Times(3);
     EXPECT_CALL(*verificationLogic, verify(_, tr::Tr(), 0))
         .Times(3)
         .WillRepeatedly([&](const QString &code, const auto &, int) {
@@ -71,11 +69,15 @@ TEST_F(Spending, ARetrySendsAFreshCode)
             if (codes.size() == 1)
                 throw BasicException(u"неверный код"_s);
         });
-    EXPECT_CALL(*client, createOrder).WillOnce(Throw(refusal)).WillOnce(Return(response("{}")));
+    service.failures = {u"createOrder"_s};
     expectRetries(createError, 2);
-
     EXPECT_TRUE(plugin.spendPoints());
+    EXPECT_EQ(service.calls, (QStringList{u"send"_s, u"send"_s, u"createOrder"_s, u"send"_s, u"createOrder"_s}));
     EXPECT_EQ(QSet<QString>(codes.cbegin(), codes.cend()).size(), 3);
+    EXPECT_EQ(service.bodies[0], (QJsonObject{{u"brand"_s, u"B"_s},
+                                              {u"phone"_s, u"+79001234567"_s},
+                                              {u"text"_s, u"Ваш код подтверждения: "_s + codes[0]},
+                                              {u"channel"_s, u"sms"_s}}));
 }
 
 TEST_F(Spending, TheConfiguredAmountNeedsConfirmation)
@@ -84,25 +86,22 @@ TEST_F(Spending, TheConfiguredAmountNeedsConfirmation)
     {
         QVariantHash settings;
         double amount;
-        bool confirmed;
+        int codes;
     } cases[] = {
-        {{}, 1e9, false},
-        {{{u"Kvo:verificationLimit"_s, -0.01}}, 1, false},
-        {{{u"Kvo:verificationLimit"_s, 0.0}}, 0, true},
-        {{{u"Kvo:verificationLimit"_s, 100.0}}, 99.99, false},
-        {{{u"Kvo:verificationLimit"_s, 100.0}}, 100, true},
-        {{{u"Kvo:verificationLimit"_s, 0.0}, {u"Kvo:verificationCodeLength"_s, 0}}, 1, false},
+        {{}, 1e9, 0},
+        {{{u"Kvo:verificationLimit"_s, -0.01}}, 1, 0},
+        {{{u"Kvo:verificationLimit"_s, 0.0}}, 0, 1},
+        {{{u"Kvo:verificationLimit"_s, 100.0}}, 99.99, 0},
+        {{{u"Kvo:verificationLimit"_s, 100.0}}, 100, 1},
+        {{{u"Kvo:verificationLimit"_s, 0.0}, {u"Kvo:verificationCodeLength"_s, 0}}, 1, 0},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(&c - cases);
-        const FakeConfig config(c.settings);
-        QString text;
-        QString code;
-        EXPECT_CALL(*client, verification).Times(c.confirmed ? 1 : 0).WillRepeatedly(testing::SaveArg<0>(&text));
-        EXPECT_CALL(*verificationLogic, verify).Times(c.confirmed ? 1 : 0).WillRepeatedly(testing::SaveArg<0>(&code));
+        const FakeConfig settings(c.settings);
+        service.calls.clear();
+        EXPECT_CALL(*verificationLogic, verify).Times(c.codes);
         plugin.verification(c.amount);
-        EXPECT_EQ(text, c.confirmed ? u"Ваш код подтверждения: "_s + code : QString());
-        testing::Mock::VerifyAndClearExpectations(client.get());
+        EXPECT_EQ(service.calls, QStringList(c.codes, u"send"_s));
         testing::Mock::VerifyAndClearExpectations(&*verificationLogic);
     }
 }

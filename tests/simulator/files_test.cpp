@@ -25,8 +25,6 @@ TEST_F(Files, NameThePlaceOfAMistake)
 {
     const Json customer = Json::parse(R"({"CustAccount": "C-9", "LastName": "Орлов", "FirstName": "Пётр",
         "Phone": "+79112223344", "Cards": ["1"], "Balance": "10.50", "Tiers": [{"Name": "A", "Discount": 4}]})");
-    const Json check = Json::parse(R"({"check": "A", "outcome": "closed", "card": "7", "basket": "a", "spent": "10.00",
-        "earned": "2.43", "lines": [{"lineId": 1, "amount": "91.00", "spent": "10.00"}]})");
     const auto names = [](const char *place, const char *field) {
         return ThrowsMessage<std::runtime_error>(AllOf(HasSubstr(place), HasSubstr(field)));
     };
@@ -41,14 +39,7 @@ TEST_F(Files, NameThePlaceOfAMistake)
         wrong.merge_patch(Json::parse(patch));
         EXPECT_THAT([&] { readCustomerFile(written(Json{wrong}.dump())); }, names("input.json: ", field));
     }
-    const std::pair<const char *, const char *> checks[] = {
-        {R"({"outcome": "sold"})", "outcome"}, {R"({"spent": 10})", "spent"}, {R"({"lines": [1]})", "lines[0]"}};
-    for (const auto &[patch, field] : checks) {
-        Json wrong = check;
-        wrong.merge_patch(Json::parse(patch));
-        EXPECT_THAT([&] { readJournal(written(check.dump() + '\n' + wrong.dump())); }, names("input.json:2: ", field));
-    }
-    EXPECT_THAT([&] { readJournal(written("{")); }, names("input.json:1: ", "parse error"));
+    EXPECT_THAT([&] { readJournal(written("{}\n{")); }, names("input.json:1: ", "check"));
 }
 
 TEST_F(Files, TellAGoodLedgerFromABadOneAndFromAForeignFile)

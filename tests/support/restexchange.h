@@ -6,7 +6,7 @@
 
 #include <QtCore/QJsonObject>
 
-/// Answers every request with `answer` and keeps what was sent last.
+/// Answers every request and keeps what was sent.
 class RestExchange : public RestClient
 {
 public:
@@ -16,23 +16,35 @@ public:
     }
     ~RestExchange() override { MockFactory<RestClient>::clear(); }
 
+    static http::Response response(int status, const QByteArray &json)
+    {
+        return {status, QNetworkReply::NoError, tr::Tr(QStringLiteral("?")), QJsonDocument::fromJson(json)};
+    }
+
     void setTimeout(int milliseconds) override { timeout = milliseconds; }
     void request(QNetworkAccessManager::Operation op, const QUrl &url, const QJsonDocument &payload,
                  const QHash<QString, QString> &headers) override
     {
-        calls.append(url.path().section(u'/', -1));
+        calls.append(url.toString(QUrl::FullyEncoded).section(u'/', -1));
+        bodies.append(payload.object());
         sentOp = op;
         sentUrl = url;
-        sentBody = payload.object();
         sentHeaders = headers;
     }
-    http::Response response() const override { return answer; }
+    http::Response response() const override
+    {
+        const QString method = calls.last().section(u'?', 0, 0);
+        return failures.removeOne(method) ? response(500, R"({"success": false, "message": "отказ"})")
+                                          : answers.value(method, answer);
+    }
 
-    http::Response answer;
+    http::Response answer = response(200, R"({"success": true})");
+    QHash<QString, http::Response> answers; ///< To methods with an answer of their own.
+    mutable QStringList failures;           ///< Methods that are refused, once for each entry.
+    QStringList calls;                      ///< What was asked: "cardInfo?Brand=B&..." or "createOrder".
+    QList<QJsonObject> bodies;
     int timeout = 0;
-    QStringList calls; ///< The methods of all requests.
-    QNetworkAccessManager::Operation sentOp = QNetworkAccessManager::UnknownOperation;
+    QNetworkAccessManager::Operation sentOp = QNetworkAccessManager::UnknownOperation; ///< Of the last request.
     QUrl sentUrl;
-    QJsonObject sentBody;
     QHash<QString, QString> sentHeaders;
 };

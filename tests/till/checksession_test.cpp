@@ -52,9 +52,8 @@ class Session : public testing::Test
 protected:
     Session()
     {
-        const char *answer = R"({"success": true, "data": {"CardNumber": "777"},
-                                 "result": {"earnPoints": 1, "redeemPoints": [{"lineId": 1, "points": 10}]}})";
-        service.answer = {200, QNetworkReply::NoError, tr::Tr(u"?"_s), QJsonDocument::fromJson(answer)};
+        service.answer = RestExchange::response(200, R"({"success": true, "data": {"CardNumber": "777"},
+            "result": {"earnPoints": 1, "redeemPoints": [{"lineId": 1, "points": 10}]}})");
         start();
     }
     ~Session() override

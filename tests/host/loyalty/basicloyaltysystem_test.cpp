@@ -1,9 +1,7 @@
-// What every loyalty system inherits: points that add up, the card it answers for, its data with the check, and a
-// registry that never keeps a system that is gone.
+// What every loyalty system inherits: points that add up, the card it answers for, and its data with the check.
 #include "tests/support/checkbuilder.h"
 
-#include <core/singleton.h>
-#include <loyalty/loyaltysystems.h>
+#include <loyalty/basicloyaltysystem.h>
 
 #include <gtest/gtest.h>
 
@@ -25,7 +23,6 @@ class BasicLoyaltySystemTest : public testing::Test
 {
 protected:
     BasicLoyaltySystemTest() { check->addCard(card); }
-    ~BasicLoyaltySystemTest() override { Singleton<LoyaltySystems>::replace({}); }
 
     QSharedPointer<SaleDocument> check = builder::check({10000, 5000});
     QSharedPointer<DocumentCardRecord> card = builder::card(u"1"_s, 26);
@@ -95,7 +92,7 @@ TEST_F(BasicLoyaltySystemTest, SpendsPointsAsADiscountThatFitsTheCheck)
     EXPECT_EQ(system.getBonusImpactsForSpend().first()->getTotals()->getDiscountSum(), 0.3);
 }
 
-TEST_F(BasicLoyaltySystemTest, KeepsItsDataWithTheCheckUntilTheyAreCleared)
+TEST_F(BasicLoyaltySystemTest, KeepsItsDataWithTheCheckUntilItIsClosed)
 {
     system.setPluginData(u"lost"_s, 1); // There is no check yet.
     system.setDocument(check);
@@ -105,31 +102,12 @@ TEST_F(BasicLoyaltySystemTest, KeepsItsDataWithTheCheckUntilTheyAreCleared)
     EXPECT_FALSE(other.hasCard());
     EXPECT_EQ(other.getPluginData(u"pointsForEarn"_s, u"default"_s), QVariant(u"default"_s));
 
-    Loyalty restarted(26);
-    const auto restored = SaleDocument::fromMap(builder::throughJson(check->toMap()));
-    restarted.setDocument(restored);
-    restarted.restoreLoyaltySystem();
-    EXPECT_EQ(restarted.pointsForSpend, 12.5);
-    EXPECT_EQ(restarted.pointsForEarn, 2);
-    restarted.clearAfterClose();
-    EXPECT_FALSE(restarted.hasPointsForSpend() || restarted.hasPointsForEarn() || restarted.hasCard());
-    EXPECT_EQ(restored->getPluginData(system.getStoreDataKey()).size(), 2) << "a closed check keeps what it has";
-    system.clearData();
-    EXPECT_TRUE(system.getPluginData().isEmpty());
-}
-
-TEST_F(BasicLoyaltySystemTest, IsFoundByItsCardsWhileItIsRegistered)
-{
-    const auto registry = Singleton<LoyaltySystems>::instance();
-    {
-        Loyalty passing(26);
-        EXPECT_TRUE(passing.init());
-        EXPECT_FALSE(passing.init());
-        EXPECT_EQ(registry->findByCard(*card), &passing);
-        EXPECT_FALSE(registry->findByCard(*builder::card(u"1"_s)));
-        Singleton<LoyaltySystems>::replace({}); // It leaves the registry it has joined, whichever is current.
-    }
-    EXPECT_TRUE(registry->all().isEmpty());
+    system.restoreLoyaltySystem();
+    EXPECT_EQ(system.pointsForSpend, 12.5);
+    EXPECT_EQ(system.pointsForEarn, 2);
+    system.clearAfterClose();
+    EXPECT_FALSE(system.hasPointsForSpend() || system.hasPointsForEarn() || system.hasCard());
+    EXPECT_EQ(check->getPluginData(system.getStoreDataKey()).size(), 2) << "a closed check keeps what it has";
 }
 
 } // namespace
