@@ -8,7 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QTemporaryDir>
 
@@ -34,11 +33,9 @@ TEST(QueueCommand, ListsShowsAndDiscardsWithoutSecrets)
     EXPECT_EQ(QJsonDocument::fromJson(shown.toUtf8()).object().value("event"_L1)["payload"_L1]["basket"_L1], u"b-1"_s);
     EXPECT_FALSE(shown.contains(u"c2VjcmV0"_s) || shown.contains(u"79001234"_s)) << shown.toStdString();
 
-    EXPECT_THROW(answer({.action = Action::Retry, .id = 1}), BasicException);
     EXPECT_THROW(answer({.action = Action::Discard, .id = 1}), BasicException);
     answer({.action = Action::Discard, .id = 1, .reason = u"чек отменён"_s});
-    const QJsonArray entries =
-        QJsonDocument::fromJson(answer({.json = true}).toUtf8()).object().value("entries"_L1).toArray();
-    EXPECT_EQ(entries[0].toObject().value("state"_L1), u"discarded"_s);
-    EXPECT_EQ(entries[0].toObject().value("discardReason"_L1), u"чек отменён"_s);
+    const QJsonValue entry = QJsonDocument::fromJson(answer({.json = true}).toUtf8())["entries"_L1][0];
+    EXPECT_EQ(entry["state"_L1], u"discarded"_s);
+    EXPECT_EQ(entry["discardReason"_L1], u"чек отменён"_s);
 }

@@ -14,7 +14,6 @@ class Loyalty : public BasicLoyaltySystem
 public:
     explicit Loyalty(int code) { loyaltySystemCode = code; }
 
-    using BasicLoyaltySystem::bonusRecords;
     using BasicLoyaltySystem::pointsForEarn;
     using BasicLoyaltySystem::pointsForSpend;
 };
@@ -57,14 +56,6 @@ TEST_F(BasicLoyaltySystemTest, SpreadsOverWhatIsPaidForOnLinesThatEarn)
     discounted->addImpact(builder::shares({{1, 100.00}}));
     const DocumentBonusRecord first{u"1"_s, 1.51, {}, {}, 1}, second{u"1"_s, 1.50, {}, {}, 2};
     EXPECT_EQ(system.distributeBonusRecord(discounted, {u"1"_s, 3.01, {}, {}, 0}), (QList{first, second}));
-}
-
-TEST_F(BasicLoyaltySystemTest, CountsEarnedPoints)
-{
-    system.bonusRecords = {{u"1"_s, 0.1, {}, {}, 1}, {u"1"_s, 0.2, {}, {}, 2}, {u"2"_s, 0.4, {}, {}, 2}};
-    system.recalculatePointsForEarn();
-    EXPECT_EQ(system.getPointsForEarn(), 0.7);
-    EXPECT_EQ(system.calculatePointsForEarnByQualifier({}, 2), 0.6);
 }
 
 TEST_F(BasicLoyaltySystemTest, OffersNoMorePointsThanTheCheckStillCosts)

@@ -1,37 +1,9 @@
-// What is shared by the whole process: single objects, event subscriptions.
+// Event subscriptions, also while events are delivered.
 #include <core/activitynotifier.h>
-#include <core/singleton.h>
 
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <latch>
-#include <thread>
-
-struct Counted
-{
-    static inline std::atomic<int> made = 0;
-    Counted()
-    {
-        ++made;
-        for (int i = 0; i < 1000; ++i)
-            std::this_thread::yield(); // So that the others come while it is being made.
-    }
-};
-
-TEST(Registry, ManyThreadsGetOneObject)
-{
-    std::latch start(8);
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([&start] {
-            start.arrive_and_wait();
-            Singleton<Counted>::instance();
-        });
-    }
-    threads.clear();
-    EXPECT_EQ(Counted::made, 1);
-}
 
 class Listener : public BaseActivityListener
 {
