@@ -1,5 +1,6 @@
-// What is asked of the cashier, and what happens on the answer: codes, questions, and a card that stays.
+// What is asked of the cashier, and what happens on the answer: codes, questions, and a card taken off a check.
 #include "tests/support/checkbuilder.h"
+#include "tests/support/fakeconfig.h"
 #include "tests/support/installed.h"
 
 #include <cashier/cardaddlogic.h>
@@ -8,10 +9,11 @@
 #include <cashier/verificationlogic.h>
 #include <core/basicexception.h>
 #include <core/currenttime.h>
-#include <core/singleton.h>
 #include <loyalty/basicloyaltysystem.h>
 
 #include <gmock/gmock.h>
+
+#include <QtCore/QTemporaryDir>
 
 using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
@@ -119,21 +121,26 @@ TEST_F(CashierTest, AnswersAQuestionWithTheValueOfTheChosenButton)
     EXPECT_THAT(verify(u"0417"_s), HasSubstr("отменён"));
 }
 
-// Stands for a queue that cannot store the cancellation.
-class FailingLoyalty : public BasicLoyaltySystem
+class Loyalty : public BasicLoyaltySystem
 {
 public:
-    FailingLoyalty() { loyaltySystemCode = 26; }
-    bool rollback(const QSharedPointer<AbstractDocument> &) override { throw BasicException(u"queue"_s); }
+    Loyalty() { loyaltySystemCode = 26; }
+    bool rollback(const QSharedPointer<AbstractDocument> &) override
+    {
+        return queueIsFull ? throw BasicException(u"queue"_s) : true;
+    }
+    bool queueIsFull = true;
 };
 
-TEST(CardAddLogic, KeepsTheCardWhenTheCancellationCannotBeStored)
+TEST(CardAddLogic, KeepsTheCardUntilTheCancellationIsStored)
 {
+    const QTemporaryDir folder;
+    const FakeConfig config({{u"Host:dataFolder"_s, folder.path()}});
     const auto check = builder::check({10000});
     const auto card = builder::card(u"2600001"_s, 26);
     check->addCard(card);
     check->addImpact(builder::discount(10, card));
-    FailingLoyalty system;
+    Loyalty system;
     system.setDocument(check);
     system.setPluginData(u"pointsForSpend"_s, 10);
     system.init();
@@ -141,6 +148,11 @@ TEST(CardAddLogic, KeepsTheCardWhenTheCancellationCannotBeStored)
     EXPECT_EQ(check->getCardRecords(), QList{card});
     EXPECT_EQ(check->getDiscountSum().kopecks(), 1000);
     EXPECT_FALSE(system.getPluginData().isEmpty());
+
+    system.queueIsFull = false;
+    CardAddLogic().removeCard(check, card);
+    EXPECT_TRUE(check->getCardRecords().isEmpty() && check->getDiscountSum().isZero());
+    EXPECT_TRUE(system.getPluginData().isEmpty()) << "points would come back after a restart";
 }
 
 } // namespace

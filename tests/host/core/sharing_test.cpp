@@ -1,9 +1,45 @@
-// Event subscriptions, also while events are delivered.
+// What is shared by the whole process: single objects, event subscriptions.
 #include <core/activitynotifier.h>
+#include <core/singleton.h>
 
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <latch>
+#include <thread>
+
+struct Counted
+{
+    static inline std::atomic<int> made = 0;
+    Counted()
+    {
+        ++made;
+        for (int i = 0; i < 1000; ++i)
+            std::this_thread::yield(); // So that the others come while it is being made.
+    }
+};
+
+/// Asks for another object while it is made, and while it dies.
+struct Asking
+{
+    ~Asking() { Singleton<Counted>::instance(); }
+    QSharedPointer<Counted> counted = Singleton<Counted>::instance();
+};
+
+TEST(Registry, ManyThreadsGetOneObject)
+{
+    std::latch start(8);
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([&start] {
+            start.arrive_and_wait();
+            Singleton<Asking>::instance();
+        });
+    }
+    threads.clear();
+    Singleton<Asking>::replace(nullptr);
+    EXPECT_EQ(Counted::made, 1);
+}
 
 class Listener : public BaseActivityListener
 {
