@@ -1,9 +1,6 @@
 // Whole sales. What is expected of each check stands in its scenario; at the end the books of both sides must agree.
 #include "salefixture.h"
 
-#include <gmock/gmock.h>
-
-using namespace Qt::Literals::StringLiterals;
 using testing::HasSubstr;
 
 namespace {

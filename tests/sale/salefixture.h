@@ -1,55 +1,162 @@
 // A shop for whole sales: the till with the loaded plugin and the service's stand-in as processes of their own, on
-// loopback and on a fresh folder.
+// loopback and on a fresh folder. Every wait has a condition and a bound.
 #pragma once
 
-#include <gtest/gtest.h>
+#include "tests/support/file.h"
 
+#include <net/restclient.h>
+
+#include <gmock/gmock.h>
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
+#include <QtCore/QThread>
 
 #include <memory>
+
+using namespace Qt::Literals::StringLiterals;
 
 class SaleTest : public testing::Test
 {
 protected:
-    SaleTest();
-    ~SaleTest() override;
+    SaleTest() { startService(); }
+    ~SaleTest() override
+    {
+        stopService();
+        if (HasFailure())
+            std::fputs(readFile(folder.filePath(u"till.log"_s)).constData(), stderr);
+    }
 
     /// Starts the service, on the port it had before, or on a free one.
-    void startService();
-    void stopService();
+    void startService()
+    {
+        m_service.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_service.start(m_simulator, {u"serve"_s, u"--database"_s, folder.filePath(u"service.db"_s), u"--port"_s,
+                                      QString::number(m_port), u"--port-file"_s, folder.filePath(u"port"_s)});
+        ASSERT_TRUE(m_service.waitForStarted(patience));
+        ASSERT_TRUE(m_service.waitForReadyRead(patience)) << "the service does not say that it listens";
+        m_port = readFile(folder.filePath(u"port"_s)).trimmed().toInt();
+        writeFile(folder.filePath(u"till.ini"_s),
+                  "[Host]\ndataFolder = " + QFile::encodeName(folder.filePath(u"data"_s)) +
+                      "\n[Log]\nfile = " + QFile::encodeName(folder.filePath(u"till.log"_s)) +
+                      "\n[Kvo]\nhost = http://127.0.0.1:" + QByteArray::number(m_port) +
+                      "\ntimeout = 20000\nbrand = B\nonlineStore = S\nterminal = T\nverificationLimit = 100\n");
+    }
+
+    void stopService()
+    {
+        m_service.terminate();
+        EXPECT_TRUE(m_service.waitForFinished(patience));
+    }
 
     /// Has the service do something wrong, see the simulator's README.
-    void addFault(const QJsonObject &fault);
+    void addFault(const QJsonObject &fault) { exchange("POST", u"/sim/faults"_s, fault); }
 
     /// How many requests of this method the service has received since it was started.
-    int requestsOf(const QString &method);
+    int requestsOf(const QString &method)
+    {
+        return exchange("GET", u"/sim/requests"_s).value(u"counts"_s).toObject().value(method).toInt();
+    }
 
     /// Starts the till with a scenario: JSON text, or the name of a sample scenario; none with an empty text.
-    std::unique_ptr<QProcess> startTill(const QByteArray &scenario, const QStringList &options = {});
+    std::unique_ptr<QProcess> startTill(const QByteArray &scenario, const QStringList &options = {})
+    {
+        const QString code =
+            u"\"%1\" outbox --database \"%2\" --last --code"_s.arg(m_simulator, folder.filePath(u"service.db"_s));
+        QStringList arguments{u"run"_s, u"--config"_s, folder.filePath(u"till.ini"_s), u"--code-command"_s, code};
+        arguments += options;
+        if (scenario.startsWith('{')) {
+            const QString fileName = folder.filePath(u"scenario%1.json"_s.arg(++m_scenarios));
+            writeFile(fileName, scenario);
+            arguments.append(fileName);
+        } else if (!scenario.isEmpty()) {
+            arguments.append(QStringLiteral(KVO_SCENARIOS) + u'/' + QString::fromUtf8(scenario));
+        }
+        auto process = std::make_unique<QProcess>();
+        process->setProcessChannelMode(QProcess::MergedChannels);
+        process->setStandardInputFile(QProcess::nullDevice());
+        process->start(m_till, arguments);
+        EXPECT_TRUE(process->waitForStarted(patience));
+        return process;
+    }
 
     /// Runs the till to its end and expects `status`; returns what it printed.
-    QString runTill(const QByteArray &scenario, int status = 0, const QStringList &options = {});
+    QString runTill(const QByteArray &scenario, int status = 0, const QStringList &options = {})
+    {
+        const auto process = startTill(scenario, options);
+        EXPECT_TRUE(process->waitForFinished(patience));
+        const QString output = QString::fromUtf8(process->readAll());
+        EXPECT_EQ(process->exitStatus(), QProcess::NormalExit) << output.toStdString();
+        EXPECT_EQ(process->exitCode(), status) << output.toStdString();
+        return output;
+    }
 
     /// Runs `kvo-till drain` and expects it to deliver everything.
-    void drain();
+    void drain()
+    {
+        expectSuccess(m_till, {u"drain"_s, u"--config"_s, folder.filePath(u"till.ini"_s), u"--seconds"_s, u"25"_s});
+    }
 
-    static void kill(QProcess &process);
+    static void kill(QProcess &process)
+    {
+        process.kill();
+        EXPECT_TRUE(process.waitForFinished(patience));
+    }
 
     /// Waits until the condition holds, at most half a minute.
-    static bool waitFor(const std::function<bool()> &condition);
+    static bool waitFor(const std::function<bool()> &condition)
+    {
+        QElapsedTimer waited;
+        for (waited.start(); !waited.hasExpired(patience); QThread::msleep(5)) {
+            if (condition())
+                return true;
+        }
+        return false;
+    }
 
     /// Expects the till's journal and the service's ledger to agree, with this many checks in the journal.
-    void expectEqualBooks(int checks);
+    void expectEqualBooks(int checks)
+    {
+        EXPECT_EQ(checksInJournal(), checks);
+        const QStringList ledger{u"--database"_s, folder.filePath(u"service.db"_s)};
+        expectSuccess(m_simulator,
+                      QStringList{u"compare"_s, u"--journal"_s, folder.filePath(u"data/journal.jsonl"_s)} + ledger);
+        expectSuccess(m_simulator, QStringList{u"check"_s} + ledger);
+    }
 
-    int checksInJournal() const;
+    int checksInJournal() const
+    {
+        return static_cast<int>(readFile(folder.filePath(u"data/journal.jsonl"_s)).count('\n'));
+    }
 
     QTemporaryDir folder;
 
 private:
-    QJsonObject exchange(const QByteArray &method, const QString &path, const QJsonObject &body = {}) const;
+    QJsonObject exchange(const QByteArray &method, const QString &path, const QJsonObject &body = {}) const
+    {
+        RestClient client;
+        client.request(method == "GET" ? QNetworkAccessManager::GetOperation : QNetworkAccessManager::PostOperation,
+                       QUrl(u"http://127.0.0.1:%1%2"_s.arg(QString::number(m_port), path)), QJsonDocument(body),
+                       {{u"Content-Type"_s, u"application/json"_s}});
+        EXPECT_EQ(client.response().status(), 200) << client.response().json().toJson().constData();
+        return client.response().json().object();
+    }
 
+    static void expectSuccess(const QString &program, const QStringList &arguments)
+    {
+        QProcess process;
+        process.setProcessChannelMode(QProcess::MergedChannels);
+        process.start(program, arguments);
+        EXPECT_TRUE(process.waitForFinished(patience));
+        EXPECT_EQ(process.exitCode(), 0) << process.readAll().toStdString();
+    }
+
+    static constexpr int patience = 30'000; // milliseconds
+    const QString m_till = QStringLiteral(KVO_TILL);
+    const QString m_simulator = QStringLiteral(KVO_SIMULATOR);
     QProcess m_service;
     int m_port = 0;
     int m_scenarios = 0;

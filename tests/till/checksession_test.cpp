@@ -46,6 +46,12 @@ public:
     int killAfter = 0;
 };
 
+struct OpenPlugin : kvo::Plugin
+{
+    using Plugin::pointsForEarn;
+    using Plugin::pointsForSpend;
+};
+
 /// A till on a data folder of its own, which can be started anew as after a kill.
 class Session : public testing::Test
 {
@@ -53,7 +59,7 @@ protected:
     Session()
     {
         service.answer = RestExchange::response(200, R"({"success": true, "data": {"CardNumber": "777"},
-            "result": {"earnPoints": 1, "redeemPoints": [{"lineId": 1, "points": 10}]}})");
+            "result": {"earnPoints": 0.1, "redeemPoints": [{"lineId": 1, "points": 12.34}]}})");
         start();
     }
     ~Session() override
@@ -67,7 +73,7 @@ protected:
     {
         session.reset();
         system.reset(); // Before its successor registers.
-        system = std::make_unique<kvo::Plugin>();
+        system = std::make_unique<OpenPlugin>();
         system->init();
         queue = QSharedPointer<till::EndingQueue>::create();
         Singleton<DBQueueBroker>::replace(queue);
@@ -124,7 +130,7 @@ protected:
     Installed<SaveToFileLogic, MortalSave> disk;
     till::Journal journal{folder.filePath(u"journal.jsonl"_s)};
     QSharedPointer<till::EndingQueue> queue;
-    std::unique_ptr<kvo::Plugin> system;
+    std::unique_ptr<OpenPlugin> system;
     std::unique_ptr<till::CheckSession> session;
 };
 
@@ -167,6 +173,28 @@ TEST_F(Session, AsksTheServiceForWhatTheCheckHasBecome)
         if (session->isOpen())
             session->voidCheck();
     }
+}
+
+TEST_F(Session, BringsBackThePluginsStateAfterARestart)
+{
+    openPriced();
+    session->spend();
+    takeCalls();
+    const auto points = std::pair(system->pointsForSpend, system->pointsForEarn);
+    const QVariantMap impact = system->getBonusImpactsForSpend().value(0)->toMap();
+    const auto records = system->getBonusRecords();
+    const QJsonObject result = session->result().toJournal();
+    start();
+    ASSERT_EQ(system->getBonusImpactsForSpend().size(), 1);
+    const auto restored = system->getBonusImpactsForSpend().first();
+    EXPECT_EQ(restored->toMap(), impact);
+    EXPECT_EQ(restored->getCardRecord(), system->getCard());
+    EXPECT_EQ(system->getBonusRecords(), records);
+    EXPECT_EQ(records.size(), 2);
+    EXPECT_EQ(session->result().toJournal(), result);
+    EXPECT_EQ(std::pair(system->pointsForSpend, system->pointsForEarn), points);
+    session->close();
+    EXPECT_EQ(takeCalls(), "") << "the order exists already";
 }
 
 TEST_F(Session, DropsAnOrderThatWasPerhapsCreatedWhenTheTillWasKilled)
