@@ -48,6 +48,12 @@ TEST_F(LoadedPlugin, SaysWhatItIs)
     EXPECT_EQ(plugin->qt_metacast("BaseActivityListener"), plugin);
     EXPECT_EQ(loyalty->getLoyaltySystemCode(), 26);
     EXPECT_FALSE(loyalty->checkOption(LoyaltySystemOption::RequestPointsForSpend));
+
+    // How a host knows the types of events and of plugin data.
+    for (const char *type : {"Event", "DocumentBonusRecord", "BonusImpactPtrList"})
+        EXPECT_TRUE(QMetaType::fromName(type).isValid()) << type;
+    const QVariantList records = QVariant::fromValue(QList<DocumentBonusRecord>(1)).toList();
+    EXPECT_TRUE(records.value(0).toMap().contains(u"cardNumber"_s));
 }
 
 TEST_F(LoadedPlugin, ExportsItsEntryPointsAndNothingElse)
