@@ -47,17 +47,6 @@ TEST_F(Events, AnUpdateCreatesTheOrderAsItWasPricedFirst)
     EXPECT_EQ(plugin.getPluginData(u"bonusRecords"_s, {}).value<QList<DocumentBonusRecord>>().size(), 3);
 }
 
-TEST_F(Events, AnUpdateSendsNothingForAnUnchangedCheck)
-{
-    document->removeGoodsItem(3);
-    plugin.pendingUpdate = true;
-    raise(24);
-    EXPECT_TRUE(service.calls.isEmpty() && plugin.pendingUpdate);
-    card->setOperationInfo(priced.toVariantMap()); // As after a restart.
-    raise(238);
-    EXPECT_TRUE(service.calls.isEmpty());
-}
-
 TEST_F(Events, AnUpdateRepeatsOnlyWhatFailed)
 {
     service.failures = {u"createOrder"_s, u"updateOrder"_s};

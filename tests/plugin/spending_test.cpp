@@ -8,15 +8,23 @@ namespace kvo {
 
 using Spending = PluginTest;
 
-TEST_F(Spending, TurnsRedeemedPointsIntoDiscounts)
+TEST_F(Spending, TurnsRedeemedPointsIntoDiscountsAndEarnedOnesIntoRecords)
 {
     LogFile log;
     plugin.pointsForSpend = 150;
     card->setCodeInternal(4);
     serviceAnswers(R"({"earnPoints": 10.01, "redeemPoints":
                        [{"lineId": 1, "points": 12.5}, {"lineId": 2, "points": 0.005}, {"points": 0.0051}, "text"]})");
+    Singleton<Session>::instance()->setUser(QSharedPointer<User>::create(17, u"Анна"_s));
     EXPECT_TRUE(plugin.spendPoints());
+    Singleton<Session>::replace({});
 
+    EXPECT_EQ(plugin.pointsForEarn, 10.01);
+    EXPECT_EQ(card->getPointsForEarn(), QVariant(10.01));
+    ASSERT_EQ(plugin.bonusRecords.size(), 2);
+    EXPECT_EQ(plugin.bonusRecords[0].cardNumber, u"2000");
+    EXPECT_EQ(plugin.bonusRecords[0].userCode, u"17");
+    EXPECT_NEAR(plugin.bonusRecords[0].amount + plugin.bonusRecords[1].amount, 10.01, 1e-9);
     EXPECT_TRUE(plugin.orderCreated);
     EXPECT_EQ(service.calls, QStringList{u"createOrder"_s});
     EXPECT_FALSE(service.bodies[0].value("orderLines"_L1)[0]["noDiscountAllowed"_L1].toBool());
@@ -40,19 +48,6 @@ TEST_F(Spending, TurnsRedeemedPointsIntoDiscounts)
         EXPECT_EQ(impact->getDetails()[0]->getPosition(), position);
         EXPECT_EQ(impact->getDetails()[0]->getDiscountSum(), points);
     }
-}
-
-TEST_F(Spending, LeavesPointsToEarnOnTheLines)
-{
-    Singleton<Session>::instance()->setUser(QSharedPointer<User>::create(17, u"Анна"_s));
-    plugin.createBonusRecords(card, Response(json(R"({"earnPoints": 10.01})")));
-    Singleton<Session>::replace({});
-    EXPECT_EQ(plugin.bonusRecords.size(), 2);
-    EXPECT_EQ(plugin.bonusRecords[0].cardNumber, u"2000");
-    EXPECT_EQ(plugin.bonusRecords[0].userCode, u"17");
-    EXPECT_NEAR(plugin.bonusRecords[0].amount + plugin.bonusRecords[1].amount, 10.01, 1e-9);
-    EXPECT_EQ(plugin.pointsForEarn, 10.01);
-    EXPECT_EQ(card->getPointsForEarn(), QVariant(10.01));
 }
 
 TEST_F(Spending, ARetrySendsAFreshCode)

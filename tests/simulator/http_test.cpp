@@ -75,18 +75,4 @@ TEST_F(Http, FailsOneRequestWithEachKindOfFault)
     EXPECT_EQ(caller.send("/sim/faults", R"({"method": "send", "kind": "explode"})").status, 400);
 }
 
-/// A creation that arrives late, after the check was given up, must not reserve anything.
-TEST_F(Http, RefusesACreationDelayedBeyondItsCancellation)
-{
-    caller.fault({{"method", "createOrder"}, {"kind", "delay"}, {"milliseconds", 300}});
-    std::string late;
-    std::thread slow([&] { late = Caller(port).call("createOrder", "b").outcome(); });
-    while (caller.requests()["counts"].empty())
-        std::this_thread::yield();
-    EXPECT_EQ(caller.call("cancelOrder", "b").outcome(), "ok");
-    slow.join();
-    EXPECT_EQ(late, "101");
-    EXPECT_EQ(caller.balance(), "1500.00");
-}
-
 } // namespace sim
