@@ -47,6 +47,14 @@ TEST_F(Events, AnUpdateCreatesTheOrderAsItWasPricedFirst)
     EXPECT_EQ(plugin.getPluginData(u"bonusRecords"_s, {}).value<QList<DocumentBonusRecord>>().size(), 3);
 }
 
+TEST_F(Events, AnUpdateSendsNothingForTheOrderThatWasAccepted)
+{
+    document->removeGoodsItem(3);
+    card->setOperationInfo(priced.toVariantMap()); // As a host may bring it back from the disk.
+    raise(238);
+    EXPECT_TRUE(service.calls.isEmpty());
+}
+
 TEST_F(Events, AnUpdateRepeatsOnlyWhatFailed)
 {
     service.failures = {u"createOrder"_s, u"updateOrder"_s};
