@@ -6,6 +6,10 @@
 
 #include <log4qt/logmanager.h>
 
+#include <QtNetwork/QHostAddress>
+
+#include <atomic>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace kvo {
@@ -24,6 +28,18 @@ QHash<QString, QString> commonHeaders(const QString &user, const QString &passwo
             {u"Content-Type"_s, u"application/json"_s}};
 }
 
+// Once per process: a till has a client in the plugin and one at its queue.
+void warnOfPlainHttp(const QUrl &url, Log4Qt::Logger &logger)
+{
+    static std::atomic_flag warned;
+    const bool loopback = url.host() == "localhost"_L1 || QHostAddress(url.host()).isLoopback();
+    if (url.scheme() != "http"_L1 || loopback || warned.test_and_set())
+        return;
+    logger.warn(
+        u"Обмен с %1 пойдёт без шифрования (http): пароль и данные покупателей будут видны в сети, укажите https "
+        "в настройке Kvo:host"_s.arg(url.host()));
+}
+
 } // namespace
 
 Interface::Interface() : Interface(utils::ForMock())
@@ -34,6 +50,7 @@ Interface::Interface() : Interface(utils::ForMock())
     verificationPath = toPath(config->getString(u"Kvo:verificationPath"_s, u"/api/twofa/msg/v1"_s));
     const QString user = config->getString(u"Kvo:user"_s, QString());
     const QString password = config->getString(u"Kvo:password"_s, QString());
+    warnOfPlainHttp(QUrl(host, QUrl::TolerantMode), *logger);
     headers = commonHeaders(user, password);
     timeout = config->getInt(u"Kvo:timeout"_s, 10000);
     brand = config->getString(u"Kvo:brand"_s, QString());

@@ -27,7 +27,7 @@ class Interface
 {
 public:
     /// Reads the settings "Kvo:..." from Singleton<Config>, once. Does not contact the service and checks nothing: a
-    /// wrong setting shows in the first exchange.
+    /// wrong setting shows in the first exchange. Plain HTTP to another machine is a warning in the log.
     Interface();
 
     /// Reads nothing: no addresses, no headers, only the logger.

@@ -12,7 +12,8 @@ namespace {
 /// Percent-encodes the value, because most servers read a "+" in a query as a blank. An empty value keeps its "=".
 void addValue(QUrlQuery &query, const QString &name, const QString &value)
 {
-    query.addQueryItem(name, u""_s + QString::fromLatin1(QUrl::toPercentEncoding(value)));
+    // A null value would be sent without its "=".
+    query.addQueryItem(name, value.isEmpty() ? u""_s : QString::fromLatin1(QUrl::toPercentEncoding(value)));
 }
 
 } // namespace

@@ -19,7 +19,7 @@ QUrl methodUrl(const QString &host, const std::filesystem::path &prefix, const Q
                const QUrlQuery &query = QUrlQuery())
 {
     QUrl url(host, QUrl::TolerantMode);
-    url.setPath(QString::fromStdString((prefix / method.toStdString()).string()), QUrl::DecodedMode);
+    url.setPath(QString::fromStdString((prefix / method.toStdString()).native()), QUrl::DecodedMode);
     url.setQuery(query);
     return url;
 }

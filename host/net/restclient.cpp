@@ -7,10 +7,8 @@
 #include <log4qt/logmanager.h>
 
 #include <QtCore/QElapsedTimer>
-#include <QtNetwork/QHostAddress>
 
 #include <algorithm>
-#include <atomic>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -56,13 +54,18 @@ TransferResult faultOf(const TransferRequest &request, const QUrl &url)
     return {};
 }
 
+bool isSuccess(int status)
+{
+    return status >= 200 && status < 300;
+}
+
 // Fails exchanges whose body is not the service's word, and reads the body of the others.
 QJsonDocument readBody(TransferResult &result)
 {
     if (result.error != QNetworkReply::NoError)
         return {};
     if (result.body.isEmpty()) {
-        if (result.status < 200 || result.status >= 300) {
+        if (!isSuccess(result.status)) {
             result.error = QNetworkReply::ProtocolFailure;
             result.reason = u"ответ без тела"_s;
         }
@@ -103,10 +106,13 @@ QString textOf(QNetworkReply::NetworkError error)
     }
 }
 
+// For the case that the service gives no text of its own.
 tr::Tr errorText(const TransferResult &result)
 {
     const QString text = textOf(result.error);
-    return tr::Tr(result.status == 0 ? text : u"%1 (код ответа %2)"_s.arg(text, QString::number(result.status)));
+    if (result.status == 0 || isSuccess(result.status))
+        return tr::Tr(text);
+    return tr::Tr(u"%1 (код ответа %2)"_s.arg(text, QString::number(result.status)));
 }
 
 // Host and path: the query may hold a telephone number or a card number.
@@ -114,17 +120,6 @@ QString nameOf(const QUrl &url)
 {
     const QString port = url.port() == -1 ? QString() : u':' + QString::number(url.port());
     return url.host() + port + url.path(QUrl::FullyEncoded);
-}
-
-void warnOfPlainHttp(const QUrl &url)
-{
-    static std::atomic_flag warned;
-    const bool loopback = url.host() == "localhost"_L1 || QHostAddress(url.host()).isLoopback();
-    if (url.scheme() != "http"_L1 || loopback || warned.test_and_set())
-        return;
-    Log4Qt::LogManager::logger(u"poshost"_s)
-        ->warn(u"Обмен с %1 идёт без шифрования (http): пароль и данные покупателей видны в сети, укажите https"_s.arg(
-            url.host()));
 }
 
 } // namespace
@@ -146,21 +141,17 @@ void RestClient::request(QNetworkAccessManager::Operation op, const QUrl &url, c
     QElapsedTimer timer;
     timer.start();
     TransferResult result = faultOf(request, url);
-    if (result.error == QNetworkReply::NoError) {
-        warnOfPlainHttp(url);
+    if (result.error == QNetworkReply::NoError)
         result = transfer(request, maxBodySize);
-    }
     const QJsonDocument json = readBody(result);
     const bool failed = result.error != QNetworkReply::NoError;
     m_response = http::Response(failed ? 0 : result.status, result.error, errorText(result), json);
 
-    if (!m_logger)
+    const auto level = failed ? Log4Qt::Level::ERROR_INT : Log4Qt::Level::DEBUG_INT;
+    if (!m_logger || !m_logger->isEnabledFor(level))
         return;
     const QString line = u"%1 %2: HTTP %3, %4 байт, %5 мс"_s.arg(
         QString::fromLatin1(request.method), nameOf(url), QString::number(result.status),
         QString::number(result.body.size()), QString::number(timer.elapsed()));
-    if (failed)
-        m_logger->error(line + ", "_L1 + result.reason);
-    else
-        m_logger->debug(line);
+    m_logger->log(level, failed ? line + ", "_L1 + result.reason : line);
 }

@@ -4,6 +4,8 @@
 
 #include "curlerrors.h"
 
+#include <QtCore/QScopeGuard>
+
 #include <array>
 #include <memory>
 
@@ -50,19 +52,11 @@ struct CurlDeleter
     void operator()(curl_slist *list) const { curl_slist_free_all(list); }
 };
 
-CURL *threadHandle()
-{
-    thread_local const std::unique_ptr<CURL, CurlDeleter> handle(initialized() ? curl_easy_init() : nullptr);
-    return handle.get();
-}
-
-// The settings of one exchange; the first one that fails is kept, and no later one is tried. They end with the object,
-// since they point to what lives no longer than the exchange.
+// Settings of a handle. The first one that fails is kept, and no later one is tried.
 class Settings
 {
 public:
     explicit Settings(CURL *handle) : m_handle(handle) {}
-    ~Settings() { curl_easy_reset(m_handle); }
     Q_DISABLE_COPY_MOVE(Settings)
 
     template <class T>
@@ -91,8 +85,10 @@ private:
     std::unique_ptr<curl_slist, CurlDeleter> m_headers;
 };
 
-void setPolicy(Settings &settings)
+// What is the same in all exchanges.
+CURLcode setPolicy(CURL *handle)
 {
+    Settings settings(handle);
     settings.set(CURLOPT_PROTOCOLS_STR, "http,https");
     settings.set(CURLOPT_HTTP_VERSION, long{CURL_HTTP_VERSION_1_1});
     settings.set(CURLOPT_PROXY, "");
@@ -105,6 +101,21 @@ void setPolicy(Settings &settings)
     settings.set(CURLOPT_MAXAGE_CONN, maxIdleSeconds);
     // Otherwise a name server that does not answer holds the thread beyond the time-out.
     settings.set(CURLOPT_QUICK_EXIT, 1L);
+    settings.set(CURLOPT_WRITEFUNCTION, &receive);
+    settings.set(CURLOPT_PREREQFUNCTION, &beforeRequest);
+    return settings.code();
+}
+
+// This thread's handle; null where libcurl does not take the policy.
+CURL *threadHandle()
+{
+    thread_local const std::unique_ptr<CURL, CurlDeleter> handle = [] {
+        std::unique_ptr<CURL, CurlDeleter> made(initialized() ? curl_easy_init() : nullptr);
+        if (made && setPolicy(made.get()) != CURLE_OK)
+            made.reset();
+        return made;
+    }();
+    return handle.get();
 }
 
 void setRequest(Settings &settings, const TransferRequest &request)
@@ -114,11 +125,12 @@ void setRequest(Settings &settings, const TransferRequest &request)
     settings.setHeader("Expect:");
     for (auto header = request.headers.cbegin(); header != request.headers.cend(); ++header) {
         // libcurl takes "name:" as the wish to send no such header, and "name;" as an empty one.
-        const QString line = header->isEmpty() ? header.key() + u';' : header.key() + ": "_L1 + *header;
-        settings.setHeader(line.toUtf8());
+        const QByteArray name = header.key().toUtf8();
+        settings.setHeader(header->isEmpty() ? name + ';' : name + ": " + header->toUtf8());
     }
     if (request.method == "GET") {
         settings.set(CURLOPT_HTTPGET, 1L);
+        settings.set<const char *>(CURLOPT_CUSTOMREQUEST, nullptr);
         return;
     }
     settings.set(CURLOPT_POST, 1L);
@@ -129,11 +141,18 @@ void setRequest(Settings &settings, const TransferRequest &request)
 
 void setExchange(Settings &settings, Exchange &exchange, char *errorText)
 {
-    settings.set(CURLOPT_WRITEFUNCTION, &receive);
     settings.set(CURLOPT_WRITEDATA, &exchange);
-    settings.set(CURLOPT_PREREQFUNCTION, &beforeRequest);
     settings.set(CURLOPT_PREREQDATA, &exchange);
     settings.set(CURLOPT_ERRORBUFFER, errorText);
+}
+
+// Takes from the handle what lives no longer than the exchange.
+void forgetExchange(CURL *handle)
+{
+    void *const nothing = nullptr;
+    for (const CURLoption option :
+         {CURLOPT_HTTPHEADER, CURLOPT_POSTFIELDS, CURLOPT_WRITEDATA, CURLOPT_PREREQDATA, CURLOPT_ERRORBUFFER})
+        curl_easy_setopt(handle, option, nothing);
 }
 
 QString reasonOf(CURLcode code, const char *errorText)
@@ -160,8 +179,8 @@ TransferResult transfer(const TransferRequest &request, qsizetype maxBodySize)
 
     Exchange exchange{.maxBodySize = maxBodySize};
     std::array<char, CURL_ERROR_SIZE> errorText{};
+    const auto forget = qScopeGuard([handle] { forgetExchange(handle); });
     Settings settings(handle);
-    setPolicy(settings);
     setRequest(settings, request);
     setExchange(settings, exchange, errorText.data());
     CURLcode code = settings.code();

@@ -1,6 +1,7 @@
 // Settings, the form of a stored request, and the judgement of answers: what is an error, what is only logged, what may
 // be sent again.
 #include "client/interface.h"
+#include "tests/support/fakeconfig.h"
 #include "tests/support/json.h"
 #include "tests/support/logfile.h"
 #include "tests/support/printqt.h"
@@ -104,6 +105,18 @@ TEST(Settings, GiveAddressesTimeoutAndCredentials)
                                                            {u"Content-Type"_s, u"application/json"_s}}));
         EXPECT_EQ(client.timeout, c.timeout);
     }
+}
+
+TEST(Settings, PlainHttpToAnotherMachineIsWarnedAboutOnce)
+{
+    LogFile log;
+    for (const char *host : {"http://localhost:8080", "http://127.0.0.1", "https://h", "http://h", "http://other"}) {
+        const FakeConfig config({{u"Kvo:host"_s, QString::fromLatin1(host)}});
+        Interface();
+    }
+    const QString lines = log.take();
+    EXPECT_EQ(lines.count(u" WARN kvo - Обмен с h "_s), 1) << lines.toStdString();
+    EXPECT_EQ(lines.count(u'\n'), 1);
 }
 
 TEST(Transport, JudgesAnswers)
