@@ -29,6 +29,12 @@ Money Money::fromRubles(double rubles)
 {
     if (!std::isfinite(rubles) || std::abs(rubles) >= largestRubles)
         return {};
+    // Nearly all amounts are a whole number of kopecks already, up to the last bits. Where they are not near the middle
+    // between two kopecks there is nothing to decide, and their digits, at 0.2 microseconds an amount, are not needed.
+    constexpr double largestSurelyRounded = 1e12;
+    const double nearest = std::round(rubles * 100);
+    if (std::abs(rubles) < largestSurelyRounded && std::abs(rubles * 100 - nearest) < 0.25)
+        return Money(static_cast<qint64>(nearest));
     // "d.dddddddddddddde±xx", in every locale.
     const QByteArray text = QByteArray::number(std::abs(rubles), 'e', significantDigits - 1);
     const qint64 digits = (text.left(1) + text.mid(2, significantDigits - 1)).toLongLong();

@@ -165,10 +165,11 @@ QList<DocumentBonusRecord> BasicLoyaltySystem::distributeBonusRecord(const QShar
     QList<Money> weights;
     const auto items = document ? document->getGoodsItems() : QList<QSharedPointer<GoodsItem>>();
     for (const auto &item : items) {
-        if (!item->isAllowBonusEarn() || leftToPay(*item).isZero())
+        const Money weight = item->isAllowBonusEarn() ? leftToPay(*item) : Money();
+        if (weight.isZero())
             continue;
         positions.append(item->getPosnum());
-        weights.append(leftToPay(*item));
+        weights.append(weight);
     }
     const QList<Money> parts = Money::distribute(Money::fromRubles(record.amount), weights);
     QList<DocumentBonusRecord> distributed;
