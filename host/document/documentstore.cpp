@@ -3,6 +3,8 @@
 // itself survives a power failure.
 #include "documentstore.h"
 
+#include "plainjson.h"
+
 #include <core/basicexception.h>
 #include <core/config.h>
 #include <core/singleton.h>
@@ -14,9 +16,10 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-#include <QtCore/QSaveFile>
+#include <QtCore/QScopeGuard>
 
 #include <cerrno>
+#include <cstdio>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -35,10 +38,28 @@ namespace {
 QByteArray toJson(const SaleDocument &document, const QString &file)
 {
     try {
-        return QJsonDocument(QJsonObject::fromVariantMap(document.toMap())).toJson(QJsonDocument::Compact);
+        return toJsonText(document.toMap());
     } catch (const BasicException &error) {
         failToWrite(file, error.text().ru());
     }
+}
+
+// Not QSaveFile: it syncs the file by itself, takes no notice when that fails, and a second sync after one of our own
+// lasts nearly as long as the first.
+void replaceFile(const QString &name, const QByteArray &content)
+{
+    constexpr auto ownerOnly = QFile::ReadOwner | QFile::WriteOwner;
+    QFile draft(name + u".new"_s);
+    // By its name: the open file would try to write the rest of its buffer first, and keep itself when that fails.
+    auto removeDraft = qScopeGuard([&draft] { QFile::remove(draft.fileName()); });
+    const bool written = draft.open(QFile::WriteOnly, ownerOnly) && draft.setPermissions(ownerOnly) &&
+                         draft.write(content) == content.size() && draft.flush();
+    if (!written)
+        failToWrite(name, draft.errorString());
+    if (::fsync(draft.handle()) != 0 ||
+        ::rename(QFile::encodeName(draft.fileName()).constData(), QFile::encodeName(name).constData()) != 0)
+        failToWrite(name, qt_error_string(errno));
+    removeDraft.dismiss();
 }
 
 void makeFolder(const QString &folder, const QString &file)
@@ -93,16 +114,7 @@ void DocumentStore::save(const SaleDocument &document, const QString &fileName) 
     const QString name = fileName.isEmpty() ? openCheckFile() : QDir(m_folder).filePath(fileName);
     const QByteArray json = toJson(document, name);
     makeFolder(m_folder, name);
-    QSaveFile file(name);
-    const bool written = file.open(QFile::WriteOnly) && file.setPermissions(QFile::ReadOwner | QFile::WriteOwner) &&
-                         file.write(json) == json.size() && file.flush();
-    if (!written)
-        failToWrite(name, file.errorString());
-    // commit() syncs as well, but takes no notice when that fails.
-    if (::fsync(file.handle()) != 0)
-        failToWrite(name, qt_error_string(errno));
-    if (!file.commit())
-        failToWrite(name, file.errorString());
+    replaceFile(name, json);
     syncFolder(name);
 }
 
