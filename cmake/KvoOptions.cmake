@@ -30,6 +30,9 @@ target_compile_options(kvo_options INTERFACE
 target_compile_definitions(kvo_options INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_FOREACH QT_STRICT_ITERATORS
     QT_NO_KEYWORDS)
+# A symbol that is missing shows at the start or when the plugin is loaded, and not in the middle of a sale; and no call
+# has to wait until its symbol is found.
+target_link_options(kvo_options INTERFACE "LINKER:-z,relro,-z,now")
 if(KVO_SANITIZE)
     # Null-dereference analysis reports false positives in instrumented code.
     target_compile_options(kvo_options INTERFACE
