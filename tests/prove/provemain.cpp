@@ -55,10 +55,11 @@ try {
     program.add_option("--faults", options.faultRate, "Part of the exchanges that meet with a fault")
         ->check(CLI::Range(0., 1.))
         ->capture_default_str();
-    program.add_option(
-        "--postgres", options.postgres,
-        "Folder of a PostgreSQL server's socket, see scripts/with-postgres: the queue is in a new database "
-        "there");
+    program
+        .add_option("--postgres", options.postgres,
+                    "Folder of a PostgreSQL server's socket, see scripts/with-postgres: the queue is in a new database "
+                    "there")
+        ->envname("KVO_POSTGRES");
     CLI11_PARSE(program, argc, argv);
     return carryOut(options);
 } catch (const std::exception &error) {

@@ -195,8 +195,8 @@ int main(int argc, char **argv)
     QCommandLineParser parser;
     parser.addHelpOption();
     parser.addOption({u"events"_s, u"How many events; one in a hundred is refused"_s, u"number"_s, u"10000"_s});
-    parser.addOption(
-        {u"postgres"_s, u"Folder of the socket of a fresh PostgreSQL server that keeps the queue"_s, u"folder"_s});
+    parser.addOption({u"postgres"_s, u"Folder of the socket of a fresh PostgreSQL server that keeps the queue"_s,
+                      u"folder"_s, qEnvironmentVariable("KVO_POSTGRES")});
     parser.process(application);
     const Load load{parser.value(u"events"_s).toInt()};
     if (load.events <= 0 || load.events % eventsPerRefusal != 0) {
