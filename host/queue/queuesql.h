@@ -14,8 +14,7 @@ inline constexpr QStringView status =
     u"WHERE p.owner = e.owner AND p.basket = e.basket AND p.id < e.id AND p.state = 'aside') THEN 1 ELSE 0 END), 0) "
     u"FROM event e WHERE e.state <> 'discarded'";
 
-inline constexpr QStringView leasesOfOthers =
-    u"SELECT DISTINCT lease FROM event WHERE state = 'sending' AND lease <> ?";
+inline constexpr QStringView leases = u"SELECT DISTINCT lease FROM event WHERE state = 'sending'";
 
 inline constexpr QStringView releaseLease =
     u"UPDATE event SET state = 'waiting', lease = NULL WHERE state = 'sending' AND lease = ?";

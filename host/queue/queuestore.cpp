@@ -58,7 +58,7 @@ std::optional<QueueClaim> QueueStore::claim(const QString &owner, QueueLease &le
     lease.hold(*m_connection);
     std::optional<QueueClaim> claim;
     QueueTransaction transaction(*m_connection);
-    releaseLeasesOfTheDead(lease);
+    releaseWhatNobodyIsSending(lease);
     m_connection->read(m_claim, {lease.id(), owner, after, number(now), number(now + BackOff::longest)},
                        [&claim](const QSqlQuery &row) {
                            claim = QueueClaim{row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toInt(),
@@ -68,14 +68,16 @@ std::optional<QueueClaim> QueueStore::claim(const QString &owner, QueueLease &le
     return claim;
 }
 
-void QueueStore::releaseLeasesOfTheDead(const QueueLease &lease)
+// Of drains that have died; and the caller's own, who is sending nothing now: a claim whose commit was stored, but not
+// answered.
+void QueueStore::releaseWhatNobodyIsSending(const QueueLease &lease)
 {
-    QList<qint64> others;
-    m_connection->read(queuesql::leasesOfOthers, {lease.id()},
-                       [&others](const QSqlQuery &row) { others.append(row.value(0).toLongLong()); });
-    for (const qint64 other : others)
-        if (!lease.isHeldByOther(other, *m_connection))
-            m_connection->change(queuesql::releaseLease, {other});
+    QList<qint64> found;
+    m_connection->read(queuesql::leases, {},
+                       [&found](const QSqlQuery &row) { found.append(row.value(0).toLongLong()); });
+    for (const qint64 one : found)
+        if (one == lease.id() || !lease.isHeldByOther(one, *m_connection))
+            m_connection->change(queuesql::releaseLease, {one});
 }
 
 void QueueStore::accepted(const QueueClaim &claim, const QueueLease &lease)

@@ -47,7 +47,7 @@ public:
 
     /// Takes the next event of `owner` whose order has nothing before it and is not in a back-off, among those with an
     /// id above `after`; those that have been tried least come first. Before that, events whose drain has died are
-    /// taken from it.
+    /// taken from it. Not to be called while an event of this lease is being sent.
     std::optional<QueueClaim> claim(const QString &owner, QueueLease &lease, QueueTime now, qint64 after);
 
     /// The event was accepted: deletes it.
@@ -89,7 +89,7 @@ public:
     bool discard(qint64 id, const QString &reason, const QueueLease &lease, QueueTime now);
 
 private:
-    void releaseLeasesOfTheDead(const QueueLease &lease);
+    void releaseWhatNobodyIsSending(const QueueLease &lease);
     void settle(QStringView sql, const QVariantList &values, const QueueClaim &claim);
     int changeAlone(QStringView sql, const QVariantList &values);
 

@@ -64,7 +64,7 @@ int QueueStore::retry(IdRange ids)
 bool QueueStore::discard(qint64 id, const QString &reason, const QueueLease &lease, QueueTime now)
 {
     QueueTransaction transaction(*m_connection);
-    releaseLeasesOfTheDead(lease);
+    releaseWhatNobodyIsSending(lease);
     const int rows = m_connection->change(queuesql::discard, {qint64{now.time_since_epoch().count()}, reason, id});
     transaction.commit();
     return rows > 0;

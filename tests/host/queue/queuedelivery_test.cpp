@@ -106,6 +106,17 @@ TEST_F(QueueDeliveryTest, AcceptedEventIsNotSentAgainWhenTheDatabaseFailsToForge
     EXPECT_EQ(drain(), u"a2"_s);
 }
 
+TEST_F(QueueDeliveryTest, ClaimThatWasStoredWithoutAnAnswerHoldsNothingUp)
+{
+    push(u"a1 b1"_s);
+    whileSending = [this] {
+        sql(u"UPDATE event SET state = 'sending', lease = (SELECT lease FROM event WHERE basket = 'a')"_s);
+    };
+    EXPECT_TRUE(delivery.step());
+    whileSending = [] {};
+    EXPECT_EQ(drain(), u"b1"_s);
+}
+
 TEST_F(QueueDeliveryTest, DrainsOnOneDatabaseNeverShareAnOrder)
 {
     QStringList sentByOther;
