@@ -12,7 +12,8 @@ public:
     bool isUsable() override;
 
     std::unique_ptr<QueueLease> newLease() const override;
-    QStringView beginStatement() const override { return u"BEGIN ISOLATION LEVEL READ COMMITTED"; }
+    void begin() override { execute(u"BEGIN ISOLATION LEVEL READ COMMITTED"); }
+    void commit() override { execute(u"COMMIT"); }
     QStringView rowLock() const override { return u"FOR UPDATE OF e SKIP LOCKED"; }
 
 protected:

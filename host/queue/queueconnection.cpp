@@ -116,7 +116,7 @@ void QueueConnection::fail(QStringView sql, const QSqlError &error) const
 
 QueueTransaction::QueueTransaction(QueueConnection &connection) : m_connection(connection)
 {
-    m_connection.execute(m_connection.beginStatement());
+    m_connection.begin();
 }
 
 QueueTransaction::~QueueTransaction()
@@ -132,6 +132,6 @@ QueueTransaction::~QueueTransaction()
 
 void QueueTransaction::commit()
 {
-    m_connection.execute(u"COMMIT");
+    m_connection.commit();
     m_open = false;
 }

@@ -60,8 +60,9 @@ public:
 
     virtual std::unique_ptr<QueueLease> newLease() const = 0;
 
-    /// Begins a transaction that will write.
-    virtual QStringView beginStatement() const = 0;
+    /// A transaction that will write, see QueueTransaction.
+    virtual void begin() = 0;
+    virtual void commit() = 0;
 
     /// What the query for the next event says so that two drains do not find the same one.
     virtual QStringView rowLock() const = 0;

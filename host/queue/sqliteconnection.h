@@ -16,7 +16,8 @@ public:
     void checkpoint() override;
 
     std::unique_ptr<QueueLease> newLease() const override;
-    QStringView beginStatement() const override { return u"BEGIN IMMEDIATE"; }
+    void begin() override { change(u"BEGIN IMMEDIATE"); }
+    void commit() override { change(u"COMMIT"); }
     QStringView rowLock() const override { return {}; } // one writer at a time
 
 protected:
