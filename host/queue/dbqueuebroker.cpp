@@ -25,7 +25,8 @@ DBQueueBroker::~DBQueueBroker() = default;
 void DBQueueBroker::push(const QString &owner, const QJsonObject &event, const QString &key)
 {
     if (owner.isEmpty())
-        throw queueerror::make(QueueFile::configuredName(), u"не указан получатель запроса"_s, u"push without owner"_s);
+        throw queueerror::make(QueueSettings::configured().name(), u"не указан получатель запроса"_s,
+                               u"push without owner"_s);
     const QByteArray json = QJsonDocument(event).toJson(QJsonDocument::Compact);
     access().use([&](QueueStore &store) { store.push(owner, orderOf(event, key), json, currentQueueTime()); });
     QueueSignal::instance().raise();
@@ -39,6 +40,6 @@ DBQueueBroker::Status DBQueueBroker::status() const
 QueueAccess &DBQueueBroker::access() const
 {
     if (!m_access)
-        m_access = std::make_unique<QueueAccess>(QueueFile::configuredName(), QueueConnection::Commits::Synced);
+        m_access = std::make_unique<QueueAccess>(QueueSettings::configured(), QueueConnection::Commits::Synced);
     return *m_access;
 }

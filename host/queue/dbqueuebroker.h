@@ -12,7 +12,8 @@
 class QueueAccess;
 
 /// One per process through Singleton<DBQueueBroker>; used on the check thread only. The database is the one of the
-/// configuration ("Queue:database", default "queue.db" in the folder "Host:dataFolder").
+/// configuration ("Queue:database", default: the file "queue.db" in the folder "Host:dataFolder"; see docs/queue.md for
+/// a server).
 class POSHOST_EXPORT DBQueueBroker
 {
 public:

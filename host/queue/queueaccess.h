@@ -9,7 +9,9 @@
 class QueueAccess
 {
 public:
-    QueueAccess(const QString &fileName, QueueConnection::Commits commits) : m_fileName(fileName), m_commits(commits) {}
+    QueueAccess(const QueueSettings &settings, QueueConnection::Commits commits)
+        : m_settings(settings), m_commits(commits)
+    {}
 
     /// Runs `operation` on the open database and returns what it returns. Throws what it throws, and BasicException
     /// when the database cannot be opened; the database is closed then.
@@ -27,7 +29,7 @@ public:
 private:
     QueueStore &opened();
 
-    QString m_fileName;
+    QueueSettings m_settings;
     QueueConnection::Commits m_commits;
     std::optional<QueueStore> m_store;
 };

@@ -2,25 +2,17 @@
 #include "queueadmin.h"
 
 #include "eventmask.h"
-#include "queueerror.h"
 #include "queuelease.h"
 #include "queuesignal.h"
 #include "queuestore.h"
 
-#include <QtCore/QFileInfo>
+#include <core/basicexception.h>
+
 #include <QtCore/QJsonDocument>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
-
-QString existingDatabase()
-{
-    const QString name = QueueFile::configuredName();
-    if (!QFileInfo::exists(name))
-        throw queueerror::make(name, u"файла нет; проверьте настройки Queue:database и Host:dataFolder"_s, u"ENOENT"_s);
-    return name;
-}
 
 BasicException refusal(qint64 id, const QString &problem)
 {
@@ -45,8 +37,9 @@ QString describe(QueueAdmin::State state)
 } // namespace
 
 QueueAdmin::QueueAdmin()
-    : m_store(std::make_unique<QueueStore>(existingDatabase(), QueueConnection::Commits::Synced)),
-      m_lease(std::make_unique<QueueLease>(QueueFile::configuredName()))
+    : m_store(std::make_unique<QueueStore>(QueueSettings::configured(), QueueConnection::Commits::Synced,
+                                           QueueConnection::Missing::IsRefused)),
+      m_lease(m_store->newLease())
 {}
 
 QueueAdmin::~QueueAdmin() = default;

@@ -1,8 +1,8 @@
-// One connection to the queue's database through Qt SQL: settings, checked statements, transactions.
-// Used on the thread that has made it, and on no other.
+// One connection to the queue's database through Qt SQL: checked statements and transactions, and behind them what the
+// kinds of database do each in their own way. Used on the thread that has made it, and on no other.
 #pragma once
 
-#include "queuefile.h"
+#include "queuesettings.h"
 
 #include <QtCore/QStringView>
 #include <QtCore/QVariant>
@@ -12,6 +12,9 @@
 
 #include <functional>
 #include <map>
+#include <memory>
+
+class QueueLease;
 
 class QueueConnection
 {
@@ -21,18 +24,22 @@ public:
         Lazy,   ///< Survives the death of the process at once, a power failure from the next checkpoint on. No
                 ///< checkpoints of its own accord.
     };
+    enum class Missing { IsMade, IsRefused };
 
-    /// Opens the file, making it where it is missing. Throws BasicException when that fails.
-    explicit QueueConnection(const QString &fileName);
+    /// Opens the queue; `missing`: what becomes of one that is not there. Throws BasicException when that fails, as all
+    /// operations here do, or when this program must not write to what is there.
+    static std::unique_ptr<QueueConnection> open(const QueueSettings &settings, Commits commits, Missing missing);
+    virtual ~QueueConnection() = default;
     Q_DISABLE_COPY_MOVE(QueueConnection)
 
-    const QueueFile &file() const { return m_file; }
+    /// What people know the database by.
+    const QString &name() const { return m_name; }
 
-    /// Makes the file ours: write-ahead log, how durable this connection's commits are, rights for its owner only.
-    void configure(Commits commits);
+    /// Never given to another connection of this process.
+    const QString &identifier() const { return m_registration.name; }
 
-    /// Runs a statement; returns how many rows it has changed. `sql` must be a literal: it is prepared once and kept.
-    /// Throws BasicException when it fails, as all operations here do.
+    /// Runs a statement; returns how many rows it has changed. `sql` is prepared once and kept: the text must live as
+    /// long as the connection.
     int change(QStringView sql, const QVariantList &values = {});
 
     /// Runs a query and calls `row` for each row of its result. `row` must not use this connection.
@@ -41,33 +48,65 @@ public:
     /// The first column of the first row; invalid when there is no row.
     QVariant value(QStringView sql, const QVariantList &values = {});
 
+    /// Runs, without preparing it, what runs once or cannot be prepared.
+    void execute(QStringView sql);
+
+    /// False when the connection has to be made anew before anything else is done; logged.
+    virtual bool isUsable() = 0;
+
+    /// Makes lazy commits durable where the database does not do so soon enough by itself. What a reader or another
+    /// process stands in the way of is left for the next time.
+    virtual void checkpoint() {}
+
+    virtual std::unique_ptr<QueueLease> newLease() const = 0;
+
+    /// A transaction that will write, see QueueTransaction.
+    virtual void begin() = 0;
+    virtual void commit() = 0;
+
+    /// What the query for the next event says so that two drains do not find the same one.
+    virtual QStringView rowLock() const = 0;
+
+protected:
+    QueueConnection(const QString &driver, const QString &name);
+
+    virtual void open(Commits commits, Missing missing) = 0;
+
+    /// The error as a text for people that completes the sentence of queueerror::make().
+    virtual QString problemText(const QSqlError &error) const = 0;
+
+    QSqlDatabase database() const { return QSqlDatabase::database(m_registration.name, false); }
+
+    /// A setting that the database does not accept is not always an error to it: throws BasicException when the answer
+    /// to `question` is another one.
+    void expect(QStringView question, QStringView answer);
+
+    [[noreturn]] void fail(QStringView sql, const QSqlError &error) const;
+
 private:
     friend class QueueTransaction;
 
     struct Registration
     {
-        Registration();
+        explicit Registration(const QString &driver);
         ~Registration();
         Q_DISABLE_COPY_MOVE(Registration)
         QString name;
     };
 
-    void open();
-    void switchToWriteAheadLog();
-    void set(const QString &setting, const QString &text, const QString &expected);
     QSqlQuery &start(QStringView sql, const QVariantList &values);
-    [[noreturn]] void fail(QStringView sql, const QSqlError &error) const;
 
-    QueueFile m_file;
-    Registration m_registration;
+    QString m_name;
+    // In this order: the statements go with their connection, so that a server that is gone is not asked to free them.
     std::map<QStringView, QSqlQuery> m_statements;
+    Registration m_registration;
 };
 
-/// Takes the write lock; rolls back on destruction unless commit() has succeeded.
+/// Locks what it needs to write; rolls back on destruction unless commit() has succeeded.
 class QueueTransaction
 {
 public:
-    /// Throws BasicException when the lock is not to be had within the busy time-out.
+    /// Throws BasicException when the database is not to be had within the busy time-out.
     explicit QueueTransaction(QueueConnection &connection);
     ~QueueTransaction();
     Q_DISABLE_COPY_MOVE(QueueTransaction)

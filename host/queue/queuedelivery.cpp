@@ -15,14 +15,17 @@ namespace {
 // At most so many accepted events are sent again after a power failure.
 constexpr int eventsBetweenCheckpoints = 100;
 
+// As it is stored and logged; not every database takes a NUL in a text.
+QString errorText(const QString &error)
+{
+    return eventmask::maskPhones(error).remove(QChar::Null);
+}
+
 } // namespace
 
-QueueDelivery::QueueDelivery(const QString &fileName, const QHash<QString, QueueDrain::Handler> &handlers,
+QueueDelivery::QueueDelivery(const QueueSettings &settings, const QHash<QString, QueueDrain::Handler> &handlers,
                              const Environment &environment)
-    : m_fileName(fileName),
-      m_environment(environment),
-      m_backOff(environment.random),
-      m_access(fileName, QueueConnection::Commits::Lazy)
+    : m_environment(environment), m_backOff(environment.random), m_access(settings, QueueConnection::Commits::Lazy)
 {
     if (!m_environment.now)
         m_environment.now = currentQueueTime;
@@ -36,7 +39,7 @@ bool QueueDelivery::step()
 {
     return m_access.use([this](QueueStore &store) {
         if (!m_lease)
-            m_lease.emplace(m_fileName);
+            m_lease = store.newLease();
         record(store);
         for (std::size_t i = 0; i < m_receivers.size(); ++i) {
             // One event each in turn, so that no receiver waits for another's queue.
@@ -73,9 +76,9 @@ QueueDelivery::Outcome QueueDelivery::send(std::size_t receiver, const QueueClai
         m_receivers[receiver].handler(event.object());
         return {receiver, claim, Result::Accepted, {}};
     } catch (const RejectionException &error) {
-        return {receiver, claim, Result::Refused, eventmask::maskPhones(error.text().ru())};
+        return {receiver, claim, Result::Refused, errorText(error.text().ru())};
     } catch (const std::exception &error) { // the text of a BasicException is its what()
-        return {receiver, claim, Result::Failed, eventmask::maskPhones(QString::fromUtf8(error.what()))};
+        return {receiver, claim, Result::Failed, errorText(QString::fromUtf8(error.what()))};
     } catch (...) {
         return {receiver, claim, Result::Failed, u"неизвестная ошибка"_s};
     }

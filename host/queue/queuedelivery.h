@@ -13,6 +13,7 @@
 #include <QtCore/QHash>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -27,7 +28,7 @@ public:
     };
 
     /// Opens nothing yet.
-    QueueDelivery(const QString &fileName, const QHash<QString, QueueDrain::Handler> &handlers,
+    QueueDelivery(const QueueSettings &settings, const QHash<QString, QueueDrain::Handler> &handlers,
                   const Environment &environment = {});
     ~QueueDelivery();
     Q_DISABLE_COPY_MOVE(QueueDelivery)
@@ -69,13 +70,12 @@ private:
     void log(const Outcome &outcome) const;
     void checkpoint(QueueStore &store);
 
-    QString m_fileName;
     Environment m_environment;
     BackOff m_backOff;
     std::vector<Receiver> m_receivers;
     std::size_t m_turn = 0;
     QueueAccess m_access;
-    std::optional<QueueLease> m_lease; // outlives the store that m_access may close: what is in flight stays ours
+    std::unique_ptr<QueueLease> m_lease; // outlives the store that m_access may close: what is in flight stays ours
     std::optional<Outcome> m_unrecorded;
     int m_sinceCheckpoint = 0; // events that were taken
 };

@@ -33,7 +33,7 @@ public:
     QHash<QString, Handler> handlers;
 
 private:
-    void run(const QString &fileName);
+    void run(const QueueSettings &settings);
     void work(QueueDelivery &delivery, quint64 seen);
     void reportDrained(quint64 seen);
 
@@ -50,7 +50,7 @@ void QueueDrain::Worker::start()
     if (m_thread.joinable())
         return;
     m_stopping = false;
-    m_thread = std::thread(&Worker::run, this, QueueFile::configuredName());
+    m_thread = std::thread(&Worker::run, this, QueueSettings::configured());
 }
 
 void QueueDrain::Worker::stop()
@@ -75,9 +75,9 @@ bool QueueDrain::Worker::waitUntilDrained(std::chrono::milliseconds timeout)
     return m_drained.wait_for(lock, timeout, [this, asked] { return m_drainedAt >= asked; });
 }
 
-void QueueDrain::Worker::run(const QString &fileName)
+void QueueDrain::Worker::run(const QueueSettings &settings)
 {
-    QueueDelivery delivery(fileName, handlers);
+    QueueDelivery delivery(settings, handlers);
     const BackOff backOff;
     int failures = 0;
     while (!m_stopping) {

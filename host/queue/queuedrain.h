@@ -30,6 +30,7 @@ public:
     /// Who sends the events of `owner`. To be set before start(); events of owners without a handler stay in the queue.
     void setHandler(const QString &owner, const Handler &handler);
 
+    /// Throws BasicException when the queue's configuration makes no sense.
     void start();
 
     /// Ends the drain within one exchange and waits for that. What was not delivered stays in the queue.

@@ -10,9 +10,9 @@ Log4Qt::Logger *queueerror::logger()
     return Log4Qt::LogManager::logger(u"poshost.queue"_s);
 }
 
-BasicException queueerror::make(const QString &fileName, const QString &problem, const QString &reason)
+BasicException queueerror::make(const QString &database, const QString &problem, const QString &reason)
 {
-    const QString text = u"Очередь запросов «%1»: %2"_s.arg(fileName, problem);
+    const QString text = u"Очередь запросов «%1»: %2"_s.arg(database, problem);
     logger()->error(u"%1 (%2)"_s.arg(text, reason));
     return BasicException(text);
 }

@@ -1,4 +1,4 @@
-// How a failure of the queue is told: the cashier gets a text that names the file, the log the technical reason.
+// How a failure of the queue is told: the cashier gets a text that names the database, the log the technical reason.
 #pragma once
 
 #include <core/basicexception.h>
@@ -12,7 +12,8 @@ namespace queueerror {
 /// The logger "poshost.queue".
 Log4Qt::Logger *logger();
 
-/// Logs `reason` and returns the exception to throw; `problem` completes the sentence "Очередь запросов «file»: ...".
-BasicException make(const QString &fileName, const QString &problem, const QString &reason);
+/// Logs `reason` and returns the exception to throw; `problem` completes the sentence "Очередь запросов «database»:
+/// ...".
+BasicException make(const QString &database, const QString &problem, const QString &reason);
 
 } // namespace queueerror

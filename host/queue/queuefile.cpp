@@ -3,14 +3,10 @@
 
 #include "queueerror.h"
 
-#include <core/config.h>
-#include <core/singleton.h>
-
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
@@ -41,13 +37,6 @@ bool syncFolder(const QString &folder)
 
 QueueFile::QueueFile(const QString &fileName) : m_name(QFileInfo(fileName).absoluteFilePath())
 {}
-
-QString QueueFile::configuredName()
-{
-    const auto config = Singleton<Config>::instance();
-    const QDir folder(config->getString(u"Host:dataFolder"_s, QDir::currentPath()));
-    return folder.absoluteFilePath(config->getString(u"Queue:database"_s, u"queue.db"_s));
-}
 
 void QueueFile::prepare()
 {

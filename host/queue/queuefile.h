@@ -12,9 +12,6 @@ class QueueFile
 public:
     explicit QueueFile(const QString &fileName);
 
-    /// "Queue:database" of the configuration, relative to "Host:dataFolder" (default: the working folder).
-    static QString configuredName();
-
     const QString &name() const { return m_name; }
 
     /// Makes the folder (mode 0700) and the empty file (0600) where they are missing. Throws BasicException when that

@@ -1,27 +1,31 @@
 // Who is sending what: an identifier for a drain that is certain to be given up when its process dies.
 #pragma once
 
-#include <QtCore/QString>
+#include <QtCore/QtGlobal>
 
-/// A lease is a random number n and a lock on byte n of the file "<database>-lease". The kernel drops the lock with the
-/// process, however it ends, and with this object; so whether the holder of a lease lives is a fact that can be asked
-/// for, independent of clocks and of how long an exchange takes. The locks belong to the open file (not to the
-/// process, as POSIX locks do), so drains of one process keep each other out as well.
+class QueueConnection;
+
+/// A random number with a lock that ends with its holder, however that ends; so whether the holder of a lease lives is
+/// a fact that can be asked for, independent of clocks and of how long an exchange takes. What the lock is depends on
+/// the kind of database. All operations throw BasicException when they fail.
 class QueueLease
 {
 public:
-    /// Takes a lease. Throws BasicException when the lock file cannot be made or locked.
-    explicit QueueLease(const QString &databaseName);
-    ~QueueLease();
+    virtual ~QueueLease() = default;
     Q_DISABLE_COPY_MOVE(QueueLease)
 
     qint64 id() const { return m_id; }
 
-    /// True when another drain lives that holds this lease. Throws BasicException when that cannot be found out.
-    bool isHeldByOther(qint64 lease) const;
+    /// Takes the lock where it is not held, or not any more. To be called before anything is claimed.
+    virtual void hold(QueueConnection &connection) = 0;
+
+    /// True when another drain lives that holds `lease`. To be called inside a transaction, which keeps the answer
+    /// from changing before what that drain has left is released.
+    virtual bool isHeldByOther(qint64 lease, QueueConnection &connection) const = 0;
+
+protected:
+    QueueLease();
 
 private:
-    QString m_fileName;
-    int m_descriptor = -1;
-    qint64 m_id = 0;
+    qint64 m_id;
 };

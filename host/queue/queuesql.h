@@ -1,5 +1,5 @@
-// All SQL of the queue's operations in one place, for the day a second kind of database is added. What only SQLite
-// knows is said so; the layout is in queueschema.cpp.
+// All SQL of the queue's operations, for both kinds of database; their layouts are in sqliteschema.cpp and
+// postgresschema.cpp.
 #pragma once
 
 #include <QtCore/QStringView>
@@ -14,21 +14,21 @@ inline constexpr QStringView status =
     u"WHERE p.owner = e.owner AND p.basket = e.basket AND p.id < e.id AND p.state = 'aside') THEN 1 ELSE 0 END), 0) "
     u"FROM event e WHERE e.state <> 'discarded'";
 
-inline constexpr QStringView leasesOfOthers =
-    u"SELECT DISTINCT lease FROM event WHERE state = 'sending' AND lease <> ?";
+inline constexpr QStringView leases = u"SELECT DISTINCT lease FROM event WHERE state = 'sending'";
 
 inline constexpr QStringView releaseLease =
     u"UPDATE event SET state = 'waiting', lease = NULL WHERE state = 'sending' AND lease = ?";
 
 // A next attempt further away than the longest back-off was computed before somebody put the clock back.
-// Only the first event of its order can be taken. Values: lease, owner, after, now, now + longest back-off.
+// Only the first event of its order can be taken. %1: what locks the row where several can write at a time. Values:
+// lease, owner, after, now, now + longest back-off.
 inline constexpr QStringView claim =
     u"UPDATE event SET state = 'sending', lease = ?, attempts = attempts + 1 WHERE id = ("
     u"SELECT e.id FROM event e WHERE e.state = 'waiting' AND e.owner = ? AND e.id > ? "
     u"AND (e.next_attempt <= ? OR e.next_attempt > ?) "
     u"AND NOT EXISTS (SELECT 1 FROM event p WHERE p.owner = e.owner AND p.basket = e.basket AND p.id < e.id "
     u"AND p.state <> 'discarded') "
-    u"ORDER BY e.attempts, e.id LIMIT 1) "
+    u"ORDER BY e.attempts, e.id LIMIT 1 %1) "
     u"RETURNING id, basket, attempts, event";
 
 // The lease is asked for so that a drain never touches what is not, or no longer, its own.
@@ -60,8 +60,6 @@ inline constexpr QStringView retry =
 inline constexpr QStringView discard = u"UPDATE event SET state = 'discarded', discarded = ?, discard_reason = ? "
                                        u"WHERE id = ? AND state IN ('waiting', 'aside')";
 
-// SQLite only.
-inline constexpr QStringView newest = u"SELECT seq FROM sqlite_sequence WHERE name = 'event'";
-inline constexpr QStringView checkpoint = u"PRAGMA wal_checkpoint(PASSIVE)";
+inline constexpr QStringView newest = u"SELECT MAX(id) FROM event";
 
 } // namespace queuesql

@@ -4,7 +4,6 @@
 #include "backoff.h"
 #include "queueerror.h"
 #include "queuelease.h"
-#include "queueschema.h"
 #include "queuesql.h"
 
 #include <QtCore/QList>
@@ -25,11 +24,15 @@ QueueTime currentQueueTime()
     return std::chrono::time_point_cast<std::chrono::milliseconds>(std::chrono::system_clock::now());
 }
 
-QueueStore::QueueStore(const QString &fileName, QueueConnection::Commits commits) : m_connection(fileName)
+QueueStore::QueueStore(const QueueSettings &settings, QueueConnection::Commits commits,
+                       QueueConnection::Missing missing)
+    : m_connection(QueueConnection::open(settings, commits, missing)),
+      m_claim(queuesql::claim.toString().arg(m_connection->rowLock()))
+{}
+
+std::unique_ptr<QueueLease> QueueStore::newLease() const
 {
-    queueschema::refuseForeign(m_connection);
-    m_connection.configure(commits);
-    queueschema::ensure(m_connection);
+    return m_connection->newLease();
 }
 
 void QueueStore::push(const QString &owner, const QString &basket, const QByteArray &event, QueueTime now)
@@ -41,7 +44,7 @@ void QueueStore::push(const QString &owner, const QString &basket, const QByteAr
 DBQueueBroker::Status QueueStore::status()
 {
     DBQueueBroker::Status status;
-    m_connection.read(queuesql::status, {}, [&status](const QSqlQuery &row) {
+    m_connection->read(queuesql::status, {}, [&status](const QSqlQuery &row) {
         status.setAside = row.value(2).toInt();
         status.waiting = row.value(0).toInt() - status.setAside;
         if (!row.isNull(1))
@@ -50,28 +53,31 @@ DBQueueBroker::Status QueueStore::status()
     return status;
 }
 
-std::optional<QueueClaim> QueueStore::claim(const QString &owner, const QueueLease &lease, QueueTime now, qint64 after)
+std::optional<QueueClaim> QueueStore::claim(const QString &owner, QueueLease &lease, QueueTime now, qint64 after)
 {
+    lease.hold(*m_connection);
     std::optional<QueueClaim> claim;
-    QueueTransaction transaction(m_connection);
-    releaseLeasesOfTheDead(lease);
-    m_connection.read(queuesql::claim, {lease.id(), owner, after, number(now), number(now + BackOff::longest)},
-                      [&claim](const QSqlQuery &row) {
-                          claim = QueueClaim{row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toInt(),
-                                             row.value(3).toString().toUtf8()};
-                      });
+    QueueTransaction transaction(*m_connection);
+    releaseWhatNobodyIsSending(lease);
+    m_connection->read(m_claim, {lease.id(), owner, after, number(now), number(now + BackOff::longest)},
+                       [&claim](const QSqlQuery &row) {
+                           claim = QueueClaim{row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toInt(),
+                                              row.value(3).toString().toUtf8()};
+                       });
     transaction.commit();
     return claim;
 }
 
-void QueueStore::releaseLeasesOfTheDead(const QueueLease &lease)
+// Of drains that have died; and the caller's own, who is sending nothing now: a claim whose commit was stored, but not
+// answered.
+void QueueStore::releaseWhatNobodyIsSending(const QueueLease &lease)
 {
-    QList<qint64> others;
-    m_connection.read(queuesql::leasesOfOthers, {lease.id()},
-                      [&others](const QSqlQuery &row) { others.append(row.value(0).toLongLong()); });
-    for (const qint64 other : others)
-        if (!lease.isHeldByOther(other))
-            m_connection.change(queuesql::releaseLease, {other});
+    QList<qint64> found;
+    m_connection->read(queuesql::leases, {},
+                       [&found](const QSqlQuery &row) { found.append(row.value(0).toLongLong()); });
+    for (const qint64 one : found)
+        if (one == lease.id() || !lease.isHeldByOther(one, *m_connection))
+            m_connection->change(queuesql::releaseLease, {one});
 }
 
 void QueueStore::accepted(const QueueClaim &claim, const QueueLease &lease)
@@ -97,8 +103,8 @@ void QueueStore::settle(QStringView sql, const QVariantList &values, const Queue
 
 int QueueStore::changeAlone(QStringView sql, const QVariantList &values)
 {
-    QueueTransaction transaction(m_connection);
-    const int rows = m_connection.change(sql, values);
+    QueueTransaction transaction(*m_connection);
+    const int rows = m_connection->change(sql, values);
     transaction.commit();
     return rows;
 }
@@ -110,15 +116,10 @@ void QueueStore::endBackOffs(const QString &owner)
 
 bool QueueStore::hasDeliverable(const QString &owner)
 {
-    return m_connection.value(queuesql::hasDeliverable, {owner}).toBool();
+    return m_connection->value(queuesql::hasDeliverable, {owner}).toBool();
 }
 
 qint64 QueueStore::newest()
 {
-    return m_connection.value(queuesql::newest).toLongLong();
-}
-
-void QueueStore::checkpoint()
-{
-    m_connection.value(queuesql::checkpoint);
+    return m_connection->value(queuesql::newest).toLongLong();
 }

@@ -33,18 +33,22 @@ class QueueStore
 {
 public:
     /// Opens the database, making or migrating it where needed.
-    QueueStore(const QString &fileName, QueueConnection::Commits commits);
+    QueueStore(const QueueSettings &settings, QueueConnection::Commits commits,
+               QueueConnection::Missing missing = QueueConnection::Missing::IsMade);
 
-    /// True when the file was deleted or replaced while it was open: what is stored from now on would be lost.
-    bool isReplaced() const { return m_connection.file().isReplaced(); }
+    /// False when the database has to be opened again before anything is stored.
+    bool isUsable() { return m_connection->isUsable(); }
+
+    /// A lease for a drain on this database.
+    std::unique_ptr<QueueLease> newLease() const;
 
     void push(const QString &owner, const QString &basket, const QByteArray &event, QueueTime now);
     DBQueueBroker::Status status();
 
     /// Takes the next event of `owner` whose order has nothing before it and is not in a back-off, among those with an
     /// id above `after`; those that have been tried least come first. Before that, events whose drain has died are
-    /// taken from it.
-    std::optional<QueueClaim> claim(const QString &owner, const QueueLease &lease, QueueTime now, qint64 after);
+    /// taken from it. Not to be called while an event of this lease is being sent.
+    std::optional<QueueClaim> claim(const QString &owner, QueueLease &lease, QueueTime now, qint64 after);
 
     /// The event was accepted: deletes it.
     void accepted(const QueueClaim &claim, const QueueLease &lease);
@@ -61,12 +65,11 @@ public:
     /// True when events of `owner` are left that are not set aside and do not wait behind such a one.
     bool hasDeliverable(const QString &owner);
 
-    /// The id of the event that was pushed last; 0 when there was none yet.
+    /// The id of the event that was pushed last of those that are stored; 0 when there is none.
     qint64 newest();
 
-    /// Carries the write-ahead log into the database, which makes lazy commits durable. What a reader or another
-    /// process stands in the way of is left for the next time.
-    void checkpoint();
+    /// Makes lazy commits durable, see QueueConnection.
+    void checkpoint() { m_connection->checkpoint(); }
 
     /// Which events the operations for QueueAdmin are about: by default all.
     struct IdRange
@@ -86,9 +89,10 @@ public:
     bool discard(qint64 id, const QString &reason, const QueueLease &lease, QueueTime now);
 
 private:
-    void releaseLeasesOfTheDead(const QueueLease &lease);
+    void releaseWhatNobodyIsSending(const QueueLease &lease);
     void settle(QStringView sql, const QVariantList &values, const QueueClaim &claim);
     int changeAlone(QStringView sql, const QVariantList &values);
 
-    QueueConnection m_connection;
+    std::unique_ptr<QueueConnection> m_connection;
+    QString m_claim; // the claim as this kind of database has it
 };

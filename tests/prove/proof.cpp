@@ -24,7 +24,7 @@ constexpr int lastAttempts = 5;
 
 Proof::Proof(const QString &folder, const Options &options)
     : m_options(options),
-      m_shop(folder, options.seed, options.faultRate),
+      m_shop(folder, options.seed, options.faultRate, QString::fromStdString(options.postgres)),
       m_sales(options.seed),
       m_random(~options.seed)
 {}

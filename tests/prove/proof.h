@@ -14,6 +14,7 @@ struct Options
     int kills = 0; ///< so many processes are killed.
     quint64 seed = 0;
     double faultRate = 0;
+    std::string postgres; ///< Where the server's socket is that keeps the queue; empty: a file does.
 };
 
 /// Every figure is counted.

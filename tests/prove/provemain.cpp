@@ -15,7 +15,7 @@ constexpr int unusable = 2;
 
 prove::Options defaults()
 {
-    return {300, 200, std::random_device()(), 0.2};
+    return {300, 200, std::random_device()(), 0.2, {}};
 }
 
 int carryOut(const prove::Options &options)
@@ -55,6 +55,11 @@ try {
     program.add_option("--faults", options.faultRate, "Part of the exchanges that meet with a fault")
         ->check(CLI::Range(0., 1.))
         ->capture_default_str();
+    program
+        .add_option("--postgres", options.postgres,
+                    "Folder of a PostgreSQL server's socket, see scripts/with-postgres: the queue is in a new database "
+                    "there")
+        ->envname("KVO_POSTGRES");
     CLI11_PARSE(program, argc, argv);
     return carryOut(options);
 } catch (const std::exception &error) {

@@ -156,14 +156,25 @@ bool judge(const Load &load, const QueueLoadReceiver &receiver)
            receiver.refusals() == load.refused && left.size() == load.refused;
 }
 
-bool run(const Load &load)
+// `postgres`: where the server's socket is; empty: a file keeps the queue.
+QVariantHash settings(const QString &folder, const QString &address, const QString &postgres)
+{
+    QVariantHash values{
+        {u"Host:dataFolder"_s, folder}, {u"Kvo:host"_s, address}, {u"Log:file"_s, folder + u"/queue-load.log"_s}};
+    if (!postgres.isEmpty())
+        values.insert({{u"Queue:driver"_s, u"QPSQL"_s},
+                       {u"Queue:host"_s, postgres},
+                       {u"Queue:user"_s, u"postgres"_s},
+                       {u"Queue:database"_s, u"postgres"_s}});
+    return values;
+}
+
+bool run(const Load &load, const QString &postgres)
 {
     QueueLoadReceiver receiver(refusedBaskets(load), eventsPerOrder - 1);
     const QString address = u"http://127.0.0.1:%1"_s.arg(receiver.port());
     const QTemporaryDir folder;
-    const FakeConfig config({{u"Host:dataFolder"_s, folder.path()},
-                             {u"Kvo:host"_s, address},
-                             {u"Log:file"_s, folder.filePath(u"queue-load.log"_s)}});
+    const FakeConfig config(settings(folder.path(), address, postgres));
     setUpLogging(*Singleton<Config>::instance());
     const QList<QJsonObject> events = makeEvents(load, address);
     const double pushed = push(events);
@@ -184,6 +195,8 @@ int main(int argc, char **argv)
     QCommandLineParser parser;
     parser.addHelpOption();
     parser.addOption({u"events"_s, u"How many events; one in a hundred is refused"_s, u"number"_s, u"10000"_s});
+    parser.addOption({u"postgres"_s, u"Folder of the socket of a fresh PostgreSQL server that keeps the queue"_s,
+                      u"folder"_s, qEnvironmentVariable("KVO_POSTGRES")});
     parser.process(application);
     const Load load{parser.value(u"events"_s).toInt()};
     if (load.events <= 0 || load.events % eventsPerRefusal != 0) {
@@ -191,7 +204,7 @@ int main(int argc, char **argv)
         return 2;
     }
     try {
-        return run(load) ? 0 : 1;
+        return run(load, parser.value(u"postgres"_s)) ? 0 : 1;
     } catch (const std::exception &error) {
         std::cerr << error.what() << '\n';
         return 1;

@@ -62,10 +62,11 @@ std::pair<QByteArray, int> runToEnd(const QString &program, const QStringList &a
 
 } // namespace
 
-Shop::Shop(const QString &folder, quint64 seed, double faultRate)
+Shop::Shop(const QString &folder, quint64 seed, double faultRate, const QString &postgres)
     : m_folder(folder),
       m_seed(seed),
       m_faultRate(faultRate),
+      m_postgres(postgres),
       m_proxyPort(Socket::boundTo(0)),
       m_servicePort(Socket::boundTo(0)),
       m_service(serviceProgram, path(u"service.out")),
@@ -76,16 +77,29 @@ Shop::Shop(const QString &folder, quint64 seed, double faultRate)
 void Shop::open()
 {
     write(path(u"customers.json"), json(customers()));
+    if (!m_postgres.isEmpty())
+        makeDatabase();
     writeConfiguration();
     startService();
     startProxy();
 }
 
+void Shop::makeDatabase() const
+{
+    const auto [output, status] =
+        runToEnd(u"createdb"_s, {u"-h"_s, m_postgres, u"-U"_s, u"postgres"_s, m_folder.dirName()});
+    if (status != 0)
+        throw std::runtime_error("createdb: " + output.toStdString());
+}
+
 void Shop::writeConfiguration() const
 {
+    const QString queue = u"[Queue]\ndriver = QPSQL\nhost = %1\nuser = postgres\ndatabase = %2\n"_s;
     const QString ini = u"[Host]\ndataFolder = %1\n[Log]\nfile = %2\n[Kvo]\nhost = http://127.0.0.1:%3\n"
                         "timeout = 500\nbrand = B\nonlineStore = S\nterminal = T\nverificationLimit = 200\n"_s;
-    write(path(u"till.ini"), ini.arg(path(u"data"), path(u"till.log"), QString::number(m_proxyPort.port())).toUtf8());
+    write(path(u"till.ini"),
+          ini.arg(path(u"data"), path(u"till.log"), QString::number(m_proxyPort.port())).toUtf8() +
+              (m_postgres.isEmpty() ? QString() : queue.arg(m_postgres, m_folder.dirName())).toUtf8());
 }
 
 void Shop::startService()

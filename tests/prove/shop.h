@@ -20,8 +20,9 @@ public:
     /// What can be killed. The drain lives in the till as well; Drain is the command that only drains.
     enum class Part { Till, Drain, Proxy, Service };
 
-    /// Works in `folder`. `faultRate` is the part of the exchanges that meet with a fault.
-    Shop(const QString &folder, quint64 seed, double faultRate);
+    /// Works in `folder`. `faultRate` is the part of the exchanges that meet with a fault. `postgres` is the folder of
+    /// the server's socket that keeps the till's queue; empty: a file does.
+    Shop(const QString &folder, quint64 seed, double faultRate, const QString &postgres);
 
     /// Starts the service and the proxy.
     void open();
@@ -77,6 +78,7 @@ public:
 
 private:
     QString path(QStringView name) const { return m_folder.filePath(name.toString()); }
+    void makeDatabase() const;
     void writeConfiguration() const;
     void startService();
     void startProxy();
@@ -87,6 +89,7 @@ private:
     QDir m_folder;
     quint64 m_seed;
     double m_faultRate;
+    QString m_postgres;
     Socket m_proxyPort;
     Socket m_servicePort;
     Child m_service;

@@ -182,13 +182,9 @@ TEST_F(DBQueueBrokerTest, ProgramsThatStartTogetherMakeOneQueue)
 {
     std::vector<std::thread> tills;
     for (int till = 0; till < 6; ++till)
-        tills.emplace_back([] {
-            DBQueueBroker own;
-            for (int i = 0; i < 5; ++i)
-                EXPECT_NO_THROW(own.push(u"kvo"_s, eventNamed(u"a1"_s), {}));
-        });
+        tills.emplace_back([] { EXPECT_NO_THROW(DBQueueBroker().push(u"kvo"_s, eventNamed(u"a1"_s), {})); });
     for (std::thread &till : tills)
         till.join();
-    EXPECT_EQ(broker.status().waiting, 30);
+    EXPECT_EQ(broker.status().waiting, 6);
     EXPECT_TRUE(broker.status().oldest.isValid());
 }

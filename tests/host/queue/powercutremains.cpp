@@ -55,7 +55,8 @@ std::optional<QList<QJsonObject>> powercutremains::events(const PowerCutDisk::Co
         return {};
     QList<QJsonObject> events;
     try {
-        QueueDelivery delivery(database, {{u"kvo"_s, [&events](const QJsonObject &event) { events.append(event); }}});
+        QueueDelivery delivery({.database = database},
+                               {{u"kvo"_s, [&events](const QJsonObject &event) { events.append(event); }}});
         while (delivery.step())
             ;
     } catch (const BasicException &error) {

@@ -36,7 +36,8 @@ struct PowerCutTill::Queue
 {
     explicit Queue(PowerCutTill &till)
         : delivery(
-              till.m_database, {{u"kvo"_s, [&till](const QJsonObject &event) { till.receive(event); }}},
+              QueueSettings{.database = till.m_database},
+              {{u"kvo"_s, [&till](const QJsonObject &event) { till.receive(event); }}},
               {[&till] { return till.m_now; }, [&till] { return std::generate_canonical<double, 32>(till.m_random); }})
     {}
 

@@ -2,6 +2,7 @@
 #include "queuefixture.h"
 
 #include <queue/backoff.h>
+#include <queue/queueadmin.h>
 
 using QueueDeliveryTest = QueueTest;
 
@@ -73,6 +74,21 @@ TEST_F(QueueDeliveryTest, DamagedEventIsKeptAndNotSent)
     EXPECT_EQ(broker.status().setAside, 1);
 }
 
+TEST_F(QueueDeliveryTest, TextsComeThroughTheDatabaseAsTheyWere)
+{
+    QJsonObject event = eventNamed(u"a1"_s);
+    event.insert(u"text"_s, u"\\ \\\\ ' '' \" ? $1 %1 :x \0 \n Ж 😀"_s);
+    QList<QJsonObject> arrived;
+    QueueDelivery receiver(settings, {{u"kvo"_s, [&](const QJsonObject &received) {
+                                           arrived.append(received);
+                                           throw RejectionException(event.value(u"text").toString());
+                                       }}});
+    broker.push(u"kvo"_s, event, {});
+    EXPECT_TRUE(receiver.step());
+    EXPECT_EQ(arrived, QList<QJsonObject>{event});
+    EXPECT_EQ(QueueAdmin().list().constFirst().lastError, event.value(u"text").toString().remove(QChar::Null));
+}
+
 TEST_F(QueueDeliveryTest, EventsOfUnknownOwnersStay)
 {
     push(u"a1"_s, u"somebody"_s);
@@ -84,16 +100,27 @@ TEST_F(QueueDeliveryTest, EventsOfUnknownOwnersStay)
 TEST_F(QueueDeliveryTest, AcceptedEventIsNotSentAgainWhenTheDatabaseFailsToForgetIt)
 {
     push(u"a1 a2"_s);
-    whileSending = [] { sqlInside(u"PRAGMA query_only = 1"_s); };
+    whileSending = [] { refuseWrites(); };
     EXPECT_THROW(delivery.step(), BasicException);
     whileSending = [] {};
     EXPECT_EQ(drain(), u"a2"_s);
 }
 
+TEST_F(QueueDeliveryTest, ClaimThatWasStoredWithoutAnAnswerHoldsNothingUp)
+{
+    push(u"a1 b1"_s);
+    whileSending = [this] {
+        sql(u"UPDATE event SET state = 'sending', lease = (SELECT lease FROM event WHERE basket = 'a')"_s);
+    };
+    EXPECT_TRUE(delivery.step());
+    whileSending = [] {};
+    EXPECT_EQ(drain(), u"b1"_s);
+}
+
 TEST_F(QueueDeliveryTest, DrainsOnOneDatabaseNeverShareAnOrder)
 {
     QStringList sentByOther;
-    QueueDelivery other(file,
+    QueueDelivery other(settings,
                         {{u"kvo"_s, [&sentByOther](const QJsonObject &event) { sentByOther.append(nameOf(event)); }}});
     push(u"a1 a2 b1 b2"_s);
     whileSending = [&other] {

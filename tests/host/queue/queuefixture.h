@@ -12,6 +12,7 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QJsonObject>
 #include <QtCore/QTemporaryDir>
 #include <QtSql/QSqlDatabase>
@@ -31,18 +32,42 @@ inline QString nameOf(const QJsonObject &event)
     return event.value(u"url").toString().section(u'/', -1);
 }
 
+/// The socket's folder of scripts/with-postgres; empty: the tests run on SQLite.
+inline QString postgresFolder()
+{
+    return qEnvironmentVariable("KVO_POSTGRES");
+}
+
 class QueueTest : public testing::Test
 {
 protected:
-    QueueTest()
+    ~QueueTest() override
+    {
+        Singleton<Config>::replace(nullptr);
+        if (!postgresFolder().isEmpty())
+            sql(u"postgres"_s, u"DROP DATABASE \"%1\" WITH (FORCE)"_s.arg(database));
+    }
+
+    /// Configures the queue, with further lines.
+    QueueSettings configure(const QByteArray &lines)
     {
         QFile ini(iniFile);
         EXPECT_TRUE(ini.open(QFile::WriteOnly));
-        ini.write("[Queue]\ndatabase = " + QFile::encodeName(file) + "\n");
+        ini.write("[Queue]\ndatabase = " + QFile::encodeName(database) + "\n");
+        if (!postgresFolder().isEmpty())
+            ini.write("driver = QPSQL\nuser = postgres\nhost = " + QFile::encodeName(postgresFolder()) + "\n");
+        ini.write(lines);
         ini.close();
         Singleton<Config>::replace(QSharedPointer<Config>::create(iniFile));
+        return QueueSettings::configured();
     }
-    ~QueueTest() override { Singleton<Config>::replace(nullptr); }
+
+    QueueSettings makeQueue()
+    {
+        if (!postgresFolder().isEmpty())
+            sql(u"postgres"_s, u"CREATE DATABASE \"%1\""_s.arg(database));
+        return configure({});
+    }
 
     void push(const QString &names, const QString &owner = u"kvo"_s)
     {
@@ -64,8 +89,14 @@ protected:
     {
         QVariant result;
         {
-            QSqlDatabase other = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"test"_s);
+            const QString driver = postgresFolder().isEmpty() ? u"QSQLITE"_s : u"QPSQL"_s;
+            QSqlDatabase other = QSqlDatabase::addDatabase(driver, u"test"_s);
             other.setDatabaseName(database);
+            if (!postgresFolder().isEmpty()) {
+                other.setHostName(postgresFolder());
+                other.setUserName(u"postgres"_s);
+                other.setConnectOptions(u"options='-c search_path=poshost_queue'"_s);
+            }
             EXPECT_TRUE(other.open());
             QSqlQuery query(other);
             EXPECT_TRUE(query.exec(statement)) << qPrintable(statement);
@@ -74,7 +105,7 @@ protected:
         QSqlDatabase::removeDatabase(u"test"_s);
         return result;
     }
-    QVariant sql(const QString &statement) { return sql(file, statement); }
+    QVariant sql(const QString &statement) { return sql(database, statement); }
 
     /// The same on the newest connection of the queue itself.
     static QVariant sqlInside(const QString &statement)
@@ -88,11 +119,20 @@ protected:
         return query.next() ? query.value(0) : QVariant();
     }
 
+    /// From now on the newest connection of the queue cannot write.
+    static void refuseWrites()
+    {
+        sqlInside(postgresFolder().isEmpty() ? u"PRAGMA query_only = 1"_s
+                                             : u"SET default_transaction_read_only = on"_s);
+    }
+
     void makeFolder() { EXPECT_TRUE(QDir().mkpath(folder.filePath(u"data"_s))); }
 
     QTemporaryDir folder;
     QString file = folder.filePath(u"data/queue.db"_s);
     QString iniFile = folder.filePath(u"till.ini"_s);
+    QString database = postgresFolder().isEmpty() ? file : QFileInfo(folder.path()).fileName();
+    const QueueSettings settings = makeQueue();
     DBQueueBroker broker;
 
     QueueTime now{1'700'000'000'000ms};
@@ -101,7 +141,7 @@ protected:
     QSet<QString> refused;     ///< Names of events that are rejected.
     bool serviceDown = false;
     std::function<void()> whileSending = [] {};
-    QueueDelivery delivery{file,
+    QueueDelivery delivery{settings,
                            {{u"kvo"_s, [this](const QJsonObject &event) { receive(event); }}},
                            {[this] { return now; }, [] { return 0.5; }}};
 

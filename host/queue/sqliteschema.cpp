@@ -1,5 +1,5 @@
 // The steps that lead from each version of the layout to the next. A step that was released never changes again.
-#include "queueschema.h"
+#include "sqliteschema.h"
 
 #include "queueconnection.h"
 #include "queueerror.h"
@@ -40,9 +40,9 @@ int version(QueueConnection &connection)
 
 } // namespace
 
-void queueschema::refuseForeign(QueueConnection &connection)
+void sqliteschema::refuseForeign(QueueConnection &connection)
 {
-    const QString &file = connection.file().name();
+    const QString &file = connection.name();
     int found = 0;
     bool hasTables = false;
     // In one statement, so that both are from one moment: another process may be making the tables.
@@ -59,7 +59,7 @@ void queueschema::refuseForeign(QueueConnection &connection)
                                u"user_version 0, but there are tables"_s);
 }
 
-void queueschema::ensure(QueueConnection &connection)
+void sqliteschema::ensure(QueueConnection &connection)
 {
     if (version(connection) == current)
         return;
@@ -67,6 +67,6 @@ void queueschema::ensure(QueueConnection &connection)
     refuseForeign(connection); // again: another process may have been at it since
     for (std::size_t step = version(connection); step < steps.size(); ++step)
         for (const QStringView sql : steps.at(step))
-            connection.change(sql);
+            connection.execute(sql);
     transaction.commit();
 }

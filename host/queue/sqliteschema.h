@@ -1,9 +1,9 @@
-// The layout of the queue's database and how an older one is brought up to date.
+// The layout of the queue's database file and how an older one is brought up to date.
 #pragma once
 
 class QueueConnection;
 
-namespace queueschema {
+namespace sqliteschema {
 
 /// Throws BasicException when the database was written by a newer version of the program, or by another program;
 /// nothing is changed.
@@ -13,4 +13,4 @@ void refuseForeign(QueueConnection &connection);
 /// done, or nothing. Throws BasicException when that fails.
 void ensure(QueueConnection &connection);
 
-} // namespace queueschema
+} // namespace sqliteschema

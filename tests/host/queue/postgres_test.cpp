@@ -1,0 +1,122 @@
+// What only a server can do to the queue. Run by scripts/with-postgres, as all tests of this folder are but those about
+// files.
+#include "queuefixture.h"
+
+#include <queue/queuedrain.h>
+
+#include <QtCore/QMap>
+
+#include <latch>
+#include <mutex>
+
+class PostgresQueueTest : public QueueTest
+{
+protected:
+    /// As when the server is restarted.
+    void closeAllConnections()
+    {
+        sql(u"SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE datname = current_database() AND "
+            u"pid <> pg_backend_pid()"_s);
+    }
+
+    QStringList sentByOther;
+    QueueDelivery other{settings,
+                        {{u"kvo"_s, [this](const QJsonObject &event) { sentByOther.append(nameOf(event)); }}}};
+};
+
+TEST_F(PostgresQueueTest, ConnectionThatTheServerHasClosedFailsNoPushAndNoStep)
+{
+    push(u"a1 b1"_s);
+    EXPECT_TRUE(delivery.step());
+    closeAllConnections();
+    push(u"b2"_s);
+    closeAllConnections();
+    EXPECT_EQ(drain(), u"b1 b2"_s);
+    EXPECT_EQ(broker.status().waiting, 0);
+}
+
+TEST_F(PostgresQueueTest, WhatADrainWithoutConnectionHasSentIsRecordedLaterUnlessAnotherHasTakenItOver)
+{
+    push(u"a1"_s);
+    whileSending = [this] { closeAllConnections(); };
+    EXPECT_THROW(delivery.step(), BasicException);
+    whileSending = [] {};
+    EXPECT_EQ(drain(), u""_s);
+    EXPECT_EQ(broker.status().waiting, 0);
+
+    push(u"a2 a3"_s);
+    whileSending = [this] {
+        EXPECT_FALSE(other.step()) << "it is being sent";
+        closeAllConnections();
+        EXPECT_TRUE(other.step());
+    };
+    EXPECT_THROW(delivery.step(), BasicException);
+    whileSending = [] {};
+    EXPECT_EQ(sentByOther, QStringList{u"a2"_s});
+    EXPECT_EQ(drain(), u"a3"_s);
+    EXPECT_EQ(broker.status().waiting, 0);
+}
+
+TEST_F(PostgresQueueTest, DrainsShareTheWorkAndKeepTheOrder)
+{
+    std::mutex mutex;
+    QMap<QString, QStringList> expected;
+    QMap<QString, QStringList> arrived;
+    for (int number = 1; number <= 20; ++number)
+        for (const QString &order : {u"a"_s, u"b"_s, u"c"_s, u"d"_s}) {
+            expected[order].append(order + QString::number(number));
+            push(expected[order].constLast());
+        }
+    std::latch bothAreAtWork(2);
+    QueueDrain drains[2];
+    for (QueueDrain &drain : drains) {
+        drain.setHandler(u"kvo"_s, [&, isFirst = true](const QJsonObject &event) mutable {
+            if (std::exchange(isFirst, false))
+                bothAreAtWork.arrive_and_wait();
+            const std::scoped_lock lock(mutex);
+            arrived[nameOf(event).left(1)].append(nameOf(event));
+        });
+        drain.start();
+    }
+    for (QueueDrain &drain : drains)
+        EXPECT_TRUE(drain.waitUntilDrained(60s));
+    EXPECT_EQ(arrived, expected);
+}
+
+TEST_F(PostgresQueueTest, ProblemsAreToldByTheirCause)
+{
+    push(u"a1"_s);
+    sql(u"CREATE ROLE guest LOGIN PASSWORD 'secret'"_s);
+    const struct
+    {
+        QByteArray lines;
+        QString statement;
+        QString text;
+    } cases[] = {
+        {"driver = QMYSQL\n", {}, u"Queue:driver"_s},
+        {"database =\n", {}, u"Queue:database"_s},
+        {"database = nowhere\n", {}, u"нет такой базы данных"_s},
+        {"host = " + QFile::encodeName(folder.path()) + "\n", {}, u"недоступен"_s},
+        {"user = guest\npassword = wrong\n", {}, u"имя или пароль"_s},
+        {"user = guest\npassword = secret\n", {}, u"недостаточно прав"_s},
+        {{},
+         u"CREATE FUNCTION wait() RETURNS trigger LANGUAGE plpgsql AS 'BEGIN PERFORM pg_sleep(60); END'; "
+         u"CREATE TRIGGER wait BEFORE INSERT ON event EXECUTE FUNCTION wait()"_s,
+         u"не ответил вовремя"_s},
+        {{}, u"UPDATE version SET version = 99"_s, u"более новой версией"_s},
+    };
+    for (const auto &[lines, statement, text] : cases) {
+        SCOPED_TRACE(qPrintable(text));
+        if (!statement.isEmpty())
+            sql(statement);
+        try {
+            configure(lines);
+            DBQueueBroker().push(u"kvo"_s, eventNamed(u"a2"_s), {});
+            ADD_FAILURE() << "stored";
+        } catch (const BasicException &error) {
+            EXPECT_TRUE(error.text().ru().contains(text)) << error.what();
+        }
+    }
+    EXPECT_EQ(sql(u"SELECT COUNT(*) FROM event"_s), 1);
+    sql(u"DROP ROLE guest"_s);
+}
