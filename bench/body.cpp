@@ -32,7 +32,7 @@ struct Order
 
 int callsPerRepetition(int lines)
 {
-    return std::max(1, 200 / lines);
+    return std::max(1, 100 / lines);
 }
 
 std::string moneyText(double rubles)

@@ -24,12 +24,15 @@ void saleVsFloor(Pairs &pairs, int lines);
 void unchangedVsBody(Pairs &pairs);
 void saveVsFsync(Pairs &pairs);
 
-// queue.cpp: the persistent queue, filled and drained.
+// queue.cpp: the persistent queue, filled and drained; and its requests sent by the client without the queue.
 void pushVsSqlite(Pairs &pairs);
 void drainVsCurl(Pairs &pairs);
+void replayVsCurl(Pairs &pairs);
 
-// loading.cpp: libKvo.so, in a new process each time. loadOnce() is what that process runs; it prints the seconds.
+// loading.cpp: libKvo.so, in a new process each time, to its end; or by Qt's loader only, without an instance.
+// loadOnce() is what that process runs; it prints the seconds.
 void loadVsDlopen(Pairs &pairs);
+void loaderVsDlopen(Pairs &pairs);
 void loadOnce(const std::string &side);
 
 // till.cpp: the peak memory of kvo-till after 2,000 sales at the service at `url`, as a multiple of that after 200.

@@ -16,7 +16,7 @@ namespace bench {
 
 namespace {
 
-constexpr int callsPerRepetition = 20;
+constexpr int callsPerRepetition = 10;
 
 QJsonObject cardInfo(const kvo::Interface &client)
 {

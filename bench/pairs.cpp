@@ -8,11 +8,29 @@ namespace bench {
 
 namespace {
 
-double quantile(std::vector<double> values, double part)
+struct Pair
 {
+    double ours;
+    double beside;
+};
+
+template <class Value>
+double quantile(const std::vector<Pair> &pairs, double part, const Value &value)
+{
+    std::vector<double> values(pairs.size());
+    std::transform(pairs.begin(), pairs.end(), values.begin(), value);
     const auto place = values.begin() + static_cast<std::ptrdiff_t>(part * static_cast<double>(values.size() - 1));
     std::nth_element(values.begin(), place, values.end());
     return *place;
+}
+
+// Drops the slower half of the pairs, as disturbed: a side that takes longer is interrupted more often, and its ratio
+// would grow with the load of the machine.
+void keepUndisturbed(std::vector<Pair> &pairs)
+{
+    std::sort(pairs.begin(), pairs.end(),
+              [](const Pair &a, const Pair &b) { return a.ours + a.beside < b.ours + b.beside; });
+    pairs.resize((pairs.size() + 1) / 2);
 }
 
 } // namespace
@@ -21,23 +39,21 @@ void Pairs::run(const Side &ours, const Side &beside)
 {
     ours();
     beside();
-    std::vector<double> ratios;
-    std::vector<double> oursSeconds;
-    std::vector<double> besideSeconds;
+    std::vector<Pair> pairs;
     bool oursFirst = false;
     for ([[maybe_unused]] auto _ : m_state) {
         // The order changes with each pair, so that no side is always the one that follows the other.
         oursFirst = !oursFirst;
         const double first = oursFirst ? ours() : beside();
         const double second = oursFirst ? beside() : ours();
-        oursSeconds.push_back(oursFirst ? first : second);
-        besideSeconds.push_back(oursFirst ? second : first);
-        ratios.push_back(oursSeconds.back() / besideSeconds.back());
+        pairs.push_back(oursFirst ? Pair{first, second} : Pair{second, first});
         m_state.SetIterationTime(first + second);
     }
-    set(quantile(ratios, 0.5), quantile(ratios, 0.25), quantile(ratios, 0.75));
-    m_state.counters["ours"] = quantile(oursSeconds, 0.5);
-    m_state.counters["beside"] = quantile(besideSeconds, 0.5);
+    keepUndisturbed(pairs);
+    const auto ratio = [](const Pair &pair) { return pair.ours / pair.beside; };
+    set(quantile(pairs, 0.5, ratio), quantile(pairs, 0.25, ratio), quantile(pairs, 0.75, ratio));
+    m_state.counters["ours"] = quantile(pairs, 0.5, [](const Pair &pair) { return pair.ours; });
+    m_state.counters["beside"] = quantile(pairs, 0.5, [](const Pair &pair) { return pair.beside; });
 }
 
 void Pairs::note(double value)

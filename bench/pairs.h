@@ -1,5 +1,5 @@
-// How two sides are compared: short repetitions in turn, and the median of the ratios of neighbours. Whatever else the
-// machine does then falls on both sides alike, or on too few pairs to move the median.
+// How two sides are compared: short repetitions in turn, and the median of the ratios of neighbours over the faster
+// half of the pairs. Whatever else the machine does then falls on both sides alike, or on pairs that do not count.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -41,7 +41,7 @@ public:
 
     /// Runs the sides in turn, as often as the benchmark has iterations, after one round that does not count. Leaves
     /// the counters "ratio" (median of ours / beside), "low" and "high" (its quartiles), "ours" and "beside" (medians,
-    /// seconds per call).
+    /// seconds per call), all of them of the faster half.
     void run(const Side &ours, const Side &beside);
 
     /// For a figure that is no ratio of two times: all three counters are `value`.

@@ -115,6 +115,16 @@ struct FullQueue
             client.requestFromQueue(event);
     }
 
+    /// The same bytes sent by bare libcurl.
+    Side bareCurl() const
+    {
+        const QList<Exchange> exchanges = record([this] { replay(); });
+        return calls(1, [exchanges, curl = std::make_shared<BareCurl>(exchanges.first())] {
+            for (const Exchange &exchange : exchanges)
+                benchmark::DoNotOptimize(curl->send(exchange));
+        });
+    }
+
     /// The seconds from the start of a drain until nothing is left.
     double drain() const
     {
@@ -160,13 +170,13 @@ void pushVsSqlite(Pairs &pairs)
 void drainVsCurl(Pairs &pairs)
 {
     const FullQueue queue;
-    const QList<Exchange> exchanges = record([&] { queue.replay(); });
-    BareCurl curl(exchanges.first());
-    const auto sendAll = [&] {
-        for (const Exchange &exchange : exchanges)
-            benchmark::DoNotOptimize(curl.send(exchange));
-    };
-    pairs.run([&] { return queue.drain(); }, calls(1, sendAll));
+    pairs.run([&] { return queue.drain(); }, queue.bareCurl());
+}
+
+void replayVsCurl(Pairs &pairs)
+{
+    const FullQueue queue;
+    pairs.run(calls(1, [&] { queue.replay(); }), queue.bareCurl());
 }
 
 } // namespace bench

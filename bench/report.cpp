@@ -19,9 +19,10 @@ void Report::ReportRuns(const std::vector<Run> &runs)
         const std::string label = run.run_name.function_name;
         m_failed = m_failed || run.error_occurred;
         std::cerr << label << ' ' << run.error_message << std::endl;
-        if (run.error_occurred || !run.counters.contains("limit"))
-            continue;
         const std::string name = label.substr(0, label.find('/'));
+        const bool isPointOfCurve = name.find(':') != std::string::npos;
+        if (run.error_occurred || isPointOfCurve)
+            continue;
         if (!m_results.contains(name))
             m_order.push_back(name);
         Counters &counters = m_results[name][label.substr(label.find('/') + 1)];
@@ -30,14 +31,15 @@ void Report::ReportRuns(const std::vector<Run> &runs)
     }
 }
 
-bool Report::print() const
+void Report::printTable() const
 {
-    std::printf("\nTime of our side as a multiple of the other side's: median of the pairs (quartiles).\n"
+    std::printf("\nTime of our side as a multiple of the other side's: median of the undisturbed pairs (quartiles).\n"
                 "Pinned: all threads on one processor; free: where the system puts them.\n"
-                "Judged: %s.\n\n%-20s %6s  %-22s %-22s\n",
+                "Judged, where there is a limit: %s.\n\n%-20s %6s  %-22s %-22s\n",
                 judgedMode, "comparison", "limit", "pinned", "free");
     for (const std::string &name : m_order) {
-        std::printf("%-20s %6.2f", name.c_str(), m_results.at(name).begin()->second.at("limit"));
+        const double limit = judged(name).at("limit");
+        std::printf(limit > 0 ? "%-20s %6.2f" : "%-20s       ", name.c_str(), limit);
         for (const char *mode : {"pinned", "free"}) {
             const auto found = m_results.at(name).find(mode);
             if (found == m_results.at(name).end())
@@ -49,16 +51,27 @@ bool Report::print() const
         std::printf("\n");
     }
     std::printf("\n");
-    bool good = !m_failed;
+}
+
+bool Report::printRatios() const
+{
+    bool good = !m_failed && !m_order.empty();
     for (const std::string &name : m_order) {
-        const auto &modes = m_results.at(name);
-        const auto judged = modes.contains(judgedMode) ? modes.find(judgedMode) : modes.begin();
-        const double ratio = judged->second.at("ratio");
-        const double limit = judged->second.at("limit");
+        const double ratio = judged(name).at("ratio");
+        const double limit = judged(name).at("limit");
+        if (limit <= 0)
+            continue;
         std::printf("ratio %s %.3f %.2f %s\n", name.c_str(), ratio, limit, ratio > limit ? "over" : "ok");
         good = good && ratio <= limit;
     }
     return good;
+}
+
+const Report::Counters &Report::judged(const std::string &name) const
+{
+    const auto &modes = m_results.at(name);
+    const auto found = modes.find(judgedMode);
+    return found == modes.end() ? modes.begin()->second : found->second;
 }
 
 } // namespace bench

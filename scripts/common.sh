@@ -10,6 +10,7 @@ readonly build_packages=(
     libgtest-dev libgmock-dev
 )
 readonly lint_packages=(clang-format clang-tidy)
+readonly bench_packages=(libbenchmark-dev gnuplot-nox jq)
 
 say() {
     printf '\n== %s\n' "$*"
@@ -39,4 +40,17 @@ install_packages() {
 configure() {
     say "Configuring build/$1"
     cmake --preset "$1"
+}
+
+# Waits, at most ten seconds, until a command succeeds.
+wait_for() {
+    local tries
+    for ((tries = 0; tries < 100; ++tries)); do
+        if "$@"; then
+            return
+        fi
+        sleep 0.1
+    done
+    echo "Waited in vain for: $*" >&2
+    return 1
 }
