@@ -18,9 +18,11 @@ void bodyVsQJson(Pairs &pairs, int lines);
 void bodyVsNlohmann(Pairs &pairs, int lines);
 void bodyGrowth(Pairs &pairs);
 
-// sale.cpp: sales with the loaded plugin.
+// sale.cpp: sales with the loaded plugin, beside bare libcurl and beside the floor: libcurl with the bodies built and
+// the answers parsed.
 void saleVsCurl(Pairs &pairs, int lines);
 void saleVsFloor(Pairs &pairs, int lines);
+void floorVsCurl(Pairs &pairs, int lines);
 void unchangedVsBody(Pairs &pairs);
 void saveVsFsync(Pairs &pairs);
 

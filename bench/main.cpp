@@ -40,6 +40,7 @@ std::vector<Comparison> comparisons()
         {"drain_vs_curl", 2.5, 15, drainVsCurl},
         {"save_vs_fsync", 1.5, 300, saveVsFsync},
         {"load_vs_dlopen", 1.5, 100, loadVsDlopen},
+        {"floor_vs_curl_20", 0, 500, [](Pairs &pairs) { floorVsCurl(pairs, 20); }},
         {"loader_vs_dlopen", 0, 100, loaderVsDlopen},
         {"replay_vs_curl", 0, 15, replayVsCurl},
     };

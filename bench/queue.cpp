@@ -118,11 +118,7 @@ struct FullQueue
     /// The same bytes sent by bare libcurl.
     Side bareCurl() const
     {
-        const QList<Exchange> exchanges = record([this] { replay(); });
-        return calls(1, [exchanges, curl = std::make_shared<BareCurl>(exchanges.first())] {
-            for (const Exchange &exchange : exchanges)
-                benchmark::DoNotOptimize(curl->send(exchange));
-        });
+        return bench::bareCurl(record([this] { replay(); }));
     }
 
     /// The seconds from the start of a drain until nothing is left.

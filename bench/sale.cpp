@@ -135,6 +135,23 @@ private:
     OrderTexts m_order;
 };
 
+/// What a sale sends.
+QList<Exchange> sale(Till &till)
+{
+    const QList<Exchange> exchanges = record([&] { till.sell(); });
+    require(exchanges.size() == 7, "sale: unexpected number of exchanges");
+    return exchanges;
+}
+
+Side withBodies(const QList<Exchange> &exchanges)
+{
+    const auto floors = std::make_shared<std::vector<Floor>>(exchanges.cbegin(), exchanges.cend());
+    return calls(1, [floors, curl = std::make_shared<BareCurl>(exchanges.first())] {
+        for (Floor &exchange : *floors)
+            exchange.send(*curl);
+    });
+}
+
 /// A new file beside the old one, on the disk before it takes its name, and the name on the disk as well.
 void writeDurably(const QByteArray &file, const QByteArray &bytes)
 {
@@ -153,27 +170,21 @@ void writeDurably(const QByteArray &file, const QByteArray &bytes)
 void saleVsCurl(Pairs &pairs, int lines)
 {
     Till till(lines);
-    const QList<Exchange> exchanges = record([&] { till.sell(); });
-    require(exchanges.size() == 7, "sale: unexpected number of exchanges");
-    BareCurl curl(exchanges.first());
-    const auto sendAll = [&] {
-        for (const Exchange &exchange : exchanges)
-            benchmark::DoNotOptimize(curl.send(exchange));
-    };
-    pairs.run(calls(1, [&] { till.sell(); }), calls(1, sendAll));
+    pairs.run(calls(1, [&] { till.sell(); }), bareCurl(sale(till)));
 }
 
 void saleVsFloor(Pairs &pairs, int lines)
 {
     Till till(lines);
-    const QList<Exchange> exchanges = record([&] { till.sell(); });
-    std::vector<Floor> floors(exchanges.cbegin(), exchanges.cend());
-    BareCurl curl(exchanges.first());
-    const auto sendAll = [&] {
-        for (Floor &exchange : floors)
-            exchange.send(curl);
-    };
-    pairs.run(calls(1, [&] { till.sell(); }), calls(1, sendAll));
+    const Side floor = withBodies(sale(till));
+    pairs.run(calls(1, [&] { till.sell(); }), floor);
+}
+
+void floorVsCurl(Pairs &pairs, int lines)
+{
+    Till till(lines);
+    const QList<Exchange> exchanges = sale(till);
+    pairs.run(withBodies(exchanges), bareCurl(exchanges));
 }
 
 void unchangedVsBody(Pairs &pairs)

@@ -142,6 +142,14 @@ QJsonObject buildByHand(const OrderTexts &order)
             {u"terminal"_s, order.terminal}};
 }
 
+Side bareCurl(const QList<Exchange> &exchanges)
+{
+    return calls(1, [exchanges, curl = std::make_shared<BareCurl>(exchanges.first())] {
+        for (const Exchange &exchange : exchanges)
+            benchmark::DoNotOptimize(curl->send(exchange));
+    });
+}
+
 QString diskFolder()
 {
     return QCoreApplication::applicationDirPath() + u"/bench-XXXXXX"_s;

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "answerserver.h"
+#include "barecurl.h"
 #include "client/interface.h"
+#include "pairs.h"
 
 #include <document/saledocument.h>
 
@@ -40,6 +42,9 @@ OrderTexts textsOf(const QJsonObject &body);
 
 /// The body as one would write it by hand.
 QJsonObject buildByHand(const OrderTexts &order);
+
+/// A side that sends these by bare libcurl.
+Side bareCurl(const QList<Exchange> &exchanges);
 
 /// Where temporary folders are made: on the disk of the build, since that of the system may be in memory.
 QString diskFolder();
