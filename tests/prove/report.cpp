@@ -45,6 +45,9 @@ void print(const Result &result, const Options &options)
     line(u"requests delivered more than once"_s, result.traffic.totalRepeats());
     lines(result.traffic.repeats);
     line(u"refused requests sent again"_s, result.sentAgain);
+    line(u"requests refused by the service itself"_s, result.traffic.totalRefused());
+    lines(result.traffic.refused);
+    line(u"cards removed, each after a failure"_s, result.cardsRemoved);
     line(u"left in the queue"_s, result.leftInQueue);
     line(u"lost"_s, books.lost);
     line(u"doubled"_s, books.doubled);

@@ -32,14 +32,18 @@ QByteArray json(const auto &value)
     return QJsonDocument(value).toJson(QJsonDocument::Compact);
 }
 
-QList<QJsonObject> readLines(const QString &fileName)
+/// Empty where there is no such file.
+QByteArray read(const QString &fileName)
 {
     QFile file(fileName);
+    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QList<QJsonObject> readLines(const QString &fileName)
+{
     QList<QJsonObject> objects;
-    if (!file.open(QFile::ReadOnly))
-        return objects;
-    while (!file.atEnd()) {
-        const QByteArray line = file.readLine();
+    const QByteArray content = read(fileName).trimmed();
+    for (const QByteArray &line : content.isEmpty() ? QByteArrayList() : content.split('\n')) {
         const QJsonDocument document = QJsonDocument::fromJson(line);
         if (!document.isObject())
             throw std::runtime_error(
@@ -79,7 +83,7 @@ void Shop::open()
     write(path(u"customers.json"), json(customers()));
     if (!m_postgres.isEmpty())
         makeDatabase();
-    writeConfiguration();
+    writeConfiguration(500ms);
     startService();
     startProxy();
 }
@@ -92,14 +96,16 @@ void Shop::makeDatabase() const
         throw std::runtime_error("createdb: " + output.toStdString());
 }
 
-void Shop::writeConfiguration() const
+void Shop::writeConfiguration(std::chrono::milliseconds timeout) const
 {
     const QString queue = u"[Queue]\ndriver = QPSQL\nhost = %1\nuser = postgres\ndatabase = %2\n"_s;
     const QString ini = u"[Host]\ndataFolder = %1\n[Log]\nfile = %2\n[Kvo]\nhost = http://127.0.0.1:%3\n"
-                        "timeout = 500\nbrand = B\nonlineStore = S\nterminal = T\nverificationLimit = 200\n"_s;
-    write(path(u"till.ini"),
-          ini.arg(path(u"data"), path(u"till.log"), QString::number(m_proxyPort.port())).toUtf8() +
-              (m_postgres.isEmpty() ? QString() : queue.arg(m_postgres, m_folder.dirName())).toUtf8());
+                        "timeout = %4\nbrand = B\nonlineStore = S\nterminal = T\nverificationLimit = 200\n"_s;
+    write(
+        path(u"till.ini"),
+        ini.arg(path(u"data"), path(u"till.log"), QString::number(m_proxyPort.port()), QString::number(timeout.count()))
+                .toUtf8() +
+            (m_postgres.isEmpty() ? QString() : queue.arg(m_postgres, m_folder.dirName())).toUtf8());
 }
 
 void Shop::startService()
@@ -176,6 +182,7 @@ void Shop::restart(Part part, Child &child)
 void Shop::endFaults()
 {
     m_faultRate = 0;
+    writeConfiguration(patience);
     m_proxy.kill();
     m_service.kill();
     startService();
@@ -202,13 +209,24 @@ QList<QJsonObject> Shop::journal() const
 
 int Shop::sold()
 {
-    QFile file(journalFile());
-    if (file.size() != m_soldSize && file.open(QFile::ReadOnly)) {
-        const QByteArray lines = file.readAll();
+    if (QFileInfo(journalFile()).size() != m_soldSize) {
+        const QByteArray lines = read(journalFile());
         m_sold = static_cast<int>(lines.count('\n'));
         m_soldSize = lines.size();
     }
     return m_sold;
+}
+
+QJsonObject Shop::openCheck() const
+{
+    return readLines(path(u"data/open-check.json")).value(0);
+}
+
+qsizetype Shop::cardsRemoved() const
+{
+    // Chosen by script, and asked with nobody there to answer.
+    const QByteArray output = read(path(u"till.out"));
+    return output.count("| > Удалить") + output.count("2 - Удалить");
 }
 
 QList<QJsonObject> Shop::record() const

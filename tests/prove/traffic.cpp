@@ -31,6 +31,11 @@ int Traffic::totalFaults() const
     return sum(faults);
 }
 
+int Traffic::totalRefused() const
+{
+    return sum(refused);
+}
+
 int Traffic::totalRepeats() const
 {
     return sum(repeats);
@@ -49,8 +54,12 @@ Traffic count(const QList<QJsonObject> &record)
         const QString method = entry.value(u"method").toString();
         const QString request =
             QStringList{method, entry.value(u"basket").toString(), entry.value(u"body").toString()}.join(u' ');
-        if (!entry.value(u"accepted").toBool() || !isBooking(method))
+        if (!isBooking(method))
             continue;
+        if (!entry.value(u"accepted").toBool()) {
+            ++traffic.refused[method];
+            continue;
+        }
         if (delivered.contains(request))
             ++traffic.repeats[method];
         delivered.insert(request);

@@ -11,9 +11,11 @@ struct Traffic
 {
     int served = 0;             ///< Exchanges that the service has answered.
     QMap<QString, int> faults;  ///< By kind.
+    QMap<QString, int> refused; ///< By method: order requests that the service itself would not accept.
     QMap<QString, int> repeats; ///< By method: deliveries of the very same order request beyond the first accepted one.
 
     int totalFaults() const;
+    int totalRefused() const;
     int totalRepeats() const;
 };
 
