@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <numeric>
 
 using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
@@ -47,8 +46,7 @@ int Proof::number(int least, int most)
 
 int Proof::killed() const
 {
-    const auto &kills = m_shop.kills();
-    return std::accumulate(kills.cbegin(), kills.cend(), 0);
+    return total(m_shop.kills());
 }
 
 void Proof::sell()
@@ -170,9 +168,9 @@ void Proof::sellUndisturbed()
             m_result.findings.append(
                 u"check %1 has lost its card without a fault"_s.arg(check.value(u"check").toString()));
     const Traffic traffic = count(m_shop.record().mid(exchanges));
-    if (traffic.totalRefused() + traffic.totalRepeats() > 0)
+    if (total(traffic.refused) + total(traffic.repeats) > 0)
         m_result.findings.append(u"without a fault %1 requests were refused and %2 delivered again"_s.arg(
-            QString::number(traffic.totalRefused()), QString::number(traffic.totalRepeats())));
+            QString::number(total(traffic.refused)), QString::number(total(traffic.repeats))));
 }
 
 QList<QJsonObject> Proof::undelivered() const
@@ -197,9 +195,9 @@ void Proof::judge()
     }
     m_result.traffic = count(m_shop.record());
     // A killed till may leave a request on its way, which then comes too late.
-    if (m_result.traffic.totalRefused() > killed())
+    if (total(m_result.traffic.refused) > killed())
         m_result.findings.append(u"the service itself refused %1 requests, more than kills can explain"_s.arg(
-            m_result.traffic.totalRefused()));
+            total(m_result.traffic.refused)));
     m_result.kills = m_shop.kills();
     m_result.findings += m_shop.crashes();
     m_result.cardsRemoved = static_cast<int>(m_shop.cardsRemoved());

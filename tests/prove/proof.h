@@ -22,13 +22,13 @@ struct Result
 {
     Books books;
     Traffic traffic;
-    QMap<Shop::Part, int> kills;
+    Figures kills;        ///< By what was killed.
     int sentAgain = 0;    ///< Requests that were set aside after a refusal and sent again by a person.
     int leftInQueue = 0;  ///< Requests that are still not delivered.
     int cardsRemoved = 0; ///< By cashiers, after a failure.
     QStringList findings; ///< What else went wrong: crashes, a till that does not come to an end, what is left.
 
-    bool isGood() const { return books.isGood() && findings.isEmpty() && traffic.totalRepeats() > 0; }
+    bool isGood() const { return books.isGood() && findings.isEmpty() && total(traffic.repeats) > 0; }
 };
 
 class Proof

@@ -53,6 +53,15 @@ QList<QJsonObject> readLines(const QString &fileName)
     return objects;
 }
 
+QString nameOf(Shop::Part part)
+{
+    static const QMap<Shop::Part, QString> names{{Shop::Part::Till, u"till"_s},
+                                                 {Shop::Part::Drain, u"drain"_s},
+                                                 {Shop::Part::Proxy, u"proxy"_s},
+                                                 {Shop::Part::Service, u"service"_s}};
+    return names.value(part);
+}
+
 /// What a program printed, and its exit status.
 std::pair<QByteArray, int> runToEnd(const QString &program, const QStringList &arguments)
 {
@@ -157,7 +166,7 @@ void Shop::kill(Part part, std::chrono::milliseconds downTime)
 {
     if (!childOf(part).kill())
         return;
-    ++m_kills[part];
+    ++m_kills[nameOf(part)];
     m_due[part] = QDeadlineTimer(downTime);
 }
 
@@ -172,8 +181,7 @@ void Shop::restart(Part part, Child &child)
     if (child.isRunning())
         return;
     if (!child.wasKilled())
-        m_crashes.append(u"%1 has ended by itself, status %2"_s.arg(
-            part == Part::Proxy ? u"the proxy"_s : u"the service"_s, QString::number(child.status())));
+        m_crashes.append(u"the %1 has ended by itself, status %2"_s.arg(nameOf(part), QString::number(child.status())));
     else if (!m_due.value(part).hasExpired())
         return;
     part == Part::Proxy ? startProxy() : startService();

@@ -52,7 +52,8 @@ public:
     /// How the till has ended, where that was neither by a kill nor in order; empty otherwise.
     QString tillFault() const;
 
-    const QMap<Part, int> &kills() const { return m_kills; }
+    /// By what was killed.
+    const QMap<QString, int> &kills() const { return m_kills; }
 
     /// Ends of the service and the proxy that nobody had killed.
     const QStringList &crashes() const { return m_crashes; }
@@ -101,7 +102,7 @@ private:
     Child m_till;
     Part m_atWork = Part::Till;
     QMap<Part, QDeadlineTimer> m_due;
-    QMap<Part, int> m_kills;
+    QMap<QString, int> m_kills;
     QStringList m_crashes;
     int m_sold = 0;
     qint64 m_soldSize = 0; ///< Of the journal, when m_sold was counted.

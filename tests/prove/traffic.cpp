@@ -11,11 +11,6 @@ namespace prove {
 
 namespace {
 
-int sum(const QMap<QString, int> &figures)
-{
-    return std::accumulate(figures.cbegin(), figures.cend(), 0);
-}
-
 /// Pricing books nothing, so that repeating it proves nothing.
 bool isBooking(const QString &method)
 {
@@ -26,19 +21,9 @@ bool isBooking(const QString &method)
 
 } // namespace
 
-int Traffic::totalFaults() const
+int total(const Figures &figures)
 {
-    return sum(faults);
-}
-
-int Traffic::totalRefused() const
-{
-    return sum(refused);
-}
-
-int Traffic::totalRepeats() const
-{
-    return sum(repeats);
+    return std::accumulate(figures.cbegin(), figures.cend(), 0);
 }
 
 Traffic count(const QList<QJsonObject> &record)
