@@ -37,14 +37,13 @@ Traffic count(const QList<QJsonObject> &record)
         }
         ++traffic.served;
         const QString method = entry.value(u"method").toString();
-        const QString request =
-            QStringList{method, entry.value(u"basket").toString(), entry.value(u"body").toString()}.join(u' ');
-        if (!isBooking(method))
-            continue;
-        if (!entry.value(u"accepted").toBool()) {
+        const QString basket = entry.value(u"basket").toString();
+        const QString request = QStringList{method, basket, entry.value(u"body").toString()}.join(u' ');
+        const bool accepted = entry.value(u"accepted").toBool();
+        if (!accepted && !basket.isEmpty())
             ++traffic.refused[method];
+        if (!accepted || !isBooking(method))
             continue;
-        }
         if (delivered.contains(request))
             ++traffic.repeats[method];
         delivered.insert(request);

@@ -15,7 +15,7 @@ struct Traffic
 {
     int served = 0;  ///< Exchanges that the service has answered.
     Figures faults;  ///< By kind.
-    Figures refused; ///< By method: order requests that the service itself would not accept.
+    Figures refused; ///< By method: requests about an order that the service itself would not accept.
     Figures repeats; ///< By method: deliveries of the very same order request beyond the first accepted one.
 };
 
