@@ -4,8 +4,8 @@
 
 #include <QtCore/QThread>
 
+#include <algorithm>
 #include <cstdio>
-#include <numeric>
 
 using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
@@ -46,8 +46,7 @@ int Proof::number(int least, int most)
 
 int Proof::killed() const
 {
-    const auto &kills = m_shop.kills();
-    return std::accumulate(kills.cbegin(), kills.cend(), 0);
+    return total(m_shop.kills());
 }
 
 void Proof::sell()
@@ -70,10 +69,21 @@ void Proof::startWork()
         m_shop.drain(std::chrono::seconds(number(1, 3)));
         scheduleKill(longestPauseBeforeKillOfDrain);
     } else {
-        m_shop.sell(m_sales.shift());
+        sell(m_sales.shift());
     }
     if (m_shop.sold() > 1 && number(1, 3) == 1)
         sendRefusedAgain();
+}
+
+/// Notes what the till must restore.
+void Proof::sell(const QJsonObject &shift)
+{
+    const QJsonObject open = m_shop.openCheck();
+    const QJsonArray steps = shift.value(u"checks").toArray().first().toObject().value(u"steps").toArray();
+    const bool keepsLines = std::ranges::none_of(
+        steps, [](const QJsonValue step) { return step == u"restore"_s || step.toObject().contains(u"remove"); });
+    m_restored[open.value(u"identifier").toString()] = keepsLines ? open.value(u"goods").toArray() : QJsonArray();
+    m_shop.sell(shift);
 }
 
 /// False when something is wrong with the till, which makes it pointless to go on.
@@ -120,19 +130,47 @@ void Proof::sendRefusedAgain()
 void Proof::finish()
 {
     m_shop.endFaults();
-    m_shop.sell(m_sales.lastShift());
-    for (int i = 0; watchWork() && !undelivered().isEmpty() && i < lastAttempts; ++i) {
-        sendRefusedAgain();
-        m_shop.drain(60s);
-    }
+    sell(m_sales.lastShift());
+    if (deliverAll())
+        sellUndisturbed();
     for (const QJsonObject &entry : undelivered()) {
         const auto text = [&entry](QStringView key) { return entry.value(key).toString(); };
         ++m_result.leftInQueue;
         m_result.findings.append(
             u"%1 of order %2 is left in the queue: %3"_s.arg(text(u"operation"), text(u"order"), text(u"lastError")));
     }
-    if (m_shop.hasOpenCheck())
+    if (!m_shop.openCheck().isEmpty())
         m_result.findings.append(u"a check is left open at the till"_s);
+}
+
+/// False when something is wrong with the till.
+bool Proof::deliverAll()
+{
+    bool good = watchWork();
+    for (int i = 0; good && !undelivered().isEmpty() && i < lastAttempts; ++i) {
+        sendRefusedAgain();
+        m_shop.drain(60s);
+        good = watchWork();
+    }
+    return good;
+}
+
+/// Under faults a removed card is the cashier's answer, and a request may be repeated. Without them neither has an
+/// excuse: a product that fails by itself would otherwise look like one that was disturbed.
+void Proof::sellUndisturbed()
+{
+    const auto checks = m_shop.journal().size();
+    const auto exchanges = m_shop.record().size();
+    sell(m_sales.undisturbedShift());
+    std::ignore = deliverAll();
+    for (const QJsonObject &check : m_shop.journal().mid(checks))
+        if (check.value(u"card").toString().isEmpty())
+            m_result.findings.append(
+                u"check %1 has lost its card without a fault"_s.arg(check.value(u"check").toString()));
+    const Traffic traffic = count(m_shop.record().mid(exchanges));
+    if (total(traffic.refused) + total(traffic.repeats) > 0)
+        m_result.findings.append(u"without a fault %1 requests were refused and %2 delivered again"_s.arg(
+            QString::number(total(traffic.refused)), QString::number(total(traffic.repeats))));
 }
 
 QList<QJsonObject> Proof::undelivered() const
@@ -146,15 +184,36 @@ QList<QJsonObject> Proof::undelivered() const
 void Proof::judge()
 {
     const QByteArray ledger = m_shop.inspect({u"ledger"_s, u"--json"_s}).first;
-    m_result.books = prove::judge(m_shop.journal(), QJsonDocument::fromJson(ledger).object());
+    const QList<QJsonObject> journal = m_shop.journal();
+    for (const QJsonObject &check : journal)
+        judgeRestored(check);
+    m_result.books = prove::judge(journal, QJsonDocument::fromJson(ledger).object());
     for (const QStringList &command : {QStringList{u"check"_s}, {u"compare"_s, u"--journal"_s, m_shop.journalFile()}}) {
         const auto [output, status] = m_shop.inspect(command);
         if (status != 0)
             m_result.findings.append(u"loyalty-sim %1: %2"_s.arg(command.first(), QString::fromUtf8(output)));
     }
     m_result.traffic = count(m_shop.record());
+    // A killed till may leave a request on its way, which then comes too late.
+    if (total(m_result.traffic.refused) > killed())
+        m_result.findings.append(u"the service itself refused %1 requests, more than kills can explain"_s.arg(
+            total(m_result.traffic.refused)));
     m_result.kills = m_shop.kills();
     m_result.findings += m_shop.crashes();
+    m_result.cardsRemoved = static_cast<int>(m_shop.cardsRemoved());
+}
+
+/// What was on the check when a till found it open, and was not taken off again, must have been sold.
+void Proof::judgeRestored(const QJsonObject &check)
+{
+    const QString name = check.value(u"check").toString();
+    QSet<int> lines;
+    for (const QJsonValue line : check.value(u"lines").toArray())
+        lines.insert(line[u"lineId"].toInt());
+    for (const QJsonValue goods : m_restored.value(name))
+        if (!lines.contains(goods[u"posnum"].toInt()))
+            m_result.findings.append(
+                u"check %1 has lost its line %2 in a restart"_s.arg(name, QString::number(goods[u"posnum"].toInt())));
 }
 
 } // namespace prove

@@ -22,12 +22,13 @@ struct Result
 {
     Books books;
     Traffic traffic;
-    QMap<Shop::Part, int> kills;
+    Figures kills;        ///< By what was killed.
     int sentAgain = 0;    ///< Requests that were set aside after a refusal and sent again by a person.
     int leftInQueue = 0;  ///< Requests that are still not delivered.
+    int cardsRemoved = 0; ///< By cashiers, after a failure.
     QStringList findings; ///< What else went wrong: crashes, a till that does not come to an end, what is left.
 
-    bool isGood() const { return books.isGood() && findings.isEmpty() && traffic.totalRepeats() > 0; }
+    bool isGood() const { return books.isGood() && findings.isEmpty() && total(traffic.repeats) > 0; }
 };
 
 class Proof
@@ -41,13 +42,17 @@ public:
 
 private:
     void sell();
+    void sell(const QJsonObject &shift);
     void startWork();
     [[nodiscard]] bool watchWork();
     void killWhenDue();
     void scheduleKill(int longestPause);
     void sendRefusedAgain();
     void finish();
+    [[nodiscard]] bool deliverAll();
+    void sellUndisturbed();
     void judge();
+    void judgeRestored(const QJsonObject &check);
     QList<QJsonObject> undelivered() const;
     int number(int least, int most);
     int killed() const;
@@ -57,6 +62,7 @@ private:
     Sales m_sales;
     std::mt19937_64 m_random;
     QDeadlineTimer m_nextKill;
+    QHash<QString, QJsonArray> m_restored; ///< By check: its goods when a till last found it open.
     Result m_result;
 };
 

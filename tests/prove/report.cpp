@@ -14,19 +14,16 @@ void line(const QString &name, int figure)
     std::printf("%-44s %7d\n", qPrintable(name), figure);
 }
 
-void lines(const QMap<QString, int> &figures)
+void lines(const Figures &figures)
 {
     for (auto figure = figures.cbegin(); figure != figures.cend(); ++figure)
         line(u"  "_s + figure.key(), figure.value());
 }
 
-QMap<QString, int> byName(const QMap<Shop::Part, int> &kills)
+void group(const QString &name, const Figures &figures)
 {
-    using Part = Shop::Part;
-    return {{u"till"_s, kills.value(Part::Till)},
-            {u"drain"_s, kills.value(Part::Drain)},
-            {u"proxy"_s, kills.value(Part::Proxy)},
-            {u"service"_s, kills.value(Part::Service)}};
+    line(name, total(figures));
+    lines(figures);
 }
 
 } // namespace
@@ -36,15 +33,13 @@ void print(const Result &result, const Options &options)
     const Books &books = result.books;
     line(u"sales"_s, books.sales());
     lines({{u"closed"_s, books.closed}, {u"closed with a card"_s, books.closedWithCard}, {u"voided"_s, books.voided}});
-    const auto kills = byName(result.kills);
-    line(u"processes killed"_s, std::accumulate(kills.cbegin(), kills.cend(), 0));
-    lines(kills);
+    group(u"processes killed"_s, result.kills);
     line(u"exchanges that the service answered"_s, result.traffic.served);
-    line(u"faults"_s, result.traffic.totalFaults());
-    lines(result.traffic.faults);
-    line(u"requests delivered more than once"_s, result.traffic.totalRepeats());
-    lines(result.traffic.repeats);
+    group(u"faults"_s, result.traffic.faults);
+    group(u"requests delivered more than once"_s, result.traffic.repeats);
     line(u"refused requests sent again"_s, result.sentAgain);
+    group(u"requests refused by the service itself"_s, result.traffic.refused);
+    line(u"cards removed, each after a failure"_s, result.cardsRemoved);
     line(u"left in the queue"_s, result.leftInQueue);
     line(u"lost"_s, books.lost);
     line(u"doubled"_s, books.doubled);
@@ -53,7 +48,7 @@ void print(const Result &result, const Options &options)
     line(u"wrong balances"_s, books.unbalanced);
     for (const QString &finding : books.findings + result.findings)
         std::printf("FOUND: %s\n", qPrintable(finding));
-    if (result.traffic.totalRepeats() == 0)
+    if (total(result.traffic.repeats) == 0)
         std::printf("FOUND: nothing was delivered twice, so that nothing is proven about it\n");
     std::printf("%s, seed %llu\n", result.isGood() ? "All holds" : "It does not hold", options.seed);
 }

@@ -25,6 +25,8 @@ constexpr Holder holders[]{{u"7770000000001", u"+79001000001", u"1000000.00", 5}
 /// The till asks as many questions as there are failures; what is left unanswered ends with the card removed.
 constexpr int answersPerCheck = 30;
 
+constexpr int undisturbedChecks = 12;
+
 } // namespace
 
 QJsonArray customers()
@@ -124,12 +126,12 @@ QJsonObject Sales::answers()
     return answers;
 }
 
-QJsonObject Sales::newCheck()
+QJsonObject Sales::newCheck(int cardPercent, int leastLines)
 {
     QJsonArray lines;
-    for (int i = number(1, 4); i > 0; --i)
+    for (int i = number(leastLines, 4); i > 0; --i)
         lines.append(goods());
-    QJsonArray steps = chance(92) ? cardSteps() : QJsonArray();
+    QJsonArray steps = chance(cardPercent) ? cardSteps() : QJsonArray();
     if (chance(85))
         steps.append(u"price"_s);
     for (int i = number(0, 3); i > 0; --i)
@@ -158,13 +160,24 @@ QJsonObject Sales::shift()
 {
     QJsonArray checks{continuation()};
     for (int i = number(1, 5); i > 0; --i)
-        checks.append(newCheck());
+        checks.append(newCheck(92, 1));
     return {{u"checks"_s, checks}};
 }
 
 QJsonObject Sales::lastShift()
 {
     return {{u"checks"_s, QJsonArray{continuation()}}};
+}
+
+QJsonObject Sales::undisturbedShift()
+{
+    QJsonArray checks;
+    while (checks.size() < undisturbedChecks) {
+        QJsonObject check = newCheck(100, 2); // With one line "restore" may leave nothing to be sold.
+        check.remove(u"answers"_s);
+        checks.append(check);
+    }
+    return {{u"checks"_s, checks}};
 }
 
 } // namespace prove

@@ -23,6 +23,9 @@ public:
     /// Only that end.
     QJsonObject lastShift();
 
+    /// A card on each check, and nobody who would take it off or give a wrong code: for a service that never fails.
+    QJsonObject undisturbedShift();
+
 private:
     int number(int least, int most);
     bool chance(int percent);
@@ -32,7 +35,7 @@ private:
     QJsonValue changeOrPrice();
     QString ending();
     QJsonObject answers();
-    QJsonObject newCheck();
+    QJsonObject newCheck(int cardPercent, int leastLines);
     QJsonObject continuation();
 
     std::mt19937_64 m_random;

@@ -32,14 +32,18 @@ QByteArray json(const auto &value)
     return QJsonDocument(value).toJson(QJsonDocument::Compact);
 }
 
-QList<QJsonObject> readLines(const QString &fileName)
+/// Empty where there is no such file.
+QByteArray read(const QString &fileName)
 {
     QFile file(fileName);
+    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QList<QJsonObject> readLines(const QString &fileName)
+{
     QList<QJsonObject> objects;
-    if (!file.open(QFile::ReadOnly))
-        return objects;
-    while (!file.atEnd()) {
-        const QByteArray line = file.readLine();
+    const QByteArray content = read(fileName).trimmed();
+    for (const QByteArray &line : content.isEmpty() ? QByteArrayList() : content.split('\n')) {
         const QJsonDocument document = QJsonDocument::fromJson(line);
         if (!document.isObject())
             throw std::runtime_error(
@@ -47,6 +51,15 @@ QList<QJsonObject> readLines(const QString &fileName)
         objects.append(document.object());
     }
     return objects;
+}
+
+QString nameOf(Shop::Part part)
+{
+    static const QMap<Shop::Part, QString> names{{Shop::Part::Till, u"till"_s},
+                                                 {Shop::Part::Drain, u"drain"_s},
+                                                 {Shop::Part::Proxy, u"proxy"_s},
+                                                 {Shop::Part::Service, u"service"_s}};
+    return names.value(part);
 }
 
 /// What a program printed, and its exit status.
@@ -79,7 +92,7 @@ void Shop::open()
     write(path(u"customers.json"), json(customers()));
     if (!m_postgres.isEmpty())
         makeDatabase();
-    writeConfiguration();
+    writeConfiguration(500ms);
     startService();
     startProxy();
 }
@@ -92,14 +105,16 @@ void Shop::makeDatabase() const
         throw std::runtime_error("createdb: " + output.toStdString());
 }
 
-void Shop::writeConfiguration() const
+void Shop::writeConfiguration(std::chrono::milliseconds timeout) const
 {
     const QString queue = u"[Queue]\ndriver = QPSQL\nhost = %1\nuser = postgres\ndatabase = %2\n"_s;
     const QString ini = u"[Host]\ndataFolder = %1\n[Log]\nfile = %2\n[Kvo]\nhost = http://127.0.0.1:%3\n"
-                        "timeout = 500\nbrand = B\nonlineStore = S\nterminal = T\nverificationLimit = 200\n"_s;
-    write(path(u"till.ini"),
-          ini.arg(path(u"data"), path(u"till.log"), QString::number(m_proxyPort.port())).toUtf8() +
-              (m_postgres.isEmpty() ? QString() : queue.arg(m_postgres, m_folder.dirName())).toUtf8());
+                        "timeout = %4\nbrand = B\nonlineStore = S\nterminal = T\nverificationLimit = 200\n"_s;
+    write(
+        path(u"till.ini"),
+        ini.arg(path(u"data"), path(u"till.log"), QString::number(m_proxyPort.port()), QString::number(timeout.count()))
+                .toUtf8() +
+            (m_postgres.isEmpty() ? QString() : queue.arg(m_postgres, m_folder.dirName())).toUtf8());
 }
 
 void Shop::startService()
@@ -151,7 +166,7 @@ void Shop::kill(Part part, std::chrono::milliseconds downTime)
 {
     if (!childOf(part).kill())
         return;
-    ++m_kills[part];
+    ++m_kills[nameOf(part)];
     m_due[part] = QDeadlineTimer(downTime);
 }
 
@@ -166,8 +181,7 @@ void Shop::restart(Part part, Child &child)
     if (child.isRunning())
         return;
     if (!child.wasKilled())
-        m_crashes.append(u"%1 has ended by itself, status %2"_s.arg(
-            part == Part::Proxy ? u"the proxy"_s : u"the service"_s, QString::number(child.status())));
+        m_crashes.append(u"the %1 has ended by itself, status %2"_s.arg(nameOf(part), QString::number(child.status())));
     else if (!m_due.value(part).hasExpired())
         return;
     part == Part::Proxy ? startProxy() : startService();
@@ -176,6 +190,7 @@ void Shop::restart(Part part, Child &child)
 void Shop::endFaults()
 {
     m_faultRate = 0;
+    writeConfiguration(patience);
     m_proxy.kill();
     m_service.kill();
     startService();
@@ -202,13 +217,24 @@ QList<QJsonObject> Shop::journal() const
 
 int Shop::sold()
 {
-    QFile file(journalFile());
-    if (file.size() != m_soldSize && file.open(QFile::ReadOnly)) {
-        const QByteArray lines = file.readAll();
+    if (QFileInfo(journalFile()).size() != m_soldSize) {
+        const QByteArray lines = read(journalFile());
         m_sold = static_cast<int>(lines.count('\n'));
         m_soldSize = lines.size();
     }
     return m_sold;
+}
+
+QJsonObject Shop::openCheck() const
+{
+    return readLines(path(u"data/open-check.json")).value(0);
+}
+
+qsizetype Shop::cardsRemoved() const
+{
+    // Chosen by script, and asked with nobody there to answer.
+    const QByteArray output = read(path(u"till.out"));
+    return output.count("| > Удалить") + output.count("2 - Удалить");
 }
 
 QList<QJsonObject> Shop::record() const

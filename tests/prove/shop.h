@@ -45,14 +45,15 @@ public:
     /// Starts again what was killed and is due.
     void tend();
 
-    /// From here the exchanges are as good as the machine's own, and nobody is killed. Returns when the service can be
-    /// reached.
+    /// From here the exchanges are as good as the machine's own, nobody is killed, and the till is patient. Returns
+    /// when the service can be reached.
     void endFaults();
 
     /// How the till has ended, where that was neither by a kill nor in order; empty otherwise.
     QString tillFault() const;
 
-    const QMap<Part, int> &kills() const { return m_kills; }
+    /// By what was killed.
+    const QMap<QString, int> &kills() const { return m_kills; }
 
     /// Ends of the service and the proxy that nobody had killed.
     const QStringList &crashes() const { return m_crashes; }
@@ -63,7 +64,11 @@ public:
     /// How many there are; cheap.
     int sold();
 
-    bool hasOpenCheck() const { return QFile::exists(path(u"data/open-check.json")); }
+    /// The check that a till at rest has left open; empty when there is none.
+    QJsonObject openCheck() const;
+
+    /// How often a cashier took a card off a check; they are asked after a failure only.
+    qsizetype cardsRemoved() const;
 
     /// What the proxies have done and seen.
     QList<QJsonObject> record() const;
@@ -79,7 +84,7 @@ public:
 private:
     QString path(QStringView name) const { return m_folder.filePath(name.toString()); }
     void makeDatabase() const;
-    void writeConfiguration() const;
+    void writeConfiguration(std::chrono::milliseconds timeout) const;
     void startService();
     void startProxy();
     void startTill(const QString &command, const QStringList &arguments);
@@ -97,7 +102,7 @@ private:
     Child m_till;
     Part m_atWork = Part::Till;
     QMap<Part, QDeadlineTimer> m_due;
-    QMap<Part, int> m_kills;
+    QMap<QString, int> m_kills;
     QStringList m_crashes;
     int m_sold = 0;
     qint64 m_soldSize = 0; ///< Of the journal, when m_sold was counted.

@@ -11,11 +11,6 @@ namespace prove {
 
 namespace {
 
-int sum(const QMap<QString, int> &figures)
-{
-    return std::accumulate(figures.cbegin(), figures.cend(), 0);
-}
-
 /// Pricing books nothing, so that repeating it proves nothing.
 bool isBooking(const QString &method)
 {
@@ -26,14 +21,9 @@ bool isBooking(const QString &method)
 
 } // namespace
 
-int Traffic::totalFaults() const
+int total(const Figures &figures)
 {
-    return sum(faults);
-}
-
-int Traffic::totalRepeats() const
-{
-    return sum(repeats);
+    return std::accumulate(figures.cbegin(), figures.cend(), 0);
 }
 
 Traffic count(const QList<QJsonObject> &record)
@@ -47,9 +37,12 @@ Traffic count(const QList<QJsonObject> &record)
         }
         ++traffic.served;
         const QString method = entry.value(u"method").toString();
-        const QString request =
-            QStringList{method, entry.value(u"basket").toString(), entry.value(u"body").toString()}.join(u' ');
-        if (!entry.value(u"accepted").toBool() || !isBooking(method))
+        const QString basket = entry.value(u"basket").toString();
+        const QString request = QStringList{method, basket, entry.value(u"body").toString()}.join(u' ');
+        const bool accepted = entry.value(u"accepted").toBool();
+        if (!accepted && !basket.isEmpty())
+            ++traffic.refused[method];
+        if (!accepted || !isBooking(method))
             continue;
         if (delivered.contains(request))
             ++traffic.repeats[method];
