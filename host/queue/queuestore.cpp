@@ -8,9 +8,14 @@
 
 #include <QtCore/QList>
 
+#include <algorithm>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
+
+// How far behind the first event of a run the others are looked for; a sale leaves several events of one order.
+constexpr int idsPerClaim = 8;
 
 qint64 number(QueueTime time)
 {
@@ -27,7 +32,8 @@ QueueTime currentQueueTime()
 QueueStore::QueueStore(const QueueSettings &settings, QueueConnection::Commits commits,
                        QueueConnection::Missing missing)
     : m_connection(QueueConnection::open(settings, commits, missing)),
-      m_claim(queuesql::claim.toString().arg(m_connection->rowLock()))
+      m_claimFirst(queuesql::claim.toString().arg(queuesql::firstOfRun, m_connection->rowLock())),
+      m_claimRest(queuesql::claim.toString().arg(queuesql::restOfRun, m_connection->rowLock()))
 {}
 
 std::unique_ptr<QueueLease> QueueStore::newLease() const
@@ -53,19 +59,35 @@ DBQueueBroker::Status QueueStore::status()
     return status;
 }
 
-std::optional<QueueClaim> QueueStore::claim(const QString &owner, QueueLease &lease, QueueTime now, qint64 after)
+std::vector<QueueClaim> QueueStore::claim(const QString &owner, QueueLease &lease, QueueTime now, qint64 after,
+                                          int most)
 {
     lease.hold(*m_connection);
-    std::optional<QueueClaim> claim;
+    const QVariant due = number(now);
+    const QVariant tooFar = number(now + BackOff::longest);
+    std::vector<QueueClaim> claims;
+    claims.reserve(most);
     QueueTransaction transaction(*m_connection);
     releaseWhatNobodyIsSending(lease);
-    m_connection->read(m_claim, {lease.id(), owner, after, number(now), number(now + BackOff::longest)},
-                       [&claim](const QSqlQuery &row) {
-                           claim = QueueClaim{row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toInt(),
-                                              row.value(3).toString().toUtf8()};
-                       });
+    take(m_claimFirst, {owner, after, due, tooFar, 1, lease.id()}, claims);
+    if (most > 1 && !claims.empty()) {
+        const qint64 first = claims.front().id;
+        const int attempts = claims.front().attempts - 1; // before this one
+        take(m_claimRest, {owner, first, attempts, first + most * idsPerClaim, due, tooFar, most - 1, lease.id()},
+             claims);
+    }
     transaction.commit();
-    return claim;
+    // The database returns them in any sequence.
+    std::ranges::sort(claims, {}, &QueueClaim::id);
+    return claims;
+}
+
+void QueueStore::take(QStringView sql, const QVariantList &values, std::vector<QueueClaim> &claims)
+{
+    m_connection->read(sql, values, [&claims](const QSqlQuery &row) {
+        claims.push_back({row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toInt(),
+                          row.value(3).toString().toUtf8()});
+    });
 }
 
 // Of drains that have died; and the caller's own, who is sending nothing now: a claim whose commit was stored, but not
@@ -78,6 +100,13 @@ void QueueStore::releaseWhatNobodyIsSending(const QueueLease &lease)
     for (const qint64 one : found)
         if (one == lease.id() || !lease.isHeldByOther(one, *m_connection))
             m_connection->change(queuesql::releaseLease, {one});
+}
+
+void QueueStore::record(const std::function<void()> &operation)
+{
+    QueueTransaction transaction(*m_connection);
+    operation();
+    transaction.commit();
 }
 
 void QueueStore::accepted(const QueueClaim &claim, const QueueLease &lease)
@@ -95,9 +124,14 @@ void QueueStore::refused(const QueueClaim &claim, const QueueLease &lease, const
     settle(queuesql::refused, {reason, number(now), claim.id, lease.id()}, claim);
 }
 
+void QueueStore::unsent(const QueueClaim &claim, const QueueLease &lease)
+{
+    settle(queuesql::unsent, {claim.id, lease.id()}, claim);
+}
+
 void QueueStore::settle(QStringView sql, const QVariantList &values, const QueueClaim &claim)
 {
-    if (changeAlone(sql, values) != 1)
+    if (m_connection->change(sql, values) != 1)
         queueerror::logger()->warn(u"Очередь запросов: запись %1 изменена кем-то во время отправки"_s.arg(claim.id));
 }
 

@@ -10,7 +10,7 @@
 #include <chrono>
 #include <functional>
 #include <limits>
-#include <optional>
+#include <vector>
 
 class QueueLease;
 
@@ -45,10 +45,15 @@ public:
     void push(const QString &owner, const QString &basket, const QByteArray &event, QueueTime now);
     DBQueueBroker::Status status();
 
-    /// Takes the next event of `owner` whose order has nothing before it and is not in a back-off, among those with an
-    /// id above `after`; those that have been tried least come first. Before that, events whose drain has died are
-    /// taken from it. Not to be called while an event of this lease is being sent.
-    std::optional<QueueClaim> claim(const QString &owner, QueueLease &lease, QueueTime now, qint64 after);
+    /// Takes at most `most` events of `owner` that are to be sent next, in this sequence: such whose order has nothing
+    /// before them and that are not in a back-off, among those with an id above `after`; those that have been tried
+    /// least come first. So no two are of one order. Before that, events whose drain has died are taken from it. Not to
+    /// be called while an event of this lease is being sent.
+    std::vector<QueueClaim> claim(const QString &owner, QueueLease &lease, QueueTime now, qint64 after, int most);
+
+    /// Runs `operation`, which tells by the following operations what has become of the claimed events; all of it is
+    /// stored, or nothing.
+    void record(const std::function<void()> &operation);
 
     /// The event was accepted: deletes it.
     void accepted(const QueueClaim &claim, const QueueLease &lease);
@@ -58,6 +63,9 @@ public:
 
     /// The event was refused for good: sets it aside.
     void refused(const QueueClaim &claim, const QueueLease &lease, const QString &reason, QueueTime now);
+
+    /// The event was not sent: gives it back.
+    void unsent(const QueueClaim &claim, const QueueLease &lease);
 
     /// Makes all waiting events of `owner` due.
     void endBackOffs(const QString &owner);
@@ -90,9 +98,11 @@ public:
 
 private:
     void releaseWhatNobodyIsSending(const QueueLease &lease);
+    void take(QStringView sql, const QVariantList &values, std::vector<QueueClaim> &claims);
     void settle(QStringView sql, const QVariantList &values, const QueueClaim &claim);
     int changeAlone(QStringView sql, const QVariantList &values);
 
     std::unique_ptr<QueueConnection> m_connection;
-    QString m_claim; // the claim as this kind of database has it
+    QString m_claimFirst; // claims as this kind of database has them
+    QString m_claimRest;
 };
