@@ -7,16 +7,16 @@
 #include <QtCore/QJsonDocument>
 
 #include <algorithm>
+#include <span>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
 // At most so many accepted events, and those of one run, are sent again after a power failure.
-constexpr int eventsBetweenCheckpoints = 100;
+constexpr int eventsBetweenCheckpoints = 500;
 
-// At most so many accepted events are sent again after a kill, and kept from other drains.
-constexpr int longestRun = 32;
+// For so long events are kept from other drains, and accepted ones may be sent again after a kill.
 constexpr std::chrono::milliseconds runTime{10};
 
 // As it is stored and logged; not every database takes a NUL in a text.
@@ -65,7 +65,7 @@ bool QueueDelivery::stepOf(QueueStore &store, std::size_t receiver)
     if (claims.empty())
         return false;
     m_sinceCheckpoint += static_cast<int>(claims.size());
-    m_unrecorded = Run{receiver, std::move(claims), {}};
+    m_unrecorded = Run{receiver, std::move(claims)};
     send(*m_unrecorded);
     record(store);
     if (m_sinceCheckpoint >= eventsBetweenCheckpoints)
@@ -80,15 +80,16 @@ void QueueDelivery::send(Run &run)
     Receiver &receiver = m_receivers[run.receiver];
     const QueueTime start = m_environment.now();
     bool goesOn = true;
-    run.outcomes.reserve(run.claims.size());
-    for (auto claim = run.claims.cbegin(); goesOn && claim != run.claims.cend(); ++claim) {
-        run.outcomes.push_back(send(receiver, *claim));
-        log(receiver.name, *claim, run.outcomes.back());
+    while (goesOn && run.sent < run.claims.size()) {
+        const QueueClaim &claim = run.claims[run.sent];
+        run.last = send(receiver, claim);
+        ++run.sent;
+        log(receiver.name, claim, run.last);
         const auto elapsed = m_environment.now() - start; // below 0: somebody has put the clock back
-        goesOn = run.outcomes.back().result == Result::Accepted && elapsed >= elapsed.zero() && elapsed < runTime &&
+        goesOn = run.last.result == Result::Accepted && elapsed >= elapsed.zero() && elapsed < runTime &&
                  !m_environment.isStopping();
     }
-    receiver.runLength = goesOn ? std::min(2 * static_cast<int>(run.claims.size()), longestRun) : 1;
+    receiver.runLength = goesOn ? std::min(2 * static_cast<int>(run.claims.size()), QueueStore::mostClaims) : 1;
 }
 
 QueueDelivery::Outcome QueueDelivery::send(const Receiver &receiver, const QueueClaim &claim) const
@@ -125,11 +126,11 @@ void QueueDelivery::record(QueueStore &store)
     if (!m_unrecorded)
         return;
     const Run &run = *m_unrecorded;
-    const bool hasFailed = run.outcomes.back().result == Result::Failed;
+    const bool hasFailed = run.last.result == Result::Failed;
     const qint64 newest = hasFailed ? store.newest() : 0;
     store.record([&] { write(store, run); });
     ServicePace &pace = m_receivers[run.receiver].pace;
-    if (!hasFailed || run.outcomes.size() > 1)
+    if (!hasFailed || run.sent > 1)
         pace.answered();
     if (hasFailed)
         pace.failed(m_environment.now(), newest);
@@ -138,24 +139,15 @@ void QueueDelivery::record(QueueStore &store)
 
 void QueueDelivery::write(QueueStore &store, const Run &run) const
 {
-    for (std::size_t i = 0; i < run.claims.size(); ++i)
-        if (i < run.outcomes.size())
-            write(store, run.claims[i], run.outcomes[i]);
-        else
-            store.unsent(run.claims[i], *m_lease);
-}
-
-void QueueDelivery::write(QueueStore &store, const QueueClaim &claim, const Outcome &outcome) const
-{
+    const std::span claims(run.claims);
+    const QueueClaim &last = claims[run.sent - 1];
     const QueueTime now = m_environment.now();
-    switch (outcome.result) {
-    case Result::Accepted:
-        return store.accepted(claim, *m_lease);
-    case Result::Failed:
-        return store.failed(claim, *m_lease, outcome.error, now + m_backOff.delay(claim.attempts));
-    case Result::Refused:
-        return store.refused(claim, *m_lease, outcome.error, now);
-    }
+    store.accepted(claims.first(run.last.result == Result::Accepted ? run.sent : run.sent - 1), *m_lease);
+    if (run.last.result == Result::Failed)
+        store.failed(last, *m_lease, run.last.error, now + m_backOff.delay(last.attempts));
+    if (run.last.result == Result::Refused)
+        store.refused(last, *m_lease, run.last.error, now);
+    store.unsent(claims.subspan(run.sent), *m_lease);
 }
 
 void QueueDelivery::endBackOffs()

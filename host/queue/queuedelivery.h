@@ -63,12 +63,13 @@ private:
         Result result;
         QString error;
     };
-    /// What was claimed at once.
+    /// What was claimed at once. All that were sent before the last one were accepted.
     struct Run
     {
         std::size_t receiver;
         std::vector<QueueClaim> claims;
-        std::vector<Outcome> outcomes; ///< Of the claims in their sequence; those beyond were not sent.
+        std::size_t sent = 0;
+        Outcome last = {};
     };
 
     bool stepOf(QueueStore &store, std::size_t receiver);
@@ -77,7 +78,6 @@ private:
     static void log(const QString &receiver, const QueueClaim &claim, const Outcome &outcome);
     void record(QueueStore &store);
     void write(QueueStore &store, const Run &run) const;
-    void write(QueueStore &store, const QueueClaim &claim, const Outcome &outcome) const;
     void checkpoint(QueueStore &store);
 
     Environment m_environment;

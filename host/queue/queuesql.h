@@ -21,7 +21,8 @@ inline constexpr QStringView releaseLease =
 
 // A next attempt further away than the longest back-off was computed before somebody put the clock back.
 // Only the first event of its order can be taken. %1: which events, firstOfRun or restOfRun; %2: what locks the rows
-// where several can write at a time. Values: owner, after, those of %1, now, now + longest back-off, how many, lease.
+// where several can write at a time; %3: the text. Values: owner, after, those of %1, now, now + longest back-off, how
+// many, lease.
 inline constexpr QStringView claim =
     u"WITH run AS MATERIALIZED (SELECT e.id FROM event e WHERE e.state = 'waiting' AND e.owner = ? AND e.id > ? %1"
     u"AND (e.next_attempt <= ? OR e.next_attempt > ?) "
@@ -29,7 +30,7 @@ inline constexpr QStringView claim =
     u"AND p.state <> 'discarded') "
     u"ORDER BY e.attempts, e.id LIMIT ? %2) "
     u"UPDATE event SET state = 'sending', lease = ?, attempts = attempts + 1 WHERE id IN (SELECT id FROM run) "
-    u"RETURNING id, basket, attempts, event";
+    u"RETURNING id, basket, attempts, %3";
 
 inline constexpr QStringView firstOfRun = u"";
 
@@ -37,8 +38,8 @@ inline constexpr QStringView firstOfRun = u"";
 // Values: attempts, the last id.
 inline constexpr QStringView restOfRun = u"AND e.attempts = ? AND e.id <= ? ";
 
-// The lease is asked for so that a drain never touches what is not, or no longer, its own.
-inline constexpr QStringView accepted = u"DELETE FROM event WHERE id = ? AND lease = ?";
+// The lease is asked for so that a drain never touches what is not, or no longer, its own. %1: a place for each id.
+inline constexpr QStringView accepted = u"DELETE FROM event WHERE lease = ? AND id IN (%1)";
 
 inline constexpr QStringView failed =
     u"UPDATE event SET state = 'waiting', lease = NULL, last_error = ?, next_attempt = ? WHERE id = ? AND lease = ?";
@@ -48,7 +49,7 @@ inline constexpr QStringView refused =
 
 // As if it had never been taken.
 inline constexpr QStringView unsent =
-    u"UPDATE event SET state = 'waiting', lease = NULL, attempts = attempts - 1 WHERE id = ? AND lease = ?";
+    u"UPDATE event SET state = 'waiting', lease = NULL, attempts = attempts - 1 WHERE lease = ? AND id IN (%1)";
 
 inline constexpr QStringView endBackOffs =
     u"UPDATE event SET next_attempt = 0 WHERE state = 'waiting' AND owner = ? AND next_attempt > 0";

@@ -22,6 +22,16 @@ qint64 number(QueueTime time)
     return time.time_since_epoch().count();
 }
 
+QString claimText(const QueueConnection &connection, QStringView which)
+{
+    return queuesql::claim.toString().arg(which, connection.rowLock(), connection.eventColumn());
+}
+
+QString placesForIds()
+{
+    return QStringList(QueueStore::mostClaims, u"?"_s).join(u',');
+}
+
 } // namespace
 
 QueueTime currentQueueTime()
@@ -32,8 +42,10 @@ QueueTime currentQueueTime()
 QueueStore::QueueStore(const QueueSettings &settings, QueueConnection::Commits commits,
                        QueueConnection::Missing missing)
     : m_connection(QueueConnection::open(settings, commits, missing)),
-      m_claimFirst(queuesql::claim.toString().arg(queuesql::firstOfRun, m_connection->rowLock())),
-      m_claimRest(queuesql::claim.toString().arg(queuesql::restOfRun, m_connection->rowLock()))
+      m_claimFirst(claimText(*m_connection, queuesql::firstOfRun)),
+      m_claimRest(claimText(*m_connection, queuesql::restOfRun)),
+      m_accepted(queuesql::accepted.toString().arg(placesForIds())),
+      m_unsent(queuesql::unsent.toString().arg(placesForIds()))
 {}
 
 std::unique_ptr<QueueLease> QueueStore::newLease() const
@@ -85,8 +97,8 @@ std::vector<QueueClaim> QueueStore::claim(const QString &owner, QueueLease &leas
 void QueueStore::take(QStringView sql, const QVariantList &values, std::vector<QueueClaim> &claims)
 {
     m_connection->read(sql, values, [&claims](const QSqlQuery &row) {
-        claims.push_back({row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toInt(),
-                          row.value(3).toString().toUtf8()});
+        claims.push_back(
+            {row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toInt(), row.value(3).toByteArray()});
     });
 }
 
@@ -109,30 +121,44 @@ void QueueStore::record(const std::function<void()> &operation)
     transaction.commit();
 }
 
-void QueueStore::accepted(const QueueClaim &claim, const QueueLease &lease)
+void QueueStore::accepted(std::span<const QueueClaim> claims, const QueueLease &lease)
 {
-    settle(queuesql::accepted, {claim.id, lease.id()}, claim);
+    settleAll(m_accepted, lease, claims);
 }
 
 void QueueStore::failed(const QueueClaim &claim, const QueueLease &lease, const QString &error, QueueTime next)
 {
-    settle(queuesql::failed, {error, number(next), claim.id, lease.id()}, claim);
+    settle(queuesql::failed, {error, number(next), claim.id, lease.id()}, {&claim, 1});
 }
 
 void QueueStore::refused(const QueueClaim &claim, const QueueLease &lease, const QString &reason, QueueTime now)
 {
-    settle(queuesql::refused, {reason, number(now), claim.id, lease.id()}, claim);
+    settle(queuesql::refused, {reason, number(now), claim.id, lease.id()}, {&claim, 1});
 }
 
-void QueueStore::unsent(const QueueClaim &claim, const QueueLease &lease)
+void QueueStore::unsent(std::span<const QueueClaim> claims, const QueueLease &lease)
 {
-    settle(queuesql::unsent, {claim.id, lease.id()}, claim);
+    settleAll(m_unsent, lease, claims);
 }
 
-void QueueStore::settle(QStringView sql, const QVariantList &values, const QueueClaim &claim)
+// The last id once more in each place that is left, so that there is one statement for any number.
+void QueueStore::settleAll(QStringView sql, const QueueLease &lease, std::span<const QueueClaim> claims)
 {
-    if (m_connection->change(sql, values) != 1)
-        queueerror::logger()->warn(u"Очередь запросов: запись %1 изменена кем-то во время отправки"_s.arg(claim.id));
+    if (claims.empty())
+        return;
+    QVariantList values(mostClaims + 1, claims.back().id);
+    values[0] = lease.id();
+    std::ranges::transform(claims, values.begin() + 1, &QueueClaim::id);
+    settle(sql, values, claims);
+}
+
+void QueueStore::settle(QStringView sql, const QVariantList &values, std::span<const QueueClaim> claims)
+{
+    const auto changed = static_cast<std::size_t>(m_connection->change(sql, values));
+    if (changed != claims.size())
+        queueerror::logger()->warn(u"Очередь запросов: из записей %1–%2 кем-то изменены во время отправки: %3"_s.arg(
+            QString::number(claims.front().id), QString::number(claims.back().id),
+            QString::number(claims.size() - changed)));
 }
 
 int QueueStore::changeAlone(QStringView sql, const QVariantList &values)

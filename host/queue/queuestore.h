@@ -10,6 +10,7 @@
 #include <chrono>
 #include <functional>
 #include <limits>
+#include <span>
 #include <vector>
 
 class QueueLease;
@@ -45,6 +46,9 @@ public:
     void push(const QString &owner, const QString &basket, const QByteArray &event, QueueTime now);
     DBQueueBroker::Status status();
 
+    /// So many can be claimed at once.
+    static constexpr int mostClaims = 32;
+
     /// Takes at most `most` events of `owner` that are to be sent next, in this sequence: such whose order has nothing
     /// before them and that are not in a back-off, among those with an id above `after`; those that have been tried
     /// least come first. So no two are of one order. Before that, events whose drain has died are taken from it. Not to
@@ -55,8 +59,8 @@ public:
     /// stored, or nothing.
     void record(const std::function<void()> &operation);
 
-    /// The event was accepted: deletes it.
-    void accepted(const QueueClaim &claim, const QueueLease &lease);
+    /// The events were accepted: deletes them.
+    void accepted(std::span<const QueueClaim> claims, const QueueLease &lease);
 
     /// The event could not be sent; not before `next` again.
     void failed(const QueueClaim &claim, const QueueLease &lease, const QString &error, QueueTime next);
@@ -64,8 +68,8 @@ public:
     /// The event was refused for good: sets it aside.
     void refused(const QueueClaim &claim, const QueueLease &lease, const QString &reason, QueueTime now);
 
-    /// The event was not sent: gives it back.
-    void unsent(const QueueClaim &claim, const QueueLease &lease);
+    /// The events were not sent: gives them back.
+    void unsent(std::span<const QueueClaim> claims, const QueueLease &lease);
 
     /// Makes all waiting events of `owner` due.
     void endBackOffs(const QString &owner);
@@ -99,10 +103,13 @@ public:
 private:
     void releaseWhatNobodyIsSending(const QueueLease &lease);
     void take(QStringView sql, const QVariantList &values, std::vector<QueueClaim> &claims);
-    void settle(QStringView sql, const QVariantList &values, const QueueClaim &claim);
+    void settle(QStringView sql, const QVariantList &values, std::span<const QueueClaim> claims);
+    void settleAll(QStringView sql, const QueueLease &lease, std::span<const QueueClaim> claims);
     int changeAlone(QStringView sql, const QVariantList &values);
 
     std::unique_ptr<QueueConnection> m_connection;
     QString m_claimFirst; // claims as this kind of database has them
     QString m_claimRest;
+    QString m_accepted; // with places for all ids of a claim
+    QString m_unsent;
 };
