@@ -67,6 +67,9 @@ public:
     /// What the query for the next event says so that two drains do not find the same one.
     virtual QStringView rowLock() const = 0;
 
+    /// The column with an event's text as a query names it so that it comes as UTF-8 where the driver can do that.
+    virtual QStringView eventColumn() const { return u"event"; }
+
 protected:
     QueueConnection(const QString &driver, const QString &name);
 

@@ -1,4 +1,5 @@
-// The drain's work without its thread: one event after the other, to its owner's handler and out of the database.
+// The drain's work without its thread: one run of events after the other, to their owner's handler and out of the
+// database.
 // Used on the thread that has made it, and on no other.
 #pragma once
 
@@ -20,11 +21,11 @@
 class POSHOST_EXPORT QueueDelivery
 {
 public:
-    /// What a test replaces.
     struct Environment
     {
-        std::function<QueueTime()> now; ///< Default: the system's clock.
-        std::function<double()> random; ///< See BackOff.
+        std::function<QueueTime()> now;   ///< Default: the system's clock.
+        std::function<double()> random;   ///< See BackOff.
+        std::function<bool()> isStopping; ///< True: the step in hand sends no further event. Default: never.
     };
 
     /// Opens nothing yet.
@@ -33,9 +34,10 @@ public:
     ~QueueDelivery();
     Q_DISABLE_COPY_MOVE(QueueDelivery)
 
-    /// Sends the next event that is due, if there is one, and records what has become of it. True: an event was sent,
-    /// there may be more. False: nothing is due now. Throws BasicException when the database fails; the next call opens
-    /// it again and, before anything else, records what could not be recorded, so that nothing is sent twice.
+    /// Sends the next event that is due, if there is one, and records what has become of it; a run of events at once
+    /// where they are accepted quickly. True: an event was sent, there may be more. False: nothing is due now. Throws
+    /// BasicException when the database fails; the next call opens it again and, before anything else, records what
+    /// could not be recorded, so that nothing is sent twice.
     bool step();
 
     /// Makes everything due that waits for the end of a back-off.
@@ -54,20 +56,28 @@ private:
         QString name;
         QueueDrain::Handler handler;
         ServicePace pace;
+        int runLength = 1; ///< How many events are claimed at once.
     };
     struct Outcome
     {
-        std::size_t receiver;
-        QueueClaim claim;
         Result result;
         QString error;
     };
+    /// What was claimed at once. All that were sent before the last one were accepted.
+    struct Run
+    {
+        std::size_t receiver;
+        std::vector<QueueClaim> claims;
+        std::size_t sent = 0;
+        Outcome last = {};
+    };
 
     bool stepOf(QueueStore &store, std::size_t receiver);
-    Outcome send(std::size_t receiver, const QueueClaim &claim) const;
+    void send(Run &run);
+    Outcome send(const Receiver &receiver, const QueueClaim &claim) const;
+    static void log(const QString &receiver, const QueueClaim &claim, const Outcome &outcome);
     void record(QueueStore &store);
-    void write(QueueStore &store, const Outcome &outcome) const;
-    void log(const Outcome &outcome) const;
+    void write(QueueStore &store, const Run &run) const;
     void checkpoint(QueueStore &store);
 
     Environment m_environment;
@@ -76,6 +86,6 @@ private:
     std::size_t m_turn = 0;
     QueueAccess m_access;
     std::unique_ptr<QueueLease> m_lease; // outlives the store that m_access may close: what is in flight stays ours
-    std::optional<Outcome> m_unrecorded;
+    std::optional<Run> m_unrecorded;
     int m_sinceCheckpoint = 0; // events that were taken
 };

@@ -77,7 +77,7 @@ bool QueueDrain::Worker::waitUntilDrained(std::chrono::milliseconds timeout)
 
 void QueueDrain::Worker::run(const QueueSettings &settings)
 {
-    QueueDelivery delivery(settings, handlers);
+    QueueDelivery delivery(settings, handlers, {{}, {}, [this] { return m_stopping.load(); }});
     const BackOff backOff;
     int failures = 0;
     while (!m_stopping) {

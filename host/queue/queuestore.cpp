@@ -8,13 +8,28 @@
 
 #include <QtCore/QList>
 
+#include <algorithm>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
+// How far behind the first event of a run the others are looked for; a sale leaves several events of one order.
+constexpr int idsPerClaim = 8;
+
 qint64 number(QueueTime time)
 {
     return time.time_since_epoch().count();
+}
+
+QString claimText(const QueueConnection &connection, QStringView which)
+{
+    return queuesql::claim.toString().arg(which, connection.rowLock(), connection.eventColumn());
+}
+
+QString placesForIds()
+{
+    return QStringList(QueueStore::mostClaims, u"?"_s).join(u',');
 }
 
 } // namespace
@@ -27,7 +42,10 @@ QueueTime currentQueueTime()
 QueueStore::QueueStore(const QueueSettings &settings, QueueConnection::Commits commits,
                        QueueConnection::Missing missing)
     : m_connection(QueueConnection::open(settings, commits, missing)),
-      m_claim(queuesql::claim.toString().arg(m_connection->rowLock()))
+      m_claimFirst(claimText(*m_connection, queuesql::firstOfRun)),
+      m_claimRest(claimText(*m_connection, queuesql::restOfRun)),
+      m_accepted(queuesql::accepted.toString().arg(placesForIds())),
+      m_unsent(queuesql::unsent.toString().arg(placesForIds()))
 {}
 
 std::unique_ptr<QueueLease> QueueStore::newLease() const
@@ -53,19 +71,35 @@ DBQueueBroker::Status QueueStore::status()
     return status;
 }
 
-std::optional<QueueClaim> QueueStore::claim(const QString &owner, QueueLease &lease, QueueTime now, qint64 after)
+std::vector<QueueClaim> QueueStore::claim(const QString &owner, QueueLease &lease, QueueTime now, qint64 after,
+                                          int most)
 {
     lease.hold(*m_connection);
-    std::optional<QueueClaim> claim;
+    const QVariant due = number(now);
+    const QVariant tooFar = number(now + BackOff::longest);
+    std::vector<QueueClaim> claims;
+    claims.reserve(most);
     QueueTransaction transaction(*m_connection);
     releaseWhatNobodyIsSending(lease);
-    m_connection->read(m_claim, {lease.id(), owner, after, number(now), number(now + BackOff::longest)},
-                       [&claim](const QSqlQuery &row) {
-                           claim = QueueClaim{row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toInt(),
-                                              row.value(3).toString().toUtf8()};
-                       });
+    take(m_claimFirst, {owner, after, due, tooFar, 1, lease.id()}, claims);
+    if (most > 1 && !claims.empty()) {
+        const qint64 first = claims.front().id;
+        const int attempts = claims.front().attempts - 1; // before this one
+        take(m_claimRest, {owner, first, attempts, first + most * idsPerClaim, due, tooFar, most - 1, lease.id()},
+             claims);
+    }
     transaction.commit();
-    return claim;
+    // The database returns them in any sequence.
+    std::ranges::sort(claims, {}, &QueueClaim::id);
+    return claims;
+}
+
+void QueueStore::take(QStringView sql, const QVariantList &values, std::vector<QueueClaim> &claims)
+{
+    m_connection->read(sql, values, [&claims](const QSqlQuery &row) {
+        claims.push_back(
+            {row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toInt(), row.value(3).toByteArray()});
+    });
 }
 
 // Of drains that have died; and the caller's own, who is sending nothing now: a claim whose commit was stored, but not
@@ -80,25 +114,51 @@ void QueueStore::releaseWhatNobodyIsSending(const QueueLease &lease)
             m_connection->change(queuesql::releaseLease, {one});
 }
 
-void QueueStore::accepted(const QueueClaim &claim, const QueueLease &lease)
+void QueueStore::record(const std::function<void()> &operation)
 {
-    settle(queuesql::accepted, {claim.id, lease.id()}, claim);
+    QueueTransaction transaction(*m_connection);
+    operation();
+    transaction.commit();
+}
+
+void QueueStore::accepted(std::span<const QueueClaim> claims, const QueueLease &lease)
+{
+    settleAll(m_accepted, lease, claims);
 }
 
 void QueueStore::failed(const QueueClaim &claim, const QueueLease &lease, const QString &error, QueueTime next)
 {
-    settle(queuesql::failed, {error, number(next), claim.id, lease.id()}, claim);
+    settle(queuesql::failed, {error, number(next), claim.id, lease.id()}, {&claim, 1});
 }
 
 void QueueStore::refused(const QueueClaim &claim, const QueueLease &lease, const QString &reason, QueueTime now)
 {
-    settle(queuesql::refused, {reason, number(now), claim.id, lease.id()}, claim);
+    settle(queuesql::refused, {reason, number(now), claim.id, lease.id()}, {&claim, 1});
 }
 
-void QueueStore::settle(QStringView sql, const QVariantList &values, const QueueClaim &claim)
+void QueueStore::unsent(std::span<const QueueClaim> claims, const QueueLease &lease)
 {
-    if (changeAlone(sql, values) != 1)
-        queueerror::logger()->warn(u"Очередь запросов: запись %1 изменена кем-то во время отправки"_s.arg(claim.id));
+    settleAll(m_unsent, lease, claims);
+}
+
+// The last id once more in each place that is left, so that there is one statement for any number.
+void QueueStore::settleAll(QStringView sql, const QueueLease &lease, std::span<const QueueClaim> claims)
+{
+    if (claims.empty())
+        return;
+    QVariantList values(mostClaims + 1, claims.back().id);
+    values[0] = lease.id();
+    std::ranges::transform(claims, values.begin() + 1, &QueueClaim::id);
+    settle(sql, values, claims);
+}
+
+void QueueStore::settle(QStringView sql, const QVariantList &values, std::span<const QueueClaim> claims)
+{
+    const auto changed = static_cast<std::size_t>(m_connection->change(sql, values));
+    if (changed != claims.size())
+        queueerror::logger()->warn(u"Очередь запросов: из записей %1–%2 кем-то изменены во время отправки: %3"_s.arg(
+            QString::number(claims.front().id), QString::number(claims.back().id),
+            QString::number(claims.size() - changed)));
 }
 
 int QueueStore::changeAlone(QStringView sql, const QVariantList &values)

@@ -10,7 +10,8 @@
 #include <chrono>
 #include <functional>
 #include <limits>
-#include <optional>
+#include <span>
+#include <vector>
 
 class QueueLease;
 
@@ -45,19 +46,30 @@ public:
     void push(const QString &owner, const QString &basket, const QByteArray &event, QueueTime now);
     DBQueueBroker::Status status();
 
-    /// Takes the next event of `owner` whose order has nothing before it and is not in a back-off, among those with an
-    /// id above `after`; those that have been tried least come first. Before that, events whose drain has died are
-    /// taken from it. Not to be called while an event of this lease is being sent.
-    std::optional<QueueClaim> claim(const QString &owner, QueueLease &lease, QueueTime now, qint64 after);
+    /// So many can be claimed at once.
+    static constexpr int mostClaims = 32;
 
-    /// The event was accepted: deletes it.
-    void accepted(const QueueClaim &claim, const QueueLease &lease);
+    /// Takes at most `most` events of `owner` that are to be sent next, in this sequence: such whose order has nothing
+    /// before them and that are not in a back-off, among those with an id above `after`; those that have been tried
+    /// least come first. So no two are of one order. Before that, events whose drain has died are taken from it. Not to
+    /// be called while an event of this lease is being sent.
+    std::vector<QueueClaim> claim(const QString &owner, QueueLease &lease, QueueTime now, qint64 after, int most);
+
+    /// Runs `operation`, which tells by the following operations what has become of the claimed events; all of it is
+    /// stored, or nothing.
+    void record(const std::function<void()> &operation);
+
+    /// The events were accepted: deletes them.
+    void accepted(std::span<const QueueClaim> claims, const QueueLease &lease);
 
     /// The event could not be sent; not before `next` again.
     void failed(const QueueClaim &claim, const QueueLease &lease, const QString &error, QueueTime next);
 
     /// The event was refused for good: sets it aside.
     void refused(const QueueClaim &claim, const QueueLease &lease, const QString &reason, QueueTime now);
+
+    /// The events were not sent: gives them back.
+    void unsent(std::span<const QueueClaim> claims, const QueueLease &lease);
 
     /// Makes all waiting events of `owner` due.
     void endBackOffs(const QString &owner);
@@ -90,9 +102,14 @@ public:
 
 private:
     void releaseWhatNobodyIsSending(const QueueLease &lease);
-    void settle(QStringView sql, const QVariantList &values, const QueueClaim &claim);
+    void take(QStringView sql, const QVariantList &values, std::vector<QueueClaim> &claims);
+    void settle(QStringView sql, const QVariantList &values, std::span<const QueueClaim> claims);
+    void settleAll(QStringView sql, const QueueLease &lease, std::span<const QueueClaim> claims);
     int changeAlone(QStringView sql, const QVariantList &values);
 
     std::unique_ptr<QueueConnection> m_connection;
-    QString m_claim; // the claim as this kind of database has it
+    QString m_claimFirst; // claims as this kind of database has them
+    QString m_claimRest;
+    QString m_accepted; // with places for all ids of a claim
+    QString m_unsent;
 };

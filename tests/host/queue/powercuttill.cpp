@@ -10,6 +10,7 @@
 #include <QtSql/QSqlDatabase>
 #include <QtSql/QSqlQuery>
 
+#include <algorithm>
 #include <iostream>
 #include <stdexcept>
 
@@ -35,10 +36,11 @@ void commitWithoutSync()
 struct PowerCutTill::Queue
 {
     explicit Queue(PowerCutTill &till)
-        : delivery(
-              QueueSettings{.database = till.m_database},
-              {{u"kvo"_s, [&till](const QJsonObject &event) { till.receive(event); }}},
-              {[&till] { return till.m_now; }, [&till] { return std::generate_canonical<double, 32>(till.m_random); }})
+        : delivery(QueueSettings{.database = till.m_database},
+                   {{u"kvo"_s, [&till](const QJsonObject &event) { till.receive(event); }}},
+                   {[&till] { return till.m_now; },
+                    [&till] { return std::generate_canonical<double, 32>(till.m_random); },
+                    {}})
     {}
 
     DBQueueBroker broker;
@@ -127,11 +129,11 @@ void PowerCutTill::push()
 
 void PowerCutTill::deliver()
 {
-    m_delivered.reset();
+    m_delivered.clear();
     attempt(Replaying, [this] {
         m_queue->delivery.step();
-        if (m_disk.isOn() && m_delivered)
-            m_ledger.deleted(*m_delivered);
+        if (m_disk.isOn())
+            std::ranges::for_each(m_delivered, [this](const QJsonObject &event) { m_ledger.deleted(event); });
     });
 }
 
@@ -139,13 +141,14 @@ void PowerCutTill::receive(const QJsonObject &event)
 {
     if (!m_disk.isOn())
         throw std::runtime_error("a till without power sends nothing");
+    enter(Replaying);
     m_ledger.arrived(event);
     if (chance(0.1))
         push(); // the next sale, while the exchange lasts
     if (!m_disk.tick() || chance(0.1))
         throw std::runtime_error("no answer");
     m_ledger.delivered(event);
-    m_delivered = event;
+    m_delivered.append(event);
     enter(Deleting);
 }
 

@@ -73,5 +73,5 @@ private:
     bool m_isBroken = false;
     Phase m_phase = Opening;
     std::unique_ptr<Queue> m_queue;
-    std::optional<QJsonObject> m_delivered; // by the step in hand
+    QList<QJsonObject> m_delivered; // by the step in hand
 };

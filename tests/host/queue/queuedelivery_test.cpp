@@ -106,6 +106,33 @@ TEST_F(QueueDeliveryTest, AcceptedEventIsNotSentAgainWhenTheDatabaseFailsToForge
     EXPECT_EQ(drain(), u"a2"_s);
 }
 
+TEST_F(QueueDeliveryTest, RunGrowsUntilSomethingEndsItAndTheRestIsGivenBack)
+{
+    const std::pair<const char *, std::function<void()>> endings[] = {
+        {"failure", [] { throw std::runtime_error("no answer"); }},
+        {"refusal", [] { throw RejectionException(u"заказ не найден"_s); }},
+        {"time", [this] { now += 10ms; }},
+        {"clock put back", [this] { now -= 1h; }},
+        {"stop", [this] { stopping = true; }},
+    };
+    for (const auto &[label, ending] : endings) {
+        SCOPED_TRACE(label);
+        sent.clear();
+        stopping = false;
+        whileSending = [this, &ending = ending] {
+            if (sent.size() >= 4)
+                ending();
+        };
+        push(u"a1 b1 c1 d1 e1 f1 g1"_s);
+        for (const QString &expected : {u"a1"_s, u"a1 b1 c1"_s, u"a1 b1 c1 d1"_s, u"a1 b1 c1 d1 e1"_s}) {
+            EXPECT_TRUE(delivery.step());
+            EXPECT_EQ(sent.join(u' '), expected);
+        }
+        EXPECT_EQ(sql(u"SELECT COUNT(*) FROM event WHERE basket > 'e' AND state = 'waiting' AND attempts = 0"_s), 2);
+        sql(u"DELETE FROM event"_s);
+    }
+}
+
 TEST_F(QueueDeliveryTest, ClaimThatWasStoredWithoutAnAnswerHoldsNothingUp)
 {
     push(u"a1 b1"_s);

@@ -103,6 +103,7 @@ TEST_F(QueueDrainTest, KilledAtAnyMomentNothingIsLostAndNothingOvertakes)
     std::cout << "seed " << seed << '\n';
     std::mt19937 random(seed);
     constexpr int kills = 8;
+    constexpr int orders = 5; // of the child
     QStringList ledger;
     for (int kill = 0; kill < kills; ++kill) {
         Child child(u"work"_s, iniFile, 1'000'000 * (kill + 1));
@@ -133,5 +134,5 @@ TEST_F(QueueDrainTest, KilledAtAnyMomentNothingIsLostAndNothingOvertakes)
         last = event.mid(1).toInt();
     }
     EXPECT_TRUE(lost.isEmpty()) << qPrintable(QStringList(lost.values()).join(u' '));
-    EXPECT_LE(repeated, kills) << "a kill repeats at most the event in hand";
+    EXPECT_LE(repeated, kills * orders) << "a kill repeats at most the run in hand, one event of each order";
 }

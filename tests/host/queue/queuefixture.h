@@ -140,10 +140,11 @@ protected:
     QSet<QString> unreachable; ///< Names of events whose sending fails.
     QSet<QString> refused;     ///< Names of events that are rejected.
     bool serviceDown = false;
+    bool stopping = false;
     std::function<void()> whileSending = [] {};
     QueueDelivery delivery{settings,
                            {{u"kvo"_s, [this](const QJsonObject &event) { receive(event); }}},
-                           {[this] { return now; }, [] { return 0.5; }}};
+                           {[this] { return now; }, [] { return 0.5; }, [this] { return stopping; }}};
 
 private:
     void receive(const QJsonObject &event)
