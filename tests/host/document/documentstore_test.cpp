@@ -88,7 +88,7 @@ QSharedPointer<SaleDocument> fullCheck()
     check->addCard(card);
     const auto points = builder::shares({{1, 33.33}, {2, 0.0051}}, card);
     points->getTotals()->setDateTime(moment);
-    points->getTotals()->setDiscountName(u"Баллы %1"_s);
+    points->getTotals()->setDiscountName(u"Баллы %1 €😀 \"a\\b\"\n\x01\xd800"_s);
     check->addImpact(points);
     const auto payment = builder::discount(10);
     payment->getTotals()->setValutCode(7);
@@ -96,6 +96,7 @@ QSharedPointer<SaleDocument> fullCheck()
     check->addImpact(payment);
     const DocumentBonusRecord record{u"2600001"_s, 12.5, moment, u"cashier 1"_s, 2};
     check->setPluginData(u"loyaltySystem26"_s, {{u"pointsForSpend"_s, 60.5},
+                                                {u"rates"_s, QVariantList{1e-7, -1e300, 0.1, 1e15, qint64(1) << 53}},
                                                 {u"bonusRecords"_s, QVariant::fromValue(QList{record, record})}});
     return check;
 }
