@@ -147,7 +147,8 @@ void BasicLoyaltySystem::setPluginData(const QVariantMap &data) const
     if (!currentDocument())
         return;
     QVariantMap stored = getPluginData();
-    stored.insert(data);
+    for (auto entry = data.cbegin(); entry != data.cend(); ++entry)
+        stored.insert(entry.key(), entry.value()); // QMap's insertion of a map makes a third one of both
     currentDocument()->setPluginData(getStoreDataKey(), stored);
 }
 

@@ -2,6 +2,7 @@
 // answer, is a failed exchange, so that nobody takes it for an acceptance.
 #include "transfer.h"
 
+#include <core/jsontext.h>
 #include <net/restclient.h>
 
 #include <log4qt/logmanager.h>
@@ -134,7 +135,7 @@ void RestClient::request(QNetworkAccessManager::Operation op, const QUrl &url, c
     const TransferRequest request{
         .method = methodOf(op),
         .url = url.toEncoded(QUrl::FullyEncoded),
-        .body = payload.toJson(QJsonDocument::Compact),
+        .body = jsontext::compact(payload),
         .headers = headers,
         .timeout = m_timeout > 0 ? std::chrono::milliseconds(m_timeout) : defaultTimeout,
     };

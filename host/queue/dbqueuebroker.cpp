@@ -5,7 +5,7 @@
 #include "queueerror.h"
 #include "queuesignal.h"
 
-#include <QtCore/QJsonDocument>
+#include <core/jsontext.h>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -27,7 +27,7 @@ void DBQueueBroker::push(const QString &owner, const QJsonObject &event, const Q
     if (owner.isEmpty())
         throw queueerror::make(QueueSettings::configured().name(), u"не указан получатель запроса"_s,
                                u"push without owner"_s);
-    const QByteArray json = QJsonDocument(event).toJson(QJsonDocument::Compact);
+    const QByteArray json = jsontext::compact(QJsonDocument(event));
     access().use([&](QueueStore &store) { store.push(owner, orderOf(event, key), json, currentQueueTime()); });
     QueueSignal::instance().raise();
 }

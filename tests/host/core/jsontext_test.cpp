@@ -1,0 +1,46 @@
+// Our JSON text beside that of Qt's own writer.
+#include <core/jsontext.h>
+
+#include <gtest/gtest.h>
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonObject>
+
+#include <limits>
+
+using namespace Qt::Literals::StringLiterals;
+
+TEST(JsonText, IsWhatQtWrites)
+{
+    QString characters = u"😀 \U0010ffff"_s;
+    for (char16_t character = 0; character < 0xd800; ++character)
+        characters += QChar(character);
+    // Lengths around those at which CBOR takes one byte more, and texts that Qt keeps as ASCII, UTF-8 and UTF-16.
+    QJsonArray texts{u""_s, characters};
+    for (const qsizetype length : {23, 24, 255, 256, 65535, 65536})
+        for (const QChar character : {u'a', u'ы', u'"'})
+            texts.append(QString(length, character));
+    const QJsonArray numbers{0,
+                             23,
+                             24,
+                             255,
+                             256,
+                             65536,
+                             -1,
+                             -24,
+                             -25,
+                             -257,
+                             0.1,
+                             -2.5e-9,
+                             5.0,
+                             1e15,
+                             1e300,
+                             qInf(),
+                             std::numeric_limits<qint64>::max(),
+                             std::numeric_limits<qint64>::min()};
+    const QJsonArray others{true, false, QJsonValue(), QJsonObject(), QJsonArray(), QJsonArray{QJsonArray{1, 2}, 3}};
+    const QJsonDocument documents[] = {QJsonDocument(), QJsonDocument(QJsonObject()), QJsonDocument(texts),
+                                       QJsonDocument(QJsonObject{{u"numbers"_s, numbers}, {characters, others}})};
+    for (const QJsonDocument &json : documents)
+        EXPECT_EQ(jsontext::compact(json), json.toJson(QJsonDocument::Compact));
+}
