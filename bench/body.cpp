@@ -3,6 +3,8 @@
 #include "samples.h"
 #include "tests/support/fakeconfig.h"
 
+#include <core/jsontext.h>
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -22,7 +24,7 @@ struct Order
     }
 
     QJsonObject body() const { return client.createOrderBody(check, card, false); }
-    QByteArray text() const { return QJsonDocument(body()).toJson(QJsonDocument::Compact); }
+    QByteArray text() const { return jsontext::compact(QJsonDocument(body())); } // as it is sent
 
     FakeConfig config{settings(u"http://127.0.0.1"_s)};
     kvo::Interface client;
