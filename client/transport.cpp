@@ -15,10 +15,9 @@ namespace kvo {
 
 namespace {
 
-QUrl methodUrl(const QString &host, const std::filesystem::path &prefix, const QString &method,
+QUrl methodUrl(QUrl url, const std::filesystem::path &prefix, const QString &method,
                const QUrlQuery &query = QUrlQuery())
 {
-    QUrl url(host, QUrl::TolerantMode);
     url.setPath(QString::fromStdString((prefix / method.toStdString()).native()), QUrl::DecodedMode);
     url.setQuery(query);
     return url;
@@ -55,12 +54,12 @@ template <class Text>
 
 QUrl Interface::getUrl(const QString &method, const QUrlQuery &query) const
 {
-    return methodUrl(host, path, method, query);
+    return methodUrl(base, path, method, query);
 }
 
 QUrl Interface::getVerificationUrl(const QString &method) const
 {
-    return methodUrl(host, verificationPath, method);
+    return methodUrl(base, verificationPath, method);
 }
 
 http::Response Interface::request(const Request &request, bool logOnly) const

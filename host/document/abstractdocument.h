@@ -43,6 +43,10 @@ public:
     /// What the plugin `storeKey` has stored with the document; saved and restored together with it.
     QVariantMap getPluginData(const QString &storeKey) const { return m_pluginData.value(storeKey); }
     void setPluginData(const QString &storeKey, const QVariantMap &data) { m_pluginData.insert(storeKey, data); }
+    void setPluginData(const QString &storeKey, const QString &key, const QVariant &value)
+    {
+        m_pluginData[storeKey].insert(key, value);
+    }
     QStringList pluginDataKeys() const { return m_pluginData.keys(); }
 
 private:

@@ -134,22 +134,19 @@ bool BasicLoyaltySystem::hasCard() const
 
 QString BasicLoyaltySystem::getStoreDataKey() const
 {
-    return u"loyaltySystem%1"_s.arg(loyaltySystemCode);
+    return u"loyaltySystem"_s + QString::number(loyaltySystemCode);
 }
 
 void BasicLoyaltySystem::setPluginData(const QString &key, const QVariant &value) const
 {
-    setPluginData(QVariantMap{{key, value}});
+    if (currentDocument())
+        currentDocument()->setPluginData(getStoreDataKey(), key, value);
 }
 
 void BasicLoyaltySystem::setPluginData(const QVariantMap &data) const
 {
-    if (!currentDocument())
-        return;
-    QVariantMap stored = getPluginData();
     for (auto entry = data.cbegin(); entry != data.cend(); ++entry)
-        stored.insert(entry.key(), entry.value()); // QMap's insertion of a map makes a third one of both
-    currentDocument()->setPluginData(getStoreDataKey(), stored);
+        setPluginData(entry.key(), entry.value());
 }
 
 QVariant BasicLoyaltySystem::getPluginData(const QString &key, const QVariant &defaultValue) const
