@@ -23,9 +23,9 @@ Request Request::fromQueueEvent(const QJsonObject &event)
     Request request;
     request.op = event.value("op"_L1).toVariant().value<QNetworkAccessManager::Operation>();
     request.url = QUrl(event.value("url"_L1).toString(), QUrl::TolerantMode);
-    const QVariantHash headerValues = event.value("headers"_L1).toVariant().toHash();
-    for (auto header = headerValues.cbegin(); header != headerValues.cend(); ++header)
-        request.headers.insert(header.key(), header.value().toString());
+    const QJsonObject headerObject = event.value("headers"_L1).toObject();
+    for (auto header = headerObject.constBegin(); header != headerObject.constEnd(); ++header)
+        request.headers.insert(header.key(), header.value().toVariant().toString());
     request.payload = QJsonDocument(event.value("payload"_L1).toObject());
     return request;
 }

@@ -46,12 +46,6 @@ bool initialized()
     return done;
 }
 
-struct CurlDeleter
-{
-    void operator()(CURL *handle) const { curl_easy_cleanup(handle); }
-    void operator()(curl_slist *list) const { curl_slist_free_all(list); }
-};
-
 // Settings of a handle. The first one that fails is kept, and no later one is tried.
 class Settings
 {
@@ -66,23 +60,11 @@ public:
             m_code = curl_easy_setopt(m_handle, option, value);
     }
 
-    void setHeader(const QByteArray &line)
-    {
-        if (curl_slist *longer = curl_slist_append(m_headers.get(), line.constData())) {
-            static_cast<void>(m_headers.release());
-            m_headers.reset(longer);
-        } else if (m_code == CURLE_OK) {
-            m_code = CURLE_OUT_OF_MEMORY;
-        }
-        set(CURLOPT_HTTPHEADER, m_headers.get());
-    }
-
     CURLcode code() const { return m_code; }
 
 private:
     CURL *m_handle;
     CURLcode m_code = CURLE_OK;
-    std::unique_ptr<curl_slist, CurlDeleter> m_headers;
 };
 
 // What is the same in all exchanges.
@@ -106,28 +88,58 @@ CURLcode setPolicy(CURL *handle)
     return settings.code();
 }
 
-// This thread's handle; null where libcurl does not take the policy.
-CURL *threadHandle()
+struct CurlDeleter
 {
-    thread_local const std::unique_ptr<CURL, CurlDeleter> handle = [] {
-        std::unique_ptr<CURL, CurlDeleter> made(initialized() ? curl_easy_init() : nullptr);
-        if (made && setPolicy(made.get()) != CURLE_OK)
-            made.reset();
-        return made;
-    }();
-    return handle.get();
-}
+    void operator()(CURL *handle) const { curl_easy_cleanup(handle); }
+    void operator()(curl_slist *list) const { curl_slist_free_all(list); }
+};
+
+// A thread's handle with the headers that it was given last: most exchanges have the same ones.
+class ThreadHandle
+{
+public:
+    ThreadHandle() : m_handle(initialized() ? curl_easy_init() : nullptr)
+    {
+        if (m_handle && setPolicy(m_handle.get()) != CURLE_OK)
+            m_handle.reset();
+    }
+
+    // Null where libcurl does not take the policy.
+    CURL *get() const { return m_handle.get(); }
+
+    // The headers as libcurl takes them; null where there is no memory for it.
+    curl_slist *list(const QHash<QString, QString> &headers)
+    {
+        if (m_list && headers == m_headers)
+            return m_list.get();
+        m_headers = headers;
+        m_list.reset(curl_slist_append(nullptr, "Expect:"));
+        for (auto header = headers.cbegin(); header != headers.cend(); ++header) {
+            // libcurl takes "name:" as the wish to send no such header, and "name;" as an empty one.
+            const QString line = header->isEmpty() ? header.key() + u';' : header.key() + ": "_L1 + *header;
+            append(line.toUtf8());
+        }
+        return m_list.get();
+    }
+
+private:
+    void append(const QByteArray &line)
+    {
+        curl_slist *const longer = m_list ? curl_slist_append(m_list.get(), line.constData()) : nullptr;
+        if (longer)
+            static_cast<void>(m_list.release());
+        m_list.reset(longer);
+    }
+
+    std::unique_ptr<CURL, CurlDeleter> m_handle;
+    QHash<QString, QString> m_headers;
+    std::unique_ptr<curl_slist, CurlDeleter> m_list;
+};
 
 void setRequest(Settings &settings, const TransferRequest &request)
 {
     settings.set(CURLOPT_URL, request.url.constData());
     settings.set(CURLOPT_TIMEOUT_MS, static_cast<long>(request.timeout.count()));
-    settings.setHeader("Expect:");
-    for (auto header = request.headers.cbegin(); header != request.headers.cend(); ++header) {
-        // libcurl takes "name:" as the wish to send no such header, and "name;" as an empty one.
-        const QByteArray name = header.key().toUtf8();
-        settings.setHeader(header->isEmpty() ? name + ';' : name + ": " + header->toUtf8());
-    }
     if (request.method == "GET") {
         settings.set(CURLOPT_HTTPGET, 1L);
         settings.set<const char *>(CURLOPT_CUSTOMREQUEST, nullptr);
@@ -173,14 +185,17 @@ QString reasonOf(CURLcode code, const char *errorText)
 
 TransferResult transfer(const TransferRequest &request, qsizetype maxBodySize)
 {
-    CURL *handle = threadHandle();
-    if (!handle)
+    thread_local ThreadHandle thread;
+    CURL *const handle = thread.get();
+    curl_slist *const headers = handle ? thread.list(request.headers) : nullptr;
+    if (!headers)
         return {.error = QNetworkReply::UnknownNetworkError, .reason = u"libcurl не запускается"_s};
 
     Exchange exchange{.maxBodySize = maxBodySize};
     std::array<char, CURL_ERROR_SIZE> errorText{};
     const auto forget = qScopeGuard([handle] { forgetExchange(handle); });
     Settings settings(handle);
+    settings.set(CURLOPT_HTTPHEADER, headers);
     setRequest(settings, request);
     setExchange(settings, exchange, errorText.data());
     CURLcode code = settings.code();
