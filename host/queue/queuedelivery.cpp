@@ -16,6 +16,8 @@ namespace {
 // At most so many accepted events, and those of one run, are sent again after a power failure.
 constexpr int eventsBetweenCheckpoints = 500;
 
+constexpr int longestRun = 32;
+
 // For so long events are kept from other drains, and accepted ones may be sent again after a kill.
 constexpr std::chrono::milliseconds runTime{10};
 
@@ -89,7 +91,7 @@ void QueueDelivery::send(Run &run)
         goesOn = run.last.result == Result::Accepted && elapsed >= elapsed.zero() && elapsed < runTime &&
                  !m_environment.isStopping();
     }
-    receiver.runLength = goesOn ? std::min(2 * static_cast<int>(run.claims.size()), QueueStore::mostClaims) : 1;
+    receiver.runLength = goesOn ? std::min(2 * static_cast<int>(run.claims.size()), longestRun) : 1;
 }
 
 QueueDelivery::Outcome QueueDelivery::send(const Receiver &receiver, const QueueClaim &claim) const
@@ -147,7 +149,7 @@ void QueueDelivery::write(QueueStore &store, const Run &run) const
         store.failed(last, *m_lease, run.last.error, now + m_backOff.delay(last.attempts));
     if (run.last.result == Result::Refused)
         store.refused(last, *m_lease, run.last.error, now);
-    store.unsent(claims.subspan(run.sent), *m_lease);
+    store.release(*m_lease);
 }
 
 void QueueDelivery::endBackOffs()

@@ -30,7 +30,16 @@ constexpr std::initializer_list<QStringView> toVersion2 = {
     u"PRAGMA user_version = 2",
 };
 
-constexpr std::array steps = {toVersion1, toVersion2};
+// Claims in a table of their own: an event is written once and deleted once, whatever becomes of it meanwhile.
+constexpr std::initializer_list<QStringView> toVersion3 = {
+    u"CREATE TABLE claim (id INTEGER PRIMARY KEY, lease INTEGER NOT NULL)",
+    u"INSERT INTO claim SELECT id, lease FROM event WHERE state = 'sending'",
+    u"UPDATE event SET state = 'waiting', attempts = attempts - 1 WHERE state = 'sending'",
+    u"ALTER TABLE event DROP COLUMN lease",
+    u"PRAGMA user_version = 3",
+};
+
+constexpr std::array steps = {toVersion1, toVersion2, toVersion3};
 constexpr int current = steps.size();
 
 int version(QueueConnection &connection)
