@@ -113,14 +113,17 @@ QueueDelivery::Outcome QueueDelivery::send(const Receiver &receiver, const Queue
 
 void QueueDelivery::log(const QString &receiver, const QueueClaim &claim, const Outcome &outcome)
 {
+    Log4Qt::Logger *logger = queueerror::logger();
+    if (outcome.result == Result::Accepted && !logger->isEnabledFor(Log4Qt::Level::DEBUG_INT))
+        return; // the common case: no text is put together in vain
     const QString what = u"запись %1 для «%2», заказ «%3», попытка %4"_s.arg(
         QString::number(claim.id), receiver, claim.basket, QString::number(claim.attempts));
     if (outcome.result == Result::Accepted)
-        queueerror::logger()->debug(u"Доставлена "_s + what);
+        logger->debug(u"Доставлена "_s + what);
     else if (outcome.result == Result::Failed)
-        queueerror::logger()->warn(u"Не доставлена %1, будет повтор: %2"_s.arg(what, outcome.error));
+        logger->warn(u"Не доставлена %1, будет повтор: %2"_s.arg(what, outcome.error));
     else
-        queueerror::logger()->error(u"Отклонена и отложена %1: %2"_s.arg(what, outcome.error));
+        logger->error(u"Отклонена и отложена %1: %2"_s.arg(what, outcome.error));
 }
 
 void QueueDelivery::record(QueueStore &store)

@@ -44,7 +44,7 @@ inline constexpr QStringView claim = u"INSERT INTO claim (lease, id) %1 ON CONFL
 
 // %1: the text.
 inline constexpr QStringView claimed =
-    u"SELECT id, basket, attempts, %1 FROM event WHERE id IN (SELECT id FROM claim WHERE lease = ?) ORDER BY id";
+    u"SELECT e.id, e.basket, e.attempts, %1 FROM claim c JOIN event e ON e.id = c.id WHERE c.lease = ? ORDER BY c.id";
 
 // The lease is asked for so that a drain never touches what is not, or no longer, its own.
 inline constexpr QStringView accepted =

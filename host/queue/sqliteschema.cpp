@@ -30,12 +30,15 @@ constexpr std::initializer_list<QStringView> toVersion2 = {
     u"PRAGMA user_version = 2",
 };
 
-// Claims in a table of their own: an event is written once and deleted once, whatever becomes of it meanwhile.
+// Claims in a table of their own, so that an accepted event was written once and deleted once. What differs most comes
+// first in the index: SQLite compares the first column faster than the others.
 constexpr std::initializer_list<QStringView> toVersion3 = {
     u"CREATE TABLE claim (id INTEGER PRIMARY KEY, lease INTEGER NOT NULL)",
     u"INSERT INTO claim SELECT id, lease FROM event WHERE state = 'sending'",
     u"UPDATE event SET state = 'waiting', attempts = attempts - 1 WHERE state = 'sending'",
     u"ALTER TABLE event DROP COLUMN lease",
+    u"DROP INDEX event_order",
+    u"CREATE INDEX event_order ON event (basket, owner, id)",
     u"PRAGMA user_version = 3",
 };
 
