@@ -68,7 +68,7 @@ public:
     virtual QStringView rowLock() const = 0;
 
     /// The column with an event's text as a query names it so that it comes as UTF-8 where the driver can do that.
-    virtual QStringView eventColumn() const { return u"event"; }
+    virtual QStringView eventColumn() const { return u"e.event"; }
 
 protected:
     QueueConnection(const QString &driver, const QString &name);

@@ -16,6 +16,8 @@ namespace {
 // At most so many accepted events, and those of one run, are sent again after a power failure.
 constexpr int eventsBetweenCheckpoints = 500;
 
+constexpr int longestRun = 32;
+
 // For so long events are kept from other drains, and accepted ones may be sent again after a kill.
 constexpr std::chrono::milliseconds runTime{10};
 
@@ -89,7 +91,7 @@ void QueueDelivery::send(Run &run)
         goesOn = run.last.result == Result::Accepted && elapsed >= elapsed.zero() && elapsed < runTime &&
                  !m_environment.isStopping();
     }
-    receiver.runLength = goesOn ? std::min(2 * static_cast<int>(run.claims.size()), QueueStore::mostClaims) : 1;
+    receiver.runLength = goesOn ? std::min(2 * static_cast<int>(run.claims.size()), longestRun) : 1;
 }
 
 QueueDelivery::Outcome QueueDelivery::send(const Receiver &receiver, const QueueClaim &claim) const
@@ -111,14 +113,17 @@ QueueDelivery::Outcome QueueDelivery::send(const Receiver &receiver, const Queue
 
 void QueueDelivery::log(const QString &receiver, const QueueClaim &claim, const Outcome &outcome)
 {
+    Log4Qt::Logger *logger = queueerror::logger();
+    if (outcome.result == Result::Accepted && !logger->isEnabledFor(Log4Qt::Level::DEBUG_INT))
+        return; // the common case: no text is put together in vain
     const QString what = u"запись %1 для «%2», заказ «%3», попытка %4"_s.arg(
         QString::number(claim.id), receiver, claim.basket, QString::number(claim.attempts));
     if (outcome.result == Result::Accepted)
-        queueerror::logger()->debug(u"Доставлена "_s + what);
+        logger->debug(u"Доставлена "_s + what);
     else if (outcome.result == Result::Failed)
-        queueerror::logger()->warn(u"Не доставлена %1, будет повтор: %2"_s.arg(what, outcome.error));
+        logger->warn(u"Не доставлена %1, будет повтор: %2"_s.arg(what, outcome.error));
     else
-        queueerror::logger()->error(u"Отклонена и отложена %1: %2"_s.arg(what, outcome.error));
+        logger->error(u"Отклонена и отложена %1: %2"_s.arg(what, outcome.error));
 }
 
 void QueueDelivery::record(QueueStore &store)
@@ -147,7 +152,7 @@ void QueueDelivery::write(QueueStore &store, const Run &run) const
         store.failed(last, *m_lease, run.last.error, now + m_backOff.delay(last.attempts));
     if (run.last.result == Result::Refused)
         store.refused(last, *m_lease, run.last.error, now);
-    store.unsent(claims.subspan(run.sent), *m_lease);
+    store.release(*m_lease);
 }
 
 void QueueDelivery::endBackOffs()

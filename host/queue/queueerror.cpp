@@ -7,7 +7,8 @@ using namespace Qt::Literals::StringLiterals;
 
 Log4Qt::Logger *queueerror::logger()
 {
-    return Log4Qt::LogManager::logger(u"poshost.queue"_s);
+    static Log4Qt::Logger *const logger = Log4Qt::LogManager::logger(u"poshost.queue"_s); // searched by its name once
+    return logger;
 }
 
 BasicException queueerror::make(const QString &database, const QString &problem, const QString &reason)

@@ -14,62 +14,70 @@ inline constexpr QStringView status =
     u"WHERE p.owner = e.owner AND p.basket = e.basket AND p.id < e.id AND p.state = 'aside') THEN 1 ELSE 0 END), 0) "
     u"FROM event e WHERE e.state <> 'discarded'";
 
-inline constexpr QStringView leases = u"SELECT DISTINCT lease FROM event WHERE state = 'sending'";
+inline constexpr QStringView leases = u"SELECT DISTINCT lease FROM claim";
 
-inline constexpr QStringView releaseLease =
-    u"UPDATE event SET state = 'waiting', lease = NULL WHERE state = 'sending' AND lease = ?";
+// That these events were in hand when their drain died counts as an attempt: one of them may be the reason.
+inline constexpr QStringView countAttempts =
+    u"UPDATE event SET attempts = attempts + 1 WHERE id IN (SELECT id FROM claim WHERE lease = ?)";
 
+inline constexpr QStringView releaseLease = u"DELETE FROM claim WHERE lease = ?";
+
+// The events that can be taken, those that have been tried least first: the first one of its order, and nobody's claim.
 // A next attempt further away than the longest back-off was computed before somebody put the clock back.
-// Only the first event of its order can be taken. %1: which events, firstOfRun or restOfRun; %2: what locks the rows
-// where several can write at a time; %3: the text. Values: owner, after, those of %1, now, now + longest back-off, how
-// many, lease.
-inline constexpr QStringView claim =
-    u"WITH run AS MATERIALIZED (SELECT e.id FROM event e WHERE e.state = 'waiting' AND e.owner = ? AND e.id > ? %1"
-    u"AND (e.next_attempt <= ? OR e.next_attempt > ?) "
+// %1: what is selected; %2: which events; %3: what locks the rows where several can write at a time. Values: owner,
+// those of %2, now, now + longest back-off, how many.
+inline constexpr QStringView due =
+    u"SELECT %1 FROM event e WHERE e.state = 'waiting' AND e.owner = ? AND %2 "
+    u"AND (e.next_attempt <= ? OR e.next_attempt > ?) AND NOT EXISTS (SELECT 1 FROM claim c WHERE c.id = e.id) "
     u"AND NOT EXISTS (SELECT 1 FROM event p WHERE p.owner = e.owner AND p.basket = e.basket AND p.id < e.id "
     u"AND p.state <> 'discarded') "
-    u"ORDER BY e.attempts, e.id LIMIT ? %2) "
-    u"UPDATE event SET state = 'sending', lease = ?, attempts = attempts + 1 WHERE id IN (SELECT id FROM run) "
-    u"RETURNING id, basket, attempts, %3";
+    u"ORDER BY e.attempts, e.id LIMIT ? %3";
 
-inline constexpr QStringView firstOfRun = u"";
+inline constexpr QStringView firstOfRun = u"e.id > ?";
 
 // Only so far behind the first one: in a long order no other event can be taken, and all would be looked at for each.
-// Values: attempts, the last id.
-inline constexpr QStringView restOfRun = u"AND e.attempts = ? AND e.id <= ? ";
+// Values: attempts, the first id, the last id.
+inline constexpr QStringView run = u"e.attempts = ? AND e.id BETWEEN ? AND ?";
 
-// The lease is asked for so that a drain never touches what is not, or no longer, its own. %1: a place for each id.
-inline constexpr QStringView accepted = u"DELETE FROM event WHERE lease = ? AND id IN (%1)";
+// %1: what is due. Values: lease, those of %1.
+inline constexpr QStringView claim = u"INSERT INTO claim (lease, id) %1 ON CONFLICT DO NOTHING";
 
-inline constexpr QStringView failed =
-    u"UPDATE event SET state = 'waiting', lease = NULL, last_error = ?, next_attempt = ? WHERE id = ? AND lease = ?";
+// %1: the text.
+inline constexpr QStringView claimed =
+    u"SELECT e.id, e.basket, e.attempts, %1 FROM claim c JOIN event e ON e.id = c.id WHERE c.lease = ? ORDER BY c.id";
+
+// The lease is asked for so that a drain never touches what is not, or no longer, its own.
+inline constexpr QStringView accepted =
+    u"DELETE FROM event WHERE id IN (SELECT id FROM claim WHERE lease = ? AND id <= ?)";
+
+inline constexpr QStringView failed = u"UPDATE event SET attempts = attempts + 1, last_error = ?, next_attempt = ? "
+                                      u"WHERE id IN (SELECT id FROM claim WHERE lease = ? AND id = ?)";
 
 inline constexpr QStringView refused =
-    u"UPDATE event SET state = 'aside', lease = NULL, last_error = ?, rejected = ? WHERE id = ? AND lease = ?";
-
-// As if it had never been taken.
-inline constexpr QStringView unsent =
-    u"UPDATE event SET state = 'waiting', lease = NULL, attempts = attempts - 1 WHERE lease = ? AND id IN (%1)";
+    u"UPDATE event SET attempts = attempts + 1, last_error = ?, state = 'aside', rejected = ? "
+    u"WHERE id IN (SELECT id FROM claim WHERE lease = ? AND id = ?)";
 
 inline constexpr QStringView endBackOffs =
     u"UPDATE event SET next_attempt = 0 WHERE state = 'waiting' AND owner = ? AND next_attempt > 0";
 
 inline constexpr QStringView hasDeliverable =
-    u"SELECT EXISTS (SELECT 1 FROM event e WHERE e.state IN ('waiting', 'sending') AND e.owner = ? "
+    u"SELECT EXISTS (SELECT 1 FROM event e WHERE e.state = 'waiting' AND e.owner = ? "
     u"AND NOT EXISTS (SELECT 1 FROM event p WHERE p.owner = e.owner AND p.basket = e.basket AND p.id < e.id "
     u"AND p.state = 'aside'))";
 
 // For people; from the first id to the last.
 inline constexpr QStringView entries =
-    u"SELECT id, owner, basket, state, attempts, created, next_attempt, last_error, rejected, discarded, "
-    u"discard_reason, event FROM event WHERE id BETWEEN ? AND ? ORDER BY id";
+    u"SELECT id, owner, basket, CASE WHEN id IN (SELECT id FROM claim) THEN 'sending' ELSE state END, attempts, "
+    u"created, next_attempt, last_error, rejected, discarded, discard_reason, event FROM event WHERE id BETWEEN ? AND "
+    u"? ORDER BY id";
 
 inline constexpr QStringView retry =
     u"UPDATE event SET state = 'waiting', attempts = 0, next_attempt = 0, rejected = NULL "
     u"WHERE state = 'aside' AND id BETWEEN ? AND ?";
 
 inline constexpr QStringView discard = u"UPDATE event SET state = 'discarded', discarded = ?, discard_reason = ? "
-                                       u"WHERE id = ? AND state IN ('waiting', 'aside')";
+                                       u"WHERE id = ? AND state IN ('waiting', 'aside') "
+                                       u"AND id NOT IN (SELECT id FROM claim)";
 
 inline constexpr QStringView newest = u"SELECT MAX(id) FROM event";
 

@@ -8,8 +8,6 @@
 
 #include <QtCore/QList>
 
-#include <algorithm>
-
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
@@ -22,14 +20,9 @@ qint64 number(QueueTime time)
     return time.time_since_epoch().count();
 }
 
-QString claimText(const QueueConnection &connection, QStringView which)
+QString dueText(QStringView what, QStringView which, const QueueConnection &connection)
 {
-    return queuesql::claim.toString().arg(which, connection.rowLock(), connection.eventColumn());
-}
-
-QString placesForIds()
-{
-    return QStringList(QueueStore::mostClaims, u"?"_s).join(u',');
+    return queuesql::due.toString().arg(what, which, connection.rowLock());
 }
 
 } // namespace
@@ -42,10 +35,9 @@ QueueTime currentQueueTime()
 QueueStore::QueueStore(const QueueSettings &settings, QueueConnection::Commits commits,
                        QueueConnection::Missing missing)
     : m_connection(QueueConnection::open(settings, commits, missing)),
-      m_claimFirst(claimText(*m_connection, queuesql::firstOfRun)),
-      m_claimRest(claimText(*m_connection, queuesql::restOfRun)),
-      m_accepted(queuesql::accepted.toString().arg(placesForIds())),
-      m_unsent(queuesql::unsent.toString().arg(placesForIds()))
+      m_firstDue(dueText(u"e.id, e.attempts", queuesql::firstOfRun, *m_connection)),
+      m_claim(queuesql::claim.toString().arg(dueText(u"?, e.id", queuesql::run, *m_connection))),
+      m_claimed(queuesql::claimed.toString().arg(m_connection->eventColumn()))
 {}
 
 std::unique_ptr<QueueLease> QueueStore::newLease() const
@@ -77,29 +69,32 @@ std::vector<QueueClaim> QueueStore::claim(const QString &owner, QueueLease &leas
     lease.hold(*m_connection);
     const QVariant due = number(now);
     const QVariant tooFar = number(now + BackOff::longest);
-    std::vector<QueueClaim> claims;
-    claims.reserve(most);
+    qint64 first = 0;
+    int attempts = 0;
     QueueTransaction transaction(*m_connection);
     releaseWhatNobodyIsSending(lease);
-    take(m_claimFirst, {owner, after, due, tooFar, 1, lease.id()}, claims);
-    if (most > 1 && !claims.empty()) {
-        const qint64 first = claims.front().id;
-        const int attempts = claims.front().attempts - 1; // before this one
-        take(m_claimRest, {owner, first, attempts, first + most * idsPerClaim, due, tooFar, most - 1, lease.id()},
-             claims);
+    m_connection->read(m_firstDue, {owner, after, due, tooFar, 1}, [&](const QSqlQuery &row) {
+        first = row.value(0).toLongLong();
+        attempts = row.value(1).toInt();
+    });
+    std::vector<QueueClaim> claims;
+    if (first != 0) {
+        m_connection->change(m_claim,
+                             {lease.id(), owner, attempts, first, first + most * idsPerClaim, due, tooFar, most});
+        claims = claimed(lease);
     }
     transaction.commit();
-    // The database returns them in any sequence.
-    std::ranges::sort(claims, {}, &QueueClaim::id);
     return claims;
 }
 
-void QueueStore::take(QStringView sql, const QVariantList &values, std::vector<QueueClaim> &claims)
+std::vector<QueueClaim> QueueStore::claimed(const QueueLease &lease)
 {
-    m_connection->read(sql, values, [&claims](const QSqlQuery &row) {
+    std::vector<QueueClaim> claims;
+    m_connection->read(m_claimed, {lease.id()}, [&claims](const QSqlQuery &row) {
         claims.push_back(
-            {row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toInt(), row.value(3).toByteArray()});
+            {row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toInt() + 1, row.value(3).toByteArray()});
     });
+    return claims;
 }
 
 // Of drains that have died; and the caller's own, who is sending nothing now: a claim whose commit was stored, but not
@@ -110,8 +105,10 @@ void QueueStore::releaseWhatNobodyIsSending(const QueueLease &lease)
     m_connection->read(queuesql::leases, {},
                        [&found](const QSqlQuery &row) { found.append(row.value(0).toLongLong()); });
     for (const qint64 one : found)
-        if (one == lease.id() || !lease.isHeldByOther(one, *m_connection))
+        if (one == lease.id() || !lease.isHeldByOther(one, *m_connection)) {
+            m_connection->change(queuesql::countAttempts, {one});
             m_connection->change(queuesql::releaseLease, {one});
+        }
 }
 
 void QueueStore::record(const std::function<void()> &operation)
@@ -123,33 +120,23 @@ void QueueStore::record(const std::function<void()> &operation)
 
 void QueueStore::accepted(std::span<const QueueClaim> claims, const QueueLease &lease)
 {
-    settleAll(m_accepted, lease, claims);
+    if (!claims.empty())
+        settle(queuesql::accepted, {lease.id(), claims.back().id}, claims);
 }
 
 void QueueStore::failed(const QueueClaim &claim, const QueueLease &lease, const QString &error, QueueTime next)
 {
-    settle(queuesql::failed, {error, number(next), claim.id, lease.id()}, {&claim, 1});
+    settle(queuesql::failed, {error, number(next), lease.id(), claim.id}, {&claim, 1});
 }
 
 void QueueStore::refused(const QueueClaim &claim, const QueueLease &lease, const QString &reason, QueueTime now)
 {
-    settle(queuesql::refused, {reason, number(now), claim.id, lease.id()}, {&claim, 1});
+    settle(queuesql::refused, {reason, number(now), lease.id(), claim.id}, {&claim, 1});
 }
 
-void QueueStore::unsent(std::span<const QueueClaim> claims, const QueueLease &lease)
+void QueueStore::release(const QueueLease &lease)
 {
-    settleAll(m_unsent, lease, claims);
-}
-
-// The last id once more in each place that is left, so that there is one statement for any number.
-void QueueStore::settleAll(QStringView sql, const QueueLease &lease, std::span<const QueueClaim> claims)
-{
-    if (claims.empty())
-        return;
-    QVariantList values(mostClaims + 1, claims.back().id);
-    values[0] = lease.id();
-    std::ranges::transform(claims, values.begin() + 1, &QueueClaim::id);
-    settle(sql, values, claims);
+    m_connection->change(queuesql::releaseLease, {lease.id()});
 }
 
 void QueueStore::settle(QStringView sql, const QVariantList &values, std::span<const QueueClaim> claims)

@@ -46,20 +46,17 @@ public:
     void push(const QString &owner, const QString &basket, const QByteArray &event, QueueTime now);
     DBQueueBroker::Status status();
 
-    /// So many can be claimed at once.
-    static constexpr int mostClaims = 32;
-
-    /// Takes at most `most` events of `owner` that are to be sent next, in this sequence: such whose order has nothing
-    /// before them and that are not in a back-off, among those with an id above `after`; those that have been tried
-    /// least come first. So no two are of one order. Before that, events whose drain has died are taken from it. Not to
-    /// be called while an event of this lease is being sent.
+    /// Takes at most `most` events of `owner` that are to be sent next, in order of their ids: such whose order has
+    /// nothing before them and that are not in a back-off, among those with an id above `after`; those that have been
+    /// tried least come first. So no two are of one order. Before that, events whose drain has died are taken from it.
+    /// Not to be called while an event of this lease is being sent.
     std::vector<QueueClaim> claim(const QString &owner, QueueLease &lease, QueueTime now, qint64 after, int most);
 
     /// Runs `operation`, which tells by the following operations what has become of the claimed events; all of it is
     /// stored, or nothing.
     void record(const std::function<void()> &operation);
 
-    /// The events were accepted: deletes them.
+    /// The first events of a claim were accepted: deletes them.
     void accepted(std::span<const QueueClaim> claims, const QueueLease &lease);
 
     /// The event could not be sent; not before `next` again.
@@ -68,8 +65,8 @@ public:
     /// The event was refused for good: sets it aside.
     void refused(const QueueClaim &claim, const QueueLease &lease, const QString &reason, QueueTime now);
 
-    /// The events were not sent: gives them back.
-    void unsent(std::span<const QueueClaim> claims, const QueueLease &lease);
+    /// The claim is settled: gives back what was not sent.
+    void release(const QueueLease &lease);
 
     /// Makes all waiting events of `owner` due.
     void endBackOffs(const QString &owner);
@@ -102,14 +99,12 @@ public:
 
 private:
     void releaseWhatNobodyIsSending(const QueueLease &lease);
-    void take(QStringView sql, const QVariantList &values, std::vector<QueueClaim> &claims);
+    std::vector<QueueClaim> claimed(const QueueLease &lease);
     void settle(QStringView sql, const QVariantList &values, std::span<const QueueClaim> claims);
-    void settleAll(QStringView sql, const QueueLease &lease, std::span<const QueueClaim> claims);
     int changeAlone(QStringView sql, const QVariantList &values);
 
     std::unique_ptr<QueueConnection> m_connection;
-    QString m_claimFirst; // claims as this kind of database has them
-    QString m_claimRest;
-    QString m_accepted; // with places for all ids of a claim
-    QString m_unsent;
+    QString m_firstDue; // statements as this kind of database has them
+    QString m_claim;
+    QString m_claimed;
 };

@@ -19,7 +19,7 @@ public:
     void begin() override { change(u"BEGIN IMMEDIATE"); }
     void commit() override { change(u"COMMIT"); }
     QStringView rowLock() const override { return {}; } // one writer at a time
-    QStringView eventColumn() const override { return u"CAST(event AS BLOB)"; }
+    QStringView eventColumn() const override { return u"CAST(e.event AS BLOB)"; }
 
 protected:
     void open(Commits commits, Missing missing) override;

@@ -34,7 +34,7 @@ TEST_F(QueueSchemaTest, OlderQueueIsTakenOverWithAllItHolds)
 {
     EXPECT_EQ(drain(), u"a1 a2"_s);
     EXPECT_EQ(broker.status().setAside, 1);
-    EXPECT_EQ(sql(u"PRAGMA user_version"_s), 2);
+    EXPECT_EQ(sql(u"PRAGMA user_version"_s), 3);
 }
 
 TEST_F(QueueSchemaTest, MigrationThatFailsHalfwayLeavesTheOldVersion)
