@@ -9,8 +9,6 @@
 #include <QtCore/QMetaProperty>
 
 #include <algorithm>
-#include <map>
-#include <unordered_map>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -37,36 +35,6 @@ bool isScalar(QMetaType type)
 bool isDateOrTime(QMetaType type)
 {
     return type.id() == QMetaType::QDateTime || type.id() == QMetaType::QDate || type.id() == QMetaType::QTime;
-}
-
-// A check is saved with a hundred times, nearly all of them the time of the service's last answer. To write one out
-// takes 2 microseconds.
-QString isoText(const QDateTime &time)
-{
-    thread_local QDateTime last;
-    thread_local QString text;
-    // Two times in different zones may be equal and still have different texts.
-    if (time.timeSpec() != Qt::LocalTime)
-        return time.toString(Qt::ISODateWithMs);
-    if (time != last) {
-        last = time;
-        text = time.toString(Qt::ISODateWithMs);
-    }
-    return text;
-}
-
-using StoredProperties = std::map<QString, QMetaProperty>;
-
-// In the order of a map's keys. They are looked up once for each type: a check is saved with a hundred gadgets.
-const StoredProperties &storedProperties(const QMetaObject &type)
-{
-    thread_local std::unordered_map<const QMetaObject *, StoredProperties> types;
-    const auto [entry, isNew] = types.try_emplace(&type);
-    for (int i = 0; isNew && i < type.propertyCount(); ++i) {
-        if (const QMetaProperty property = type.property(i); property.isStored())
-            entry->second.emplace(QString::fromLatin1(property.name()), property);
-    }
-    return entry->second;
 }
 
 bool isPlain(const QVariant &value)
@@ -157,8 +125,10 @@ QStringList toStringList(const QVariant &value)
 QVariantMap gadgetToMap(const QMetaObject &type, const void *gadget)
 {
     QVariantMap map;
-    for (const auto &[name, property] : storedProperties(type))
-        map.insert(map.cend(), name, toPlain(property.readOnGadget(gadget)));
+    for (int i = 0; i < type.propertyCount(); ++i) {
+        if (const QMetaProperty property = type.property(i); property.isStored())
+            map.insert(QString::fromLatin1(property.name()), toPlain(property.readOnGadget(gadget)));
+    }
     return map;
 }
 
@@ -186,8 +156,6 @@ QVariant toPlain(const QVariant &value)
         return {};
     if (isScalar(type))
         return value;
-    if (type.id() == QMetaType::QDateTime)
-        return isoText(value.toDateTime());
     if (isDateOrTime(type))
         return value.toString(); // ISO 8601 with milliseconds.
     if (type == QMetaType::fromType<tr::Tr>())

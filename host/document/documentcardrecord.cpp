@@ -1,9 +1,8 @@
-// A card on a check, and its form as plain variants.
+// A card on a check, and its form on disk.
 #include "documentcardrecord.h"
 
+#include "jsontext.h"
 #include "storedmap.h"
-
-#include <core/serder.h>
 
 #include <QtCore/QJsonObject>
 
@@ -11,14 +10,14 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-QVariantMap toMap(const Client &client)
+void write(const Client &client, JsonText &json)
 {
-    return {{u"idClient"_s, client.getIdClient()},
-            {u"name"_s, client.getName()},
-            {u"birthday"_s, client.getBirthday().toString(Qt::ISODate)},
-            {u"sex"_s, static_cast<int>(client.getSex())},
-            {u"email"_s, client.getEmail()},
-            {u"phoneNumber"_s, client.getPhoneNumber()}};
+    json.add("idClient"_L1, client.getIdClient());
+    json.add("name"_L1, client.getName());
+    json.add("birthday"_L1, client.getBirthday().toString(Qt::ISODate));
+    json.add("sex"_L1, client.getSex());
+    json.add("email"_L1, client.getEmail());
+    json.add("phoneNumber"_L1, client.getPhoneNumber());
 }
 
 QSharedPointer<Client> readClient(const StoredMap &map)
@@ -44,20 +43,19 @@ QVariant readPoints(const QVariant &stored)
 DocumentCardRecord::DocumentCardRecord() : m_card(QSharedPointer<Card>::create())
 {}
 
-QVariantMap DocumentCardRecord::toMap() const
+void DocumentCardRecord::writeTo(JsonText &json) const
 {
-    QVariantMap map{{u"number"_s, m_number},
-                    {u"codeInternal"_s, m_codeInternal},
-                    {u"loyaltySystemCode"_s, m_loyaltySystemCode},
-                    {u"operationId"_s, m_operationId},
-                    {u"operationInfo"_s, serder::toPlain(m_operationInfo)},
-                    {u"pointsForSpend"_s, m_pointsForSpend},
-                    {u"pointsForEarn"_s, m_pointsForEarn},
-                    {u"bonusBalance"_s, m_bonusBalance},
-                    {u"extendedOptions"_s, serder::toPlain(m_extendedOptions)}};
+    json.add("number"_L1, m_number);
+    json.add("codeInternal"_L1, m_codeInternal);
+    json.add("loyaltySystemCode"_L1, m_loyaltySystemCode);
+    json.add("operationId"_L1, m_operationId);
+    json.add("operationInfo"_L1, m_operationInfo);
+    json.add("pointsForSpend"_L1, m_pointsForSpend);
+    json.add("pointsForEarn"_L1, m_pointsForEarn);
+    json.add("bonusBalance"_L1, m_bonusBalance);
+    json.add("extendedOptions"_L1, m_extendedOptions);
     if (const auto client = m_card->getClient())
-        map.insert(u"client"_s, ::toMap(*client));
-    return map;
+        json.addObject("client"_L1, [&] { write(*client, json); });
 }
 
 QSharedPointer<DocumentCardRecord> DocumentCardRecord::fromMap(const QVariantMap &map)

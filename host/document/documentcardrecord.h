@@ -6,6 +6,8 @@
 
 #include <QtCore/QVariant>
 
+class JsonText;
+
 class POSHOST_EXPORT DocumentCardRecord
 {
 public:
@@ -50,9 +52,9 @@ public:
     QVariant getExtendedOptions() const { return m_extendedOptions; }
     void setExtendedOptions(const QVariant &options) { m_extendedOptions = options; }
 
-    /// All of the record, its client included, as plain variants, and back. fromMap() throws BasicException that names
-    /// the entry that is missing or of a wrong type.
-    QVariantMap toMap() const;
+    /// All of the record, its client included, to a file, and back. fromMap() throws BasicException that names the
+    /// entry that is missing or of a wrong type.
+    void writeTo(JsonText &json) const;
     static QSharedPointer<DocumentCardRecord> fromMap(const QVariantMap &map);
 
 private:

@@ -6,6 +6,8 @@
 
 #include <QtCore/QList>
 
+class JsonText;
+
 class POSHOST_EXPORT DocumentImpact
 {
 public:
@@ -28,10 +30,13 @@ public:
     QSharedPointer<DocumentCardRecord> getCardRecord() const { return m_totals->getCardRecord(); }
     void setCardRecord(const QSharedPointer<DocumentCardRecord> &cardRecord);
 
-    /// Totals and shares as plain variants, all but the pointer to the card, which getCardIndex() stands for.
+    /// Totals and shares as plain variants, all but the pointer to the card, which getCardIndex() stands for: of the
+    /// totals what is not as in a new object, and of a share what is not as in the totals. writeTo() adds the same to a
+    /// file.
     QVariantMap toMap() const;
+    void writeTo(JsonText &json) const;
 
-    /// Replaces totals and shares by what toMap() wrote; missing entries keep their defaults.
+    /// Replaces totals and shares by what toMap() wrote.
     void readMap(const QVariantMap &map);
 
 private:

@@ -3,8 +3,6 @@
 // itself survives a power failure.
 #include "documentstore.h"
 
-#include "plainjson.h"
-
 #include <core/basicexception.h>
 #include <core/config.h>
 #include <core/singleton.h>
@@ -38,7 +36,7 @@ namespace {
 QByteArray toJson(const SaleDocument &document, const QString &file)
 {
     try {
-        return toJsonText(document.toMap());
+        return document.toJson();
     } catch (const BasicException &error) {
         failToWrite(file, error.text().ru());
     }

@@ -1,9 +1,8 @@
 // A line of a check: its sums, and its form as plain variants.
 #include "goodsitem.h"
 
+#include "jsontext.h"
 #include "storedmap.h"
-
-#include <core/serder.h>
 
 #include <algorithm>
 #include <cmath>
@@ -23,12 +22,12 @@ Money multiply(Money price, double quantity)
     return std::abs(kopecks) < limit ? Money::fromKopecks(static_cast<qint64>(kopecks)) : Money();
 }
 
-QVariantMap toMap(const Tmc &tmc)
+void write(const Tmc &tmc, JsonText &json)
 {
-    return {{u"code"_s, tmc.getCode()},
-            {u"name"_s, tmc.getName()},
-            {u"minPrice"_s, tmc.getMinPrice().kopecks()},
-            {u"priceSourceType"_s, static_cast<int>(tmc.getPriceSourceType())}};
+    json.add("code"_L1, tmc.getCode());
+    json.add("name"_L1, tmc.getName());
+    json.add("minPrice"_L1, tmc.getMinPrice().kopecks());
+    json.add("priceSourceType"_L1, tmc.getPriceSourceType());
 }
 
 QSharedPointer<Tmc> readTmc(const StoredMap &map)
@@ -61,14 +60,19 @@ double GoodsItem::getDiscountApplyLimit(bool respectMinPrice) const
 
 QVariantMap GoodsItem::toMap() const
 {
-    return {{u"posnum"_s, m_posnum},
-            {u"tmc"_s, ::toMap(*m_tmc)},
-            {u"additionalBarcode"_s, m_additionalBarcode},
-            {u"quantity"_s, m_quantity},
-            {u"price"_s, m_price.kopecks()},
-            {u"allowDiscount"_s, m_allowDiscount},
-            {u"allowBonusEarn"_s, m_allowBonusEarn},
-            {u"campaignLabels"_s, serder::toPlain(m_campaignLabels)}};
+    return JsonText::toMap(JsonText::of([this](JsonText &json) { writeTo(json); }));
+}
+
+void GoodsItem::writeTo(JsonText &json) const
+{
+    json.add("posnum"_L1, m_posnum);
+    json.addObject("tmc"_L1, [&] { write(*m_tmc, json); });
+    json.add("additionalBarcode"_L1, m_additionalBarcode);
+    json.add("quantity"_L1, m_quantity);
+    json.add("price"_L1, m_price.kopecks());
+    json.add("allowDiscount"_L1, m_allowDiscount);
+    json.add("allowBonusEarn"_L1, m_allowBonusEarn);
+    json.add("campaignLabels"_L1, m_campaignLabels);
 }
 
 QSharedPointer<GoodsItem> GoodsItem::fromMap(const QVariantMap &map)

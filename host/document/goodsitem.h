@@ -8,6 +8,8 @@
 #include <QtCore/QSharedPointer>
 #include <QtCore/QVariant>
 
+class JsonText;
+
 class POSHOST_EXPORT GoodsItem
 {
 public:
@@ -59,8 +61,9 @@ public:
     void setCampaignLabels(const QVariantList &labels) { m_campaignLabels = labels; }
 
     /// All of the line but its discounts as plain variants, and back. fromMap() throws BasicException that names the
-    /// entry that is missing or of a wrong type.
+    /// entry that is missing or of a wrong type. writeTo() adds the same to a file.
     QVariantMap toMap() const;
+    void writeTo(JsonText &json) const;
     static QSharedPointer<GoodsItem> fromMap(const QVariantMap &map);
 
 private:

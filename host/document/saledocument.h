@@ -65,11 +65,11 @@ public:
     Money getDiscountSum() const;
     Money getTotal() const { return getSum() - getDiscountSum(); }
 
-    /// Everything, plugin data included, as plain variants for a file, and back. Plugin data goes through
-    /// serder::toPlain() and comes back as maps and lists. toMap() throws BasicException when plugin data holds a type
-    /// that cannot be taken apart; fromMap() throws BasicException that names the entry that is missing, of a wrong
-    /// type, or at odds with the others.
-    QVariantMap toMap() const;
+    /// Everything, plugin data included, as the JSON text of a file, and back from what is in such a text. Plugin data
+    /// comes back as maps and lists. toJson() throws BasicException when plugin data holds a type that
+    /// serder::toPlain() cannot take apart; fromMap() throws BasicException that names the entry that is missing, of a
+    /// wrong type, or at odds with the others.
+    QByteArray toJson() const;
     static QSharedPointer<SaleDocument> fromMap(const QVariantMap &map);
 
 private:

@@ -1,9 +1,10 @@
-// A sales check as plain variants. Kopecks are whole numbers; what the impacts take off a line is computed from their
+// A sales check on disk. Kopecks are whole numbers; what the impacts take off a line is computed from their
 // shares when the check is read, and must fit it.
+#include "jsontext.h"
 #include "saledocument.h"
 #include "storedmap.h"
 
-#include <core/serder.h>
+#include <document/documentbonusrecord.h>
 
 #include <algorithm>
 
@@ -11,27 +12,41 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr int formatVersion = 1;
+// In the first one the shares of impacts were written whole; they read the same.
+constexpr int formatVersion = 2;
 
-template <class T>
-QVariantList toMaps(const QList<QSharedPointer<T>> &objects)
+void write(const DocumentBonusRecord &record, JsonText &json)
 {
-    QVariantList maps;
-    maps.reserve(objects.size());
-    for (const auto &object : objects)
-        maps.append(object->toMap());
-    return maps;
+    json.add("cardNumber"_L1, record.cardNumber);
+    json.add("amount"_L1, record.amount);
+    json.add("dateTime"_L1, record.dateTime);
+    json.add("userCode"_L1, record.userCode);
+    json.add("position"_L1, record.position);
 }
 
-QVariantList impactMaps(const QList<QSharedPointer<DocumentImpact>> &impacts)
+// What there is for each line of a check is not taken apart into variants, as it would be by its converters.
+void writePluginValue(JsonText &json, const QString &name, const QVariant &value)
 {
-    QVariantList maps;
-    for (const auto &impact : impacts) {
-        QVariantMap map = impact->toMap();
-        map.insert(u"bonus"_s, !impact.dynamicCast<BonusImpact>().isNull());
-        maps.append(map);
+    const QMetaType type = value.metaType();
+    if (type == QMetaType::fromType<BonusImpactPtrList>())
+        json.addList(name, value.value<BonusImpactPtrList>(), [&](const auto &impact) { impact->writeTo(json); });
+    else if (type == QMetaType::fromType<QList<DocumentBonusRecord>>())
+        json.addList(name, value.value<QList<DocumentBonusRecord>>(),
+                     [&](const DocumentBonusRecord &record) { write(record, json); });
+    else
+        json.add(name, value);
+}
+
+void writePluginData(JsonText &json, const SaleDocument &document)
+{
+    const QStringList keys = document.pluginDataKeys();
+    for (const QString &key : keys) {
+        const QVariantMap data = document.getPluginData(key);
+        json.addObject(key, [&] {
+            for (auto entry = data.cbegin(); entry != data.cend(); ++entry)
+                writePluginValue(json, entry.key(), entry.value());
+        });
     }
-    return maps;
 }
 
 QSharedPointer<DocumentImpact> readImpact(const QVariantMap &map)
@@ -70,29 +85,30 @@ QDateTime readDateTime(const StoredMap &stored)
 
 } // namespace
 
-QVariantMap SaleDocument::toMap() const
+QByteArray SaleDocument::toJson() const
 {
-    QVariantMap pluginData;
-    const QStringList keys = pluginDataKeys();
-    for (const QString &key : keys)
-        pluginData.insert(key, serder::toPlain(getPluginData(key)));
-    return {{u"version"_s, formatVersion},
-            {u"type"_s, static_cast<int>(m_type)},
-            {u"state"_s, static_cast<int>(m_state)},
-            {u"identifier"_s, m_identifier},
-            {u"dateTime"_s, m_dateTime.toString(Qt::ISODateWithMs)},
-            {u"lastPosnum"_s, m_lastPosnum},
-            {u"lastCardCode"_s, m_lastCardCode},
-            {u"goods"_s, toMaps(m_goods)},
-            {u"cards"_s, toMaps(m_cards)},
-            {u"impacts"_s, impactMaps(m_impacts)},
-            {u"pluginData"_s, pluginData}};
+    return JsonText::of([this](JsonText &json) {
+        json.add("version"_L1, formatVersion);
+        json.add("type"_L1, m_type);
+        json.add("state"_L1, m_state);
+        json.add("identifier"_L1, m_identifier);
+        json.add("dateTime"_L1, m_dateTime);
+        json.add("lastPosnum"_L1, m_lastPosnum);
+        json.add("lastCardCode"_L1, m_lastCardCode);
+        json.addList("goods"_L1, m_goods, [&](const auto &item) { item->writeTo(json); });
+        json.addList("cards"_L1, m_cards, [&](const auto &card) { card->writeTo(json); });
+        json.addList("impacts"_L1, m_impacts, [&](const auto &impact) {
+            json.add("bonus"_L1, !impact.template dynamicCast<BonusImpact>().isNull());
+            impact->writeTo(json);
+        });
+        json.addObject("pluginData"_L1, [&] { writePluginData(json, *this); });
+    });
 }
 
 QSharedPointer<SaleDocument> SaleDocument::fromMap(const QVariantMap &map)
 {
     const StoredMap stored(map);
-    if (stored.integer(u"version"_s) != formatVersion)
+    if (const int version = stored.integer(u"version"_s); version < 1 || version > formatVersion)
         throw BasicException(u"запись «version»: эта версия формата не поддерживается"_s);
     const auto document = QSharedPointer<SaleDocument>::create(static_cast<EDocumentType>(stored.integer(u"type"_s)));
     document->m_state = static_cast<State>(stored.integer(u"state"_s));

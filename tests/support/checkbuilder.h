@@ -65,9 +65,9 @@ inline QByteArray toJson(const QVariantMap &map)
 }
 
 /// The check as it comes back from a file.
-inline QVariantMap throughJson(const QVariantMap &map)
+inline QVariantMap stored(const SaleDocument &check)
 {
-    return QJsonDocument::fromJson(toJson(map)).object().toVariantMap();
+    return QJsonDocument::fromJson(check.toJson()).object().toVariantMap();
 }
 
 } // namespace builder

@@ -3,6 +3,7 @@
 #include "tests/support/file.h"
 
 #include <core/basicexception.h>
+#include <core/serder.h>
 #include <document/documentbonusrecord.h>
 #include <document/documentstore.h>
 
@@ -89,6 +90,7 @@ QSharedPointer<SaleDocument> fullCheck()
     const auto points = builder::shares({{1, 33.33}, {2, 0.0051}}, card);
     points->getTotals()->setDateTime(moment);
     points->getTotals()->setDiscountName(u"Баллы %1 €😀 \"a\\b\"\n\x01\xd800"_s);
+    points->getDetails().at(1)->setDateTime(moment.toUTC());
     check->addImpact(points);
     const auto payment = builder::discount(10);
     payment->getTotals()->setValutCode(7);
@@ -99,6 +101,24 @@ QSharedPointer<SaleDocument> fullCheck()
                                                 {u"rates"_s, QVariantList{1e-7, -1e300, 0.1, 1e15, qint64(1) << 53}},
                                                 {u"bonusRecords"_s, QVariant::fromValue(QList{record, record})}});
     return check;
+}
+
+/// Totals and shares of all impacts, with every property.
+QVariantList detailsOf(const SaleDocument &check)
+{
+    const auto toMap = [](const QSharedPointer<DocumentImpactDetail> &detail) {
+        return serder::gadgetToMap(DocumentImpactDetail::staticMetaObject, detail.data());
+    };
+    QVariantList impacts;
+    for (const auto all = check.getDiscountImpacts(); const auto &impact : all) {
+        QVariantList shares;
+        for (const auto details = impact->getDetails(); const auto &share : details)
+            shares.append(toMap(share));
+        const bool bonus = !impact.dynamicCast<BonusImpact>().isNull();
+        impacts.append(
+            QVariantMap{{u"totals"_s, toMap(impact->getTotals())}, {u"details"_s, shares}, {u"bonus"_s, bonus}});
+    }
+    return impacts;
 }
 
 TEST_F(DocumentStoreTest, BringsBackEverything)
@@ -113,7 +133,10 @@ TEST_F(DocumentStoreTest, BringsBackEverything)
         EXPECT_TRUE(readFile(file).contains(value)) << value;
     const auto restored = DocumentStore(folder).restore();
     ASSERT_TRUE(restored);
-    EXPECT_EQ(builder::toJson(restored->toMap()).toStdString(), builder::toJson(saved->toMap()).toStdString());
+    EXPECT_EQ(builder::toJson(builder::stored(*restored)).toStdString(),
+              builder::toJson(builder::stored(*saved)).toStdString());
+
+    EXPECT_EQ(detailsOf(*restored), detailsOf(*saved));
 
     EXPECT_EQ(restored->getDiscountSum().kopecks(), 3333 + 1 + 1000);
     EXPECT_EQ(restored->findGoodsItem(1)->getTotal(), saved->findGoodsItem(1)->getTotal());
@@ -128,6 +151,17 @@ TEST_F(DocumentStoreTest, BringsBackEverything)
     EXPECT_FALSE(impacts.at(1)->getCardRecord());
     store.remove();
     EXPECT_FALSE(store.restore());
+}
+
+TEST_F(DocumentStoreTest, ReadsSharesThatWereWrittenWhole)
+{
+    const auto check = fullCheck();
+    store.save(*check); // Makes the folder.
+    QVariantMap old = builder::stored(*check);
+    old.insert(u"version"_s, 1);
+    old.insert(u"impacts"_s, detailsOf(*check));
+    writeFile(file, builder::toJson(old));
+    EXPECT_EQ(detailsOf(*store.restore()), detailsOf(*check));
 }
 
 TEST_F(DocumentStoreTest, KeepsOthersOutWhateverTheUmask)
@@ -184,7 +218,7 @@ TEST_F(DocumentStoreTest, TellsWhenAChangeOfTheFolderMayNotBeOnTheDisk)
 
 TEST_F(DocumentStoreTest, KeepsAndNamesADamagedFile)
 {
-    const QVariantMap good = builder::throughJson(fullCheck()->toMap());
+    const QVariantMap good = builder::stored(*fullCheck());
     const auto with = [&good](const QString &entry, const QVariant &value) {
         QVariantMap bad = good;
         bad.insert(entry, value);
@@ -196,7 +230,7 @@ TEST_F(DocumentStoreTest, KeepsAndNamesADamagedFile)
         {QByteArray(), "open-check.json"},
         {builder::toJson(good).chopped(20), "open-check.json"},
         {"[1, 2]", "JSON"},
-        {with(u"version"_s, 2), "version"},
+        {with(u"version"_s, 3), "version"},
         {with(u"dateTime"_s, u"yesterday"_s), "dateTime"},
         {with(u"goods"_s, QVariantList{line}), "goods[0]: запись «price»"},
         {with(u"goods"_s, QVariantList()), "impacts"},
