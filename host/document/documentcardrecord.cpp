@@ -1,7 +1,7 @@
 // A card on a check, and its form on disk.
 #include "documentcardrecord.h"
 
-#include "jsontext.h"
+#include "jsonwriter.h"
 #include "storedmap.h"
 
 #include <QtCore/QJsonObject>
@@ -10,7 +10,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-void write(const Client &client, JsonText &json)
+void write(const Client &client, JsonWriter &json)
 {
     json.add("idClient"_L1, client.getIdClient());
     json.add("name"_L1, client.getName());
@@ -43,7 +43,7 @@ QVariant readPoints(const QVariant &stored)
 DocumentCardRecord::DocumentCardRecord() : m_card(QSharedPointer<Card>::create())
 {}
 
-void DocumentCardRecord::writeTo(JsonText &json) const
+void DocumentCardRecord::writeTo(JsonWriter &json) const
 {
     json.add("number"_L1, m_number);
     json.add("codeInternal"_L1, m_codeInternal);

@@ -6,7 +6,7 @@
 
 #include <QtCore/QVariant>
 
-class JsonText;
+class JsonWriter;
 
 class POSHOST_EXPORT DocumentCardRecord
 {
@@ -54,7 +54,7 @@ public:
 
     /// All of the record, its client included, to a file, and back. fromMap() throws BasicException that names the
     /// entry that is missing or of a wrong type.
-    void writeTo(JsonText &json) const;
+    void writeTo(JsonWriter &json) const;
     static QSharedPointer<DocumentCardRecord> fromMap(const QVariantMap &map);
 
 private:

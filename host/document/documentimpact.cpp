@@ -1,7 +1,7 @@
 // A discount on a check, and its form on disk.
 #include "documentimpact.h"
 
-#include "jsontext.h"
+#include "jsonwriter.h"
 
 #include <core/serder.h>
 
@@ -12,11 +12,11 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 // Most shares differ from their totals in nothing or in the position, so that an impact takes half of the room.
-void writeDifferences(JsonText &json, const DocumentImpactDetail &detail, const DocumentImpactDetail &base)
+void writeDifferences(JsonWriter &json, const DocumentImpactDetail &detail, const DocumentImpactDetail &base)
 {
     const auto add = [&](QLatin1StringView name, auto get) {
         const auto value = std::invoke(get, detail);
-        if (!JsonText::isSame(value, std::invoke(get, base)))
+        if (!JsonWriter::isSame(value, std::invoke(get, base)))
             json.add(name, value);
     };
     add("cardIndex"_L1, &DocumentImpactDetail::getCardIndex);
@@ -64,10 +64,10 @@ void DocumentImpact::setCardRecord(const QSharedPointer<DocumentCardRecord> &car
 
 QVariantMap DocumentImpact::toMap() const
 {
-    return JsonText::toMap(JsonText::of([this](JsonText &json) { writeTo(json); }));
+    return JsonWriter::toMap(JsonWriter::of([this](JsonWriter &json) { writeTo(json); }));
 }
 
-void DocumentImpact::writeTo(JsonText &json) const
+void DocumentImpact::writeTo(JsonWriter &json) const
 {
     json.addObject("totals"_L1, [&] { writeDifferences(json, *m_totals, DocumentImpactDetail()); });
     json.addList("details"_L1, m_details, [&](const auto &share) { writeDifferences(json, *share, *m_totals); });

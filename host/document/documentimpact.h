@@ -6,7 +6,7 @@
 
 #include <QtCore/QList>
 
-class JsonText;
+class JsonWriter;
 
 class POSHOST_EXPORT DocumentImpact
 {
@@ -34,7 +34,7 @@ public:
     /// totals what is not as in a new object, and of a share what is not as in the totals. writeTo() adds the same to a
     /// file.
     QVariantMap toMap() const;
-    void writeTo(JsonText &json) const;
+    void writeTo(JsonWriter &json) const;
 
     /// Replaces totals and shares by what toMap() wrote.
     void readMap(const QVariantMap &map);

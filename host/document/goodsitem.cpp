@@ -1,7 +1,7 @@
 // A line of a check: its sums, and its form as plain variants.
 #include "goodsitem.h"
 
-#include "jsontext.h"
+#include "jsonwriter.h"
 #include "storedmap.h"
 
 #include <algorithm>
@@ -22,7 +22,7 @@ Money multiply(Money price, double quantity)
     return std::abs(kopecks) < limit ? Money::fromKopecks(static_cast<qint64>(kopecks)) : Money();
 }
 
-void write(const Tmc &tmc, JsonText &json)
+void write(const Tmc &tmc, JsonWriter &json)
 {
     json.add("code"_L1, tmc.getCode());
     json.add("name"_L1, tmc.getName());
@@ -60,10 +60,10 @@ double GoodsItem::getDiscountApplyLimit(bool respectMinPrice) const
 
 QVariantMap GoodsItem::toMap() const
 {
-    return JsonText::toMap(JsonText::of([this](JsonText &json) { writeTo(json); }));
+    return JsonWriter::toMap(JsonWriter::of([this](JsonWriter &json) { writeTo(json); }));
 }
 
-void GoodsItem::writeTo(JsonText &json) const
+void GoodsItem::writeTo(JsonWriter &json) const
 {
     json.add("posnum"_L1, m_posnum);
     json.addObject("tmc"_L1, [&] { write(*m_tmc, json); });

@@ -8,7 +8,7 @@
 #include <QtCore/QSharedPointer>
 #include <QtCore/QVariant>
 
-class JsonText;
+class JsonWriter;
 
 class POSHOST_EXPORT GoodsItem
 {
@@ -63,7 +63,7 @@ public:
     /// All of the line but its discounts as plain variants, and back. fromMap() throws BasicException that names the
     /// entry that is missing or of a wrong type. writeTo() adds the same to a file.
     QVariantMap toMap() const;
-    void writeTo(JsonText &json) const;
+    void writeTo(JsonWriter &json) const;
     static QSharedPointer<GoodsItem> fromMap(const QVariantMap &map);
 
 private:

@@ -1,6 +1,6 @@
 // A sales check on disk. Kopecks are whole numbers; what the impacts take off a line is computed from their
 // shares when the check is read, and must fit it.
-#include "jsontext.h"
+#include "jsonwriter.h"
 #include "saledocument.h"
 #include "storedmap.h"
 
@@ -12,10 +12,9 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-// In the first one the shares of impacts were written whole; they read the same.
-constexpr int formatVersion = 2;
+constexpr int formatVersion = 1;
 
-void write(const DocumentBonusRecord &record, JsonText &json)
+void write(const DocumentBonusRecord &record, JsonWriter &json)
 {
     json.add("cardNumber"_L1, record.cardNumber);
     json.add("amount"_L1, record.amount);
@@ -25,7 +24,7 @@ void write(const DocumentBonusRecord &record, JsonText &json)
 }
 
 // What there is for each line of a check is not taken apart into variants, as it would be by its converters.
-void writePluginValue(JsonText &json, const QString &name, const QVariant &value)
+void writePluginValue(JsonWriter &json, const QString &name, const QVariant &value)
 {
     const QMetaType type = value.metaType();
     if (type == QMetaType::fromType<BonusImpactPtrList>())
@@ -37,7 +36,7 @@ void writePluginValue(JsonText &json, const QString &name, const QVariant &value
         json.add(name, value);
 }
 
-void writePluginData(JsonText &json, const SaleDocument &document)
+void writePluginData(JsonWriter &json, const SaleDocument &document)
 {
     const QStringList keys = document.pluginDataKeys();
     for (const QString &key : keys) {
@@ -87,7 +86,7 @@ QDateTime readDateTime(const StoredMap &stored)
 
 QByteArray SaleDocument::toJson() const
 {
-    return JsonText::of([this](JsonText &json) {
+    return JsonWriter::of([this](JsonWriter &json) {
         json.add("version"_L1, formatVersion);
         json.add("type"_L1, m_type);
         json.add("state"_L1, m_state);
@@ -108,7 +107,7 @@ QByteArray SaleDocument::toJson() const
 QSharedPointer<SaleDocument> SaleDocument::fromMap(const QVariantMap &map)
 {
     const StoredMap stored(map);
-    if (const int version = stored.integer(u"version"_s); version < 1 || version > formatVersion)
+    if (stored.integer(u"version"_s) != formatVersion)
         throw BasicException(u"запись «version»: эта версия формата не поддерживается"_s);
     const auto document = QSharedPointer<SaleDocument>::create(static_cast<EDocumentType>(stored.integer(u"type"_s)));
     document->m_state = static_cast<State>(stored.integer(u"state"_s));

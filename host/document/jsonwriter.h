@@ -12,10 +12,10 @@
 /// only to have them written, took most of the time in which the check thread waits for a save, not counting the disk.
 ///
 /// The functions that are given add the entries of the object that they are given for.
-class JsonText
+class JsonWriter
 {
 public:
-    /// The text of the object whose entries are those that `addEntries` adds to the JsonText that it is given.
+    /// The text of the object whose entries are those that `addEntries` adds to the JsonWriter that it is given.
     template <class AddEntries>
     static QByteArray of(AddEntries addEntries);
 
@@ -51,7 +51,6 @@ private:
     void write(const QVariant &value);
     void write(const QVariantMap &value);
     void write(const QVariantList &value);
-    void write(const QJsonValue &value);
     void write(const QJsonObject &value);
     void write(const char *) = delete;
     template <class Enum>
@@ -59,8 +58,6 @@ private:
     void write(Enum value);
     template <class AddEntries>
     void writeObject(AddEntries addEntries);
-    template <class List>
-    void writeElements(const List &list);
     void writeByLibrary(const QVariant &value);
 
     /// Between two entries or elements.
@@ -77,16 +74,16 @@ private:
 };
 
 template <class AddEntries>
-QByteArray JsonText::of(AddEntries addEntries)
+QByteArray JsonWriter::of(AddEntries addEntries)
 {
-    JsonText json;
+    JsonWriter json;
     json.writeObject([&] { addEntries(json); });
     json.m_text.truncate(json.m_size);
     return json.m_text;
 }
 
 template <class Value>
-bool JsonText::isSame(const Value &a, const Value &b)
+bool JsonWriter::isSame(const Value &a, const Value &b)
 {
     // Values that are equal may still be of different types, and times in different zones.
     if constexpr (std::is_same_v<Value, QVariant>)
@@ -98,21 +95,21 @@ bool JsonText::isSame(const Value &a, const Value &b)
 }
 
 template <class Name, class Value>
-void JsonText::add(const Name &name, const Value &value)
+void JsonWriter::add(const Name &name, const Value &value)
 {
     this->name(name);
     write(value);
 }
 
 template <class Name, class AddEntries>
-void JsonText::addObject(const Name &name, AddEntries addEntries)
+void JsonWriter::addObject(const Name &name, AddEntries addEntries)
 {
     this->name(name);
     writeObject(addEntries);
 }
 
 template <class Name, class List, class AddEntries>
-void JsonText::addList(const Name &name, const List &list, AddEntries addEntries)
+void JsonWriter::addList(const Name &name, const List &list, AddEntries addEntries)
 {
     this->name(name);
     append('[');
@@ -125,13 +122,13 @@ void JsonText::addList(const Name &name, const List &list, AddEntries addEntries
 
 template <class Enum>
 requires std::is_enum_v<Enum>
-void JsonText::write(Enum value)
+void JsonWriter::write(Enum value)
 {
     write(static_cast<qint64>(value));
 }
 
 template <class AddEntries>
-void JsonText::writeObject(AddEntries addEntries)
+void JsonWriter::writeObject(AddEntries addEntries)
 {
     append('{');
     addEntries();

@@ -1,6 +1,7 @@
 // Values straight into the text, in one pass. What is not an everyday value is left to the library.
-#include "jsontext.h"
+#include "jsonwriter.h"
 
+#include <core/jsontext.h>
 #include <core/serder.h>
 
 #include <QtCore/QJsonArray>
@@ -37,12 +38,12 @@ char *appendPlainText(char *out, const QString &text)
 
 } // namespace
 
-QVariantMap JsonText::toMap(const QByteArray &text)
+QVariantMap JsonWriter::toMap(const QByteArray &text)
 {
     return QJsonDocument::fromJson(text).object().toVariantMap();
 }
 
-void JsonText::name(QLatin1StringView name)
+void JsonWriter::name(QLatin1StringView name)
 {
     separate();
     append('"');
@@ -50,26 +51,26 @@ void JsonText::name(QLatin1StringView name)
     append("\":");
 }
 
-void JsonText::name(const QString &name)
+void JsonWriter::name(const QString &name)
 {
     separate();
     write(name);
     append(':');
 }
 
-void JsonText::write(bool value)
+void JsonWriter::write(bool value)
 {
     append(value ? "true" : "false");
 }
 
-void JsonText::write(qint64 value)
+void JsonWriter::write(qint64 value)
 {
     constexpr qsizetype longest = 20; // "-9223372036854775808"
     char *const out = room(longest);
     m_size += std::to_chars(out, out + longest, value).ptr - out;
 }
 
-void JsonText::write(double value)
+void JsonWriter::write(double value)
 {
     constexpr qsizetype longest = 32; // "-1.7976931348623157e+308"
     if (!std::isfinite(value))
@@ -78,7 +79,7 @@ void JsonText::write(double value)
     m_size += std::to_chars(out, out + longest, value).ptr - out;
 }
 
-void JsonText::write(const QString &value)
+void JsonWriter::write(const QString &value)
 {
     constexpr qsizetype longestCharacter = 3;
     char *const begin = room(longestCharacter * value.size() + 2);
@@ -92,7 +93,7 @@ void JsonText::write(const QString &value)
 
 // A check is saved with a hundred times, nearly all of them the time of the service's last answer. To write one out
 // takes 2 microseconds.
-void JsonText::write(const QDateTime &value)
+void JsonWriter::write(const QDateTime &value)
 {
     if (m_lastTimeText.isNull() || !isSame(value, m_lastTime)) {
         m_lastTime = value;
@@ -101,7 +102,7 @@ void JsonText::write(const QDateTime &value)
     append(m_lastTimeText);
 }
 
-void JsonText::write(const QVariant &value)
+void JsonWriter::write(const QVariant &value)
 {
     switch (value.typeId()) {
     case QMetaType::UnknownType:
@@ -129,7 +130,7 @@ void JsonText::write(const QVariant &value)
     }
 }
 
-void JsonText::write(const QVariantMap &value)
+void JsonWriter::write(const QVariantMap &value)
 {
     writeObject([&] {
         for (auto entry = value.cbegin(); entry != value.cend(); ++entry)
@@ -137,70 +138,47 @@ void JsonText::write(const QVariantMap &value)
     });
 }
 
-void JsonText::write(const QVariantList &value)
-{
-    writeElements(value);
-}
-
-void JsonText::write(const QJsonValue &value)
-{
-    switch (value.type()) {
-    case QJsonValue::String:
-        return write(value.toString());
-    case QJsonValue::Object:
-        return write(value.toObject());
-    case QJsonValue::Array:
-        return writeElements(value.toArray());
-    default:
-        return write(value.toVariant());
-    }
-}
-
-void JsonText::write(const QJsonObject &value)
-{
-    writeObject([&] {
-        for (auto entry = value.constBegin(); entry != value.constEnd(); ++entry)
-            add(entry.key(), QJsonValue(*entry));
-    });
-}
-
-template <class List>
-void JsonText::writeElements(const List &list)
+void JsonWriter::write(const QVariantList &value)
 {
     append('[');
-    for (const auto &element : list) {
+    for (const QVariant &element : value) {
         separate();
         write(element);
     }
     append(']');
 }
 
-void JsonText::writeByLibrary(const QVariant &value)
+void JsonWriter::write(const QJsonObject &value)
+{
+    append(jsontext::compact(QJsonDocument(value)));
+}
+
+void JsonWriter::writeByLibrary(const QVariant &value)
 {
     const QByteArray array = QJsonDocument(QJsonArray{QJsonValue::fromVariant(value)}).toJson(QJsonDocument::Compact);
     append(QByteArrayView(array).sliced(1, array.size() - 2));
 }
 
-void JsonText::separate()
+void JsonWriter::separate()
 {
     // Texts end in a quotation mark, so that a bracket here has just been opened.
     if (const char last = m_text.at(m_size - 1); last != '{' && last != '[')
         append(',');
 }
 
-void JsonText::append(QByteArrayView text)
+void JsonWriter::append(QByteArrayView text)
 {
     std::memcpy(room(text.size()), text.data(), static_cast<std::size_t>(text.size()));
     m_size += text.size();
 }
 
-void JsonText::append(char character)
+void JsonWriter::append(char character)
 {
     *room(1) = character;
     ++m_size;
 }
 
-char *JsonText::room(qsizetype longest)
+char *JsonWriter::room(qsizetype longest)
 {
     constexpr qsizetype usualSize = 32768; // A check of 20 lines takes two thirds of it.
     if (m_text.size() - m_size < longest)
