@@ -1,6 +1,6 @@
 // kvo-prove: sells at random with the real till, plugin and service's stand-in, kills them, spoils their exchanges, and
 // then compares the books of both sides.
-#include "report.h"
+#include "proof.h"
 
 #include <CLI/CLI.hpp>
 
@@ -11,13 +11,6 @@
 
 namespace {
 
-constexpr int unusable = 2;
-
-prove::Options defaults()
-{
-    return {300, 200, std::random_device()(), 0.2, {}};
-}
-
 int carryOut(const prove::Options &options)
 {
     QTemporaryDir folder;
@@ -25,9 +18,11 @@ int carryOut(const prove::Options &options)
         throw std::runtime_error("no temporary folder can be made");
     folder.setAutoRemove(false);
     std::cout << "seed " << options.seed << std::endl;
-    const prove::Result result = prove::Proof(folder.path(), options).run();
-    prove::print(result, options);
-    if (!result.isGood()) {
+    const QStringList findings = prove::Proof(folder.path(), options).run();
+    for (const QString &finding : findings)
+        std::cout << "FOUND: " << qPrintable(finding) << '\n';
+    std::cout << (findings.isEmpty() ? "All holds" : "It does not hold") << ", seed " << options.seed << std::endl;
+    if (!findings.isEmpty()) {
         std::cout << "The files are kept in " << qPrintable(folder.path()) << std::endl;
         return 1;
     }
@@ -40,7 +35,7 @@ int carryOut(const prove::Options &options)
 int main(int argc, char *argv[])
 try {
     const QCoreApplication application(argc, argv);
-    prove::Options options = defaults();
+    prove::Options options;
     CLI::App program("Random sales under kills and faults. The seed fixes what is sold and drawn; when a process is "
                      "killed depends on the machine as well.\nExit status: 0 nothing was lost or doubled, 1 something "
                      "does not hold, 2 the proof could not be carried out.",
@@ -64,5 +59,5 @@ try {
     return carryOut(options);
 } catch (const std::exception &error) {
     std::cerr << "kvo-prove: " << error.what() << std::endl;
-    return unusable;
+    return 2;
 }
