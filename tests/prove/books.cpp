@@ -63,9 +63,10 @@ void judgeBalances(const QJsonObject &ledger, const QMap<QString, qint64> &point
         qint64 balance = expected.value(text(customer, u"CustAccount"));
         for (const QJsonValue card : customer[u"Cards"].toArray())
             balance += points.value(card.toString());
-        if (balance != hundredths(customer, u"Balance"))
-            books.findings.append(u"customer %1 has a balance of %2, by the sales it must be %3 hundredths"_s.arg(
-                text(customer, u"CustAccount"), text(customer, u"Balance"), QString::number(balance)));
+        const qint64 actual = hundredths(customer, u"Balance");
+        if (actual != balance)
+            books.findings.append(u"customer %1 has %2 hundredths of a point, by the sales it must be %3"_s.arg(
+                text(customer, u"CustAccount"), QString::number(actual), QString::number(balance)));
     }
 }
 

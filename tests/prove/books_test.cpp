@@ -50,8 +50,8 @@ TEST(ProofBooks, SpoiltAreFoundOut)
         {R"("check": "B")", R"("check": "A")", "check A is in the journal twice"},
         {R"("cancelled")", R"("created")", "order b2 is left created"},
         {R"("bound")", R"("posted")", "order b1 is left posted"},
-        {R"("voided", "card")", R"("closed", "card")", "must be 9550 hundredths"},
-        {R"("94.50")", R"("94.51")", "must be 9450 hundredths"},
+        {R"("voided", "card")", R"("closed", "card")", "9450 hundredths of a point, by the sales it must be 9550"},
+        {R"("94.50")", R"("94.51")", "9451 hundredths of a point, by the sales it must be 9450"},
         {R"("body": "1", "accepted": true)", R"("body": "1", "accepted": false)", "refused"},
         {R"("calculateOrder")", R"("bindOrderId")", "repeated"},
     };

@@ -105,8 +105,10 @@ void PowerCutTill::work()
     PowerCutVfs vfs(m_disk);
     // The drain's checkpoints run beside the check thread's pushes.
     vfs.onDatabaseWrite = [this] {
-        if (m_isResting && chance(0.2))
+        const bool isResting = std::exchange(m_isResting, false); // the push may write to the database itself
+        if (isResting && chance(0.2))
             push();
+        m_isResting = isResting;
     };
     while (isRunning()) {
         open();
