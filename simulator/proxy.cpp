@@ -15,23 +15,19 @@ using namespace std::chrono_literals;
 constexpr auto latency = 100ms;
 constexpr auto longestSilence = 60s; // longer than a till waits
 
-/// Has the first `size` bytes of the body sent in parts.
-void trickle(httplib::Response &response, std::size_t size, std::size_t part, std::chrono::milliseconds pause,
-             const std::function<void()> &atEnd)
+/// Has the first `size` bytes of the body sent in parts; where that is not all, the connection ends then.
+void trickle(httplib::Response &response, std::size_t size, std::size_t part, std::chrono::milliseconds pause)
 {
     if (response.body.empty())
         return;
     const std::string type = response.get_header_value("Content-Type");
     response.headers.clear();
     const std::size_t whole = response.body.size();
-    response.set_content_provider(whole, type,
-                                  [body = std::exchange(response.body, {}), size, part, pause,
-                                   atEnd](std::size_t offset, std::size_t, httplib::DataSink &sink) {
-                                      std::this_thread::sleep_for(pause);
-                                      if (offset >= size)
-                                          atEnd();
-                                      return sink.write(body.data() + offset, std::min(part, body.size() - offset));
-                                  });
+    response.set_content_provider(
+        whole, type, [=, body = std::exchange(response.body, {})](auto offset, auto, auto &sink) {
+            std::this_thread::sleep_for(pause);
+            return offset < size && sink.write(body.data() + offset, std::min(part, size - offset));
+        });
 }
 
 } // namespace
@@ -83,26 +79,25 @@ bool Proxy::ask(const httplib::Request &request, httplib::Response &response)
 void Proxy::spoil(const ProxyFault &fault, int tillsPort, httplib::Response &response) const
 {
     using Answer = ProxyFault::Answer;
-    const auto cut = [this, tillsPort] { m_connections.cut(tillsPort); };
     const std::size_t size = response.body.size();
     switch (fault.answer) {
     case Answer::Late:
         return;
     case Answer::Slow:
-        return trickle(response, size, 32, 5ms, [] {});
+        return trickle(response, size, 32, 5ms);
     case Answer::Dripping:
-        return trickle(response, size, 1, 100ms, [] {});
+        return trickle(response, size, 1, 100ms);
     case Answer::Cut:
-        return trickle(response, size / 2, size / 2, 0ms, cut);
+        return trickle(response, size / 2, size / 2, 0ms);
     case Answer::Halved:
         return response.body.resize(size / 2);
     case Answer::Nothing:
         m_connections.waitForHangUp(tillsPort, longestSilence);
-        return cut();
+        return m_connections.cut(tillsPort);
     case Answer::Reset:
         return m_connections.reset(tillsPort);
     case Answer::Closed:
-        return cut();
+        return m_connections.cut(tillsPort);
     case Answer::Replaced:
         response.status = fault.status;
         return response.set_content(fault.body, fault.type);

@@ -32,7 +32,7 @@ void print(const QString &name, qint64 figure)
 
 Proof::Proof(const QString &folder, const Options &options)
     : m_options(options),
-      m_shop(folder, options.seed, options.faultRate, QString::fromStdString(options.postgres)),
+      m_shop(folder, options.seed, options.faultRate),
       m_sales(options.seed),
       m_random(~options.seed)
 {}

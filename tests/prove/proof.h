@@ -12,7 +12,6 @@ struct Options
     int kills = 200; ///< so many processes are killed.
     quint64 seed = std::random_device()();
     double faultRate = 0.2;
-    std::string postgres; ///< Where the server's socket is that keeps the queue; empty: a file does.
 };
 
 class Proof

@@ -38,7 +38,8 @@ try {
     prove::Options options;
     CLI::App program("Random sales under kills and faults. The seed fixes what is sold and drawn; when a process is "
                      "killed depends on the machine as well.\nExit status: 0 nothing was lost or doubled, 1 something "
-                     "does not hold, 2 the proof could not be carried out.",
+                     "does not hold, 2 the proof could not be carried out.\nThe queue is on the PostgreSQL server that "
+                     "KVO_POSTGRES names, see scripts/with-postgres, otherwise in a file.",
                      "kvo-prove");
     program.add_option("--sales", options.sales, "Checks to finish")
         ->check(CLI::Range(1, 1'000'000))
@@ -50,11 +51,6 @@ try {
     program.add_option("--faults", options.faultRate, "Part of the exchanges that meet with a fault")
         ->check(CLI::Range(0., 1.))
         ->capture_default_str();
-    program
-        .add_option("--postgres", options.postgres,
-                    "Folder of a PostgreSQL server's socket, see scripts/with-postgres: the queue is in a new database "
-                    "there")
-        ->envname("KVO_POSTGRES");
     CLI11_PARSE(program, argc, argv);
     return carryOut(options);
 } catch (const std::exception &error) {

@@ -88,9 +88,9 @@ qint64 rate(const Load &load, Action action)
 }
 
 /// The orders interleaved.
-void push(const Load &load, const QUrl &url)
+QList<QJsonObject> makeEvents(const Load &load, const QUrl &url)
 {
-    DBQueueBroker broker;
+    QList<QJsonObject> events;
     for (int number = 0; number < eventsPerOrder; ++number)
         for (const QString &basket : load.accepted.keys()) {
             const QJsonObject body{{u"basket"_s, basket}, {u"number"_s, number}, {u"lines"_s, QString(1000, u'x')}};
@@ -98,8 +98,16 @@ void push(const Load &load, const QUrl &url)
                                        url,
                                        {{u"Content-Type"_s, u"application/json"_s}},
                                        QJsonDocument(body)};
-            broker.push(u"kvo"_s, request.toQueueEvent(), {});
+            events.append(request.toQueueEvent());
         }
+    return events;
+}
+
+void push(const QList<QJsonObject> &events)
+{
+    DBQueueBroker broker;
+    for (const QJsonObject &event : events)
+        broker.push(u"kvo"_s, event, {});
 }
 
 void drain()
@@ -128,9 +136,9 @@ bool judge(const Load &load, const Receiver &receiver)
            left.size() == load.refused.size();
 }
 
-/// `postgres`: where the server's socket is; empty: a file keeps the queue.
-QVariantHash settings(const QString &folder, const QString &address, const QString &postgres)
+QVariantHash settings(const QString &folder, const QString &address)
 {
+    const QString postgres = qEnvironmentVariable("KVO_POSTGRES"); // where the socket is; empty: a file is the queue
     QVariantHash values{
         {u"Host:dataFolder"_s, folder}, {u"Kvo:host"_s, address}, {u"Log:file"_s, folder + u"/queue-load.log"_s}};
     if (!postgres.isEmpty())
@@ -141,16 +149,17 @@ QVariantHash settings(const QString &folder, const QString &address, const QStri
     return values;
 }
 
-bool run(const Load &load, const QString &postgres)
+bool run(const Load &load)
 {
     Receiver receiver(load);
     const QString address = u"http://127.0.0.1:%1"_s.arg(receiver.bind(0));
     const QTemporaryDir folder;
-    const FakeConfig config(settings(folder.path(), address, postgres));
+    const FakeConfig config(settings(folder.path(), address));
     setUpLogging(*Singleton<Config>::instance());
     const std::jthread serving([&receiver] { receiver.run(); });
     const auto stop = qScopeGuard([&receiver] { receiver.stop(); });
-    const qint64 pushed = rate(load, [&] { push(load, QUrl(address + u"/queue"_s)); });
+    const QList<QJsonObject> events = makeEvents(load, QUrl(address + u"/queue"_s));
+    const qint64 pushed = rate(load, [&events] { push(events); });
     const qint64 drained = rate(load, drain);
     std::cout << "pushed " << pushed << "/s, drained " << drained << "/s\n";
     return judge(load, receiver);
@@ -164,8 +173,6 @@ int main(int argc, char **argv)
     QCommandLineParser parser;
     parser.addHelpOption();
     parser.addOption({u"events"_s, u"How many events; one in a hundred is refused"_s, u"number"_s, u"10000"_s});
-    parser.addOption({u"postgres"_s, u"Folder of the socket of a fresh PostgreSQL server that keeps the queue"_s,
-                      u"folder"_s, qEnvironmentVariable("KVO_POSTGRES")});
     parser.process(application);
     const int events = parser.value(u"events"_s).toInt();
     if (events <= 0 || events % eventsPerRefusal != 0) {
@@ -173,7 +180,7 @@ int main(int argc, char **argv)
         return 2;
     }
     try {
-        const bool right = run(Load(events), parser.value(u"postgres"_s));
+        const bool right = run(Load(events));
         std::cout << (right ? "" : "FAILED: a count or an order is wrong\n");
         return right ? 0 : 1;
     } catch (const std::exception &error) {

@@ -59,8 +59,8 @@ void waitForListener(quint16 port)
 
 } // namespace
 
-Shop::Shop(const QString &folder, quint64 seed, double faultRate, const QString &postgres)
-    : m_folder(folder), m_seed(seed), m_faultRate(faultRate), m_postgres(postgres)
+Shop::Shop(const QString &folder, quint64 seed, double faultRate)
+    : m_folder(folder), m_seed(seed), m_faultRate(faultRate)
 {
     bindToAnyPort(m_proxyPort);
     bindToAnyPort(m_servicePort);

@@ -15,9 +15,8 @@ namespace prove {
 class Shop
 {
 public:
-    /// Works in `folder`. `faultRate` is the part of the exchanges that meet with a fault. `postgres` is the folder of
-    /// the server's socket that keeps the till's queue; empty: a file does.
-    Shop(const QString &folder, quint64 seed, double faultRate, const QString &postgres);
+    /// Works in `folder`. `faultRate` is the part of the exchanges that meet with a fault.
+    Shop(const QString &folder, quint64 seed, double faultRate);
     ~Shop();
     Q_DISABLE_COPY_MOVE(Shop)
 
@@ -95,7 +94,7 @@ private:
     QDir m_folder;
     quint64 m_seed;
     double m_faultRate;
-    QString m_postgres;
+    QString m_postgres = qEnvironmentVariable("KVO_POSTGRES"); ///< Of the socket's folder; empty: a file is the queue.
     QTcpSocket m_proxyPort; ///< Keeps the port for a process that is killed and started again; likewise:
     QTcpSocket m_servicePort;
     std::map<QString, Part> m_parts;
