@@ -2,6 +2,7 @@
 #include "connections.h"
 
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 
 #include <charconv>
@@ -40,16 +41,40 @@ void Connections::end(int remotePort)
 
 void Connections::cut(int remotePort) const
 {
-    shut(SHUT_RDWR, [=](int port) { return port == remotePort; });
+    forEach([=](int descriptor, int port) {
+        if (port == remotePort)
+            ::shutdown(descriptor, SHUT_RDWR);
+    });
+}
+
+void Connections::reset(int remotePort) const
+{
+    forEach([=](int descriptor, int port) {
+        constexpr sockaddr nobody{AF_UNSPEC, {}};
+        if (port == remotePort)
+            ::connect(descriptor, &nobody, sizeof nobody); // dissolves the connection
+    });
+}
+
+void Connections::waitForHangUp(int remotePort, std::chrono::milliseconds time) const
+{
+    forEach([=](int descriptor, int port) {
+        pollfd poll{descriptor, POLLRDHUP, 0};
+        if (port == remotePort)
+            ::poll(&poll, 1, static_cast<int>(time.count()));
+    });
 }
 
 void Connections::stopIdle()
 {
     const std::scoped_lock lock(m_mutex);
-    shut(SHUT_RD, [this](int port) { return !m_busy.contains(port); });
+    forEach([this](int descriptor, int port) {
+        if (!m_busy.contains(port))
+            ::shutdown(descriptor, SHUT_RD);
+    });
 }
 
-void Connections::shut(int how, const std::function<bool(int remotePort)> &wanted) const
+void Connections::forEach(const std::function<void(int descriptor, int remotePort)> &action) const
 {
     std::error_code error;
     for (const auto &entry : std::filesystem::directory_iterator("/proc/self/fd", error)) {
@@ -59,8 +84,8 @@ void Connections::shut(int how, const std::function<bool(int remotePort)> &wante
         if (portOf(descriptor, ::getsockname) != m_localPort)
             continue;
         const int remotePort = portOf(descriptor, ::getpeername); // fails for the listening socket
-        if (remotePort >= 0 && wanted(remotePort))
-            ::shutdown(descriptor, how);
+        if (remotePort >= 0)
+            action(descriptor, remotePort);
     }
 }
 

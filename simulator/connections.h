@@ -1,7 +1,8 @@
-// The server's TCP connections by their remote ports: the HTTP library hands out no socket, yet a fault must be able
-// to cut a connection and a stop must not wait for idle ones.
+// A server's TCP connections by their remote ports: the HTTP library hands out no socket, yet a fault must be able to
+// break a connection and a stop must not wait for idle ones.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <mutex>
 #include <set>
@@ -22,12 +23,18 @@ public:
     /// Closes the connection at once; the peer sees its end.
     void cut(int remotePort) const;
 
+    /// The same, but the peer sees "connection reset".
+    void reset(int remotePort) const;
+
+    /// Waits until the peer has closed the connection, at most `time`.
+    void waitForHangUp(int remotePort, std::chrono::milliseconds time) const;
+
     /// Ends the connections that carry no request. (The library gives no answer on a socket that cannot be read, so
     /// the others must be left alone.)
     void stopIdle();
 
 private:
-    void shut(int how, const std::function<bool(int remotePort)> &wanted) const;
+    void forEach(const std::function<void(int descriptor, int remotePort)> &action) const;
 
     int m_localPort = 0;
     std::mutex m_mutex;

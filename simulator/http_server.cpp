@@ -6,26 +6,13 @@
 #include "report.h"
 #include "wire.h"
 
-#include <sys/socket.h>
-
 #include <iostream>
-#include <stdexcept>
 
 namespace sim {
 
 namespace {
 
-constexpr std::size_t threads = 64; // each open connection keeps one
-constexpr std::size_t requestsPerConnection = 1'000'000;
-constexpr time_t keepAliveSeconds = 15;
 constexpr std::size_t largestBody = 1 << 20;
-
-/// The library's own choice would let two servers share a port unnoticed.
-void setSocketOptions(socket_t socket)
-{
-    const int on = 1;
-    ::setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-}
 
 void write(const Answer &answer, httplib::Response &response)
 {
@@ -41,25 +28,12 @@ HttpServer::HttpServer(Database &database, const ServerOptions &options)
       m_api(database, options.brand),
       m_authorization(httplib::make_basic_authentication_header(options.user, options.password).second)
 {
-    m_server.new_task_queue = [this] {
-        m_started.set_value(); // the library makes its threads once it can be stopped
-        return new httplib::ThreadPool(threads);
-    };
-    m_server.set_tcp_nodelay(true);
-    m_server.set_socket_options(setSocketOptions);
-    m_server.set_keep_alive_max_count(requestsPerConnection);
-    m_server.set_keep_alive_timeout(keepAliveSeconds);
     m_server.set_payload_max_length(largestBody);
     m_server.set_error_handler([this](const auto &request, auto &response) { answerUnrouted(request, response); });
     m_server.set_exception_handler([](const auto &, auto &response, const std::exception_ptr &) {
         std::cerr << "loyalty-sim: a request failed unexpectedly" << std::endl;
         write(refusal(500, "Внутренняя ошибка сервиса"), response);
     });
-    m_server.set_pre_routing_handler([this](const auto &request, auto &) {
-        m_connections.begin(request.remote_port);
-        return httplib::Server::HandlerResponse::Unhandled;
-    });
-    m_server.set_logger([this](const auto &request, const auto &) { m_connections.end(request.remote_port); });
     addRoutes();
 }
 
@@ -101,29 +75,10 @@ void HttpServer::addPost(const std::string &path, const httplib::Server::Handler
     m_allowed[path] = "POST";
 }
 
-int HttpServer::bind(int port)
-{
-    const std::string loopback = "127.0.0.1";
-    const int bound = port == 0                               ? m_server.bind_to_any_port(loopback)
-                      : m_server.bind_to_port(loopback, port) ? port
-                                                              : -1;
-    if (bound <= 0)
-        throw std::runtime_error("port " + std::to_string(port) + " on " + loopback + " cannot be used; is it taken?");
-    m_connections.setLocalPort(bound);
-    return bound;
-}
-
-bool HttpServer::run()
-{
-    return m_server.listen_after_bind();
-}
-
 void HttpServer::stop()
 {
     m_faults.release();
-    m_started.get_future().wait();
-    m_server.stop();
-    m_connections.stopIdle();
+    LoopbackServer::stop();
 }
 
 void HttpServer::serveMethod(const std::string &method, Call call, const httplib::Request &request,

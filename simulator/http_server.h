@@ -2,13 +2,10 @@
 #pragma once
 
 #include "api.h"
-#include "connections.h"
 #include "faults.h"
+#include "loopback_server.h"
 #include "request_log.h"
 
-#include <httplib.h>
-
-#include <future>
 #include <map>
 #include <string>
 
@@ -21,21 +18,13 @@ struct ServerOptions
     std::string brand; ///< empty: every brand is served
 };
 
-/// Listens on 127.0.0.1 only. run() serves on threads of its own; stop() may come from any thread.
-class HttpServer
+class HttpServer : public LoopbackServer
 {
 public:
     /// The database must outlive the server.
     HttpServer(Database &database, const ServerOptions &options);
 
-    /// Binds the port (0: a free one) and returns it; connections wait from here on.
-    /// Throws std::runtime_error naming the port when it is taken.
-    int bind(int port);
-
-    /// Serves until stop(); running requests are finished before it returns. False when accepting failed.
-    bool run();
-    /// Once, from another thread than run(); waits until run() has begun.
-    void stop();
+    void stop() override;
 
 private:
     using Call = Answer (HttpServer::*)(const std::string &method, const httplib::Request &request);
@@ -62,10 +51,7 @@ private:
     std::string m_authorization;
     Faults m_faults;
     RequestLog m_log;
-    Connections m_connections;
     std::map<std::string, std::string> m_allowed; ///< the HTTP methods of each path
-    std::promise<void> m_started;
-    httplib::Server m_server;
 };
 
 } // namespace sim

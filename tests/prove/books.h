@@ -1,5 +1,5 @@
-// The judgement: what the till has sold against what the service has booked. It reads both sides' own words, and does
-// its own sums.
+// The judgement of what both sides have written down: the till's journal, the service's ledger, and the record of what
+// went between them. That check and order agree line by line is the comparison's business, see `loyalty-sim compare`.
 #pragma once
 
 #include <QtCore/QJsonObject>
@@ -8,26 +8,27 @@
 
 namespace prove {
 
-/// What was found. All but the counts of sales must be 0 and empty.
 struct Books
 {
     int closed = 0;
     int closedWithCard = 0;
     int voided = 0;
-
-    int lost = 0;         ///< Closed checks with a card whose order is not posted and bound to them.
-    int doubled = 0;      ///< Bookings beyond the one of a closed check.
-    int different = 0;    ///< Booked, but with another card, other lines or other points.
-    int leftOpen = 0;     ///< Orders that are neither sold nor cancelled.
-    int unbalanced = 0;   ///< Customers whose balance is not what the sales have made of it.
-    QStringList findings; ///< A sentence for each of them.
-
-    int sales() const { return closed + voided; }
-    bool isGood() const { return findings.isEmpty(); }
+    QStringList findings; ///< Sentences; empty when all is well.
 };
 
-/// `journal`: the till's lines, one for each finished check. `ledger`: what `loyalty-sim ledger --json` prints. Throws
-/// std::runtime_error for a number that is none.
+/// Sales without an order, orders that are neither sold nor cancelled, and balances that the sales do not explain.
+/// `journal`: the till's lines, one for each finished check. `ledger`: what `loyalty-sim ledger --json` prints.
 Books judge(const QList<QJsonObject> &journal, const QJsonObject &ledger);
+
+/// What went over the wire.
+struct Traffic
+{
+    int faults = 0;
+    int refused = 0; ///< Requests about an order that the service itself would not accept.
+    int repeats = 0; ///< Deliveries of the very same booking beyond the first accepted one.
+};
+
+/// `record`: the fault proxy's lines.
+Traffic count(const QList<QJsonObject> &record);
 
 } // namespace prove

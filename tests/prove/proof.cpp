@@ -2,6 +2,9 @@
 // spread over all of them, and the sales get on however slow the machine is.
 #include "proof.h"
 
+#include "books.h"
+
+#include <QtCore/QJsonDocument>
 #include <QtCore/QThread>
 
 #include <algorithm>
@@ -20,45 +23,39 @@ constexpr int longestPauseBeforeKillOfDrain = 80; // it may have little to do
 constexpr int longestDownTime = 300;              // milliseconds
 constexpr int lastAttempts = 5;
 
+void print(const QString &name, qint64 figure)
+{
+    std::printf("%-44s %7lld\n", qPrintable(name), figure);
+}
+
 } // namespace
 
 Proof::Proof(const QString &folder, const Options &options)
     : m_options(options),
-      m_shop(folder, options.seed, options.faultRate, QString::fromStdString(options.postgres)),
+      m_shop(folder, options.seed, options.faultRate),
       m_sales(options.seed),
       m_random(~options.seed)
 {}
 
-Result Proof::run()
+QStringList Proof::run()
 {
-    m_shop.open();
     scheduleKill(longestPauseBeforeKill);
     sell();
     finish();
     judge();
-    return m_result;
-}
-
-int Proof::number(int least, int most)
-{
-    return std::uniform_int_distribution(least, most)(m_random);
-}
-
-int Proof::killed() const
-{
-    return total(m_shop.kills());
+    return m_findings + m_shop.crashes();
 }
 
 void Proof::sell()
 {
     int reported = 0;
-    while (m_shop.sold() < m_options.sales || killed() < m_options.kills) {
+    while (m_shop.sold() < m_options.sales || m_killed < m_options.kills) {
         startWork();
         if (!watchWork())
             return;
         if (const int tenths = 10 * m_shop.sold() / m_options.sales; tenths > reported) {
             reported = tenths;
-            std::fprintf(stderr, "%d sales, %d kills\n", m_shop.sold(), killed());
+            std::fprintf(stderr, "%d sales, %d kills\n", m_shop.sold(), m_killed);
         }
     }
 }
@@ -79,7 +76,7 @@ void Proof::startWork()
 void Proof::sell(const QJsonObject &shift)
 {
     const QJsonObject open = m_shop.openCheck();
-    const QJsonArray steps = shift.value(u"checks").toArray().first().toObject().value(u"steps").toArray();
+    const QJsonArray steps = shift.value(u"checks")[0][u"steps"].toArray();
     const bool keepsLines = std::ranges::none_of(
         steps, [](const QJsonValue step) { return step == u"restore"_s || step.toObject().contains(u"remove"); });
     m_restored[open.value(u"identifier").toString()] = keepsLines ? open.value(u"goods").toArray() : QJsonArray();
@@ -94,37 +91,32 @@ bool Proof::watchWork()
         m_shop.tend();
         killWhenDue();
     }
-    const QString fault = deadline.hasExpired() ? u"the till does not come to an end"_s : m_shop.tillFault();
-    if (!fault.isEmpty())
-        m_result.findings.append(fault);
-    return fault.isEmpty();
-}
-
-void Proof::scheduleKill(int longestPause)
-{
-    m_nextKill = QDeadlineTimer(number(0, longestPause));
+    if (deadline.hasExpired())
+        m_findings.append(u"the till does not come to an end"_s);
+    m_shop.noteEndOfTill();
+    return m_findings.isEmpty() && m_shop.crashes().isEmpty();
 }
 
 void Proof::killWhenDue()
 {
-    const bool due = qint64{killed()} * m_options.sales <= qint64{m_shop.sold()} * m_options.kills;
-    if (!m_nextKill.hasExpired() || !due || killed() >= m_options.kills)
+    if (m_killed >= m_options.kills || !m_nextKill.hasExpired() ||
+        qint64{m_killed} * m_options.sales > qint64{m_shop.sold()} * m_options.kills)
         return;
-    const QList<Shop::Part> parts = m_shop.running();
-    if (parts.isEmpty())
+    const QStringList names = m_shop.running();
+    if (names.isEmpty())
         return;
     scheduleKill(longestPauseBeforeKill);
     const bool tillsTurn = number(1, 2) == 1;
     // The till comes last among what runs, and is what most depends on.
-    const auto chosen = tillsTurn ? parts.size() - 1 : number(0, static_cast<int>(parts.size()) - 1);
+    const auto chosen = tillsTurn ? names.size() - 1 : number(0, static_cast<int>(names.size()) - 1);
     const int downTime = number(1, 3) == 1 ? number(0, longestDownTime) : 0;
-    m_shop.kill(parts.at(chosen), std::chrono::milliseconds(downTime));
+    m_killed += m_shop.kill(names.at(chosen), std::chrono::milliseconds(downTime)) ? 1 : 0;
 }
 
 /// What a person does who finds requests that were refused: the proxy forges refusals.
 void Proof::sendRefusedAgain()
 {
-    m_result.sentAgain += m_shop.askQueue({u"retry"_s, u"--all"_s}).value(u"changed").toInt();
+    m_sentAgain += m_shop.askQueue({u"retry"_s, u"--all"_s}).value(u"changed").toInt();
 }
 
 void Proof::finish()
@@ -133,14 +125,11 @@ void Proof::finish()
     sell(m_sales.lastShift());
     if (deliverAll())
         sellUndisturbed();
-    for (const QJsonObject &entry : undelivered()) {
-        const auto text = [&entry](QStringView key) { return entry.value(key).toString(); };
-        ++m_result.leftInQueue;
-        m_result.findings.append(
-            u"%1 of order %2 is left in the queue: %3"_s.arg(text(u"operation"), text(u"order"), text(u"lastError")));
-    }
+    for (const QJsonValue entry : undelivered())
+        m_findings.append(u"%1 of order %2 is left in the queue: %3"_s.arg(
+            entry[u"operation"].toString(), entry[u"order"].toString(), entry[u"lastError"].toString()));
     if (!m_shop.openCheck().isEmpty())
-        m_result.findings.append(u"a check is left open at the till"_s);
+        m_findings.append(u"a check is left open at the till"_s);
 }
 
 /// False when something is wrong with the till.
@@ -165,20 +154,16 @@ void Proof::sellUndisturbed()
     std::ignore = deliverAll();
     for (const QJsonObject &check : m_shop.journal().mid(checks))
         if (check.value(u"card").toString().isEmpty())
-            m_result.findings.append(
-                u"check %1 has lost its card without a fault"_s.arg(check.value(u"check").toString()));
+            m_findings.append(u"check %1 has lost its card without a fault"_s.arg(check.value(u"check").toString()));
     const Traffic traffic = count(m_shop.record().mid(exchanges));
-    if (total(traffic.refused) + total(traffic.repeats) > 0)
-        m_result.findings.append(u"without a fault %1 requests were refused and %2 delivered again"_s.arg(
-            QString::number(total(traffic.refused)), QString::number(total(traffic.repeats))));
+    if (traffic.refused + traffic.repeats > 0)
+        m_findings.append(u"without a fault %1 requests were refused and %2 delivered again"_s.arg(
+            QString::number(traffic.refused), QString::number(traffic.repeats)));
 }
 
-QList<QJsonObject> Proof::undelivered() const
+QJsonArray Proof::undelivered() const
 {
-    QList<QJsonObject> entries;
-    for (const QJsonValue entry : m_shop.askQueue({u"list"_s}).value(u"entries").toArray())
-        entries.append(entry.toObject());
-    return entries;
+    return m_shop.askQueue({u"list"_s}).value(u"entries").toArray();
 }
 
 void Proof::judge()
@@ -187,20 +172,34 @@ void Proof::judge()
     const QList<QJsonObject> journal = m_shop.journal();
     for (const QJsonObject &check : journal)
         judgeRestored(check);
-    m_result.books = prove::judge(journal, QJsonDocument::fromJson(ledger).object());
+    const Books books = prove::judge(journal, QJsonDocument::fromJson(ledger).object());
+    m_findings += books.findings;
     for (const QStringList &command : {QStringList{u"check"_s}, {u"compare"_s, u"--journal"_s, m_shop.journalFile()}}) {
         const auto [output, status] = m_shop.inspect(command);
         if (status != 0)
-            m_result.findings.append(u"loyalty-sim %1: %2"_s.arg(command.first(), QString::fromUtf8(output)));
+            m_findings.append(u"loyalty-sim %1: %2"_s.arg(command.first(), QString::fromUtf8(output)));
     }
-    m_result.traffic = count(m_shop.record());
+    print(u"sales closed"_s, books.closed);
+    print(u"  of these with a card"_s, books.closedWithCard);
+    print(u"sales voided"_s, books.voided);
+    print(u"cards removed, each after a failure"_s, m_shop.cardsRemoved());
+    judgeTraffic();
+}
+
+void Proof::judgeTraffic()
+{
+    for (auto kills = m_shop.kills().cbegin(); kills != m_shop.kills().cend(); ++kills)
+        print(u"killed: "_s + kills.key(), kills.value());
+    const Traffic traffic = count(m_shop.record());
+    print(u"exchanges that met with a fault"_s, traffic.faults);
+    print(u"refused requests sent again"_s, m_sentAgain);
+    print(u"requests refused by the service itself"_s, traffic.refused);
+    print(u"requests delivered more than once"_s, traffic.repeats);
     // A killed till may leave a request on its way, which then comes too late.
-    if (total(m_result.traffic.refused) > killed())
-        m_result.findings.append(u"the service itself refused %1 requests, more than kills can explain"_s.arg(
-            total(m_result.traffic.refused)));
-    m_result.kills = m_shop.kills();
-    m_result.findings += m_shop.crashes();
-    m_result.cardsRemoved = static_cast<int>(m_shop.cardsRemoved());
+    if (traffic.refused > m_killed)
+        m_findings.append(u"the service itself has refused more requests than kills can explain"_s);
+    if (traffic.repeats == 0)
+        m_findings.append(u"nothing was delivered twice, so that nothing is proven about it"_s);
 }
 
 /// What was on the check when a till found it open, and was not taken off again, must have been sold.
@@ -212,7 +211,7 @@ void Proof::judgeRestored(const QJsonObject &check)
         lines.insert(line[u"lineId"].toInt());
     for (const QJsonValue goods : m_restored.value(name))
         if (!lines.contains(goods[u"posnum"].toInt()))
-            m_result.findings.append(
+            m_findings.append(
                 u"check %1 has lost its line %2 in a restart"_s.arg(name, QString::number(goods[u"posnum"].toInt())));
 }
 

@@ -1,6 +1,6 @@
 // kvo-prove: sells at random with the real till, plugin and service's stand-in, kills them, spoils their exchanges, and
 // then compares the books of both sides.
-#include "report.h"
+#include "proof.h"
 
 #include <CLI/CLI.hpp>
 
@@ -11,13 +11,6 @@
 
 namespace {
 
-constexpr int unusable = 2;
-
-prove::Options defaults()
-{
-    return {300, 200, std::random_device()(), 0.2, {}};
-}
-
 int carryOut(const prove::Options &options)
 {
     QTemporaryDir folder;
@@ -25,9 +18,11 @@ int carryOut(const prove::Options &options)
         throw std::runtime_error("no temporary folder can be made");
     folder.setAutoRemove(false);
     std::cout << "seed " << options.seed << std::endl;
-    const prove::Result result = prove::Proof(folder.path(), options).run();
-    prove::print(result, options);
-    if (!result.isGood()) {
+    const QStringList findings = prove::Proof(folder.path(), options).run();
+    for (const QString &finding : findings)
+        std::cout << "FOUND: " << qPrintable(finding) << '\n';
+    std::cout << (findings.isEmpty() ? "All holds" : "It does not hold") << ", seed " << options.seed << std::endl;
+    if (!findings.isEmpty()) {
         std::cout << "The files are kept in " << qPrintable(folder.path()) << std::endl;
         return 1;
     }
@@ -40,10 +35,11 @@ int carryOut(const prove::Options &options)
 int main(int argc, char *argv[])
 try {
     const QCoreApplication application(argc, argv);
-    prove::Options options = defaults();
+    prove::Options options;
     CLI::App program("Random sales under kills and faults. The seed fixes what is sold and drawn; when a process is "
                      "killed depends on the machine as well.\nExit status: 0 nothing was lost or doubled, 1 something "
-                     "does not hold, 2 the proof could not be carried out.",
+                     "does not hold, 2 the proof could not be carried out.\nThe queue is on the PostgreSQL server that "
+                     "KVO_POSTGRES names, see scripts/with-postgres, otherwise in a file.",
                      "kvo-prove");
     program.add_option("--sales", options.sales, "Checks to finish")
         ->check(CLI::Range(1, 1'000'000))
@@ -55,14 +51,9 @@ try {
     program.add_option("--faults", options.faultRate, "Part of the exchanges that meet with a fault")
         ->check(CLI::Range(0., 1.))
         ->capture_default_str();
-    program
-        .add_option("--postgres", options.postgres,
-                    "Folder of a PostgreSQL server's socket, see scripts/with-postgres: the queue is in a new database "
-                    "there")
-        ->envname("KVO_POSTGRES");
     CLI11_PARSE(program, argc, argv);
     return carryOut(options);
 } catch (const std::exception &error) {
     std::cerr << "kvo-prove: " << error.what() << std::endl;
-    return unusable;
+    return 2;
 }

@@ -6,63 +6,23 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace prove {
 
-namespace {
-
-struct Holder
-{
-    const char16_t *card;
-    const char16_t *phone;
-    const char16_t *balance;
-    int earns; ///< Per cent.
-};
-
 // Some have points for all sales, some run out of them.
-constexpr Holder holders[]{{u"7770000000001", u"+79001000001", u"1000000.00", 5},
-                           {u"7770000000002", u"+79001000002", u"250000.00", 3},
-                           {u"7770000000003", u"+79001000003", u"4321.09", 7},
-                           {u"7770000000004", u"+79001000004", u"0.00", 10}};
-
-/// The till asks as many questions as there are failures; what is left unanswered ends with the card removed.
-constexpr int answersPerCheck = 30;
-
-constexpr int undisturbedChecks = 12;
-
-} // namespace
-
-QJsonArray customers()
-{
-    QJsonArray array;
-    for (const Holder &holder : holders) {
-        const QString card = QString::fromUtf16(holder.card);
-        array.append(
-            QJsonObject{{u"CustAccount"_s, u"C-"_s + card.right(4)},
-                        {u"LastName"_s, u"Покупатель"_s},
-                        {u"FirstName"_s, card.right(1)},
-                        {u"Phone"_s, QString::fromUtf16(holder.phone)},
-                        {u"Cards"_s, QJsonArray{card}},
-                        {u"Balance"_s, QString::fromUtf16(holder.balance)},
-                        {u"Tiers"_s, QJsonArray{QJsonObject{{u"Name"_s, u"Tier"_s}, {u"Discount"_s, holder.earns}}}}});
-    }
-    return array;
-}
-
-int Sales::number(int least, int most)
-{
-    return std::uniform_int_distribution(least, most)(m_random);
-}
-
-bool Sales::chance(int percent)
-{
-    return number(1, 100) <= percent;
-}
+const char customers[] = R"([
+    {"CustAccount": "C-1", "LastName": "Покупатель", "FirstName": "1", "Phone": "+79001000001",
+     "Cards": ["7770000000001"], "Balance": "1000000.00", "Tiers": [{"Name": "Tier", "Discount": 5}]},
+    {"CustAccount": "C-2", "LastName": "Покупатель", "FirstName": "2", "Phone": "+79001000002",
+     "Cards": ["7770000000002"], "Balance": "250000.00", "Tiers": [{"Name": "Tier", "Discount": 3}]},
+    {"CustAccount": "C-3", "LastName": "Покупатель", "FirstName": "3", "Phone": "+79001000003",
+     "Cards": ["7770000000003"], "Balance": "4321.09", "Tiers": [{"Name": "Tier", "Discount": 7}]},
+    {"CustAccount": "C-4", "LastName": "Покупатель", "FirstName": "4", "Phone": "+79001000004",
+     "Cards": ["7770000000004"], "Balance": "0.00", "Tiers": [{"Name": "Tier", "Discount": 10}]}])";
 
 QJsonObject Sales::goods()
 {
     const int kopecks = number(1, chance(80) ? 50'000 : 500'000);
     QJsonObject item{{u"barcode"_s, QString::number(number(1, 99'999))},
                      {u"name"_s, u"Товар"_s},
-                     {u"price"_s, u"%1.%2"_s.arg(QString::number(kopecks / 100),
-                                                 QString::number(kopecks % 100).rightJustified(2, u'0'))},
+                     {u"price"_s, QString::number(kopecks / 100.0, 'f', 2)},
                      {u"quantity"_s, chance(70) ? number(1, 4) : number(1, 3000) / 1000.0}};
     if (chance(15))
         item.insert(u"labels"_s, QJsonArray{chance(50) ? u"NOSPEND"_s : u"NOBONUS"_s});
@@ -75,39 +35,27 @@ QJsonObject Sales::goods()
     return item;
 }
 
-QJsonObject Sales::change()
-{
-    return {{u"change"_s, QJsonObject{{u"line"_s, number(1, 4)}, {u"quantity"_s, number(1, 5)}}}};
-}
-
 /// The same card several times: where the service failed to find it, the cashier tries again.
 QJsonArray Sales::cardSteps()
 {
-    const Holder &holder = holders[number(0, std::size(holders) - 1)];
-    const bool byPhone = chance(40);
-    const QJsonObject step{
-        {byPhone ? u"phone"_s : u"card"_s, QString::fromUtf16(byPhone ? holder.phone : holder.card)}};
+    const QString customer = QString::number(number(1, 4));
+    const QJsonObject step = chance(40) ? QJsonObject{{u"phone"_s, QString(u"+7900100000"_s + customer)}}
+                                        : QJsonObject{{u"card"_s, QString(u"777000000000"_s + customer)}};
     return {step, step, step};
 }
 
 QJsonValue Sales::changeOrPrice()
 {
-    switch (number(0, 7)) {
-    case 0:
-        return QJsonObject{{u"add"_s, goods()}};
-    case 1:
-        return QJsonObject{{u"remove"_s, number(2, 4)}};
-    case 2:
-        return u"restore"_s;
-    case 3:
-        return u"subtotal"_s;
-    case 4:
-        return u"price"_s;
-    case 5:
-        return u"spend"_s;
-    default:
-        return change();
-    }
+    const QJsonObject change{{u"change"_s, QJsonObject{{u"line"_s, number(1, 4)}, {u"quantity"_s, number(1, 5)}}}};
+    const QJsonArray steps{u"restore"_s,
+                           u"subtotal"_s,
+                           u"price"_s,
+                           u"spend"_s,
+                           change,
+                           change,
+                           QJsonObject{{u"add"_s, goods()}},
+                           QJsonObject{{u"remove"_s, number(2, 4)}}};
+    return steps.at(number(0, 7));
 }
 
 QString Sales::ending()
@@ -118,7 +66,7 @@ QString Sales::ending()
 QJsonObject Sales::answers()
 {
     QJsonArray dialogs;
-    for (int i = 0; i < answersPerCheck; ++i)
+    while (dialogs.size() < 30) // as many as there are failures; what is left unanswered ends with the card removed
         dialogs.append(chance(95) ? u"retry"_s : u"remove"_s);
     QJsonObject answers{{u"dialogs"_s, dialogs}};
     if (chance(5))
@@ -164,15 +112,10 @@ QJsonObject Sales::shift()
     return {{u"checks"_s, checks}};
 }
 
-QJsonObject Sales::lastShift()
-{
-    return {{u"checks"_s, QJsonArray{continuation()}}};
-}
-
 QJsonObject Sales::undisturbedShift()
 {
     QJsonArray checks;
-    while (checks.size() < undisturbedChecks) {
+    while (checks.size() < 12) {
         QJsonObject check = newCheck(100, 2); // With one line "restore" may leave nothing to be sold.
         check.remove(u"answers"_s);
         checks.append(check);

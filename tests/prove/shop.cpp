@@ -2,9 +2,12 @@
 #include "shop.h"
 
 #include "sales.h"
+#include "tests/support/file.h"
 
-#include <QtCore/QFile>
-#include <QtCore/QThread>
+#include <signal.h>
+#include <sys/prctl.h>
+
+#include <QtCore/QJsonDocument>
 
 #include <stdexcept>
 
@@ -16,50 +19,14 @@ namespace prove {
 namespace {
 
 constexpr auto patience = 60s;
+constexpr int patienceInMilliseconds = 60'000;
 const QString tillProgram = QStringLiteral(KVO_TILL);
 const QString serviceProgram = QStringLiteral(KVO_SIMULATOR);
-const QString proxyProgram = QStringLiteral(KVO_FAULT_PROXY);
 
-void write(const QString &fileName, const QByteArray &content)
+/// The exit status, or the negative number of the signal.
+int statusOf(const QProcess &process)
 {
-    QFile file(fileName);
-    if (!file.open(QFile::WriteOnly) || file.write(content) != content.size())
-        throw std::runtime_error(qPrintable(fileName + u": "_s + file.errorString()));
-}
-
-QByteArray json(const auto &value)
-{
-    return QJsonDocument(value).toJson(QJsonDocument::Compact);
-}
-
-/// Empty where there is no such file.
-QByteArray read(const QString &fileName)
-{
-    QFile file(fileName);
-    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-QList<QJsonObject> readLines(const QString &fileName)
-{
-    QList<QJsonObject> objects;
-    const QByteArray content = read(fileName).trimmed();
-    for (const QByteArray &line : content.isEmpty() ? QByteArrayList() : content.split('\n')) {
-        const QJsonDocument document = QJsonDocument::fromJson(line);
-        if (!document.isObject())
-            throw std::runtime_error(
-                qPrintable(u"%1: a line that is no object: %2"_s.arg(fileName, QString::fromUtf8(line))));
-        objects.append(document.object());
-    }
-    return objects;
-}
-
-QString nameOf(Shop::Part part)
-{
-    static const QMap<Shop::Part, QString> names{{Shop::Part::Till, u"till"_s},
-                                                 {Shop::Part::Drain, u"drain"_s},
-                                                 {Shop::Part::Proxy, u"proxy"_s},
-                                                 {Shop::Part::Service, u"service"_s}};
-    return names.value(part);
+    return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -process.exitCode();
 }
 
 /// What a program printed, and its exit status.
@@ -68,33 +35,49 @@ std::pair<QByteArray, int> runToEnd(const QString &program, const QStringList &a
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(program, arguments);
-    if (!process.waitForFinished(static_cast<int>(std::chrono::milliseconds(patience).count())))
-        throw std::runtime_error(qPrintable(program + u" does not come to an end"_s));
-    return {process.readAll(), process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1};
+    if (!process.waitForFinished(patienceInMilliseconds))
+        throw std::runtime_error(program.toStdString() + " does not come to an end");
+    return {process.readAll(), statusOf(process)};
+}
+
+void bindToAnyPort(QTcpSocket &socket)
+{
+    if (!socket.bind(QHostAddress::LocalHost, 0, QAbstractSocket::ShareAddress))
+        throw std::runtime_error("no port on 127.0.0.1");
+}
+
+void waitForListener(quint16 port)
+{
+    for (const QDeadlineTimer deadline(patience); !deadline.hasExpired();) {
+        QTcpSocket socket;
+        socket.connectToHost(QHostAddress::LocalHost, port);
+        if (socket.waitForConnected(patienceInMilliseconds))
+            return;
+    }
+    throw std::runtime_error("the service cannot be reached any more");
 }
 
 } // namespace
 
-Shop::Shop(const QString &folder, quint64 seed, double faultRate, const QString &postgres)
-    : m_folder(folder),
-      m_seed(seed),
-      m_faultRate(faultRate),
-      m_postgres(postgres),
-      m_proxyPort(Socket::boundTo(0)),
-      m_servicePort(Socket::boundTo(0)),
-      m_service(serviceProgram, path(u"service.out")),
-      m_proxy(proxyProgram, path(u"proxy.out")),
-      m_till(tillProgram, path(u"till.out"))
-{}
-
-void Shop::open()
+Shop::Shop(const QString &folder, quint64 seed, double faultRate)
+    : m_folder(folder), m_seed(seed), m_faultRate(faultRate)
 {
-    write(path(u"customers.json"), json(customers()));
+    bindToAnyPort(m_proxyPort);
+    bindToAnyPort(m_servicePort);
+    writeFile(path(u"customers.json"), customers);
     if (!m_postgres.isEmpty())
         makeDatabase();
     writeConfiguration(500ms);
     startService();
     startProxy();
+}
+
+Shop::~Shop()
+{
+    for (auto &[name, part] : m_parts) {
+        part.process.kill();
+        part.process.waitForFinished();
+    }
 }
 
 void Shop::makeDatabase() const
@@ -110,136 +93,137 @@ void Shop::writeConfiguration(std::chrono::milliseconds timeout) const
     const QString queue = u"[Queue]\ndriver = QPSQL\nhost = %1\nuser = postgres\ndatabase = %2\n"_s;
     const QString ini = u"[Host]\ndataFolder = %1\n[Log]\nfile = %2\n[Kvo]\nhost = http://127.0.0.1:%3\n"
                         "timeout = %4\nbrand = B\nonlineStore = S\nterminal = T\nverificationLimit = 200\n"_s;
-    write(
-        path(u"till.ini"),
-        ini.arg(path(u"data"), path(u"till.log"), QString::number(m_proxyPort.port()), QString::number(timeout.count()))
-                .toUtf8() +
-            (m_postgres.isEmpty() ? QString() : queue.arg(m_postgres, m_folder.dirName())).toUtf8());
+    const QString settings = ini.arg(path(u"data"), path(u"till.log"), QString::number(m_proxyPort.localPort()),
+                                     QString::number(timeout.count()));
+    writeFile(path(u"till.ini"),
+              (m_postgres.isEmpty() ? settings : settings + queue.arg(m_postgres, m_folder.dirName())).toUtf8());
+}
+
+void Shop::start(const QString &name, const QString &program, const QStringList &arguments)
+{
+    QProcess &process = m_parts[name].process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.setStandardOutputFile(path(QString(name + u".out"_s)), QIODevice::Append);
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); }); // ends with the proof
+    process.start(program, arguments);
+    if (!process.waitForStarted(patienceInMilliseconds))
+        throw std::runtime_error(program.toStdString() + ": " + process.errorString().toStdString());
 }
 
 void Shop::startService()
 {
-    m_service.start({u"serve"_s, u"--database"_s, path(u"service.db"), u"--customers"_s, path(u"customers.json"),
-                     u"--port"_s, QString::number(m_servicePort.port())});
+    start(u"service"_s, serviceProgram,
+          {u"serve"_s, u"--database"_s, path(u"service.db"), u"--customers"_s, path(u"customers.json"), u"--port"_s,
+           QString::number(m_servicePort.localPort())});
 }
 
 void Shop::startProxy()
 {
-    m_proxy.start({u"--port"_s, QString::number(m_proxyPort.port()), u"--service"_s,
-                   QString::number(m_servicePort.port()), u"--seed"_s, QString::number(m_seed + ++m_proxies),
-                   u"--rate"_s, QString::number(m_faultRate), u"--record"_s, path(u"record.jsonl")});
-}
-
-void Shop::startTill(const QString &command, const QStringList &arguments)
-{
-    m_till.start(QStringList{command, u"--config"_s, path(u"till.ini")} + arguments);
+    start(u"proxy"_s, QStringLiteral(KVO_FAULT_PROXY),
+          {u"--port"_s, QString::number(m_proxyPort.localPort()), u"--service"_s,
+           QString::number(m_servicePort.localPort()), u"--seed"_s, QString::number(m_seed + ++m_proxies), u"--rate"_s,
+           QString::number(m_faultRate), u"--record"_s, path(u"record.jsonl")});
 }
 
 void Shop::sell(const QJsonObject &scenario)
 {
     const QString fileName = path(u"shift%1.json"_s.arg(++m_shifts));
-    write(fileName, json(scenario));
+    writeFile(fileName, QJsonDocument(scenario).toJson());
     const QString code = u"\"%1\" outbox --database \"%2\" --last --code"_s.arg(serviceProgram, path(u"service.db"));
-    m_atWork = Part::Till;
-    startTill(u"run"_s, {u"--code-command"_s, code, u"--drain-seconds"_s, u"0"_s, fileName});
+    start(u"till"_s, tillProgram,
+          {u"run"_s, u"--config"_s, path(u"till.ini"), u"--code-command"_s, code, u"--drain-seconds"_s, u"0"_s,
+           fileName});
 }
 
 void Shop::drain(std::chrono::seconds time)
 {
-    m_atWork = Part::Drain;
-    startTill(u"drain"_s, {u"--seconds"_s, QString::number(time.count())});
+    start(u"drain"_s, tillProgram,
+          {u"drain"_s, u"--config"_s, path(u"till.ini"), u"--seconds"_s, QString::number(time.count())});
 }
 
-Child &Shop::childOf(Part part)
+bool Shop::isRunning(const QString &name)
 {
-    return part == Part::Proxy ? m_proxy : part == Part::Service ? m_service : m_till;
+    QProcess &process = m_parts[name].process;
+    return process.state() != QProcess::NotRunning && !process.waitForFinished(0);
 }
 
-QList<Shop::Part> Shop::running()
+QStringList Shop::running()
 {
-    QList<Part> parts{Part::Proxy, Part::Service, m_atWork};
-    parts.removeIf([this](Part part) { return !childOf(part).isRunning(); });
-    return parts;
+    QStringList names{u"service"_s, u"proxy"_s, u"till"_s, u"drain"_s};
+    names.removeIf([this](const QString &name) { return !isRunning(name); });
+    return names;
 }
 
-void Shop::kill(Part part, std::chrono::milliseconds downTime)
+bool Shop::kill(const QString &name, std::chrono::milliseconds downTime)
 {
-    if (!childOf(part).kill())
-        return;
-    ++m_kills[nameOf(part)];
-    m_due[part] = QDeadlineTimer(downTime);
+    Part &part = m_parts[name];
+    part.process.kill();
+    if (!part.process.waitForFinished(patienceInMilliseconds))
+        throw std::runtime_error(name.toStdString() + " cannot be killed");
+    part.due = QDeadlineTimer(downTime);
+    const bool killed = statusOf(part.process) == -SIGKILL;
+    m_kills[name] += killed ? 1 : 0;
+    return killed;
 }
 
 void Shop::tend()
 {
-    restart(Part::Service, m_service);
-    restart(Part::Proxy, m_proxy);
-}
-
-void Shop::restart(Part part, Child &child)
-{
-    if (child.isRunning())
-        return;
-    if (!child.wasKilled())
-        m_crashes.append(u"the %1 has ended by itself, status %2"_s.arg(nameOf(part), QString::number(child.status())));
-    else if (!m_due.value(part).hasExpired())
-        return;
-    part == Part::Proxy ? startProxy() : startService();
+    for (const QString &name : {u"service"_s, u"proxy"_s}) {
+        if (isRunning(name) || !m_parts[name].due.hasExpired())
+            continue;
+        if (const int status = statusOf(m_parts[name].process); status != -SIGKILL)
+            m_crashes.append(u"the %1 has ended by itself, status %2"_s.arg(name, QString::number(status)));
+        name == u"proxy" ? startProxy() : startService();
+    }
 }
 
 void Shop::endFaults()
 {
     m_faultRate = 0;
     writeConfiguration(patience);
-    m_proxy.kill();
-    m_service.kill();
+    for (const QString &name : {u"service"_s, u"proxy"_s}) {
+        m_parts[name].process.kill();
+        m_parts[name].process.waitForFinished();
+    }
     startService();
     startProxy();
-    for (QDeadlineTimer deadline(patience);; QThread::msleep(5)) {
-        if (Socket::connectTo(m_proxyPort.port()).isOpen() && Socket::connectTo(m_servicePort.port()).isOpen())
-            return;
-        if (deadline.hasExpired())
-            throw std::runtime_error("the service cannot be reached any more");
+    waitForListener(m_servicePort.localPort());
+    waitForListener(m_proxyPort.localPort());
+}
+
+void Shop::noteEndOfTill()
+{
+    for (const QString &name : {u"till"_s, u"drain"_s}) {
+        const int status = statusOf(m_parts[name].process);
+        if (status != 0 && status != 1 && status != -SIGKILL)
+            m_crashes.append(u"the %1 has ended with status %2, see %1.out"_s.arg(name, QString::number(status)));
     }
 }
 
-QString Shop::tillFault() const
+int Shop::sold() const
 {
-    if (m_till.wasKilled() || m_till.status() == 0 || m_till.status() == 1)
-        return {};
-    return u"the till has ended with status %1, see till.out"_s.arg(m_till.status());
-}
-
-QList<QJsonObject> Shop::journal() const
-{
-    return readLines(journalFile());
-}
-
-int Shop::sold()
-{
-    if (QFileInfo(journalFile()).size() != m_soldSize) {
-        const QByteArray lines = read(journalFile());
-        m_sold = static_cast<int>(lines.count('\n'));
-        m_soldSize = lines.size();
-    }
-    return m_sold;
-}
-
-QJsonObject Shop::openCheck() const
-{
-    return readLines(path(u"data/open-check.json")).value(0);
+    return static_cast<int>(readFile(journalFile()).count('\n'));
 }
 
 qsizetype Shop::cardsRemoved() const
 {
     // Chosen by script, and asked with nobody there to answer.
-    const QByteArray output = read(path(u"till.out"));
+    const QByteArray output = readFile(path(u"till.out"));
     return output.count("| > Удалить") + output.count("2 - Удалить");
 }
 
-QList<QJsonObject> Shop::record() const
+QList<QJsonObject> Shop::readLines(const QString &fileName)
 {
-    return readLines(path(u"record.jsonl"));
+    QList<QJsonObject> objects;
+    const QByteArray content = readFile(fileName).trimmed();
+    for (const QByteArray &line : content.isEmpty() ? QByteArrayList() : content.split('\n')) {
+        const QJsonDocument document = QJsonDocument::fromJson(line);
+        if (!document.isObject())
+            throw std::runtime_error(fileName.toStdString() + ": a line that is no object: " + line.toStdString());
+        objects.append(document.object());
+    }
+    return objects;
 }
 
 std::pair<QByteArray, int> Shop::inspect(const QStringList &arguments) const

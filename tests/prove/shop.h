@@ -1,15 +1,13 @@
 // The shop: the service's stand-in, the fault proxy before it, and the till, each a process that may be killed.
 #pragma once
 
-#include "child.h"
-#include "socket.h"
-
 #include <QtCore/QDeadlineTimer>
 #include <QtCore/QDir>
-#include <QtCore/QJsonDocument>
-#include <QtCore/QMap>
+#include <QtCore/QJsonObject>
+#include <QtCore/QProcess>
+#include <QtNetwork/QTcpSocket>
 
-#include <vector>
+#include <map>
 
 namespace prove {
 
@@ -17,15 +15,10 @@ namespace prove {
 class Shop
 {
 public:
-    /// What can be killed. The drain lives in the till as well; Drain is the command that only drains.
-    enum class Part { Till, Drain, Proxy, Service };
-
-    /// Works in `folder`. `faultRate` is the part of the exchanges that meet with a fault. `postgres` is the folder of
-    /// the server's socket that keeps the till's queue; empty: a file does.
-    Shop(const QString &folder, quint64 seed, double faultRate, const QString &postgres);
-
-    /// Starts the service and the proxy.
-    void open();
+    /// Works in `folder`. `faultRate` is the part of the exchanges that meet with a fault.
+    Shop(const QString &folder, quint64 seed, double faultRate);
+    ~Shop();
+    Q_DISABLE_COPY_MOVE(Shop)
 
     /// Has the till work through a scenario. No till may be at work.
     void sell(const QJsonObject &scenario);
@@ -34,13 +27,14 @@ public:
     void drain(std::chrono::seconds time);
 
     /// Whether the till, or the command, is at work.
-    bool isTillAtWork() { return m_till.isRunning(); }
+    bool isTillAtWork() { return isRunning(QStringLiteral("till")) || isRunning(QStringLiteral("drain")); }
 
-    /// What can be killed now: the till or the drain, where one is at work, comes last.
-    QList<Part> running();
+    /// What can be killed now: "service", "proxy", and last "till" or "drain", where one is at work.
+    QStringList running();
 
-    /// Kills it. The service and the proxy come back after `downTime`, see tend().
-    void kill(Part part, std::chrono::milliseconds downTime);
+    /// Kills it; false when it had ended by itself before. The service and the proxy come back after `downTime`, see
+    /// tend().
+    [[nodiscard]] bool kill(const QString &name, std::chrono::milliseconds downTime);
 
     /// Starts again what was killed and is due.
     void tend();
@@ -49,29 +43,29 @@ public:
     /// when the service can be reached.
     void endFaults();
 
-    /// How the till has ended, where that was neither by a kill nor in order; empty otherwise.
-    QString tillFault() const;
-
     /// By what was killed.
     const QMap<QString, int> &kills() const { return m_kills; }
 
-    /// Ends of the service and the proxy that nobody had killed.
+    /// Notes it when the till, or the command, has ended neither by a kill nor in order.
+    void noteEndOfTill();
+
+    /// What has ended so; also the service and the proxy.
     const QStringList &crashes() const { return m_crashes; }
 
     /// The checks that the till has finished.
-    QList<QJsonObject> journal() const;
+    QList<QJsonObject> journal() const { return readLines(journalFile()); }
 
-    /// How many there are; cheap.
-    int sold();
+    /// How many there are.
+    int sold() const;
 
     /// The check that a till at rest has left open; empty when there is none.
-    QJsonObject openCheck() const;
+    QJsonObject openCheck() const { return readLines(path(u"data/open-check.json")).value(0); }
 
     /// How often a cashier took a card off a check; they are asked after a failure only.
     qsizetype cardsRemoved() const;
 
     /// What the proxies have done and seen.
-    QList<QJsonObject> record() const;
+    QList<QJsonObject> record() const { return readLines(path(u"record.jsonl")); }
 
     /// Runs an inspecting command of the service's stand-in; returns what it printed, and its exit status.
     std::pair<QByteArray, int> inspect(const QStringList &arguments) const;
@@ -82,30 +76,30 @@ public:
     QString journalFile() const { return path(u"data/journal.jsonl"); }
 
 private:
+    struct Part
+    {
+        QProcess process;
+        QDeadlineTimer due; ///< To come back after a kill.
+    };
+
+    static QList<QJsonObject> readLines(const QString &fileName);
     QString path(QStringView name) const { return m_folder.filePath(name.toString()); }
     void makeDatabase() const;
     void writeConfiguration(std::chrono::milliseconds timeout) const;
     void startService();
     void startProxy();
-    void startTill(const QString &command, const QStringList &arguments);
-    void restart(Part part, Child &child);
-    Child &childOf(Part part);
+    void start(const QString &name, const QString &program, const QStringList &arguments);
+    bool isRunning(const QString &name);
 
     QDir m_folder;
     quint64 m_seed;
     double m_faultRate;
-    QString m_postgres;
-    Socket m_proxyPort;
-    Socket m_servicePort;
-    Child m_service;
-    Child m_proxy;
-    Child m_till;
-    Part m_atWork = Part::Till;
-    QMap<Part, QDeadlineTimer> m_due;
+    QString m_postgres = qEnvironmentVariable("KVO_POSTGRES"); ///< Of the socket's folder; empty: a file is the queue.
+    QTcpSocket m_proxyPort; ///< Keeps the port for a process that is killed and started again; likewise:
+    QTcpSocket m_servicePort;
+    std::map<QString, Part> m_parts;
     QMap<QString, int> m_kills;
     QStringList m_crashes;
-    int m_sold = 0;
-    qint64 m_soldSize = 0; ///< Of the journal, when m_sold was counted.
     int m_proxies = 0;
     int m_shifts = 0;
 };

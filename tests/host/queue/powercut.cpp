@@ -17,64 +17,37 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 using Sabotage = PowerCutTill::Sabotage;
-using Report = PowerCutTill::Report;
-
 constexpr int cutsPerQueue = 30;
-constexpr std::array<const char *, PowerCutTill::phaseCount> phases = {"opening",  "push",       "replay",
-                                                                       "deletion", "checkpoint", "closing"};
 
-Report run(Sabotage sabotage, int cuts, std::uint64_t seed)
+PowerCutCounts run(const char *name, Sabotage sabotage, int cuts, std::uint64_t seed)
 {
-    Report report;
+    PowerCutCounts counts;
     std::mt19937_64 seeds(seed);
-    while (report.cuts + report.unexpected < cuts) {
-        PowerCutTill till(seeds(), sabotage, report);
-        for (int i = 0; i < cutsPerQueue && report.cuts < cuts && till.liveUntilPowerCut(); ++i)
+    while (counts.cuts + counts.unexpected < cuts) {
+        PowerCutTill till(seeds(), sabotage, counts);
+        for (int i = 0; i < cutsPerQueue && counts.cuts < cuts && till.liveUntilPowerCut(); ++i)
             ;
     }
-    return report;
-}
-
-void print(const char *name, const Report &report)
-{
-    std::cout << name << ": " << report.cuts << " power cuts (";
-    for (int phase = 0; phase < PowerCutTill::phaseCount; ++phase)
-        std::cout << (phase > 0 ? ", " : "") << phases[phase] << ' ' << report.cutsByPhase[phase];
-    std::cout << "), blocks dropped " << report.dropped << ", torn " << report.torn << "\n  events pushed "
-              << report.pushed << ", delivered " << report.delivered << ", of these again " << report.again
-              << "\n  lost " << report.lost << ", databases corrupt " << report.corrupt << ", overtaken "
-              << report.overtaken << ", unknown " << report.unknown << ", again after a durable deletion "
-              << report.undeleted << ", failures with the power on " << report.unexpected << '\n';
-}
-
-bool isKept(const Report &report)
-{
-    return report.lost + report.corrupt + report.overtaken + report.unknown + report.undeleted + report.unexpected == 0;
-}
-
-// Otherwise the interesting moments were missed.
-bool isConvincing(const Report &report)
-{
-    constexpr PowerCutTill::Phase needed[] = {PowerCutTill::Pushing, PowerCutTill::Replaying, PowerCutTill::Deleting,
-                                              PowerCutTill::Checkpointing};
-    return report.again > 0 && report.torn > 0 &&
-           std::ranges::all_of(needed, [&report](PowerCutTill::Phase phase) { return report.cutsByPhase[phase] > 0; });
+    std::cout << name << ": " << counts.cuts << " power cuts, blocks torn " << counts.torn << ", events pushed "
+              << counts.pushed << ", delivered " << counts.delivered << ", of these again " << counts.again
+              << "\n  lost " << counts.lost << ", databases corrupt " << counts.corrupt << ", overtaken "
+              << counts.overtaken << ", unknown " << counts.unknown << ", again after a durable deletion "
+              << counts.undeleted << ", failures with the power on " << counts.unexpected << '\n';
+    return counts;
 }
 
 bool prove(int cuts, std::uint64_t seed)
 {
     const int controlCuts = std::max(cuts / 10, 50);
-    const Report queue = run(Sabotage::None, cuts, seed);
-    print("queue", queue);
-    const Report ignored = run(Sabotage::SyncsIgnored, controlCuts, seed);
-    print("control, a disk that ignores syncs", ignored);
-    const Report normal = run(Sabotage::SynchronousNormal, controlCuts, seed);
-    print("control, synchronous NORMAL", normal);
-    const bool controlsFail = ignored.lost > 0 && normal.lost > 0;
-    std::cout << (isKept(queue) ? "" : "FAILED: the queue has broken a promise\n")
-              << (isConvincing(queue) ? "" : "FAILED: not all moments were hit, use more cuts\n")
+    const PowerCutCounts queue = run("queue", Sabotage::None, cuts, seed);
+    const bool isConvincing = queue.again > 0 && queue.torn > 0; // otherwise the interesting moments were missed
+    const bool controlsFail =
+        run("control, a disk that ignores syncs", Sabotage::SyncsIgnored, controlCuts, seed).lost > 0 &&
+        run("control, synchronous NORMAL", Sabotage::SynchronousNormal, controlCuts, seed).lost > 0;
+    std::cout << (queue.areGood() ? "" : "FAILED: the queue has broken a promise\n")
+              << (isConvincing ? "" : "FAILED: not all moments were hit, use more cuts\n")
               << (controlsFail ? "" : "FAILED: a control has lost nothing, the proof does not bite\n");
-    return isKept(queue) && isConvincing(queue) && controlsFail;
+    return queue.areGood() && isConvincing && controlsFail;
 }
 
 } // namespace

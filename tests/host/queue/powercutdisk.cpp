@@ -85,7 +85,7 @@ std::string PowerCutDisk::survivor(const File &file)
     for (const auto &[offset, bytes] : file.pending) {
         fullSize = bytes ? std::max(fullSize, offset + bytes->size()) : offset;
         if (bytes)
-            writeSomeBlocks(survivor, offset, *bytes);
+            writeSome(survivor, offset, *bytes);
         else if (chance(m_keeping))
             survivor.resize(offset);
     }
@@ -94,28 +94,22 @@ std::string PowerCutDisk::survivor(const File &file)
     return survivor;
 }
 
-void PowerCutDisk::writeSomeBlocks(std::string &survivor, std::size_t offset, std::string_view bytes)
+/// Block by block: written, dropped or torn.
+void PowerCutDisk::writeSome(std::string &survivor, std::size_t offset, std::string_view bytes)
 {
     while (!bytes.empty()) {
         const std::string_view block = bytes.substr(0, m_blockSize - offset % m_blockSize);
-        writeBlock(survivor, offset, block);
+        const std::size_t border = m_random() % block.size();
+        if (chance(m_keeping)) {
+            put(survivor, offset, block);
+        } else if (chance(0.2)) {
+            ++m_torn;
+            if (chance(0.5))
+                put(survivor, offset, block.substr(0, border));
+            else
+                put(survivor, offset + border, block.substr(border));
+        }
         offset += block.size();
         bytes.remove_prefix(block.size());
     }
-}
-
-void PowerCutDisk::writeBlock(std::string &survivor, std::size_t offset, std::string_view block)
-{
-    const std::size_t border = m_random() % block.size();
-    if (chance(m_keeping))
-        return put(survivor, offset, block);
-    if (chance(0.8)) {
-        ++m_dropped;
-        return;
-    }
-    ++m_torn;
-    if (chance(0.5))
-        put(survivor, offset, block.substr(0, border));
-    else
-        put(survivor, offset + border, block.substr(border));
 }

@@ -53,16 +53,14 @@ public:
     /// What a power cut leaves. The disk goes on from there.
     Contents cut();
 
-    /// Blocks that were lost, and that were written in part, at all cuts so far.
-    int dropped() const { return m_dropped; }
+    /// Blocks that were written in part, at all cuts so far.
     int torn() const { return m_torn; }
 
 private:
     using Names = std::map<std::string, FilePtr>;
 
     std::string survivor(const File &file);
-    void writeSomeBlocks(std::string &survivor, std::size_t offset, std::string_view bytes);
-    void writeBlock(std::string &survivor, std::size_t offset, std::string_view block);
+    void writeSome(std::string &survivor, std::size_t offset, std::string_view bytes);
     bool chance(double probability) { return std::bernoulli_distribution(probability)(m_random); }
 
     std::mt19937_64 m_random;
@@ -73,6 +71,5 @@ private:
     std::vector<Names::value_type> m_pendingNames; // in order; without a file: removed
     std::size_t m_blockSize = 0;                   // of the cut in hand
     double m_keeping = 0;
-    int m_dropped = 0;
     int m_torn = 0;
 };

@@ -1,7 +1,6 @@
 // The rules: nothing lost, nothing overtaken, nothing invented, nothing again without need.
 #include "powercutledger.h"
 
-#include <algorithm>
 #include <set>
 
 using namespace Qt::Literals::StringLiterals;
@@ -21,34 +20,28 @@ QJsonObject PowerCutLedger::newEvent(int order)
     return eventOf(m_entries.back());
 }
 
-// Null, and counted, when it is not exactly what was pushed.
-PowerCutLedger::Entry *PowerCutLedger::find(const QJsonObject &event)
+// One that nobody pushed is counted, and has no meaning further on.
+PowerCutLedger::Entry &PowerCutLedger::find(const QJsonObject &event)
 {
     const int number = event.value(u"number").toInt(-1);
-    if (number >= 0 && number < static_cast<int>(m_entries.size()) && event == eventOf(m_entries[number]) &&
+    if (number >= 0 && number < std::ssize(m_entries) && event == eventOf(m_entries[number]) &&
         m_entries[number].state != State::Gone)
-        return &m_entries[number];
+        return m_entries[number];
     ++m_counts.unknown;
-    return nullptr;
+    return m_unknown = {};
 }
 
 void PowerCutLedger::pushed(const QJsonObject &event)
 {
-    find(event)->state = State::Stored;
+    find(event).state = State::Stored;
     ++m_counts.pushed;
 }
 
 void PowerCutLedger::arrived(const QJsonObject &event)
 {
-    const Entry *const entry = find(event);
-    if (entry == nullptr)
-        return;
-    const bool overtakes = std::any_of(m_entries.begin(), m_entries.begin() + entry->number, [&](const Entry &earlier) {
-        return earlier.order == entry->order && earlier.state != State::Gone && !earlier.delivered;
-    });
-    m_counts.overtaken += overtakes ? 1 : 0;
-    m_counts.undeleted += entry->deleted ? 1 : 0;
-    checkSequence(*entry);
+    const Entry &entry = find(event);
+    m_counts.undeleted += entry.deleted ? 1 : 0;
+    checkSequence(entry);
 }
 
 void PowerCutLedger::checkSequence(const Entry &entry)
@@ -60,18 +53,15 @@ void PowerCutLedger::checkSequence(const Entry &entry)
 
 void PowerCutLedger::delivered(const QJsonObject &event)
 {
-    Entry *const entry = find(event);
-    if (entry == nullptr)
-        return;
+    Entry &entry = find(event);
     ++m_counts.delivered;
-    m_counts.again += entry->delivered ? 1 : 0;
-    entry->delivered = true;
+    m_counts.again += entry.delivered ? 1 : 0;
+    entry.delivered = true;
 }
 
 void PowerCutLedger::deleted(const QJsonObject &event)
 {
-    if (Entry *const entry = find(event))
-        entry->deleted = true;
+    find(event).deleted = true;
 }
 
 void PowerCutLedger::synced()
@@ -85,11 +75,9 @@ void PowerCutLedger::afterCut(const QList<QJsonObject> &left)
     std::set<int> numbers;
     m_lastSent.clear();
     for (const QJsonObject &event : left) {
-        const Entry *const entry = find(event);
-        if (entry == nullptr)
-            continue;
-        m_counts.unknown += numbers.insert(entry->number).second ? 0 : 1;
-        checkSequence(*entry);
+        const Entry &entry = find(event);
+        m_counts.unknown += numbers.insert(entry.number).second ? 0 : 1;
+        checkSequence(entry);
     }
     m_lastSent.clear();
     for (Entry &entry : m_entries) {

@@ -7,24 +7,30 @@
 #include <deque>
 #include <map>
 
+/// Counted over all power cuts.
+struct PowerCutCounts
+{
+    int cuts = 0;
+    int torn = 0;      ///< Blocks that were written in part.
+    int pushed = 0;    ///< Events whose push has returned.
+    int delivered = 0; ///< Events whose handler has returned.
+    int again = 0;     ///< Of these, those that had been delivered before.
+
+    // Nothing of these may be above 0.
+    int lost = 0;       ///< Pushed and neither delivered nor there any more.
+    int corrupt = 0;    ///< Databases that could not be read, or were not sound.
+    int overtaken = 0;  ///< Sent after a later event of the same order.
+    int unknown = 0;    ///< Never pushed, changed, there twice, or there again after it was gone.
+    int undeleted = 0;  ///< There again although its deletion was durable.
+    int unexpected = 0; ///< Failures while the power was on.
+
+    bool areGood() const { return lost + corrupt + overtaken + unknown + undeleted + unexpected == 0; }
+};
+
 class PowerCutLedger
 {
 public:
-    /// Counted over all power cuts. From `lost` on, nothing may be above 0.
-    struct Counts
-    {
-        int pushed = 0;     ///< Events whose push has returned.
-        int delivered = 0;  ///< Events whose handler has returned.
-        int again = 0;      ///< Of these, those that had been delivered before.
-        int lost = 0;       ///< Pushed and neither delivered nor there any more.
-        int corrupt = 0;    ///< Databases that could not be read, or were not sound.
-        int overtaken = 0;  ///< Sent before an earlier event of the same order.
-        int unknown = 0;    ///< Never pushed, changed, there twice, or there again after it was gone.
-        int undeleted = 0;  ///< There again although its deletion was durable.
-        int unexpected = 0; ///< Failures while the power was on.
-    };
-
-    explicit PowerCutLedger(Counts &counts) : m_counts(counts) {}
+    explicit PowerCutLedger(PowerCutCounts &counts) : m_counts(counts) {}
 
     /// A new event of the order, to be pushed now.
     QJsonObject newEvent(int order);
@@ -58,10 +64,11 @@ private:
     };
 
     static QJsonObject eventOf(const Entry &entry);
-    Entry *find(const QJsonObject &event);
+    Entry &find(const QJsonObject &event);
     void checkSequence(const Entry &entry);
 
-    Counts &m_counts;
+    PowerCutCounts &m_counts;
     std::deque<Entry> m_entries;   // the index is the event's number
     std::map<int, int> m_lastSent; // the event's number by order, since the last cut
+    Entry m_unknown{};
 };

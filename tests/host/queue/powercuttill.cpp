@@ -1,11 +1,13 @@
 // The till's life: pushes, deliveries and restarts at random until the power fails.
 #include "powercuttill.h"
 
-#include "powercutremains.h"
 #include "powercutvfs.h"
 
 #include <core/basicexception.h>
 
+#include <support/file.h>
+
+#include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtSql/QSqlDatabase>
 #include <QtSql/QSqlQuery>
@@ -30,37 +32,63 @@ void commitWithoutSync()
         throw std::runtime_error("PRAGMA synchronous = NORMAL");
 }
 
+/// Makes the files in the folder what they are in `contents`; a log or a journal that is not in there is removed.
+void put(const PowerCutDisk::Contents &contents, const QString &folder)
+{
+    const QDir directory(folder);
+    for (const QString &old : directory.entryList({u"*-wal"_s, u"*-journal"_s}, QDir::Files))
+        QFile::remove(directory.filePath(old));
+    for (const auto &[name, bytes] : contents)
+        writeFile(directory.filePath(QFileInfo(QString::fromStdString(name)).fileName()),
+                  QByteArray::fromStdString(bytes));
+}
+
+bool isSound(const QString &fileName)
+{
+    bool sound = false;
+    {
+        QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"check"_s);
+        database.setDatabaseName(fileName);
+        sound = database.open();
+        QSqlQuery check(u"PRAGMA integrity_check"_s, database);
+        sound = sound && check.next() && check.value(0) == u"ok"_s;
+    }
+    QSqlDatabase::removeDatabase(u"check"_s);
+    return sound;
+}
+
+/// What a machine finds that starts after a power cut, played on a copy of its disk: the events in the sequence of
+/// their sending; none when the database is corrupt.
+std::optional<QList<QJsonObject>> eventsIn(const PowerCutDisk::Contents &contents)
+{
+    const QTemporaryDir folder;
+    put(contents, folder.path());
+    const QString database = folder.filePath(u"queue.db"_s);
+    if (!isSound(database))
+        return {};
+    QList<QJsonObject> events;
+    try {
+        QueueDelivery delivery({.database = database},
+                               {{u"kvo"_s, [&events](const QJsonObject &event) { events.append(event); }}});
+        while (delivery.step())
+            ;
+    } catch (const BasicException &error) {
+        std::cout << error.what() << '\n';
+        return {};
+    }
+    return events;
+}
+
 } // namespace
 
-/// Both sides of the queue, as a till has them.
-struct PowerCutTill::Queue
-{
-    explicit Queue(PowerCutTill &till)
-        : delivery(QueueSettings{.database = till.m_database},
-                   {{u"kvo"_s, [&till](const QJsonObject &event) { till.receive(event); }}},
-                   {[&till] { return till.m_now; },
-                    [&till] { return std::generate_canonical<double, 32>(till.m_random); },
-                    {}})
-    {}
-
-    DBQueueBroker broker;
-    QueueDelivery delivery;
-};
-
-PowerCutTill::PowerCutTill(std::uint64_t seed, Sabotage sabotage, Report &report)
+PowerCutTill::PowerCutTill(std::uint64_t seed, Sabotage sabotage, PowerCutCounts &counts)
     : m_random(seed),
       m_sabotage(sabotage),
-      m_report(report),
+      m_counts(counts),
       m_disk(m_random(), sabotage == Sabotage::SyncsIgnored),
-      m_ledger(report),
+      m_ledger(counts),
       m_isTidy(chance(0.7))
 {}
-
-PowerCutTill::~PowerCutTill()
-{
-    m_report.dropped += m_disk.dropped();
-    m_report.torn += m_disk.torn();
-}
 
 bool PowerCutTill::liveUntilPowerCut()
 {
@@ -68,8 +96,7 @@ bool PowerCutTill::liveUntilPowerCut()
     work();
     if (m_isBroken)
         return false;
-    ++m_report.cuts;
-    ++m_report.cutsByPhase[m_phase];
+    ++m_counts.cuts;
     return judgeRemains();
 }
 
@@ -78,8 +105,10 @@ void PowerCutTill::work()
     PowerCutVfs vfs(m_disk);
     // The drain's checkpoints run beside the check thread's pushes.
     vfs.onDatabaseWrite = [this] {
-        if (m_phase == Checkpointing && chance(0.2))
+        const bool isResting = std::exchange(m_isResting, false); // the push may write to the database itself
+        if (isResting && chance(0.2))
             push();
+        m_isResting = isResting;
     };
     while (isRunning()) {
         open();
@@ -91,11 +120,16 @@ void PowerCutTill::work()
 
 void PowerCutTill::open()
 {
-    attempt(Opening, [this] {
-        m_queue = std::make_unique<Queue>(*this);
+    attempt([this] {
+        m_broker.emplace();
+        m_delivery.emplace(
+            QueueSettings{.database = m_database},
+            QHash<QString, QueueDrain::Handler>{{u"kvo"_s, [this](const QJsonObject &event) { receive(event); }}},
+            QueueDelivery::Environment{
+                [this] { return m_now; }, [this] { return std::generate_canonical<double, 32>(m_random); }, {}});
         if (m_sabotage == Sabotage::None && chance(0.5))
-            m_queue->delivery.hasDeliverable();
-        m_queue->broker.status();
+            m_delivery->hasDeliverable();
+        m_broker->status();
         if (!m_disk.hasSeen(m_database.toStdString()))
             throw std::runtime_error("Qt's SQLite driver does not use the SQLite library of this program");
         if (m_sabotage == Sabotage::SynchronousNormal)
@@ -117,9 +151,9 @@ void PowerCutTill::act()
 
 void PowerCutTill::push()
 {
-    attempt(Pushing, [this] {
+    attempt([this] {
         const QJsonObject event = m_ledger.newEvent(static_cast<int>(m_random() % orders));
-        m_queue->broker.push(u"kvo"_s, event, {});
+        m_broker->push(u"kvo"_s, event, {});
         if (!m_disk.isOn())
             return;
         m_ledger.pushed(event);
@@ -130,8 +164,8 @@ void PowerCutTill::push()
 void PowerCutTill::deliver()
 {
     m_delivered.clear();
-    attempt(Replaying, [this] {
-        m_queue->delivery.step();
+    attempt([this] {
+        m_delivery->step();
         if (m_disk.isOn())
             std::ranges::for_each(m_delivered, [this](const QJsonObject &event) { m_ledger.deleted(event); });
     });
@@ -141,7 +175,6 @@ void PowerCutTill::receive(const QJsonObject &event)
 {
     if (!m_disk.isOn())
         throw std::runtime_error("a till without power sends nothing");
-    enter(Replaying);
     m_ledger.arrived(event);
     if (chance(0.1))
         push(); // the next sale, while the exchange lasts
@@ -149,49 +182,39 @@ void PowerCutTill::receive(const QJsonObject &event)
         throw std::runtime_error("no answer");
     m_ledger.delivered(event);
     m_delivered.append(event);
-    enter(Deleting);
 }
 
 void PowerCutTill::rest()
 {
-    attempt(Checkpointing, [this] {
-        m_queue->delivery.rest();
+    attempt([this] {
+        m_isResting = true;
+        m_delivery->rest();
         if (m_disk.isOn())
             m_ledger.synced();
     });
+    m_isResting = false;
 }
 
 void PowerCutTill::close()
 {
-    attempt(Closing, [this] {
-        m_queue.reset();
+    attempt([this] {
+        m_delivery.reset();
+        m_broker.reset();
         if (m_disk.isOn())
             m_ledger.synced();
     });
 }
 
 // Nothing may fail but for the power. Does not throw: actions are also begun inside SQLite and inside the drain.
-template <class Action>
-void PowerCutTill::attempt(Phase phase, Action action)
-{
-    const Phase before = m_phase;
-    enter(phase);
-    try {
-        action();
-    } catch (const BasicException &error) {
-        if (m_disk.isOn()) {
-            m_isBroken = true;
-            ++m_report.unexpected;
-            std::cout << "unexpected: " << error.what() << '\n';
-        }
+void PowerCutTill::attempt(const std::function<void()> &action)
+try {
+    action();
+} catch (const BasicException &error) {
+    if (m_disk.isOn()) {
+        m_isBroken = true;
+        ++m_counts.unexpected;
+        std::cout << "unexpected: " << error.what() << '\n';
     }
-    enter(before);
-}
-
-void PowerCutTill::enter(Phase phase)
-{
-    if (m_disk.isOn())
-        m_phase = phase;
 }
 
 bool PowerCutTill::judgeRemains()
@@ -199,11 +222,11 @@ bool PowerCutTill::judgeRemains()
     PowerCutDisk::Contents contents = m_disk.cut();
     if (chance(0.3)) // the index of the log is never synced: anything may be in there
         contents[m_database.toStdString() + "-shm"] = std::string(40'000, '\x5a');
-    powercutremains::put(contents, m_folder.path());
-    const auto left = powercutremains::events(contents);
+    put(contents, m_folder.path());
+    const auto left = eventsIn(contents);
     if (left)
         m_ledger.afterCut(*left);
     else
-        ++m_report.corrupt;
+        ++m_counts.corrupt;
     return left.has_value();
 }

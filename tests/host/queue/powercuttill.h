@@ -11,8 +11,6 @@
 
 #include <QtCore/QTemporaryDir>
 
-#include <array>
-
 /// One queue from its first start on; what a power cut leaves is what the next start finds. One at a time.
 class PowerCutTill
 {
@@ -24,27 +22,14 @@ public:
         SynchronousNormal, ///< Pushes are committed without a sync.
     };
 
-    /// What the queue was at when the power failed.
-    enum Phase { Opening, Pushing, Replaying, Deleting, Checkpointing, Closing, phaseCount };
-
-    struct Report : PowerCutLedger::Counts
-    {
-        int cuts = 0;
-        std::array<int, phaseCount> cutsByPhase{};
-        int dropped = 0; ///< Blocks that were not written.
-        int torn = 0;    ///< Blocks that were written in part.
-    };
-
-    PowerCutTill(std::uint64_t seed, Sabotage sabotage, Report &report);
-    ~PowerCutTill();
+    PowerCutTill(std::uint64_t seed, Sabotage sabotage, PowerCutCounts &counts);
+    ~PowerCutTill() { m_counts.torn += m_disk.torn(); }
     Q_DISABLE_COPY_MOVE(PowerCutTill)
 
     /// Works until the power fails at a random moment, then judges what is left. False: the database is beyond use.
     bool liveUntilPowerCut();
 
 private:
-    struct Queue;
-
     void work();
     void open();
     void act();
@@ -54,15 +39,13 @@ private:
     void rest();
     void close();
     bool judgeRemains();
-    template <class Action>
-    void attempt(Phase phase, Action action);
-    void enter(Phase phase);
+    void attempt(const std::function<void()> &action);
     bool isRunning() const { return m_disk.isOn() && !m_isBroken; }
     bool chance(double probability) { return std::bernoulli_distribution(probability)(m_random); }
 
     std::mt19937_64 m_random;
     Sabotage m_sabotage;
-    Report &m_report;
+    PowerCutCounts &m_counts;
     PowerCutDisk m_disk;
     PowerCutLedger m_ledger;
     QTemporaryDir m_folder;
@@ -71,7 +54,8 @@ private:
     QueueTime m_now{std::chrono::hours(1)};
     bool m_isTidy; // rests, and restarts in order; where not, only SQLite's own limit keeps the log short
     bool m_isBroken = false;
-    Phase m_phase = Opening;
-    std::unique_ptr<Queue> m_queue;
+    bool m_isResting = false;
+    std::optional<DBQueueBroker> m_broker; // both sides of the queue, as a till has them
+    std::optional<QueueDelivery> m_delivery;
     QList<QJsonObject> m_delivered; // by the step in hand
 };

@@ -1,0 +1,107 @@
+// The faults, carried out.
+#include "proxy.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+#include <utility>
+
+namespace sim {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto latency = 100ms;
+constexpr auto longestSilence = 60s; // longer than a till waits
+
+/// Has the first `size` bytes of the body sent in parts; where that is not all, the connection ends then.
+void trickle(httplib::Response &response, std::size_t size, std::size_t part, std::chrono::milliseconds pause)
+{
+    if (response.body.empty())
+        return;
+    const std::string type = response.get_header_value("Content-Type");
+    response.headers.clear();
+    const std::size_t whole = response.body.size();
+    response.set_content_provider(
+        whole, type, [=, body = std::exchange(response.body, {})](auto offset, auto, auto &sink) {
+            std::this_thread::sleep_for(pause);
+            return offset < size && sink.write(body.data() + offset, std::min(part, size - offset));
+        });
+}
+
+} // namespace
+
+Proxy::Proxy(int servicePort, ProxyFaults &faults, ProxyRecord &record)
+    : m_servicePort(servicePort), m_faults(faults), m_record(record)
+{
+    const auto handler = [this](const auto &request, auto &response) { carry(request, response); };
+    m_server.Get(".*", handler);
+    m_server.Post(".*", handler);
+}
+
+void Proxy::carry(const httplib::Request &request, httplib::Response &response)
+{
+    const ProxyFault *fault = m_faults.draw();
+    if (fault && fault->answer == ProxyFault::Answer::Late)
+        std::this_thread::sleep_for(latency);
+    if ((!fault || fault->processed) && !ask(request, response))
+        return m_connections.cut(request.remote_port); // The service is gone, and the till sees it.
+    if (!fault)
+        return;
+    m_record.fault(fault->name);
+    spoil(*fault, request.remote_port, response);
+}
+
+/// False when the service is gone: perhaps with the request processed, perhaps not.
+bool Proxy::ask(const httplib::Request &request, httplib::Response &response)
+{
+    httplib::Request forwarded;
+    forwarded.method = request.method;
+    forwarded.path = request.target;
+    forwarded.headers = request.headers;
+    forwarded.body = request.body;
+    for (const char *added : {"REMOTE_ADDR", "REMOTE_PORT", "LOCAL_ADDR", "LOCAL_PORT"}) // by the library
+        forwarded.headers.erase(added);
+    httplib::Client service("127.0.0.1", m_servicePort);
+    service.set_url_encode(false);
+    service.set_tcp_nodelay(true);
+    service.set_read_timeout(longestSilence);
+    const httplib::Result answer = service.send(forwarded);
+    if (!answer)
+        return false;
+    m_record.served(request, *answer);
+    response.status = answer->status;
+    response.set_content(answer->body, answer->get_header_value("Content-Type"));
+    return true;
+}
+
+void Proxy::spoil(const ProxyFault &fault, int tillsPort, httplib::Response &response) const
+{
+    using Answer = ProxyFault::Answer;
+    const std::size_t size = response.body.size();
+    switch (fault.answer) {
+    case Answer::Late:
+        return;
+    case Answer::Slow:
+        return trickle(response, size, 32, 5ms);
+    case Answer::Dripping:
+        return trickle(response, size, 1, 100ms);
+    case Answer::Cut:
+        return trickle(response, size / 2, size / 2, 0ms);
+    case Answer::Halved:
+        return response.body.resize(size / 2);
+    case Answer::Nothing:
+        m_connections.waitForHangUp(tillsPort, longestSilence);
+        return m_connections.cut(tillsPort);
+    case Answer::Reset:
+        return m_connections.reset(tillsPort);
+    case Answer::Closed:
+        return m_connections.cut(tillsPort);
+    case Answer::Replaced:
+        response.status = fault.status;
+        return response.set_content(fault.body, fault.type);
+    }
+}
+
+} // namespace sim

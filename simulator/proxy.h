@@ -1,0 +1,27 @@
+// The fault proxy: does to the exchanges of a till and its service what networks and gateways do.
+#pragma once
+
+#include "loopback_server.h"
+#include "proxy_fault.h"
+#include "proxy_record.h"
+
+namespace sim {
+
+/// Carries each request to the service at most once: what the service gets twice, the till has sent twice.
+class Proxy : public LoopbackServer
+{
+public:
+    /// Both must outlive the proxy.
+    Proxy(int servicePort, ProxyFaults &faults, ProxyRecord &record);
+
+private:
+    void carry(const httplib::Request &request, httplib::Response &response);
+    bool ask(const httplib::Request &request, httplib::Response &response);
+    void spoil(const ProxyFault &fault, int tillsPort, httplib::Response &response) const;
+
+    int m_servicePort;
+    ProxyFaults &m_faults;
+    ProxyRecord &m_record;
+};
+
+} // namespace sim

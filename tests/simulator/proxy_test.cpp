@@ -1,0 +1,73 @@
+// The fault proxy does what its faults are called: what a till's client sees, and whether the service got the request.
+#include "proxy.h"
+#include "simulator_fixture.h"
+#include "tests/support/file.h"
+
+#include <net/restclient.h>
+
+#include <QtCore/QJsonObject>
+
+using namespace Qt::Literals::StringLiterals;
+using Error = QNetworkReply::NetworkError;
+
+namespace sim {
+
+/// What the till's client must make of it.
+static Error expectedError(const ProxyFault &fault)
+{
+    switch (fault.answer) {
+    case ProxyFault::Answer::Late:
+    case ProxyFault::Answer::Slow:
+        return Error::NoError;
+    case ProxyFault::Answer::Dripping:
+    case ProxyFault::Answer::Nothing:
+        return Error::TimeoutError;
+    case ProxyFault::Answer::Halved:
+        return Error::UnknownContentError;
+    case ProxyFault::Answer::Replaced:
+        return fault.body.empty()     ? Error::ProtocolFailure
+               : fault.body[0] == '{' ? Error::NoError
+                                      : Error::UnknownContentError;
+    default:
+        return Error::RemoteHostClosedError;
+    }
+}
+
+static http::Response ask(int port)
+{
+    RestClient client;
+    client.setTimeout(1000);
+    const QString url = u"http://127.0.0.1:%1/api/ax/xpp/v1/searchCustomer?Brand=K&CardNumber=7770000000001"_s;
+    client.request(QNetworkAccessManager::GetOperation, QUrl(url.arg(port)), {},
+                   {{u"Authorization"_s, u"Basic dTpw"_s}});
+    return client.response();
+}
+
+using FaultProxy = SimulatorTest;
+
+TEST_F(FaultProxy, DoesWhatTheFaultIsCalled)
+{
+    ProxyRecord record(folder / "record");
+    int processed = 0;
+    for (const ProxyFault &fault : allProxyFaults()) {
+        SCOPED_TRACE(fault.name);
+        ProxyFaults faults(0, 1, fault.name);
+        Proxy proxy(port, faults, record);
+        const int proxyPort = proxy.bind(0);
+        const std::jthread serving([&proxy] { proxy.run(); });
+        const http::Response response = ask(proxyPort);
+        proxy.stop();
+        const Error error = expectedError(fault);
+        const bool good = error == Error::NoError && fault.answer != ProxyFault::Answer::Replaced;
+        EXPECT_EQ(response.networkError(), error);
+        EXPECT_EQ(response.status(), good ? 200 : error == Error::NoError ? fault.status : 0);
+        EXPECT_EQ(response.json().object().value(u"success").toBool(), good);
+        processed += fault.processed ? 1 : 0;
+        EXPECT_EQ(caller.requests()["counts"]["searchCustomer"], processed);
+    }
+    const QByteArray lines = readFile(QString::fromStdString(folder / "record"));
+    EXPECT_EQ(lines.count("\"fault\""), allProxyFaults().size());
+    EXPECT_EQ(lines.count("\"accepted\":true"), processed);
+}
+
+} // namespace sim
