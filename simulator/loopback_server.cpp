@@ -59,9 +59,11 @@ bool LoopbackServer::run()
 
 void LoopbackServer::stop()
 {
-    m_started.get_future().wait();
-    m_server.stop();
-    m_connections.stopIdle();
+    std::call_once(m_stopped, [this] {
+        m_started.get_future().wait();
+        m_server.stop();
+        m_connections.stopIdle();
+    });
 }
 
 } // namespace sim

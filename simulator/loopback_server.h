@@ -6,6 +6,7 @@
 #include <httplib.h>
 
 #include <future>
+#include <mutex>
 
 namespace sim {
 
@@ -25,7 +26,7 @@ public:
     /// Serves until stop(); running requests are finished before it returns. False when accepting failed.
     bool run();
 
-    /// Once, from another thread than run(); waits until run() has begun.
+    /// From another thread than run(); waits until run() has begun. From here on connections are refused.
     virtual void stop();
 
 protected:
@@ -34,6 +35,7 @@ protected:
 
 private:
     std::promise<void> m_started;
+    std::once_flag m_stopped;
 };
 
 } // namespace sim

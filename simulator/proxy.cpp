@@ -42,7 +42,7 @@ Proxy::Proxy(int servicePort, ProxyFaults &faults, ProxyRecord &record)
 
 void Proxy::carry(const httplib::Request &request, httplib::Response &response)
 {
-    const ProxyFault *fault = m_faults.draw();
+    const ProxyFault *fault = m_faults.draw(isKept(request.remote_port));
     if (fault && fault->answer == ProxyFault::Answer::Late)
         std::this_thread::sleep_for(latency);
     if ((!fault || fault->processed) && !ask(request, response))
@@ -76,7 +76,7 @@ bool Proxy::ask(const httplib::Request &request, httplib::Response &response)
     return true;
 }
 
-void Proxy::spoil(const ProxyFault &fault, int tillsPort, httplib::Response &response) const
+void Proxy::spoil(const ProxyFault &fault, int tillsPort, httplib::Response &response)
 {
     using Answer = ProxyFault::Answer;
     const std::size_t size = response.body.size();
@@ -98,10 +98,19 @@ void Proxy::spoil(const ProxyFault &fault, int tillsPort, httplib::Response &res
         return m_connections.reset(tillsPort);
     case Answer::Closed:
         return m_connections.cut(tillsPort);
+    case Answer::Refused:
+        stop(); // first: when the till sees the end of its connection, it finds nobody any more
+        return m_connections.cut(tillsPort);
     case Answer::Replaced:
         response.status = fault.status;
         return response.set_content(fault.body, fault.type);
     }
+}
+
+bool Proxy::isKept(int tillsPort)
+{
+    const std::scoped_lock lock(m_mutex);
+    return !m_tillsPorts.insert(tillsPort).second;
 }
 
 } // namespace sim

@@ -7,7 +7,8 @@
 
 namespace sim {
 
-/// Carries each request to the service at most once: what the service gets twice, the till has sent twice.
+/// Carries each request to the service at most once: what the service gets twice, the till has sent twice. It stops by
+/// itself when connections are to be refused.
 class Proxy : public LoopbackServer
 {
 public:
@@ -17,11 +18,14 @@ public:
 private:
     void carry(const httplib::Request &request, httplib::Response &response);
     bool ask(const httplib::Request &request, httplib::Response &response);
-    void spoil(const ProxyFault &fault, int tillsPort, httplib::Response &response) const;
+    void spoil(const ProxyFault &fault, int tillsPort, httplib::Response &response);
+    bool isKept(int tillsPort);
 
     int m_servicePort;
     ProxyFaults &m_faults;
     ProxyRecord &m_record;
+    std::mutex m_mutex;
+    std::set<int> m_tillsPorts; ///< Of connections that have carried requests.
 };
 
 } // namespace sim

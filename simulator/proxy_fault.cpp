@@ -13,9 +13,13 @@ std::vector<ProxyFault> makeFaults()
 {
     using Answer = ProxyFault::Answer;
     std::vector<ProxyFault> faults{
-        {"latency", true, Answer::Late},          {"low bandwidth", true, Answer::Slow},
-        {"slow drip", true, Answer::Dripping},    {"answer cut", true, Answer::Cut},
-        {"malformed JSON", true, Answer::Halved}, {"connection ends", true, Answer::Closed},
+        {"latency", true, Answer::Late},
+        {"low bandwidth", true, Answer::Slow},
+        {"slow drip", true, Answer::Dripping},
+        {"answer cut", true, Answer::Cut},
+        {"malformed JSON", true, Answer::Halved},
+        {"connection refused", false, Answer::Refused},
+        {"kept connection ends", true, Answer::Closed, true},
     };
     const auto add = [&faults](const ProxyFault &fault) {
         for (const bool processed : {false, true}) {
@@ -26,10 +30,11 @@ std::vector<ProxyFault> makeFaults()
     };
     add({"reset", false, Answer::Reset});
     add({"time-out", false, Answer::Nothing});
-    add({"status 500 with a page", false, Answer::Replaced, 500, "text/html", "<html>Internal Server Error</html>"});
-    add({"status 500 without a body", false, Answer::Replaced, 500, "text/plain", ""});
+    add({"status 500 with a page", false, Answer::Replaced, false, 500, "text/html",
+         "<html>Internal Server Error</html>"});
+    add({"status 500 without a body", false, Answer::Replaced, false, 500, "text/plain", ""});
     for (const int status : {200, 400, 404, 500})
-        add({"refusal with " + std::to_string(status), false, Answer::Replaced, status, "application/json",
+        add({"refusal with " + std::to_string(status), false, Answer::Replaced, false, status, "application/json",
              R"({"success": false, "message": "Forged refusal"})"});
     return faults;
 }
@@ -50,12 +55,13 @@ ProxyFaults::ProxyFaults(std::uint64_t seed, double rate, const std::string &onl
         throw std::runtime_error("there is no fault \"" + only + "\"");
 }
 
-const ProxyFault *ProxyFaults::draw()
+const ProxyFault *ProxyFaults::draw(bool kept)
 {
     const std::scoped_lock lock(m_mutex);
     if (!std::bernoulli_distribution(m_rate)(m_random))
         return nullptr;
-    return &m_faults[std::uniform_int_distribution<std::size_t>(0, m_faults.size() - 1)(m_random)];
+    const ProxyFault &fault = m_faults[std::uniform_int_distribution<std::size_t>(0, m_faults.size() - 1)(m_random)];
+    return kept || !fault.needsKept ? &fault : nullptr;
 }
 
 } // namespace sim

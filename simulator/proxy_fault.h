@@ -21,12 +21,14 @@ struct ProxyFault
         Halved,   ///< Half of the JSON, as a complete answer.
         Reset,    ///< The connection is reset.
         Closed,   ///< The connection ends.
+        Refused,  ///< The connection ends, and others are refused for a while.
         Replaced, ///< `body` with `status`, which the service has never said.
     };
 
     std::string name;
     bool processed = false; ///< The service gets the request.
     Answer answer = Answer::Late;
+    bool needsKept = false; ///< For a connection that has carried requests before.
     int status = 0;
     std::string type = {};
     std::string body = {};
@@ -43,8 +45,8 @@ public:
     /// is; empty for all kinds. Throws std::runtime_error for an unknown name.
     ProxyFaults(std::uint64_t seed, double rate, const std::string &only);
 
-    /// A fault for the next exchange, null for none.
-    const ProxyFault *draw();
+    /// A fault for the next exchange, null for none. `kept`: its connection has carried requests before.
+    const ProxyFault *draw(bool kept);
 
 private:
     std::mutex m_mutex;

@@ -4,6 +4,9 @@
 #include <CLI/CLI.hpp>
 
 #include <iostream>
+#include <thread>
+
+constexpr auto outage = std::chrono::milliseconds(300);
 
 int main(int argc, char *argv[])
 try {
@@ -25,9 +28,15 @@ try {
     CLI11_PARSE(app, argc, argv);
     sim::ProxyFaults faults(seed, rate, only);
     sim::ProxyRecord record(recordFile);
-    sim::Proxy proxy(servicePort, faults, record);
-    std::cout << proxy.bind(port) << std::endl;
-    return proxy.run() ? 0 : 1;
+    for (bool isFirst = true;; isFirst = false) {
+        sim::Proxy proxy(servicePort, faults, record);
+        port = proxy.bind(port);
+        if (isFirst)
+            std::cout << port << std::endl;
+        if (!proxy.run())
+            return 1;
+        std::this_thread::sleep_for(outage); // connections are to be refused
+    }
 } catch (const std::exception &error) {
     std::cerr << "fault-proxy: " << error.what() << std::endl;
     return 2;

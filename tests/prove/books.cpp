@@ -2,8 +2,9 @@
 #include "books.h"
 
 #include <QtCore/QJsonArray>
-#include <QtCore/QMap>
 #include <QtCore/QSet>
+
+#include <algorithm>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -22,8 +23,17 @@ qint64 hundredths(const QJsonValue &object, QStringView key)
     return text(object, key).remove(u'.').toLongLong();
 }
 
-/// Earned less spent, by card.
-QMap<QString, qint64> judgeChecks(const QList<QJsonObject> &journal, Books &books)
+/// The orders that are bound to a check, by check.
+QMap<QString, int> boundOrders(const QJsonArray &orders)
+{
+    QMap<QString, int> bound;
+    for (const QJsonValue order : orders)
+        bound[text(order, u"orderId")] += text(order, u"state") == u"bound" ? 1 : 0;
+    return bound;
+}
+
+/// Earned less spent, by card. `bound`: orders by check.
+QMap<QString, qint64> judgeChecks(const QList<QJsonObject> &journal, const QMap<QString, int> &bound, Books &books)
 {
     QMap<QString, qint64> points;
     QSet<QString> names;
@@ -39,8 +49,11 @@ QMap<QString, qint64> judgeChecks(const QList<QJsonObject> &journal, Books &book
             continue;
         ++books.closedWithCard;
         points[card] += hundredths(check, u"earned") - hundredths(check, u"spent");
-        if (text(check, u"basket").isEmpty())
-            books.findings.append(u"check %1 has a card and no order"_s.arg(name));
+        const int orders = bound.value(name);
+        books.lost += orders == 0 ? 1 : 0;
+        books.doubled += std::max(orders - 1, 0);
+        if (orders != 1)
+            books.findings.append(u"check %1 has a card and %2 bound orders"_s.arg(name, QString::number(orders)));
     }
     return points;
 }
@@ -75,8 +88,9 @@ void judgeBalances(const QJsonObject &ledger, const QMap<QString, qint64> &point
 Books judge(const QList<QJsonObject> &journal, const QJsonObject &ledger)
 {
     Books books;
-    judgeBalances(ledger, judgeChecks(journal, books), books);
-    judgeOrders(ledger.value(u"orders").toArray(), books);
+    const QJsonArray orders = ledger.value(u"orders").toArray();
+    judgeBalances(ledger, judgeChecks(journal, boundOrders(orders), books), books);
+    judgeOrders(orders, books);
     return books;
 }
 
@@ -87,7 +101,8 @@ Traffic count(const QList<QJsonObject> &record)
     for (const QJsonObject &entry : record) {
         const QString method = text(entry, u"method");
         const QString basket = text(entry, u"basket");
-        traffic.faults += entry.contains(u"fault") ? 1 : 0;
+        if (const QString fault = text(entry, u"fault"); !fault.isEmpty())
+            ++traffic.faults[fault];
         if (basket.isEmpty())
             continue;
         if (!entry.value(u"accepted").toBool()) {

@@ -4,6 +4,7 @@
 
 #include <QtCore/QJsonObject>
 #include <QtCore/QList>
+#include <QtCore/QMap>
 #include <QtCore/QStringList>
 
 namespace prove {
@@ -13,6 +14,8 @@ struct Books
     int closed = 0;
     int closedWithCard = 0;
     int voided = 0;
+    int lost = 0;         ///< Closed with a card, and no order is bound to them.
+    int doubled = 0;      ///< Orders bound to them beyond the first.
     QStringList findings; ///< Sentences; empty when all is well.
 };
 
@@ -23,9 +26,9 @@ Books judge(const QList<QJsonObject> &journal, const QJsonObject &ledger);
 /// What went over the wire.
 struct Traffic
 {
-    int faults = 0;
-    int refused = 0; ///< Requests about an order that the service itself would not accept.
-    int repeats = 0; ///< Deliveries of the very same booking beyond the first accepted one.
+    QMap<QString, int> faults; ///< By kind.
+    int refused = 0;           ///< Requests about an order that the service itself would not accept.
+    int repeats = 0;           ///< Deliveries of the very same booking beyond the first accepted one.
 };
 
 /// `record`: the fault proxy's lines.

@@ -13,7 +13,7 @@ const QByteArray goodBooks = R"({
     "journal": [{"check": "A", "outcome": "closed", "card": "7", "basket": "b1", "spent": "10.00", "earned": "4.50"},
                 {"check": "B", "outcome": "voided", "card": "7", "basket": "b2", "spent": "0.00", "earned": "1.00"}],
     "customers": [{"CustAccount": "C", "Cards": ["7"], "Balance": "94.50"}],
-    "orders": [{"basket": "b1", "state": "bound"}, {"basket": "b2", "state": "cancelled"}],
+    "orders": [{"basket": "b1", "state": "bound", "orderId": "A"}, {"basket": "b2", "state": "cancelled"}],
     "movements": [{"account": "C", "kind": "opening", "points": "100.00"},
                   {"account": "C", "kind": "spend", "points": "-10.00"}],
     "record": [{"method": "postOrder", "basket": "b1", "body": "1", "accepted": true},
@@ -46,7 +46,8 @@ TEST(ProofBooks, SpoiltAreFoundOut)
         const char *after;
         const char *finding;
     } cases[] = {
-        {R"("basket": "b1", "spent")", R"("basket": "", "spent")", "check A has a card and no order"},
+        {R"("orderId": "A")", R"("orderId": "B")", "check A has a card and 0 bound orders"},
+        {R"("cancelled")", R"("bound", "orderId": "A")", "check A has a card and 2 bound orders"},
         {R"("check": "B")", R"("check": "A")", "check A is in the journal twice"},
         {R"("cancelled")", R"("created")", "order b2 is left created"},
         {R"("bound")", R"("posted")", "order b1 is left posted"},

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <numeric>
 
 using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
@@ -26,6 +27,13 @@ constexpr int lastAttempts = 5;
 void print(const QString &name, qint64 figure)
 {
     std::printf("%-44s %7lld\n", qPrintable(name), figure);
+}
+
+void print(const QString &name, const QMap<QString, int> &figures)
+{
+    print(name, std::accumulate(figures.cbegin(), figures.cend(), 0));
+    for (auto figure = figures.cbegin(); figure != figures.cend(); ++figure)
+        print(u"  "_s + figure.key(), figure.value());
 }
 
 } // namespace
@@ -184,12 +192,13 @@ void Proof::judge()
     print(u"sales voided"_s, books.voided);
     print(u"cards removed, each after a failure"_s, m_shop.cardsRemoved());
     judgeTraffic();
+    print(u"lost"_s, books.lost);
+    print(u"doubled"_s, books.doubled);
 }
 
 void Proof::judgeTraffic()
 {
-    for (auto kills = m_shop.kills().cbegin(); kills != m_shop.kills().cend(); ++kills)
-        print(u"killed: "_s + kills.key(), kills.value());
+    print(u"processes killed"_s, m_shop.kills());
     const Traffic traffic = count(m_shop.record());
     print(u"exchanges that met with a fault"_s, traffic.faults);
     print(u"refused requests sent again"_s, m_sentAgain);

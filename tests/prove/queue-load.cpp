@@ -1,5 +1,6 @@
-// A long queue, drained into a real HTTP server: what arrives, in which order, what is set aside, and how fast. Exit
-// status 1: a count or an order was wrong.
+// A long queue, drained into a real HTTP server: what arrives, in which order, what is set aside, and how fast, beside
+// the same bytes sent by bare libcurl in the same run. Exit status 1: a count or an order was wrong.
+#include "bench/barecurl.h"
 #include "client/interface.h"
 #include "simulator/loopback_server.h"
 #include "tests/support/fakeconfig.h"
@@ -25,6 +26,7 @@ namespace {
 constexpr int eventsPerOrder = 20;
 constexpr int eventsPerRefusal =
     100; // one in this many is refused: the last of its order, so that none waits behind it
+constexpr const char *accepting = R"({"success":true})";
 constexpr auto longestDrain = std::chrono::minutes(10);
 
 using Numbers = QMap<QString, QList<int>>; ///< Of the events of each order.
@@ -53,6 +55,8 @@ public:
     explicit Receiver(const Load &load) : m_load(load)
     {
         m_server.Post("/queue", [this](const auto &request, auto &response) { receive(request, response); });
+        m_server.Post("/bare",
+                      [](const auto &, auto &response) { response.set_content(accepting, "application/json"); });
     }
 
     /// As they came. To be called when nothing is sent any more.
@@ -67,7 +71,7 @@ private:
         const int number = event.value(u"number").toInt(-1);
         const bool isRefused = m_load.refused.value(basket).contains(number);
         response.status = isRefused ? 404 : 200;
-        response.set_content(isRefused ? R"({"success":false,"message":"order not found"})" : R"({"success":true})",
+        response.set_content(isRefused ? R"({"success":false,"message":"order not found"})" : accepting,
                              "application/json");
         const std::scoped_lock lock(m_mutex);
         (isRefused ? refused : accepted)[basket].append(number);
@@ -120,6 +124,18 @@ void drain()
         std::cout << "FAILED: the queue was not drained in time\n";
 }
 
+void sendByBareCurl(const QList<QJsonObject> &events, const QByteArray &url)
+{
+    QList<bench::Exchange> exchanges;
+    for (const QJsonObject &event : events)
+        exchanges.append({url,
+                          QJsonDocument(event.value(u"payload").toObject()).toJson(QJsonDocument::Compact),
+                          {"Content-Type: application/json"}});
+    bench::BareCurl curl(exchanges.constFirst());
+    for (const bench::Exchange &exchange : exchanges)
+        curl.send(exchange);
+}
+
 /// Each order's events have come exactly once and in their order, and what was refused is all that is left.
 bool judge(const Load &load, const Receiver &receiver)
 {
@@ -161,7 +177,8 @@ bool run(const Load &load)
     const QList<QJsonObject> events = makeEvents(load, QUrl(address + u"/queue"_s));
     const qint64 pushed = rate(load, [&events] { push(events); });
     const qint64 drained = rate(load, drain);
-    std::cout << "pushed " << pushed << "/s, drained " << drained << "/s\n";
+    const qint64 bare = rate(load, [&] { sendByBareCurl(events, address.toUtf8() + "/bare"); });
+    std::cout << "pushed " << pushed << "/s, drained " << drained << "/s, bare libcurl " << bare << "/s\n";
     return judge(load, receiver);
 }
 

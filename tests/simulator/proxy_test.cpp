@@ -55,7 +55,14 @@ TEST_F(FaultProxy, DoesWhatTheFaultIsCalled)
         Proxy proxy(port, faults, record);
         const int proxyPort = proxy.bind(0);
         const std::jthread serving([&proxy] { proxy.run(); });
+        if (fault.needsKept) {
+            EXPECT_EQ(ask(proxyPort).status(), 200);
+            ++processed;
+        }
         const http::Response response = ask(proxyPort);
+        if (fault.answer == ProxyFault::Answer::Refused) {
+            EXPECT_EQ(ask(proxyPort).networkError(), Error::ConnectionRefusedError);
+        }
         proxy.stop();
         const Error error = expectedError(fault);
         const bool good = error == Error::NoError && fault.answer != ProxyFault::Answer::Replaced;
