@@ -28,12 +28,16 @@ QHash<QString, QString> commonHeaders(const QString &user, const QString &passwo
             {u"Content-Type"_s, u"application/json"_s}};
 }
 
+bool isLoopback(const QString &host)
+{
+    return host == "localhost"_L1 || QHostAddress(host).isLoopback();
+}
+
 // Once per process: a till has a client in the plugin and one at its queue.
 void warnOfPlainHttp(const QUrl &url, Log4Qt::Logger &logger)
 {
     static std::atomic_flag warned;
-    const bool loopback = url.host() == "localhost"_L1 || QHostAddress(url.host()).isLoopback();
-    if (url.scheme() != "http"_L1 || loopback || warned.test_and_set())
+    if (url.scheme() != "http"_L1 || isLoopback(url.host()) || warned.test_and_set())
         return;
     logger.warn(
         u"Обмен с %1 пойдёт без шифрования (http): пароль и данные покупателей будут видны в сети, укажите https "

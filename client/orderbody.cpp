@@ -1,7 +1,7 @@
 // The order body: how a check is told to the loyalty service.
 #include "client/interface.h"
 
-#include <map>
+#include <QtCore/QHash>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -18,14 +18,8 @@ struct PositionSums
 
 struct ImpactSums
 {
-    std::map<int, PositionSums> positions;
+    QHash<int, PositionSums> positions;
     double payment = 0; ///< Of the whole check.
-
-    PositionSums of(int position) const
-    {
-        const auto found = positions.find(position);
-        return found == positions.end() ? PositionSums() : found->second;
-    }
 };
 
 bool isPayment(const DocumentImpactDetail &totals)
@@ -37,10 +31,10 @@ ImpactSums foldImpacts(const AbstractDocument &document)
 {
     ImpactSums sums;
     const auto addDetails = [&sums](const DocumentImpact &impact, double PositionSums::*sum) {
-        for (const auto &detail : impact.getDetails())
+        for (const auto details = impact.getDetails(); const auto &detail : details)
             sums.positions[detail->getPosition()].*sum += detail->getDiscountSum();
     };
-    for (const auto &impact : document.getDiscountImpacts()) {
+    for (const auto impacts = document.getDiscountImpacts(); const auto &impact : impacts) {
         const auto totals = impact->getTotals();
         if (isPayment(*totals)) {
             addDetails(*impact, &PositionSums::payment);
@@ -102,8 +96,8 @@ QJsonObject Interface::createOrderBody(const QSharedPointer<AbstractDocument> &d
 {
     const ImpactSums sums = foldImpacts(*document);
     QJsonArray lines;
-    for (const auto &item : document->getGoodsItems())
-        lines.append(orderLine(*item, sums.of(item->getPosnum()), forbidDiscount));
+    for (const auto items = document->getGoodsItems(); const auto &item : items)
+        lines.append(orderLine(*item, sums.positions.value(item->getPosnum()), forbidDiscount));
     const QString basket = card->getOperationId();
     return {{u"brand"_s, brand},
             {u"cardNumber"_s, card->getNumber().toString()},

@@ -47,6 +47,7 @@ BonusImpactPtrList Plugin::createBonusImpacts(const QSharedPointer<DocumentCardR
     const QDateTime now = MockFactory<CurrentTime>::create()->currentDateTime();
     BonusImpactPtrList impacts;
     const QJsonArray lines = response.redeemPoints();
+    impacts.reserve(lines.size());
     for (const auto &entry : lines) {
         const QJsonObject line = entry.toObject();
         const double points = line.value("points"_L1).toDouble();

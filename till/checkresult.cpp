@@ -29,10 +29,10 @@ QString outcomeOf(const SaleDocument &document)
 QHash<int, Money> spentByPosition(const SaleDocument &document)
 {
     QHash<int, Money> spent;
-    for (const auto &impact : document.getDiscountImpacts()) {
+    for (const auto impacts = document.getDiscountImpacts(); const auto &impact : impacts) {
         if (impact->getTotals()->getDiscountType() != EDiscountType::Bonus)
             continue;
-        for (const auto &detail : impact->getDetails())
+        for (const auto details = impact->getDetails(); const auto &detail : details)
             spent[detail->getPosition()] += Money::fromRubles(detail->getDiscountSum());
     }
     return spent;
@@ -42,7 +42,7 @@ QList<ResultLine> linesOf(const SaleDocument &document)
 {
     const QHash<int, Money> spent = spentByPosition(document);
     QList<ResultLine> lines;
-    for (const auto &item : document.getGoodsItems()) {
+    for (const auto items = document.getGoodsItems(); const auto &item : items) {
         const Money points = spent.value(item->getPosnum());
         const Money otherDiscounts = item->getDiscountSum() - points;
         lines.append({item->getPosnum(), item->getTmc()->getName(), item->getQuantity(), item->getPrice(),

@@ -179,7 +179,7 @@ void CheckSession::spend()
     save();
     m_system.spendPoints();
     if (card()) {
-        for (const auto &impact : m_system.getBonusImpactsForSpend())
+        for (const auto impacts = m_system.getBonusImpactsForSpend(); const auto &impact : impacts)
             m_document->addImpact(impact);
     }
     m_state.orderUncertain = false;

@@ -173,6 +173,7 @@ QList<DocumentBonusRecord> BasicLoyaltySystem::distributeBonusRecord(const QShar
     }
     const QList<Money> parts = Money::distribute(Money::fromRubles(record.amount), weights);
     QList<DocumentBonusRecord> distributed;
+    distributed.reserve(parts.size());
     for (qsizetype i = 0; i < parts.size(); ++i) {
         if (parts[i].isZero())
             continue;
