@@ -29,12 +29,12 @@ std::vector<Comparison> comparisons()
 {
     std::vector<Comparison> all = {
         {"exchange_vs_curl", 1.35, 2000, exchangeVsCurl},
-        {"exchange_vs_qnam", 0.45, 1000, exchangeVsQnam},
+        {"exchange_vs_qnam", 0.45, 300, exchangeVsQnam},
         {"sale_vs_curl_20", 2.0, 2000, [](Pairs &pairs) { saleVsCurl(pairs, 20); }},
         {"sale_vs_floor_1000", 2.0, 100, [](Pairs &pairs) { saleVsFloor(pairs, 1000); }},
         {"body_vs_qjson", 1.25, 1000, [](Pairs &pairs) { bodyVsQJson(pairs, 100); }},
         {"body_vs_nlohmann", 2.3, 1000, [](Pairs &pairs) { bodyVsNlohmann(pairs, 100); }},
-        {"body_growth", 1.15, 60, bodyGrowth},
+        {"body_growth", 1.15, 200, bodyGrowth},
         {"unchanged_vs_body", 2.5, 1000, unchangedVsBody},
         {"push_vs_sqlite", 1.35, 500, pushVsSqlite},
         {"drain_vs_curl", 2.5, 15, drainVsCurl},
