@@ -47,6 +47,11 @@ void Connections::cut(int remotePort) const
     });
 }
 
+void Connections::cutAll() const
+{
+    forEach([](int descriptor, int) { ::shutdown(descriptor, SHUT_RDWR); });
+}
+
 void Connections::reset(int remotePort) const
 {
     forEach([=](int descriptor, int port) {

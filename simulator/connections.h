@@ -22,6 +22,7 @@ public:
 
     /// Closes the connection at once; the peer sees its end.
     void cut(int remotePort) const;
+    void cutAll() const;
 
     /// The same, but the peer sees "connection reset".
     void reset(int remotePort) const;

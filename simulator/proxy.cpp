@@ -99,8 +99,8 @@ void Proxy::spoil(const ProxyFault &fault, int tillsPort, httplib::Response &res
     case Answer::Closed:
         return m_connections.cut(tillsPort);
     case Answer::Refused:
-        stop(); // first: when the till sees the end of its connection, it finds nobody any more
-        return m_connections.cut(tillsPort);
+        stop();                        // first: when the till sees the end of its connection, it finds nobody any more
+        return m_connections.cutAll(); // a kept one would hold up the end of the outage
     case Answer::Replaced:
         response.status = fault.status;
         return response.set_content(fault.body, fault.type);

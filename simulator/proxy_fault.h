@@ -21,7 +21,7 @@ struct ProxyFault
         Halved,   ///< Half of the JSON, as a complete answer.
         Reset,    ///< The connection is reset.
         Closed,   ///< The connection ends.
-        Refused,  ///< The connection ends, and others are refused for a while.
+        Refused,  ///< All connections end, and new ones are refused for a while.
         Replaced, ///< `body` with `status`, which the service has never said.
     };
 

@@ -6,7 +6,7 @@
 #include <iostream>
 #include <thread>
 
-constexpr auto outage = std::chrono::milliseconds(300);
+constexpr auto outage = std::chrono::milliseconds(50);
 
 int main(int argc, char *argv[])
 try {
