@@ -10,7 +10,7 @@
 
 using namespace Qt::Literals::StringLiterals;
 
-TEST(JsonWriter, IsWhatQtWrites)
+TEST(JsonText, IsWhatQtWrites)
 {
     QString characters = u"😀 \U0010ffff"_s;
     for (char16_t character = 0; character < 0xd800; ++character)

@@ -9,6 +9,7 @@
 #include <log4qt/logmanager.h>
 #include <netdb.h>
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QJsonObject>
 #include <QtCore/QScopeGuard>
 
@@ -21,6 +22,17 @@ namespace {
 
 constexpr auto get = QNetworkAccessManager::GetOperation;
 constexpr auto post = QNetworkAccessManager::PostOperation;
+
+/// Qt's data about the main thread ends with it, as in every host.
+class Application : public testing::Environment
+{
+    int argc = 1;
+    char name[5] = "test";
+    char *argv[2] = {name, nullptr};
+    QCoreApplication application{argc, argv};
+};
+
+const testing::Environment *const application = testing::AddGlobalTestEnvironment(new Application);
 
 const QJsonDocument order(QJsonObject{{u"basket"_s, u"b-1"_s}});
 
