@@ -50,12 +50,11 @@ Interface::Interface() : Interface(utils::ForMock())
 {
     const auto config = Singleton<Config>::instance();
     host = config->getString(u"Kvo:host"_s, u"http://localhost"_s);
-    base = QUrl(host, QUrl::TolerantMode);
     path = toPath(config->getString(u"Kvo:path"_s, u"/api/ax/xpp/v1"_s));
     verificationPath = toPath(config->getString(u"Kvo:verificationPath"_s, u"/api/twofa/msg/v1"_s));
     const QString user = config->getString(u"Kvo:user"_s, QString());
     const QString password = config->getString(u"Kvo:password"_s, QString());
-    warnOfPlainHttp(base, *logger);
+    warnOfPlainHttp(QUrl(host, QUrl::TolerantMode), *logger);
     headers = commonHeaders(user, password);
     timeout = config->getInt(u"Kvo:timeout"_s, 10000);
     brand = config->getString(u"Kvo:brand"_s, QString());

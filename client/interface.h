@@ -122,8 +122,6 @@ private:
     QJsonObject orderReference(const DocumentCardRecord &card) const;
     Response requestResult(const Request &order) const;
     Response sendOrder(const Request &order, DocumentCardRecord &card) const;
-
-    QUrl base; ///< `host`, parsed.
 };
 
 } // namespace kvo

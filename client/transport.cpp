@@ -15,9 +15,10 @@ namespace kvo {
 
 namespace {
 
-QUrl methodUrl(QUrl url, const std::filesystem::path &prefix, const QString &method,
+QUrl methodUrl(const QString &host, const std::filesystem::path &prefix, const QString &method,
                const QUrlQuery &query = QUrlQuery())
 {
+    QUrl url(host, QUrl::TolerantMode);
     url.setPath(QString::fromStdString((prefix / method.toStdString()).native()), QUrl::DecodedMode);
     url.setQuery(query);
     return url;
@@ -54,12 +55,12 @@ template <class Text>
 
 QUrl Interface::getUrl(const QString &method, const QUrlQuery &query) const
 {
-    return methodUrl(base, path, method, query);
+    return methodUrl(host, path, method, query);
 }
 
 QUrl Interface::getVerificationUrl(const QString &method) const
 {
-    return methodUrl(base, verificationPath, method);
+    return methodUrl(host, verificationPath, method);
 }
 
 http::Response Interface::request(const Request &request, bool logOnly) const
