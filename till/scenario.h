@@ -1,7 +1,7 @@
 // A scenario: what the cashier and the customers do at the till, and what is expected to come of it.
 #pragma once
 
-#include <core/money.h>
+#include "goods.h"
 
 #include <QtCore/QList>
 #include <QtCore/QMap>
@@ -12,19 +12,6 @@
 #include <optional>
 
 namespace till {
-
-/// An article that is put on the check.
-struct Goods
-{
-    QString barcode;
-    QString name;
-    double quantity = 1;
-    Money price;
-    QStringList labels; ///< Campaign labels such as "NOSPEND" and "NOBONUS".
-    bool allowDiscount = true;
-    bool allowBonusEarn = true;
-    bool onSale = false;
-};
 
 /// One action of the cashier. Only the values that belong to its kind are set.
 struct Step

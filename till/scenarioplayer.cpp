@@ -22,23 +22,6 @@ namespace {
 /// How long an expected empty queue may take to become empty.
 constexpr std::chrono::seconds deliveryTime{10};
 
-QSharedPointer<GoodsItem> makeItem(const Goods &goods)
-{
-    auto article = QSharedPointer<Tmc>::create();
-    article->setCode(goods.barcode);
-    article->setName(goods.name);
-    article->setPriceSourceType(goods.onSale ? EPriceSourceType::Promotion : EPriceSourceType::Catalogue);
-    auto item = QSharedPointer<GoodsItem>::create();
-    item->setTmc(article);
-    item->setAdditionalBarcode(goods.barcode);
-    item->setQuantity(goods.quantity);
-    item->setPrice(goods.price);
-    item->setAllowDiscount(goods.allowDiscount);
-    item->setAllowBonusEarn(goods.allowBonusEarn);
-    item->setCampaignLabels(QVariantList(goods.labels.cbegin(), goods.labels.cend()));
-    return item;
-}
-
 void printReceipt(const CheckResult &result)
 {
     console::print(receiptText(result, Singleton<DBQueueBroker>::instance()->status()));

@@ -16,30 +16,6 @@ namespace {
 constexpr int highestLine = 9999;
 constexpr int longestHold = 600; // seconds
 
-Goods readGoods(const JsonNode &node)
-{
-    node.requireObject({u"barcode"_s, u"name"_s, u"price"_s, u"quantity"_s, u"labels"_s, u"allowDiscount"_s,
-                        u"allowBonusEarn"_s, u"onSale"_s});
-    Goods goods;
-    goods.barcode = node.at(u"barcode"_s).text();
-    goods.name = node.at(u"name"_s).text();
-    goods.price = node.at(u"price"_s).amount();
-    if (node.has(u"quantity"_s))
-        goods.quantity = node.at(u"quantity"_s).quantity();
-    if (node.has(u"labels"_s)) {
-        for (const JsonNode &label : node.at(u"labels"_s).items())
-            goods.labels.append(label.text());
-    }
-    const auto readFlag = [&node](const QString &key, bool &flag) {
-        if (node.has(key))
-            flag = node.at(key).flag();
-    };
-    readFlag(u"allowDiscount"_s, goods.allowDiscount);
-    readFlag(u"allowBonusEarn"_s, goods.allowBonusEarn);
-    readFlag(u"onSale"_s, goods.onSale);
-    return goods;
-}
-
 void readChange(const JsonNode &node, Step &step)
 {
     node.requireObject({u"line"_s, u"quantity"_s, u"price"_s});

@@ -76,6 +76,11 @@ QString TillHost::journalFile() const
     return QDir(m_dataFolder).absoluteFilePath(m_config->getString(u"Till:journal"_s, u"journal.jsonl"_s));
 }
 
+QString TillHost::goodsFile() const
+{
+    return QDir(m_dataFolder).absoluteFilePath(m_config->getString(u"Till:goods"_s, u"goods.json"_s));
+}
+
 QString TillHost::pluginFolder() const
 {
     return m_config->getString(u"Till:pluginFolder"_s, QCoreApplication::applicationDirPath() + u"/../lib"_s);

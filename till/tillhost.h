@@ -24,6 +24,8 @@ public:
     EndingQueue &queue() const { return *m_queue; }
     QString journalFile() const;
     QString pluginFolder() const;
+    /// The catalogue of goods.
+    QString goodsFile() const;
 
 private:
     void lockDataFolder();

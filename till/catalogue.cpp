@@ -1,0 +1,93 @@
+// Reads the catalogue strictly, and finds articles by barcode or name.
+#include "catalogue.h"
+
+#include "jsonnode.h"
+
+#include <core/basicexception.h>
+
+#include <QtCore/QRegularExpression>
+
+#include <algorithm>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace till {
+
+namespace {
+
+/// For comparison: without the differences that people do not type.
+QString folded(const QString &text)
+{
+    return text.toCaseFolded().replace(u'ё', u'е');
+}
+
+double parseQuantity(const QString &text)
+{
+    static const QRegularExpression form(u"^\\d{1,6}([.,]\\d{1,3})?$"_s);
+    // QString::toDouble reads a point in every locale.
+    const double quantity = form.match(text).hasMatch() ? QString(text).replace(u',', u'.').toDouble() : 0;
+    if (quantity <= 0)
+        throw BasicException(u"Количество \"%1\" не подходит. Введите, например, 3*код или 1,25*код"_s.arg(text));
+    return quantity;
+}
+
+} // namespace
+
+GoodsEntry parseGoodsEntry(const QString &entry)
+{
+    const qsizetype star = entry.indexOf(u'*');
+    GoodsEntry parsed;
+    if (star >= 0)
+        parsed.quantity = parseQuantity(entry.left(star).trimmed());
+    parsed.article = entry.mid(star + 1).trimmed();
+    if (parsed.article.isEmpty())
+        throw BasicException(u"Товар не указан. Введите штрихкод или название"_s);
+    return parsed;
+}
+
+Catalogue::Catalogue(const QString &fileName)
+{
+    const JsonNode root = JsonNode::readFile(fileName);
+    root.requireObject({u"goods"_s});
+    for (const JsonNode &node : root.at(u"goods"_s).items()) {
+        const Goods article = readGoods(node);
+        if (node.has(u"quantity"_s))
+            node.at(u"quantity"_s).fail(u"в справочнике количества не бывает"_s);
+        if (m_byBarcode.contains(article.barcode))
+            node.at(u"barcode"_s).fail(u"штрихкод %1 уже есть выше"_s.arg(article.barcode));
+        m_byBarcode.insert(article.barcode, m_goods.size());
+        m_goods.append(article);
+    }
+}
+
+const Goods *Catalogue::findByBarcode(const QString &barcode) const
+{
+    const auto found = m_byBarcode.constFind(barcode);
+    return found == m_byBarcode.cend() ? nullptr : &m_goods.at(*found);
+}
+
+QList<Goods> Catalogue::search(const QString &words) const
+{
+    const QStringList wanted = folded(words).split(u' ', Qt::SkipEmptyParts);
+    QList<Goods> found;
+    for (const Goods &article : m_goods) {
+        const QString name = folded(article.name);
+        const bool matches =
+            std::all_of(wanted.cbegin(), wanted.cend(), [&name](const QString &word) { return name.contains(word); });
+        if (!wanted.isEmpty() && matches)
+            found.append(article);
+    }
+    return found;
+}
+
+QList<Goods> Catalogue::find(const QString &entry) const
+{
+    const GoodsEntry parsed = parseGoodsEntry(entry);
+    const Goods *article = findByBarcode(parsed.article);
+    QList<Goods> found = article ? QList<Goods>{*article} : search(parsed.article);
+    for (Goods &goods : found)
+        goods.quantity = parsed.quantity;
+    return found;
+}
+
+} // namespace till
