@@ -2,10 +2,11 @@
 #include "dbqueuebroker.h"
 
 #include "queueaccess.h"
-#include "queueerror.h"
 #include "queuesignal.h"
 
 #include <core/jsontext.h>
+
+#include <database/databaseerror.h>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -25,8 +26,8 @@ DBQueueBroker::~DBQueueBroker() = default;
 void DBQueueBroker::push(const QString &owner, const QJsonObject &event, const QString &key)
 {
     if (owner.isEmpty())
-        throw queueerror::make(QueueSettings::configured().name(), u"не указан получатель запроса"_s,
-                               u"push without owner"_s);
+        throw databaseerror::make(u"Очередь запросов «%1»"_s.arg(QueueSettings::configured().name()),
+                                  u"не указан получатель запроса"_s, u"push without owner"_s);
     const QByteArray json = jsontext::compact(QJsonDocument(event));
     access().use([&](QueueStore &store) { store.push(owner, orderOf(event, key), json, currentQueueTime()); });
     QueueSignal::instance().raise();
@@ -40,6 +41,6 @@ DBQueueBroker::Status DBQueueBroker::status() const
 QueueAccess &DBQueueBroker::access() const
 {
     if (!m_access)
-        m_access = std::make_unique<QueueAccess>(QueueSettings::configured(), QueueConnection::Commits::Synced);
+        m_access = std::make_unique<QueueAccess>(QueueSettings::configured(), DatabaseConnection::Commits::Synced);
     return *m_access;
 }

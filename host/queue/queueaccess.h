@@ -9,7 +9,7 @@
 class QueueAccess
 {
 public:
-    QueueAccess(const QueueSettings &settings, QueueConnection::Commits commits)
+    QueueAccess(const QueueSettings &settings, DatabaseConnection::Commits commits)
         : m_settings(settings), m_commits(commits)
     {}
 
@@ -30,6 +30,6 @@ private:
     QueueStore &opened();
 
     QueueSettings m_settings;
-    QueueConnection::Commits m_commits;
+    DatabaseConnection::Commits m_commits;
     std::optional<QueueStore> m_store;
 };

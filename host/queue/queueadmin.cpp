@@ -2,7 +2,6 @@
 #include "queueadmin.h"
 
 #include "eventmask.h"
-#include "queuelease.h"
 #include "queuesignal.h"
 #include "queuestore.h"
 
@@ -37,8 +36,8 @@ QString describe(QueueAdmin::State state)
 } // namespace
 
 QueueAdmin::QueueAdmin()
-    : m_store(std::make_unique<QueueStore>(QueueSettings::configured(), QueueConnection::Commits::Synced,
-                                           QueueConnection::Missing::IsRefused)),
+    : m_store(std::make_unique<QueueStore>(QueueSettings::configured(), DatabaseConnection::Commits::Synced,
+                                           DatabaseConnection::Missing::IsRefused)),
       m_lease(m_store->newLease())
 {}
 

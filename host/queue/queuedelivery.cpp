@@ -2,7 +2,8 @@
 #include "queuedelivery.h"
 
 #include "eventmask.h"
-#include "queueerror.h"
+
+#include <database/databaseerror.h>
 
 #include <QtCore/QJsonDocument>
 
@@ -31,7 +32,7 @@ QString errorText(const QString &error)
 
 QueueDelivery::QueueDelivery(const QueueSettings &settings, const QHash<QString, QueueDrain::Handler> &handlers,
                              const Environment &environment)
-    : m_environment(environment), m_backOff(environment.random), m_access(settings, QueueConnection::Commits::Lazy)
+    : m_environment(environment), m_backOff(environment.random), m_access(settings, DatabaseConnection::Commits::Lazy)
 {
     if (!m_environment.now)
         m_environment.now = currentQueueTime;
@@ -113,7 +114,7 @@ QueueDelivery::Outcome QueueDelivery::send(const Receiver &receiver, const Queue
 
 void QueueDelivery::log(const QString &receiver, const QueueClaim &claim, const Outcome &outcome)
 {
-    Log4Qt::Logger *logger = queueerror::logger();
+    Log4Qt::Logger *logger = databaseerror::logger();
     if (outcome.result == Result::Accepted && !logger->isEnabledFor(Log4Qt::Level::DEBUG_INT))
         return; // the common case: no text is put together in vain
     const QString what = u"запись %1 для «%2», заказ «%3», попытка %4"_s.arg(

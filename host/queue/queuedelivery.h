@@ -5,7 +5,6 @@
 
 #include "backoff.h"
 #include "queueaccess.h"
-#include "queuelease.h"
 #include "servicepace.h"
 
 #include <poshost_export.h>

@@ -2,8 +2,9 @@
 #include "queuedrain.h"
 
 #include "queuedelivery.h"
-#include "queueerror.h"
 #include "queuesignal.h"
+
+#include <core/basicexception.h>
 
 #include <atomic>
 #include <condition_variable>

@@ -2,9 +2,9 @@
 #include "queuestore.h"
 
 #include "backoff.h"
-#include "queueerror.h"
-#include "queuelease.h"
 #include "queuesql.h"
+
+#include <database/databaseerror.h>
 
 #include <QtCore/QList>
 
@@ -20,9 +20,9 @@ qint64 number(QueueTime time)
     return time.time_since_epoch().count();
 }
 
-QString dueText(QStringView what, QStringView which, const QueueConnection &connection)
+QString dueText(QStringView what, QStringView which, const QueueDatabase &database)
 {
-    return queuesql::due.toString().arg(what, which, connection.rowLock());
+    return queuesql::due.toString().arg(what, which, database.rowLock());
 }
 
 } // namespace
@@ -32,17 +32,18 @@ QueueTime currentQueueTime()
     return std::chrono::time_point_cast<std::chrono::milliseconds>(std::chrono::system_clock::now());
 }
 
-QueueStore::QueueStore(const QueueSettings &settings, QueueConnection::Commits commits,
-                       QueueConnection::Missing missing)
-    : m_connection(QueueConnection::open(settings, commits, missing)),
-      m_firstDue(dueText(u"e.id, e.attempts", queuesql::firstOfRun, *m_connection)),
-      m_claim(queuesql::claim.toString().arg(dueText(u"?, e.id", queuesql::run, *m_connection))),
-      m_claimed(queuesql::claimed.toString().arg(m_connection->eventColumn()))
+QueueStore::QueueStore(const QueueSettings &settings, DatabaseConnection::Commits commits,
+                       DatabaseConnection::Missing missing)
+    : m_database(QueueDatabase::open(settings, commits, missing)),
+      m_connection(m_database->connection()),
+      m_firstDue(dueText(u"e.id, e.attempts", queuesql::firstOfRun, *m_database)),
+      m_claim(queuesql::claim.toString().arg(dueText(u"?, e.id", queuesql::run, *m_database))),
+      m_claimed(queuesql::claimed.toString().arg(m_database->eventColumn()))
 {}
 
 std::unique_ptr<QueueLease> QueueStore::newLease() const
 {
-    return m_connection->newLease();
+    return m_database->newLease();
 }
 
 void QueueStore::push(const QString &owner, const QString &basket, const QByteArray &event, QueueTime now)
@@ -54,7 +55,7 @@ void QueueStore::push(const QString &owner, const QString &basket, const QByteAr
 DBQueueBroker::Status QueueStore::status()
 {
     DBQueueBroker::Status status;
-    m_connection->read(queuesql::status, {}, [&status](const QSqlQuery &row) {
+    m_connection.read(queuesql::status, {}, [&status](const QSqlQuery &row) {
         status.setAside = row.value(2).toInt();
         status.waiting = row.value(0).toInt() - status.setAside;
         if (!row.isNull(1))
@@ -66,21 +67,21 @@ DBQueueBroker::Status QueueStore::status()
 std::vector<QueueClaim> QueueStore::claim(const QString &owner, QueueLease &lease, QueueTime now, qint64 after,
                                           int most)
 {
-    lease.hold(*m_connection);
+    lease.hold(m_connection);
     const QVariant due = number(now);
     const QVariant tooFar = number(now + BackOff::longest);
     qint64 first = 0;
     int attempts = 0;
-    QueueTransaction transaction(*m_connection);
+    DatabaseTransaction transaction(m_connection);
     releaseWhatNobodyIsSending(lease);
-    m_connection->read(m_firstDue, {owner, after, due, tooFar, 1}, [&](const QSqlQuery &row) {
+    m_connection.read(m_firstDue, {owner, after, due, tooFar, 1}, [&](const QSqlQuery &row) {
         first = row.value(0).toLongLong();
         attempts = row.value(1).toInt();
     });
     std::vector<QueueClaim> claims;
     if (first != 0) {
-        m_connection->change(m_claim,
-                             {lease.id(), owner, attempts, first, first + most * idsPerClaim, due, tooFar, most});
+        m_connection.change(m_claim,
+                            {lease.id(), owner, attempts, first, first + most * idsPerClaim, due, tooFar, most});
         claims = claimed(lease);
     }
     transaction.commit();
@@ -90,7 +91,7 @@ std::vector<QueueClaim> QueueStore::claim(const QString &owner, QueueLease &leas
 std::vector<QueueClaim> QueueStore::claimed(const QueueLease &lease)
 {
     std::vector<QueueClaim> claims;
-    m_connection->read(m_claimed, {lease.id()}, [&claims](const QSqlQuery &row) {
+    m_connection.read(m_claimed, {lease.id()}, [&claims](const QSqlQuery &row) {
         claims.push_back(
             {row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toInt() + 1, row.value(3).toByteArray()});
     });
@@ -102,18 +103,18 @@ std::vector<QueueClaim> QueueStore::claimed(const QueueLease &lease)
 void QueueStore::releaseWhatNobodyIsSending(const QueueLease &lease)
 {
     QList<qint64> found;
-    m_connection->read(queuesql::leases, {},
-                       [&found](const QSqlQuery &row) { found.append(row.value(0).toLongLong()); });
+    m_connection.read(queuesql::leases, {},
+                      [&found](const QSqlQuery &row) { found.append(row.value(0).toLongLong()); });
     for (const qint64 one : found)
-        if (one == lease.id() || !lease.isHeldByOther(one, *m_connection)) {
-            m_connection->change(queuesql::countAttempts, {one});
-            m_connection->change(queuesql::releaseLease, {one});
+        if (one == lease.id() || !lease.isHeldByOther(one, m_connection)) {
+            m_connection.change(queuesql::countAttempts, {one});
+            m_connection.change(queuesql::releaseLease, {one});
         }
 }
 
 void QueueStore::record(const std::function<void()> &operation)
 {
-    QueueTransaction transaction(*m_connection);
+    DatabaseTransaction transaction(m_connection);
     operation();
     transaction.commit();
 }
@@ -136,22 +137,22 @@ void QueueStore::refused(const QueueClaim &claim, const QueueLease &lease, const
 
 void QueueStore::release(const QueueLease &lease)
 {
-    m_connection->change(queuesql::releaseLease, {lease.id()});
+    m_connection.change(queuesql::releaseLease, {lease.id()});
 }
 
 void QueueStore::settle(QStringView sql, const QVariantList &values, std::span<const QueueClaim> claims)
 {
-    const auto changed = static_cast<std::size_t>(m_connection->change(sql, values));
+    const auto changed = static_cast<std::size_t>(m_connection.change(sql, values));
     if (changed != claims.size())
-        queueerror::logger()->warn(u"Очередь запросов: из записей %1–%2 кем-то изменены во время отправки: %3"_s.arg(
+        databaseerror::logger()->warn(u"Очередь запросов: из записей %1–%2 кем-то изменены во время отправки: %3"_s.arg(
             QString::number(claims.front().id), QString::number(claims.back().id),
             QString::number(claims.size() - changed)));
 }
 
 int QueueStore::changeAlone(QStringView sql, const QVariantList &values)
 {
-    QueueTransaction transaction(*m_connection);
-    const int rows = m_connection->change(sql, values);
+    DatabaseTransaction transaction(m_connection);
+    const int rows = m_connection.change(sql, values);
     transaction.commit();
     return rows;
 }
@@ -163,10 +164,10 @@ void QueueStore::endBackOffs(const QString &owner)
 
 bool QueueStore::hasDeliverable(const QString &owner)
 {
-    return m_connection->value(queuesql::hasDeliverable, {owner}).toBool();
+    return m_connection.value(queuesql::hasDeliverable, {owner}).toBool();
 }
 
 qint64 QueueStore::newest()
 {
-    return m_connection->value(queuesql::newest).toLongLong();
+    return m_connection.value(queuesql::newest).toLongLong();
 }

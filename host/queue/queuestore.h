@@ -2,7 +2,7 @@
 // Used on the thread that has made it, and on no other.
 #pragma once
 
-#include "queueconnection.h"
+#include "queuedatabase.h"
 
 #include <queue/dbqueuebroker.h>
 #include <queue/queueadmin.h>
@@ -12,8 +12,6 @@
 #include <limits>
 #include <span>
 #include <vector>
-
-class QueueLease;
 
 using QueueTime = std::chrono::sys_time<std::chrono::milliseconds>;
 
@@ -33,12 +31,12 @@ struct QueueClaim
 class QueueStore
 {
 public:
-    /// Opens the database, making or migrating it where needed.
-    QueueStore(const QueueSettings &settings, QueueConnection::Commits commits,
-               QueueConnection::Missing missing = QueueConnection::Missing::IsMade);
+    /// Opens the database and creates it if it is missing.
+    QueueStore(const QueueSettings &settings, DatabaseConnection::Commits commits,
+               DatabaseConnection::Missing missing = DatabaseConnection::Missing::IsMade);
 
     /// False when the database has to be opened again before anything is stored.
-    bool isUsable() { return m_connection->isUsable(); }
+    bool isUsable() { return m_connection.isUsable(); }
 
     /// A lease for a drain on this database.
     std::unique_ptr<QueueLease> newLease() const;
@@ -77,8 +75,8 @@ public:
     /// The id of the event that was pushed last of those that are stored; 0 when there is none.
     qint64 newest();
 
-    /// Makes lazy commits durable, see QueueConnection.
-    void checkpoint() { m_connection->checkpoint(); }
+    /// Makes lazy commits durable, see DatabaseConnection.
+    void checkpoint() { m_connection.checkpoint(); }
 
     /// Which events the operations for QueueAdmin are about: by default all.
     struct IdRange
@@ -103,7 +101,8 @@ private:
     void settle(QStringView sql, const QVariantList &values, std::span<const QueueClaim> claims);
     int changeAlone(QStringView sql, const QVariantList &values);
 
-    std::unique_ptr<QueueConnection> m_connection;
+    std::unique_ptr<QueueDatabase> m_database;
+    DatabaseConnection &m_connection;
     QString m_firstDue; // statements as this kind of database has them
     QString m_claim;
     QString m_claimed;

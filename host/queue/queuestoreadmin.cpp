@@ -1,5 +1,4 @@
 // The store's operations for the people who look after the queue.
-#include "queuelease.h"
 #include "queuesql.h"
 #include "queuestore.h"
 
@@ -52,8 +51,8 @@ void readRow(const QSqlQuery &row, const QueueStore::EntryReader &reader)
 
 void QueueStore::readEntries(IdRange ids, const EntryReader &reader)
 {
-    m_connection->read(queuesql::entries, {ids.first, ids.last},
-                       [&reader](const QSqlQuery &row) { readRow(row, reader); });
+    m_connection.read(queuesql::entries, {ids.first, ids.last},
+                      [&reader](const QSqlQuery &row) { readRow(row, reader); });
 }
 
 int QueueStore::retry(IdRange ids)
@@ -63,9 +62,9 @@ int QueueStore::retry(IdRange ids)
 
 bool QueueStore::discard(qint64 id, const QString &reason, const QueueLease &lease, QueueTime now)
 {
-    QueueTransaction transaction(*m_connection);
+    DatabaseTransaction transaction(m_connection);
     releaseWhatNobodyIsSending(lease);
-    const int rows = m_connection->change(queuesql::discard, {qint64{now.time_since_epoch().count()}, reason, id});
+    const int rows = m_connection.change(queuesql::discard, {qint64{now.time_since_epoch().count()}, reason, id});
     transaction.commit();
     return rows > 0;
 }

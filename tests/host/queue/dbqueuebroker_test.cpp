@@ -111,7 +111,7 @@ TEST_F(DBQueueBrokerTest, UnusableFileIsRefusedByNameAndLeftAlone)
         QByteArray bytes;
         QString text;
     } cases[] = {
-        {"not a database", QByteArray(8192, 'x'), u"не является базой данных очереди"_s},
+        {"not a database", QByteArray(8192, 'x'), u"не является базой данных"_s},
         {"cut off", good.first(good.size() / 2), u"повреждён"_s},
         {"of another program", contents(foreign), u"принадлежит другой программе"_s},
         {"of a newer version", contents(newer), u"более новой версией"_s},

@@ -1,7 +1,7 @@
 // Makes the database's folder and file with the rights that credentials and phone numbers need, durably.
-#include "queuefile.h"
+#include "databasefile.h"
 
-#include "queueerror.h"
+#include "databaseerror.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -35,28 +35,29 @@ bool syncFolder(const QString &folder)
 
 } // namespace
 
-QueueFile::QueueFile(const QString &fileName) : m_name(QFileInfo(fileName).absoluteFilePath())
+DatabaseFile::DatabaseFile(QStringView what, const QString &fileName)
+    : m_name(QFileInfo(fileName).absoluteFilePath()), m_title(u"%1 «%2»"_s.arg(what, m_name))
 {}
 
-void QueueFile::prepare()
+void DatabaseFile::prepare()
 {
     makeFolder(QFileInfo(m_name).path());
     makeFile();
     struct stat status = {};
     if (::stat(QFile::encodeName(m_name).constData(), &status) != 0)
-        throw queueerror::make(m_name, u"файл недоступен"_s, qt_error_string(errno));
+        throw databaseerror::make(m_title, u"файл недоступен"_s, qt_error_string(errno));
     m_device = status.st_dev;
     m_inode = status.st_ino;
 }
 
-bool QueueFile::isReplaced() const
+bool DatabaseFile::isReplaced() const
 {
     struct stat status = {};
     return ::stat(QFile::encodeName(m_name).constData(), &status) != 0 || status.st_dev != m_device ||
            status.st_ino != m_inode;
 }
 
-void QueueFile::makeFolder(const QString &folder) const
+void DatabaseFile::makeFolder(const QString &folder) const
 {
     const QString parent = QFileInfo(folder).path();
     if (QFileInfo::exists(folder) || parent == folder)
@@ -64,22 +65,23 @@ void QueueFile::makeFolder(const QString &folder) const
     makeFolder(parent);
     const bool made = ::mkdir(QFile::encodeName(folder).constData(), ownerOnlyFolder) == 0 || errno == EEXIST;
     if (!made || !syncFolder(parent))
-        throw queueerror::make(m_name, u"не удалось создать папку «%1»"_s.arg(folder), qt_error_string(errno));
+        throw databaseerror::make(m_title, u"не удалось создать папку «%1»"_s.arg(folder), qt_error_string(errno));
 }
 
-void QueueFile::makeFile() const
+void DatabaseFile::makeFile() const
 {
     // mknod() and not open(), see the note on the class.
     if (::mknod(QFile::encodeName(m_name).constData(), S_IFREG | ownerOnlyFile, 0) != 0) {
         if (errno == EEXIST)
             return;
-        throw queueerror::make(m_name, u"не удалось создать файл, проверьте права на папку"_s, qt_error_string(errno));
+        throw databaseerror::make(m_title, u"не удалось создать файл, проверьте права на папку"_s,
+                                  qt_error_string(errno));
     }
     if (!syncFolder(QFileInfo(m_name).path()))
-        throw queueerror::make(m_name, u"не удалось записать папку на диск"_s, qt_error_string(errno));
+        throw databaseerror::make(m_title, u"не удалось записать папку на диск"_s, qt_error_string(errno));
 }
 
-void QueueFile::tighten() const
+void DatabaseFile::tighten() const
 {
     for (const QString &suffix : {u""_s, u"-wal"_s, u"-shm"_s}) {
         const QByteArray path = QFile::encodeName(m_name + suffix);
@@ -87,7 +89,7 @@ void QueueFile::tighten() const
         if (::stat(path.constData(), &status) != 0 || (status.st_mode & othersRights) == 0)
             continue;
         if (::chmod(path.constData(), status.st_mode & ~othersRights & ALLPERMS) != 0)
-            queueerror::logger()->warn(u"Файл «%1» доступен другим пользователям, права не изменены: %2"_s.arg(
+            databaseerror::logger()->warn(u"Файл «%1» доступен другим пользователям, права не изменены: %2"_s.arg(
                 m_name + suffix, qt_error_string(errno)));
     }
 }

@@ -1,9 +1,7 @@
 // SQLite's settings, and its error codes as texts for people.
 #include "sqliteconnection.h"
 
-#include "filelease.h"
-#include "queueerror.h"
-#include "sqliteschema.h"
+#include "databaseerror.h"
 
 #include <QtCore/QDeadlineTimer>
 #include <QtCore/QFileInfo>
@@ -20,8 +18,6 @@ constexpr std::chrono::milliseconds busyTimeout{2000}; // the cashier waits for 
 // To open: another program may be making the file, with some ten syncs of a disk that may be slow.
 constexpr std::chrono::milliseconds openTimeout{10'000};
 constexpr std::chrono::milliseconds timeBetweenTries{10};
-// Where no drain runs, pushes keep the log from growing without end; 4 KiB each.
-constexpr int pagesBeforeCheckpoint = 16384;
 
 struct Problem
 {
@@ -37,7 +33,7 @@ constexpr std::array problems = {
     Problem{11, u"файл повреждён; сохраните его копию и обратитесь в поддержку"},
     Problem{13, u"нет места на диске"},
     Problem{14, u"не удалось открыть файл, проверьте путь и права"},
-    Problem{26, u"файл не является базой данных очереди; проверьте настройку Queue:database"},
+    Problem{26, u"файл не является базой данных; проверьте %1"},
 };
 
 int primaryCode(const QSqlError &error)
@@ -47,25 +43,60 @@ int primaryCode(const QSqlError &error)
 
 } // namespace
 
-SqliteConnection::SqliteConnection(const QueueSettings &settings)
-    : QueueConnection(u"QSQLITE"_s, settings.name()), m_file(settings.database)
-{}
-
-void SqliteConnection::open(Commits commits, Missing missing)
+SqliteConnection::SqliteConnection(const SqliteSchema &schema, const QString &fileName, Commits commits,
+                                   Missing missing)
+    : DatabaseConnection(u"QSQLITE"_s, DatabaseFile(schema.what, fileName).title()),
+      m_schema(schema),
+      m_file(schema.what, fileName)
 {
     if (missing == Missing::IsRefused && !QFileInfo::exists(m_file.name()))
-        throw queueerror::make(name(), u"файла нет; проверьте настройки Queue:database и Host:dataFolder"_s,
-                               u"ENOENT"_s);
+        throw databaseerror::make(title(), u"файла нет; проверьте %1"_s.arg(m_schema.settings), u"ENOENT"_s);
     m_file.prepare();
     QSqlDatabase file = database();
     file.setDatabaseName(m_file.name());
     file.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=%1"_s.arg(openTimeout.count()));
     if (!file.open())
         fail(u"open", file.lastError());
-    sqliteschema::refuseForeign(*this);
+    const bool isNew = foundVersion() == 0;
     configure(commits);
-    sqliteschema::ensure(*this);
+    if (isNew)
+        makeTables();
     execute(u"PRAGMA busy_timeout = %1"_s.arg(busyTimeout.count()));
+}
+
+// 0: there is nothing in the file yet.
+int SqliteConnection::foundVersion()
+{
+    int version = 0;
+    bool isForeign = false;
+    // In one statement, so that all of it is from one moment: another process may be making the tables.
+    read(u"SELECT user_version, application_id, EXISTS (SELECT 1 FROM sqlite_master) "
+         u"FROM pragma_user_version, pragma_application_id",
+         {}, [&](const QSqlQuery &row) {
+             version = row.value(0).toInt();
+             isForeign = row.value(1).toInt() != m_schema.applicationId && (version != 0 || row.value(2).toBool());
+         });
+    if (isForeign)
+        throw databaseerror::make(title(), u"файл принадлежит другой программе; проверьте %1"_s.arg(m_schema.settings),
+                                  u"another application_id, user_version %1"_s.arg(version));
+    if (version != 0 && version != m_schema.version)
+        throw databaseerror::make(
+            title(), u"файл записан более новой версией программы, обновите программу"_s,
+            u"user_version %1, known %2"_s.arg(QString::number(version), QString::number(m_schema.version)));
+    return version;
+}
+
+// Everything or nothing.
+void SqliteConnection::makeTables()
+{
+    DatabaseTransaction transaction(*this);
+    if (foundVersion() != 0) // another process was faster
+        return;
+    for (const QStringView sql : m_schema.statements)
+        execute(sql);
+    execute(u"PRAGMA application_id = %1"_s.arg(m_schema.applicationId));
+    execute(u"PRAGMA user_version = %1"_s.arg(m_schema.version));
+    transaction.commit();
 }
 
 // Makes the file ours: write-ahead log, how durable this connection's commits are, rights for its owner only.
@@ -75,7 +106,7 @@ void SqliteConnection::configure(Commits commits)
     switchToWriteAheadLog();
     if (commits == Commits::Synced) {
         execute(u"PRAGMA synchronous = FULL");
-        execute(u"PRAGMA wal_autocheckpoint = %1"_s.arg(pagesBeforeCheckpoint));
+        execute(u"PRAGMA wal_autocheckpoint = %1"_s.arg(m_schema.pagesBeforeCheckpoint));
     } else {
         execute(u"PRAGMA synchronous = NORMAL");
         execute(u"PRAGMA wal_autocheckpoint = 0");
@@ -104,8 +135,7 @@ bool SqliteConnection::isUsable()
 {
     if (!m_file.isReplaced())
         return true;
-    queueerror::logger()->error(
-        u"Файл очереди запросов «%1» удалён или заменён во время работы, открываю его заново"_s.arg(name()));
+    databaseerror::logger()->error(u"%1: файл удалён или заменён во время работы, открываю его заново"_s.arg(title()));
     return false;
 }
 
@@ -114,15 +144,10 @@ void SqliteConnection::checkpoint()
     value(u"PRAGMA wal_checkpoint(PASSIVE)");
 }
 
-std::unique_ptr<QueueLease> SqliteConnection::newLease() const
-{
-    return std::make_unique<FileLease>(m_file.name());
-}
-
 QString SqliteConnection::problemText(const QSqlError &error) const
 {
     for (const Problem &problem : problems)
         if (problem.code == primaryCode(error))
-            return problem.text.toString();
+            return problem.text.toString().replace(u"%1"_s, m_schema.settings.toString());
     return u"ошибка базы данных"_s;
 }

@@ -1,0 +1,107 @@
+// One connection to a database through Qt SQL: checked statements and transactions.
+// Used on the thread that created it, and on no other.
+#pragma once
+
+#include <QtCore/QStringView>
+#include <QtCore/QVariant>
+#include <QtSql/QSqlDatabase>
+#include <QtSql/QSqlError>
+#include <QtSql/QSqlQuery>
+
+#include <functional>
+#include <map>
+
+/// All operations throw BasicException when they fail.
+class DatabaseConnection
+{
+public:
+    enum class Commits {
+        Synced, ///< On disk when commit() returns.
+        Lazy,   ///< Survives the death of the process at once, a power failure after the next checkpoint. Never
+                ///< checkpoints by itself.
+    };
+
+    /// What happens when the database does not exist.
+    enum class Missing { IsMade, IsRefused };
+
+    virtual ~DatabaseConnection() = default;
+    Q_DISABLE_COPY_MOVE(DatabaseConnection)
+
+    /// How people know the database: "Очередь запросов «/var/lib/kvo/queue.db»". Error texts begin with it.
+    const QString &title() const { return m_title; }
+
+    /// Never given to another connection of this process.
+    const QString &identifier() const { return m_registration.name; }
+
+    /// Runs a statement and returns the number of rows it changed. The statement is prepared once and kept: the text
+    /// must live as long as the connection.
+    int change(QStringView sql, const QVariantList &values = {});
+
+    /// Runs a query and calls `row` for each row of its result. `row` must not use this connection.
+    void read(QStringView sql, const QVariantList &values, const std::function<void(const QSqlQuery &)> &row);
+
+    /// The first column of the first row; invalid when there is no row.
+    QVariant value(QStringView sql, const QVariantList &values = {});
+
+    /// Runs a statement that is needed once or cannot be prepared.
+    void execute(QStringView sql);
+
+    /// False when the connection must be replaced before anything else is done; the reason is logged.
+    virtual bool isUsable() = 0;
+
+    /// Makes lazy commits durable if the database would not do so soon by itself. What a reader or another process
+    /// blocks is left for the next time.
+    virtual void checkpoint() {}
+
+protected:
+    DatabaseConnection(const QString &driver, const QString &title);
+
+    /// For DatabaseTransaction: begins a transaction that will write, and commits it.
+    virtual void begin() = 0;
+    virtual void commit() = 0;
+
+    /// The error as a text for people, to follow the title.
+    virtual QString problemText(const QSqlError &error) const = 0;
+
+    QSqlDatabase database() const { return QSqlDatabase::database(m_registration.name, false); }
+
+    /// Databases ignore some settings silently: throws when the answer to `question` is a different one.
+    void expect(QStringView question, QStringView answer);
+
+    [[noreturn]] void fail(QStringView sql, const QSqlError &error) const;
+
+private:
+    friend class DatabaseTransaction;
+
+    struct Registration
+    {
+        explicit Registration(const QString &driver);
+        ~Registration();
+        Q_DISABLE_COPY_MOVE(Registration)
+        QString name;
+    };
+
+    QSqlQuery &start(QStringView sql, const QVariantList &values);
+
+    QString m_title;
+    // The statements are destroyed after their connection, so that a lost server is not asked to free them.
+    std::map<QStringView, QSqlQuery> m_statements;
+    Registration m_registration;
+};
+
+/// Locks what it needs to write; rolls back on destruction unless commit() succeeded.
+class DatabaseTransaction
+{
+public:
+    /// Throws BasicException when the lock cannot be acquired in time.
+    explicit DatabaseTransaction(DatabaseConnection &connection);
+    ~DatabaseTransaction();
+    Q_DISABLE_COPY_MOVE(DatabaseTransaction)
+
+    /// Throws BasicException when the changes could not be stored; they are rolled back then.
+    void commit();
+
+private:
+    DatabaseConnection &m_connection;
+    bool m_open = true;
+};

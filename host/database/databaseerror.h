@@ -1,0 +1,18 @@
+// How database failures are reported: the cashier gets a text that names the database, the log the technical reason.
+#pragma once
+
+#include <core/basicexception.h>
+
+#include <log4qt/logger.h>
+
+#include <QtCore/QString>
+
+namespace databaseerror {
+
+/// The logger "poshost.database".
+Log4Qt::Logger *logger();
+
+/// Logs `reason` and returns the exception to throw, with the text "title: problem". `title` is a DatabaseConnection's.
+BasicException make(const QString &title, const QString &problem, const QString &reason);
+
+} // namespace databaseerror

@@ -1,0 +1,56 @@
+// The database that holds the queue: what each kind of database does in its own way.
+// Used on the thread that opened it, and on no other.
+#pragma once
+
+#include "queuesettings.h"
+
+#include <database/databaseconnection.h>
+
+#include <memory>
+
+/// Identifies who is sending what: a random number with a lock that ends with its holder, however that ends. So whether
+/// the holder is alive is a fact to ask for, whatever the clock says and however long an exchange takes. All operations
+/// throw BasicException when they fail.
+class QueueLease
+{
+public:
+    virtual ~QueueLease() = default;
+    Q_DISABLE_COPY_MOVE(QueueLease)
+
+    qint64 id() const { return m_id; }
+
+    /// Takes the lock if it is not held, or was lost. To be called before anything is claimed.
+    virtual void hold(DatabaseConnection &connection) = 0;
+
+    /// True when another live drain holds `lease`. To be called inside a transaction, which keeps the answer true until
+    /// what a dead drain has left is released.
+    virtual bool isHeldByOther(qint64 lease, DatabaseConnection &connection) const = 0;
+
+protected:
+    QueueLease();
+
+private:
+    qint64 m_id;
+};
+
+class QueueDatabase
+{
+public:
+    /// Opens the queue; throws BasicException when that fails or when this program must not write to what is there.
+    static std::unique_ptr<QueueDatabase> open(const QueueSettings &settings, DatabaseConnection::Commits commits,
+                                               DatabaseConnection::Missing missing);
+    virtual ~QueueDatabase() = default;
+    Q_DISABLE_COPY_MOVE(QueueDatabase)
+
+    virtual DatabaseConnection &connection() = 0;
+    virtual std::unique_ptr<QueueLease> newLease() const = 0;
+
+    /// Ends the query for the next event so that two drains do not find the same one.
+    virtual QStringView rowLock() const = 0;
+
+    /// The column with an event's text, in the form that the driver returns as UTF-8 if it can.
+    virtual QStringView eventColumn() const = 0;
+
+protected:
+    QueueDatabase() = default;
+};

@@ -1,0 +1,123 @@
+// The queue's tables in SQLite, and leases as open file description locks.
+#include "sqlitequeue.h"
+
+#include <database/databaseerror.h>
+#include <database/sqliteconnection.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QtCore/QFile>
+
+#include <array>
+#include <cerrno>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+// AUTOINCREMENT: an id is never given twice, so the order of ids is the order of pushes for good. What differs most
+// comes first in an index: SQLite compares the first column faster than the others.
+constexpr std::array<QStringView, 4> tables = {
+    u"CREATE TABLE event (id INTEGER PRIMARY KEY AUTOINCREMENT, owner TEXT NOT NULL, basket TEXT, state TEXT NOT NULL, "
+    u"attempts INTEGER NOT NULL DEFAULT 0, created INTEGER NOT NULL, next_attempt INTEGER NOT NULL DEFAULT 0, "
+    u"rejected INTEGER, last_error TEXT, discarded INTEGER, discard_reason TEXT, event TEXT NOT NULL)",
+    u"CREATE INDEX event_order ON event (basket, owner, id)",
+    u"CREATE INDEX event_next ON event (state, owner, attempts, id)",
+    // Apart from the event, whose text would be written again with each claim.
+    u"CREATE TABLE claim (id INTEGER PRIMARY KEY, lease INTEGER NOT NULL)",
+};
+
+// Checkpoints are the drain's work; where none runs, pushes make one at 64 MiB.
+constexpr SqliteSchema schema{u"Очередь запросов", u"Queue:database и Host:dataFolder", 0x506f7351, 1, tables, 16384};
+
+constexpr mode_t ownerOnly = 0600;
+
+struct flock byteLock(qint64 position)
+{
+    struct flock lock = {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = position;
+    lock.l_len = 1;
+    return lock;
+}
+
+// A file that root created (for instance with a command line tool) must not keep the till's own user out. SQLite does
+// the same with its files.
+bool giveToOwnerOf(int descriptor, const QString &databaseName)
+{
+    struct stat database = {};
+    if (::geteuid() != 0 || ::stat(QFile::encodeName(databaseName).constData(), &database) != 0)
+        return true;
+    return ::fchown(descriptor, database.st_uid, database.st_gid) == 0;
+}
+
+/// A lock on one byte of the file "<database>-lease", the byte with the lease's number. The kernel drops it with the
+/// process and with this object. The locks belong to the open file (not to the process, as POSIX locks do), so drains
+/// of one process keep each other out as well.
+class FileLease : public QueueLease
+{
+public:
+    explicit FileLease(const SqliteConnection &database)
+        : m_title(database.title()), m_fileName(database.fileName() + u"-lease"_s)
+    {
+        m_descriptor = ::open(QFile::encodeName(m_fileName).constData(), O_RDWR | O_CREAT | O_CLOEXEC, ownerOnly);
+        if (m_descriptor < 0)
+            throw error();
+        struct flock lock = byteLock(id());
+        if (!giveToOwnerOf(m_descriptor, database.fileName()) || ::fcntl(m_descriptor, F_OFD_SETLK, &lock) != 0) {
+            const BasicException problem = error();
+            ::close(m_descriptor);
+            throw problem;
+        }
+    }
+    ~FileLease() override { ::close(m_descriptor); }
+    Q_DISABLE_COPY_MOVE(FileLease)
+
+    void hold(DatabaseConnection &) override {}
+
+    bool isHeldByOther(qint64 lease, DatabaseConnection &) const override
+    {
+        struct flock lock = byteLock(lease);
+        if (::fcntl(m_descriptor, F_OFD_GETLK, &lock) != 0)
+            throw error();
+        return lock.l_type != F_UNLCK;
+    }
+
+private:
+    BasicException error() const
+    {
+        return databaseerror::make(m_title,
+                                   u"не удалось заблокировать файл «%1», проверьте права на папку"_s.arg(m_fileName),
+                                   qt_error_string(errno));
+    }
+
+    QString m_title;
+    QString m_fileName;
+    int m_descriptor = -1;
+};
+
+class SqliteQueue : public QueueDatabase
+{
+public:
+    SqliteQueue(const QString &fileName, DatabaseConnection::Commits commits, DatabaseConnection::Missing missing)
+        : m_connection(schema, fileName, commits, missing)
+    {}
+
+    DatabaseConnection &connection() override { return m_connection; }
+    std::unique_ptr<QueueLease> newLease() const override { return std::make_unique<FileLease>(m_connection); }
+    QStringView rowLock() const override { return {}; } // one writer at a time
+    QStringView eventColumn() const override { return u"CAST(e.event AS BLOB)"; }
+
+private:
+    SqliteConnection m_connection;
+};
+
+} // namespace
+
+std::unique_ptr<QueueDatabase> openSqliteQueue(const QueueSettings &settings, DatabaseConnection::Commits commits,
+                                               DatabaseConnection::Missing missing)
+{
+    return std::make_unique<SqliteQueue>(settings.database, commits, missing);
+}
