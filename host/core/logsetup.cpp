@@ -2,11 +2,13 @@
 #include <core/basicexception.h>
 #include <core/config.h>
 #include <core/logsetup.h>
+#include <core/plaintext.h>
 
 #include <log4qt/consoleappender.h>
 #include <log4qt/logmanager.h>
 #include <log4qt/rollingfileappender.h>
 #include <log4qt/ttcclayout.h>
+#include <sys/stat.h>
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -19,6 +21,44 @@ namespace {
 constexpr int defaultMaxFileSize = 10 * 1024 * 1024;
 constexpr int defaultMaxFiles = 5;
 constexpr int largestMaxFiles = 1000;
+constexpr qsizetype longestLine = 4000;
+
+constexpr auto ownerOnlyFile = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+constexpr auto ownerOnlyFolder = ownerOnlyFile | QFileDevice::ExeOwner;
+
+// Log lines quote the service and the scanner: whatever they send, a message is one line.
+class OneLineLayout : public Log4Qt::TTCCLayout
+{
+public:
+    OneLineLayout() : TTCCLayout(ISO8601) {}
+
+    QString format(const Log4Qt::LoggingEvent &event) override
+    {
+        return plainText(TTCCLayout::format(event), longestLine) + u'\n';
+    }
+};
+
+// Log4Qt starts a new file with the mode that the process gives to any file.
+class PrivateFileAppender : public Log4Qt::RollingFileAppender
+{
+public:
+    PrivateFileAppender(const Log4Qt::LayoutSharedPtr &layout, const QString &fileName)
+        : RollingFileAppender(layout, fileName, true), m_fileName(QFile::encodeName(fileName))
+    {}
+
+    void doAppend(const Log4Qt::LoggingEvent &event) override
+    {
+        RollingFileAppender::doAppend(event);
+        struct stat file
+        {
+        };
+        if (::stat(m_fileName.constData(), &file) == 0 && (file.st_mode & (S_IRWXG | S_IRWXO)) != 0)
+            static_cast<void>(::chmod(m_fileName.constData(), S_IRUSR | S_IWUSR));
+    }
+
+private:
+    QByteArray m_fileName;
+};
 
 void warn(const QString &text)
 {
@@ -46,13 +86,21 @@ Log4Qt::Level configuredLevel(const Config &config)
     return Log4Qt::Level::INFO_INT;
 }
 
+// Folders that are there already keep their mode. A failure shows when the file is opened.
+void makePrivateFolders(const QString &folder)
+{
+    if (QFileInfo::exists(folder))
+        return;
+    makePrivateFolders(QFileInfo(folder).path());
+    QDir().mkdir(folder, ownerOnlyFolder);
+}
+
 // The libraries report a file that cannot be opened on stderr at best; this throws, and sets the mode in advance.
 void preparePrivateFile(const QString &fileName)
 {
-    QDir().mkpath(QFileInfo(fileName).absolutePath());
+    makePrivateFolders(QFileInfo(fileName).absolutePath());
     QFile file(fileName);
-    constexpr auto ownerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
-    if (!file.open(QIODevice::Append, ownerOnly) || !file.setPermissions(ownerOnly))
+    if (!file.open(QIODevice::Append, ownerOnlyFile) || !file.setPermissions(ownerOnlyFile))
         throw BasicException(
             u"Файл журнала %1 (настройка Log:file) не открывается: %2"_s.arg(fileName, file.errorString()));
 }
@@ -61,7 +109,7 @@ Log4Qt::AppenderSharedPtr fileAppender(const Config &config, const QString &file
                                        const Log4Qt::LayoutSharedPtr &layout)
 {
     preparePrivateFile(fileName);
-    auto *appender = new Log4Qt::RollingFileAppender(layout, fileName, true);
+    auto *appender = new PrivateFileAppender(layout, fileName);
     const Log4Qt::AppenderSharedPtr owner(appender);
     appender->setMaximumFileSize(numberWithin(config, u"Log:maxFileSize"_s, 1, INT_MAX, defaultMaxFileSize));
     appender->setMaxBackupIndex(numberWithin(config, u"Log:maxFiles"_s, 1, largestMaxFiles, defaultMaxFiles));
@@ -78,17 +126,21 @@ Log4Qt::AppenderSharedPtr consoleAppender(const Log4Qt::LayoutSharedPtr &layout)
     return owner;
 }
 
+// Warnings that come before a program sets up its log go to the standard error output.
+[[maybe_unused]] const bool setUpAtStart = (setUpLogging(Config()), true);
+
 } // namespace
 
 void setUpLogging(const Config &config)
 {
-    const Log4Qt::LayoutSharedPtr layout(new Log4Qt::TTCCLayout(Log4Qt::TTCCLayout::ISO8601));
+    // Before all else: Log4Qt's layouts and appenders need its manager.
+    Log4Qt::Logger *root = Log4Qt::LogManager::rootLogger();
+    const Log4Qt::LayoutSharedPtr layout(new OneLineLayout);
     layout->activateOptions();
     const QString fileName = config.getString(u"Log:file"_s, {});
     const auto appender = fileName.isEmpty() ? consoleAppender(layout) : fileAppender(config, fileName, layout);
     const Log4Qt::Level level = configuredLevel(config);
 
-    Log4Qt::Logger *root = Log4Qt::LogManager::rootLogger();
     root->removeAllAppenders();
     root->addAppender(appender);
     root->setLevel(level);

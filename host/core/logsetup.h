@@ -8,7 +8,8 @@ class Config;
 /// Replaces where all log lines of the process go. Read are "Log:file" (empty, the default: no file, and warnings and
 /// errors go to the standard error output), "Log:level" (TRACE, DEBUG, INFO, WARN, ERROR or OFF; default INFO),
 /// "Log:maxFileSize" (bytes, default 10 MiB) and "Log:maxFiles" (older files that are kept, default 5). An unfit value
-/// of these gives its default and a warning line. The folder is made where it is missing; the file has mode 0600 (a
-/// Log4Qt library other than the bundled facade may give the files that it makes later the process's default mode).
-/// Throws BasicException that names the file and the key when it cannot be opened; the log then stays as it was.
+/// of these gives its default and a warning line. A missing folder is made with mode 0700; all log files have mode
+/// 0600. A message is always one line, cut at 4000 characters, see plainText(). Throws BasicException that names the
+/// file and the key when it cannot be opened; the log then stays as it was. Until the first call warnings and errors go
+/// to the standard error output.
 POSHOST_EXPORT void setUpLogging(const Config &config);

@@ -1,7 +1,5 @@
 // Keeps the tree of loggers.
-#include <log4qt/consoleappender.h>
 #include <log4qt/logmanager.h>
-#include <log4qt/ttcclayout.h>
 
 #include <QtCore/QHash>
 #include <QtCore/QMutex>
@@ -11,20 +9,9 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace Log4Qt {
 
-Logger *LogManager::makeRootLogger()
-{
-    const auto appender = QSharedPointer<ConsoleAppender>::create(
-        QSharedPointer<TTCCLayout>::create(TTCCLayout::ISO8601), ConsoleAppender::STDERR_TARGET);
-    appender->setThreshold(Level::WARN_INT);
-    appender->activateOptions();
-    auto *root = new Logger(u"root"_s, Level::DEBUG_INT, nullptr);
-    root->addAppender(appender);
-    return root;
-}
-
 Logger *LogManager::rootLogger()
 {
-    static Logger *const root = makeRootLogger();
+    static auto *const root = new Logger(u"root"_s, Level::DEBUG_INT, nullptr);
     return root;
 }
 

@@ -5,8 +5,7 @@
 
 namespace Log4Qt {
 
-/// Until the program adds appenders of its own, warnings and errors go to the standard error output and all other
-/// lines nowhere. Thread-safe.
+/// Lines go nowhere until the root logger has an appender. Thread-safe.
 class LOG4QT_EXPORT LogManager
 {
 public:
@@ -16,9 +15,6 @@ public:
     /// The logger of this name, made by the first call. "a.b" is the same as "a::b", a child of "a"; an empty name is
     /// the root logger. Never null, never destroyed.
     static Logger *logger(const QString &name);
-
-private:
-    static Logger *makeRootLogger();
 };
 
 } // namespace Log4Qt

@@ -16,10 +16,8 @@ TTCCLayout::TTCCLayout(DateFormat)
 QString TTCCLayout::format(const LoggingEvent &event)
 {
     const QString time = QDateTime::fromMSecsSinceEpoch(event.timeStamp()).toString(u"yyyy-MM-dd HH:mm:ss.zzz");
-    // Further lines of a message are indented, so that none can pass for an event of its own.
-    const QString message = event.message().replace(u'\n', "\n    "_L1);
     return u"%1 [%2] %3 %4 - %5\n"_s.arg(time, event.threadName(), event.level().toString(), event.loggerName(),
-                                         message);
+                                         event.message());
 }
 
 } // namespace Log4Qt
