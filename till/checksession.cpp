@@ -1,7 +1,11 @@
-// The check's lines, card and prices. The events are raised where a till raises them; see core/eventcode.h.
+// The session itself: opening a check, and what all groups of operations share.
 #include "checksession.h"
 
+#include <cashier/savetofilelogic.h>
+#include <core/activitynotifier.h>
 #include <core/basicexception.h>
+#include <core/mockfactory.h>
+#include <core/singleton.h>
 #include <loyalty/basicloyaltysystem.h>
 
 using namespace Qt::Literals::StringLiterals;
@@ -28,162 +32,79 @@ void CheckSession::open()
         throw BasicException(u"Предыдущий чек ещё не закрыт"_s);
     m_document = QSharedPointer<SaleDocument>::create();
     m_state = {};
+    try {
+        save();
+    } catch (const BasicException &) {
+        m_document.reset();
+        throw;
+    }
     m_system.setDocument(m_document);
-    save();
 }
 
-int CheckSession::addGoods(const QSharedPointer<GoodsItem> &item)
+void CheckSession::adopt(const QSharedPointer<SaleDocument> &document)
 {
-    int line = 0;
-    changeLines(EventCode::PositionChanged, [&] {
-        line = m_document->addGoodsItem(item);
-        m_state.undo = {{u"line"_s, line}};
-    });
-    return line;
+    m_state = TillState::readFrom(*document);
+    m_document = document;
+    m_system.setDocument(m_document);
+    m_system.restoreLoyaltySystem();
+    // The loyalty system does not keep that a change was reported to it.
+    if (m_state.order == TillState::Order::Changed)
+        notify(EventCode::PositionChanged);
 }
 
-void CheckSession::changeGoods(int line, std::optional<double> quantity, std::optional<Money> price)
+void CheckSession::revert()
 {
-    const auto item = requireLine(line);
-    changeLines(EventCode::PositionChanged, [&] {
-        m_state.undo = {{u"line"_s, line}, {u"item"_s, item->toMap()}};
-        m_document->changeGoodsItem(line, quantity.value_or(item->getQuantity()), price.value_or(item->getPrice()));
-    });
-}
-
-void CheckSession::removeGoods(int line)
-{
-    const auto item = requireLine(line);
-    changeLines(EventCode::PositionChanged, [&] {
-        m_state.undo = {{u"line"_s, line}, {u"item"_s, item->toMap()}};
-        m_document->removeGoodsItem(line);
-    });
-}
-
-void CheckSession::restoreGoods()
-{
-    requireOpen();
-    if (m_state.undo.isEmpty())
-        throw BasicException(u"Нет изменения, которое можно отменить"_s);
-    changeLines(EventCode::PositionRestored, [this] {
-        const QVariantMap undo = std::exchange(m_state.undo, {});
-        const int line = undo.value(u"line"_s).toInt();
-        if (!undo.contains(u"item"_s)) {
-            m_document->removeGoodsItem(line);
-            return;
-        }
-        const auto before = GoodsItem::fromMap(undo.value(u"item"_s).toMap());
-        if (m_document->findGoodsItem(line))
-            m_document->changeGoodsItem(line, before->getQuantity(), before->getPrice());
-        else
-            m_document->addGoodsItem(before);
-    });
-}
-
-void CheckSession::changeLines(EventCode code, const std::function<void()> &change)
-{
-    requireOpen();
-    // Points that were spent pay for the check as it was: the service prices an update without them. So they come off,
-    // and the cashier spends points again on the new prices.
-    const bool hadPoints = card() && !m_document->getDiscountSum().isZero();
-    if (hadPoints)
-        m_document->removeImpactsOf(card());
-    change();
-    reportChange(code, hadPoints);
-}
-
-void CheckSession::reportChange(EventCode code, bool hadPoints)
-{
-    const bool restored = code == EventCode::PositionRestored;
-    m_state.pricesStale = isPriced();
-    m_state.changeReported = isPriced() && !hadPoints && !restored;
-    if (isPriced() && (hadPoints || restored))
-        m_state.orderUncertain = true;
-    save();
-    if (!isPriced())
-        return;
-    if (hadPoints) {
-        dropLoyaltyResult();
-    } else if (restored) {
-        const QString basket = card()->getOperationId();
-        priceOrRemoveCard([&] { notify(code); });
-        const bool pricedAnew = !card() || card()->getOperationId() != basket;
-        m_state.orderUncertain = false;
-        m_state.pricesStale = !pricedAnew;
-        save();
-    } else {
-        notify(code);
+    try {
+        if (const auto saved = m_store.restore())
+            adopt(saved);
+    } catch (const BasicException &) {
+        // The disk that refused the change cannot be read either: the caller reports why.
     }
 }
 
-void CheckSession::addCard(ECardNumberType type, const QString &text)
+void CheckSession::notify(EventCode code) const
+{
+    const auto document = m_document.staticCast<AbstractDocument>();
+    Singleton<ActivityNotifier>::instance()->notify(Event(code, {{u"document"_s, QVariant::fromValue(document)}}));
+}
+
+void CheckSession::save() const
+{
+    m_state.writeTo(*m_document);
+    MockFactory<SaveToFileLogic>::create()->save(m_document, QString(), 0.0);
+}
+
+QSharedPointer<DocumentCardRecord> CheckSession::card() const
+{
+    return m_system.getCard();
+}
+
+bool CheckSession::isPriced() const
+{
+    return card() && !card()->getOperationId().isEmpty();
+}
+
+void CheckSession::requireOpen() const
+{
+    if (!isOpen())
+        throw BasicException(u"Нет открытого чека"_s);
+    if (m_state.ending != TillState::Ending::None)
+        throw BasicException(u"Чек уже закрывается, изменить его нельзя"_s);
+}
+
+void CheckSession::requireCard() const
 {
     requireOpen();
-    if (card())
-        throw BasicException(u"На чеке уже есть карта"_s);
-    // A customer who was searched for another card must not be taken for the holder of this one.
-    m_system.cancel();
-    const loyalty::CardNumberResult number = m_system.getCardNumber({static_cast<int>(type), text});
-    if (!number.success)
-        throw BasicException(number.error);
-    auto record = QSharedPointer<DocumentCardRecord>::create();
-    record->setNumber(number.cardNumber);
-    record->setLoyaltySystemCode(m_system.getLoyaltySystemCode());
-    m_document->addCard(record); // Before identification: the loyalty system looks for its card on the check.
-    if (!m_system.identifyByCard(record, type)) {
-        const tr::Tr reason = m_system.getLastErrorString();
-        m_document->removeCard(record);
-        m_system.cancel();
-        save();
-        throw BasicException(reason);
-    }
-    save();
-}
-
-void CheckSession::price()
-{
-    requireCard();
-    if (isPriced()) {
-        dropLoyaltyResult();
-        return;
-    }
-    if (!m_system.request(m_document))
-        throw BasicException(m_system.getLastErrorString());
-    markPriced();
-    save();
-}
-
-void CheckSession::subtotal()
-{
-    requireOpen();
-    settleOrder();
-    notifyCreating(EventCode::SubtotalEntered);
-    m_state.orderUncertain = false;
-    m_state.changeReported = false;
-    save();
-}
-
-void CheckSession::spend()
-{
-    requireCard();
-    if (!m_document->getDiscountSum().isZero())
-        throw BasicException(u"Баллы уже списаны"_s);
-    settleOrder();
-    if (!isPriced() || m_state.pricesStale)
-        price(); // The points that may be spent are those of the check as it is now.
     if (!card())
-        return;
-    if (!m_system.hasPointsForSpend())
-        throw BasicException(u"Нет баллов, которые можно списать"_s);
-    m_state.orderUncertain = true;
-    save();
-    m_system.spendPoints();
-    if (card()) {
-        for (const auto impacts = m_system.getBonusImpactsForSpend(); const auto &impact : impacts)
-            m_document->addImpact(impact);
-    }
-    m_state.orderUncertain = false;
-    save();
+        throw BasicException(u"На чеке нет карты"_s);
+}
+
+QSharedPointer<GoodsItem> CheckSession::requireLine(int line) const
+{
+    requireOpen();
+    if (const auto item = m_document->findGoodsItem(line))
+        return item;
+    throw BasicException(u"В чеке нет строки %1"_s.arg(line));
 }
 
 } // namespace till

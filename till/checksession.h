@@ -32,8 +32,8 @@ class Journal;
 /// journal comes after the queue: what is in the books is certain to be sent. The file goes last: while it is there,
 /// nothing is forgotten.
 ///
-/// Operations throw BasicException with the text for the cashier when they cannot be carried out or saved; the check
-/// then stays open.
+/// Operations throw BasicException with the text for the cashier when they are refused or cannot be saved; the check
+/// then is as it was before. Only an order that the service may have stays noted, and is settled by the next operation.
 class CheckSession
 {
 public:
@@ -58,10 +58,11 @@ public:
     void changeGoods(int line, std::optional<double> quantity, std::optional<Money> price);
     void removeGoods(int line);
 
-    /// Takes the last change of a line back.
+    /// Takes the last change of a line back; a removed line gets its number and place again.
     void restoreGoods();
 
-    /// Puts the customer's card on the check: found by what the cashier typed, then identified by the loyalty system.
+    /// Puts the customer's card on the check, identified by the loyalty system. A phone number is searched for first;
+    /// any other text is the card's number. Refused when no customer is found.
     void addCard(ECardNumberType type, const QString &text);
 
     /// Has the loyalty system price the check.
@@ -73,6 +74,7 @@ public:
     /// the card.
     void spend();
 
+    /// Closes the check. One without lines is voided, and the cashier is told so.
     CheckResult close();
     CheckResult voidCheck();
 
@@ -84,19 +86,31 @@ private:
     void save() const;
     void notify(EventCode code) const;
 
+    /// Continues with a check from the disk.
+    void adopt(const QSharedPointer<SaleDocument> &document);
+
+    /// Goes back to the check as it was last saved.
+    void revert();
+
     /// What every change of a line has in common: `change` is applied between taking off the points that were spent,
     /// which no longer fit, and telling the loyalty system with `code`.
     void changeLines(EventCode code, const std::function<void()> &change);
-    void reportChange(EventCode code, bool hadPoints);
+    void reportRestored();
+
+    QString findCardNumber(ECardNumberType type, const QString &text);
+    [[noreturn]] void refuseCard(const tr::Tr &reason);
+    /// A kill may have come between the loyalty system's saving of a card and its refusal.
+    void dropUnidentifiedCard();
+    void takeCardOff();
 
     /// The line with this number; throws BasicException when there is none.
     QSharedPointer<GoodsItem> requireLine(int line) const;
 
-    /// Raises an event upon which the loyalty system may create an order. orderUncertain stays set for the caller to
-    /// take back with its own save().
+    /// Raises an event upon which the loyalty system may create an order. While it does, the order counts as uncertain;
+    /// the caller decides what it is afterwards, and saves.
     void notifyCreating(EventCode code);
 
-    /// Deals with an order that does not fit the check, if there may be one.
+    /// Drops an uncertain order.
     void settleOrder();
 
     /// Takes the points off the check, cancels the order and prices the check anew.
@@ -104,7 +118,7 @@ private:
 
     /// Calls `attempt` until the check is priced. Where it fails the cashier may retry, or remove the card.
     void priceOrRemoveCard(const std::function<void()> &attempt);
-    void markPriced();
+    void spendOffered();
 
     void beginEnding(TillState::Ending ending);
     CheckResult completeEnding();

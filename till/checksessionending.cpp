@@ -1,14 +1,10 @@
-// The end of a check, its continuation after a kill, and what the operations of a session share.
+// The end of a check, and going on after a kill.
 #include "checksession.h"
 #include "endingqueue.h"
 #include "journal.h"
 
-#include <cashier/cardaddlogic.h>
-#include <cashier/dialog.h>
-#include <cashier/savetofilelogic.h>
-#include <core/activitynotifier.h>
+#include <cashier/cashierui.h>
 #include <core/basicexception.h>
-#include <core/mockfactory.h>
 #include <core/singleton.h>
 #include <loyalty/basicloyaltysystem.h>
 
@@ -20,30 +16,31 @@ namespace till {
 
 std::optional<CheckResult> CheckSession::resume()
 {
-    m_document = m_store.restore();
-    if (!m_document)
+    const auto saved = m_store.restore();
+    if (!saved)
         return std::nullopt;
-    m_state = TillState::readFrom(*m_document);
-    m_system.setDocument(m_document);
-    m_system.restoreLoyaltySystem();
+    adopt(saved);
     if (m_state.ending != TillState::Ending::None)
         return completeEnding();
+    dropUnidentifiedCard();
     settleOrder();
-    // The loyalty system does not keep that a change was reported to it.
-    if (m_state.changeReported)
-        notify(EventCode::PositionChanged);
     return std::nullopt;
 }
 
 CheckResult CheckSession::close()
 {
+    if (isOpen() && m_state.ending == TillState::Ending::Closing)
+        return completeEnding();
     requireOpen();
-    if (m_document->getGoodsItems().isEmpty())
-        throw BasicException(u"В чеке нет товаров"_s);
+    if (m_document->getGoodsItems().isEmpty()) {
+        const CheckResult voided = voidCheck();
+        Singleton<CashierUi>::instance()->show(tr::Tr(u"В чеке не было товаров: он аннулирован"_s));
+        return voided;
+    }
     settleOrder();
     if (card() && !isPriced()) {
         priceOrRemoveCard([this] { m_system.request(m_document); });
-        markPriced();
+        m_state.order = TillState::Order::InStep;
     }
     notifyCreating(EventCode::PaymentStarted);
     beginEnding(TillState::Ending::Closing);
@@ -52,6 +49,8 @@ CheckResult CheckSession::close()
 
 CheckResult CheckSession::voidCheck()
 {
+    if (isOpen() && m_state.ending == TillState::Ending::Voiding)
+        return completeEnding();
     requireOpen();
     if (card())
         m_document->removeImpactsOf(card());
@@ -62,7 +61,7 @@ CheckResult CheckSession::voidCheck()
 void CheckSession::beginEnding(TillState::Ending ending)
 {
     m_state.ending = ending;
-    m_state.orderUncertain = false;
+    m_state.order = TillState::Order::InStep;
     save();
 }
 
@@ -97,105 +96,6 @@ void CheckSession::endWithLoyaltySystem()
         m_system.cancel();
     m_document->setState(closing ? SaleDocument::State::Closed : SaleDocument::State::Voided);
     save();
-}
-
-void CheckSession::settleOrder()
-{
-    if (m_state.orderUncertain)
-        dropLoyaltyResult();
-}
-
-void CheckSession::dropLoyaltyResult()
-{
-    m_state.orderUncertain = true;
-    if (card())
-        m_document->removeImpactsOf(card());
-    save();
-    priceOrRemoveCard([this] { notify(EventCode::LoyaltyResultDropped); });
-    markPriced();
-    save();
-}
-
-void CheckSession::priceOrRemoveCard(const std::function<void()> &attempt)
-{
-    static const tr::Tr retry(u"tillErrorRetry"_s, u"Повторить"_s);
-    static const tr::Tr remove(u"tillErrorRemove"_s, u"Удалить"_s);
-    while (card()) {
-        tr::Tr reason;
-        try {
-            attempt();
-            if (!card() || isPriced())
-                return;
-            reason = m_system.getLastErrorString();
-        } catch (const BasicException &error) {
-            reason = error.text();
-        }
-        const tr::Tr question(u"tillPriceError"_s,
-                              u"Чек не рассчитан: %1\nПовторить или удалить карту из чека?"_s.arg(reason.ru()));
-        if (!MockFactory<Dialog>::create()->question(question, 1, retry, remove, 0))
-            MockFactory<CardAddLogic>::create()->removeCard(m_document, card());
-    }
-}
-
-void CheckSession::markPriced()
-{
-    m_state.orderUncertain = false;
-    m_state.changeReported = false;
-    m_state.pricesStale = false;
-}
-
-void CheckSession::notifyCreating(EventCode code)
-{
-    if (isPriced() && m_state.pricesStale) {
-        m_state.orderUncertain = true;
-        save();
-    }
-    notify(code);
-}
-
-void CheckSession::notify(EventCode code) const
-{
-    const auto document = m_document.staticCast<AbstractDocument>();
-    Singleton<ActivityNotifier>::instance()->notify(Event(code, {{u"document"_s, QVariant::fromValue(document)}}));
-}
-
-void CheckSession::save() const
-{
-    m_state.writeTo(*m_document);
-    MockFactory<SaveToFileLogic>::create()->save(m_document, QString(), 0.0);
-}
-
-QSharedPointer<DocumentCardRecord> CheckSession::card() const
-{
-    return m_system.getCard();
-}
-
-bool CheckSession::isPriced() const
-{
-    return card() && !card()->getOperationId().isEmpty();
-}
-
-void CheckSession::requireOpen() const
-{
-    if (!isOpen())
-        throw BasicException(u"Нет открытого чека"_s);
-    if (m_state.ending != TillState::Ending::None)
-        throw BasicException(u"Чек уже закрывается, изменить его нельзя"_s);
-}
-
-void CheckSession::requireCard() const
-{
-    requireOpen();
-    if (!card())
-        throw BasicException(u"На чеке нет карты"_s);
-}
-
-QSharedPointer<GoodsItem> CheckSession::requireLine(int line) const
-{
-    requireOpen();
-    if (const auto item = m_document->findGoodsItem(line))
-        return item;
-    throw BasicException(u"В чеке нет строки %1"_s.arg(line));
 }
 
 } // namespace till

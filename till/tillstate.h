@@ -16,15 +16,16 @@ struct TillState
     /// kill the ending is carried to its end.
     Ending ending = Ending::None;
 
-    /// An order may exist at the service that does not fit the check: points were being spent, an order was being
-    /// created, or the check has changed since. It is to be cancelled and the check priced anew before anything else.
-    bool orderUncertain = false;
-
-    /// A line has changed and the subtotal has not been entered since.
-    bool changeReported = false;
-
-    /// The prices of the loyalty system are those of an earlier state of the check.
-    bool pricesStale = false;
+    /// How the order at the service stands towards the check.
+    enum class Order : int {
+        InStep = 0,  ///< The prices are those of the check as it is, or it was never priced.
+        Changed = 1, ///< A line has changed; the loyalty system knows and updates the order at the subtotal.
+        Behind = 2,  ///< The order follows the check, but the points offered are those of an earlier state.
+        /// An order may exist that does not fit the check: points were being spent, an order was being created, or the
+        /// check has changed since. To be cancelled, and the check priced anew, before anything else.
+        Uncertain = 3
+    };
+    Order order = Order::InStep;
 
     /// What the last change of a line takes to be taken back: "line" is its number, "item" the line as it was before
     /// (missing when the change added the line). Empty when there is nothing to take back.
@@ -33,6 +34,7 @@ struct TillState
     /// What the ending puts on the queue, see EndingQueue.
     QVariantList requests;
 
+    /// Throws BasicException when what is stored cannot have been written by the till.
     static TillState readFrom(const AbstractDocument &document);
     void writeTo(AbstractDocument &document) const;
 };

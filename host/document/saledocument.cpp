@@ -153,6 +153,17 @@ void SaleDocument::removeGoodsItem(int posnum)
     m_goods.removeOne(item);
 }
 
+void SaleDocument::putBackGoodsItem(const QSharedPointer<GoodsItem> &item)
+{
+    requireSaleable(item->getQuantity(), item->getPrice());
+    if (findGoodsItem(item->getPosnum()) || item->getPosnum() < 1 || item->getPosnum() > m_lastPosnum)
+        throw BasicException(u"Строку %1 нельзя вернуть в чек"_s.arg(item->getPosnum()));
+    const auto place = std::find_if(m_goods.cbegin(), m_goods.cend(),
+                                    [&item](const auto &other) { return other->getPosnum() > item->getPosnum(); });
+    item->setDiscountSum({});
+    m_goods.insert(place, item);
+}
+
 void SaleDocument::addCard(const QSharedPointer<DocumentCardRecord> &card)
 {
     if (!card || m_cards.contains(card))

@@ -46,6 +46,10 @@ public:
     /// Throws BasicException when there is no such line.
     void removeGoodsItem(int posnum);
 
+    /// Puts a line back that was taken off, with its number and in its place. Throws BasicException when the number is
+    /// taken or was never given, when the quantity is not above zero or the price is below it.
+    void putBackGoodsItem(const QSharedPointer<GoodsItem> &item);
+
     /// Puts a card on the check and gives the record its number within the check; one that is on it already stays.
     void addCard(const QSharedPointer<DocumentCardRecord> &card);
 

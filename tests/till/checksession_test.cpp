@@ -12,6 +12,7 @@
 
 #include <cashier/savetofilelogic.h>
 #include <core/activitynotifier.h>
+#include <core/basicexception.h>
 #include <queue/queuedrain.h>
 
 #include <gmock/gmock.h>
@@ -37,6 +38,8 @@ public:
         const int number = ++count;
         if (number == killBefore)
             throw Killed();
+        if (full)
+            throw BasicException(u"диск заполнен"_s);
         SaveToFileLogic::save(document, fileName, paid);
         if (number == killAfter)
             throw Killed();
@@ -44,6 +47,7 @@ public:
     int count = 0;
     int killBefore = 0;
     int killAfter = 0;
+    bool full = false;
 };
 
 struct OpenPlugin : kvo::Plugin
@@ -58,7 +62,8 @@ class Session : public testing::Test
 protected:
     Session()
     {
-        service.answer = RestExchange::response(200, R"({"success": true, "data": {"CardNumber": "777"},
+        service.answer =
+            RestExchange::response(200, R"({"success": true, "data": {"CardNumber": "777", "CustAccount": "A-1"},
             "result": {"earnPoints": 0.1, "redeemPoints": [{"lineId": 1, "points": 12.34}]}})");
         start();
     }
@@ -173,6 +178,56 @@ TEST_F(Session, AsksTheServiceForWhatTheCheckHasBecome)
         if (session->isOpen())
             session->voidCheck();
     }
+}
+
+TEST_F(Session, LeavesTheCheckAsItWasWhenAnOperationIsRefused)
+{
+    const auto identify = [this](const char *customer) {
+        session->voidCheck();
+        session->open();
+        service.answer = RestExchange::response(200, customer);
+        session->addCard(ECardNumberType::Manual, u"777"_s);
+    };
+    const struct
+    {
+        const char *name;
+        std::function<void()> operation;
+    } cases[]{
+        {"a quantity of zero", [this] { session->changeGoods(1, 0, {}); }},
+        {"no such line", [this] { session->removeGoods(7); }},
+        {"a disk that is full", [this] { session->addGoods(builder::line(100)); }},
+        {"a second card", [this] { session->addCard(ECardNumberType::Manual, u"778"_s); }},
+        {"a customer without a number", [&] { identify(R"({"success": true, "data": {"CustAccount": "A-1"}})"); }},
+        {"a customer without an account", [&] { identify(R"({"success": true, "data": {"CardNumber": "777"}})"); }},
+        {"an answer without a customer", [&] { identify("{}"); }},
+    };
+    openPriced();
+    session->spend();
+    QJsonObject before = session->result().toJournal();
+    for (const auto &[name, operation] : cases) {
+        SCOPED_TRACE(name);
+        disk->full = QByteArrayView(name).contains("disk");
+        EXPECT_THROW(operation(), BasicException);
+        disk->full = false;
+        if (session->result().lines.isEmpty())
+            EXPECT_EQ(session->result().card, QString()) << "no check is sold with such a card";
+        else
+            EXPECT_EQ(session->result().toJournal(), before);
+        start();
+        EXPECT_EQ(session->result().lines.isEmpty(), session->result().card.isEmpty());
+    }
+}
+
+TEST_F(Session, PutsARemovedLineBackInItsPlace)
+{
+    openPriced();
+    session->removeGoods(1);
+    start();
+    session->restoreGoods();
+    const auto lines = session->result().lines;
+    ASSERT_EQ(lines.size(), 2);
+    EXPECT_EQ(std::pair(lines[0].lineId, lines[0].amount), std::pair(1, Money::fromKopecks(5000)));
+    EXPECT_EQ(session->addGoods(builder::line(100)), 3);
 }
 
 TEST_F(Session, BringsBackThePluginsStateAfterARestart)

@@ -1,0 +1,75 @@
+// The customer's card on the check.
+#include "checksession.h"
+
+#include <core/basicexception.h>
+#include <loyalty/basicloyaltysystem.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace till {
+
+namespace {
+
+/// A gateway's answer without a customer must not become a card that is priced and paid with points.
+bool hasHolder(DocumentCardRecord &record)
+{
+    const auto client = record.getCard()->getClient();
+    return !record.getNumber().toString().trimmed().isEmpty() && client && !client->getIdClient().trimmed().isEmpty();
+}
+
+} // namespace
+
+void CheckSession::addCard(ECardNumberType type, const QString &text)
+{
+    requireOpen();
+    if (card())
+        throw BasicException(u"На чеке уже есть карта"_s);
+    // A customer who was searched for another card must not be taken for the holder of this one.
+    m_system.cancel();
+    auto record = QSharedPointer<DocumentCardRecord>::create();
+    record->setNumber(findCardNumber(type, text));
+    record->setLoyaltySystemCode(m_system.getLoyaltySystemCode());
+    m_document->addCard(record); // Before identification: the loyalty system looks for its card on the check.
+    if (!m_system.identifyByCard(record, type))
+        refuseCard(m_system.getLastErrorString());
+    if (!hasHolder(*record))
+        refuseCard(tr::Tr(u"Покупатель не найден. Проверьте номер или продолжите без карты"_s));
+    save();
+}
+
+QString CheckSession::findCardNumber(ECardNumberType type, const QString &text)
+{
+    if (type != ECardNumberType::Phone) {
+        if (text.trimmed().isEmpty())
+            throw BasicException(u"Номер карты не введён"_s);
+        return text.trimmed();
+    }
+    const loyalty::CardNumberResult number = m_system.getCardNumber({static_cast<int>(type), text});
+    if (!number.success)
+        throw BasicException(number.error);
+    return number.cardNumber;
+}
+
+/// Leaves the check as it was before the card.
+void CheckSession::refuseCard(const tr::Tr &reason)
+{
+    takeCardOff();
+    throw BasicException(reason);
+}
+
+void CheckSession::dropUnidentifiedCard()
+{
+    if (card() && !hasHolder(*card()))
+        takeCardOff();
+}
+
+/// The card and what the loyalty system has stored with it; there is no order yet.
+void CheckSession::takeCardOff()
+{
+    m_document->removeCard(card());
+    m_document->setPluginData(m_system.getStoreDataKey(), {});
+    m_system.cancel();
+    save();
+}
+
+} // namespace till
