@@ -92,15 +92,15 @@ public:
     virtual http::Response request(const Request &request, bool logOnly) const;
 
     /// Returns when the answer is good. Throws BasicException when there was no answer or the service cannot serve now,
-    /// and its subclass RejectionException when the service has refused this very request. `logOnly`: a refusal by
+    /// and its subclass Refusal when the service has refused this very request. `logOnly`: a refusal by
     /// "success": false with status 200, 400 or 500 is an error line in the log instead.
     virtual void checkForError(const http::Response &response, bool logOnly) const;
 
-    /// The URL of a method of the loyalty API.
+    /// The URL of a method of the loyalty API; invalid, with an errorString(), when "Kvo:host" cannot be parsed.
     virtual QUrl getUrl(const QString &method, const QUrlQuery &query) const;
     QUrl getUrl(const QString &method) const { return getUrl(method, QUrlQuery()); }
 
-    /// The URL of a method of the message API.
+    /// The URL of a method of the message API; invalid likewise.
     virtual QUrl getVerificationUrl(const QString &method) const;
 
 protected:

@@ -1,4 +1,4 @@
-// The order body: how a check is told to the loyalty service.
+// Builds the order body from a check.
 #include "client/interface.h"
 
 #include <QtCore/QHash>
@@ -78,7 +78,7 @@ QJsonObject orderLine(const GoodsItem &item, const PositionSums &sums, bool forb
     line.insert("barcode"_L1, item.getAdditionalBarcode());
     line.insert("lineID"_L1, QString::number(item.getPosnum()));
     line.insert("lineAmount"_L1, moneyText(sums.bonusPoints + item.getDiscountApplyLimit(false) + sums.payment));
-    if (item.getTmc()->getPriceSourceType() == EPriceSourceType::Promotion)
+    if (const auto tmc = item.getTmc(); tmc && tmc->getPriceSourceType() == EPriceSourceType::Promotion)
         line.insert("isSale"_L1, true);
     if (forbidsSpending)
         line.insert("noDiscountAllowed"_L1, true);
@@ -103,7 +103,7 @@ QJsonObject Interface::createOrderBody(const QSharedPointer<AbstractDocument> &d
             {u"cardNumber"_s, card->getNumber().toString()},
             {u"onlineStore"_s, onlineStore},
             {u"basket"_s, basket.isEmpty() ? createUuid() : basket},
-            {u"basketDatetime"_s, document->getDateTime().toString(u"yyyy-MM-dd")},
+            {u"basketDatetime"_s, document->getDateTime().date().toString(u"yyyy-MM-dd")},
             {u"orderLines"_s, lines},
             {u"paymentDiscAmount"_s, moneyText(sums.payment)},
             {u"terminal"_s, terminal}};

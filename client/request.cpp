@@ -7,6 +7,18 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace kvo {
 
+namespace {
+
+// A number outside the enumeration's range must never be loaded as one of its values.
+QNetworkAccessManager::Operation operationFrom(int number)
+{
+    const bool known =
+        number >= QNetworkAccessManager::HeadOperation && number <= QNetworkAccessManager::CustomOperation;
+    return known ? static_cast<QNetworkAccessManager::Operation>(number) : QNetworkAccessManager::UnknownOperation;
+}
+
+} // namespace
+
 QJsonObject Request::toQueueEvent() const
 {
     QJsonObject headerObject;
@@ -21,7 +33,7 @@ QJsonObject Request::toQueueEvent() const
 Request Request::fromQueueEvent(const QJsonObject &event)
 {
     Request request;
-    request.op = event.value("op"_L1).toVariant().value<QNetworkAccessManager::Operation>();
+    request.op = operationFrom(event.value("op"_L1).toInt());
     request.url = QUrl(event.value("url"_L1).toString(), QUrl::TolerantMode);
     const QJsonObject headerObject = event.value("headers"_L1).toObject();
     for (auto header = headerObject.constBegin(); header != headerObject.constEnd(); ++header)

@@ -1,7 +1,7 @@
 // How the service client speaks to the service: URLs, one exchange, and the judgement of its outcome.
 #include "client/interface.h"
+#include "client/refusal.h"
 
-#include <core/basicexception.h>
 #include <core/mockfactory.h>
 #include <net/restclient.h>
 
@@ -19,6 +19,9 @@ QUrl methodUrl(const QString &host, const std::filesystem::path &prefix, const Q
                const QUrlQuery &query = QUrlQuery())
 {
     QUrl url(host, QUrl::TolerantMode);
+    // A path would clear the error, and the request would go to the default port of what could be parsed.
+    if (!url.errorString().isEmpty())
+        return url;
     url.setPath(QString::fromStdString((prefix / method.toStdString()).native()), QUrl::DecodedMode);
     url.setQuery(query);
     return url;
@@ -48,7 +51,7 @@ template <class Text>
 {
     if (maySucceedLater(status))
         throw BasicException(text);
-    throw RejectionException(text);
+    throw Refusal(text);
 }
 
 } // namespace

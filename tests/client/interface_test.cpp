@@ -1,13 +1,12 @@
 // Settings, the form of a stored request, and the judgement of answers: what is an error, what is only logged, what may
 // be sent again.
 #include "client/interface.h"
+#include "client/refusal.h"
 #include "tests/support/fakeconfig.h"
 #include "tests/support/json.h"
 #include "tests/support/logfile.h"
 #include "tests/support/printqt.h"
 #include "tests/support/restexchange.h"
-
-#include <core/basicexception.h>
 
 #include <gtest/gtest.h>
 
@@ -67,7 +66,7 @@ Outcome judge(const Judgement &judgement, bool logOnly, LogFile &log)
         Interface(utils::ForMock()).checkForError(answer, logOnly);
     } catch (const BasicException &error) {
         EXPECT_EQ(error.text().ru(), judgement.text);
-        return dynamic_cast<const RejectionException *>(&error) ? Outcome::Rejected : Outcome::Failed;
+        return dynamic_cast<const Refusal *>(&error) ? Outcome::Rejected : Outcome::Failed;
     }
     const QString logged = log.take();
     EXPECT_TRUE(logged.isEmpty() || logged.contains(judgement.text)) << logged.toStdString();
@@ -104,6 +103,16 @@ TEST(Settings, GiveAddressesTimeoutAndCredentials)
         EXPECT_EQ(client.headers, (QHash<QString, QString>{{u"Authorization"_s, u"Basic "_s + c.authorization},
                                                            {u"Content-Type"_s, u"application/json"_s}}));
         EXPECT_EQ(client.timeout, c.timeout);
+    }
+}
+
+// A path set on it would make a good address of it, at the default port.
+TEST(Settings, AnAddressThatCannotBeParsedIsNoAddress)
+{
+    for (const char *host : {"http://127.0.0.1:99999", "http://127.0.0.1:80a80", "http://127.0.0.1:8080 ; comment"}) {
+        const FakeConfig config({{u"Kvo:host"_s, QString::fromLatin1(host)}});
+        EXPECT_FALSE(Interface().getUrl(u"a"_s).isValid()) << host;
+        EXPECT_FALSE(Interface().getVerificationUrl(u"a"_s).isValid()) << host;
     }
 }
 
@@ -148,6 +157,10 @@ TEST(Transport, SendsAQueuedEventAsItWasStored)
     EXPECT_EQ(exchange.sentUrl, order.url);
     EXPECT_EQ(exchange.bodies.last(), order.payload.object());
     EXPECT_EQ(exchange.sentHeaders, order.headers);
+    for (const char *op : {"0", "7", "-1", "4.5", "1e300", "\"4\"", "null"}) {
+        const QJsonObject event = json(R"({"op": )" + QByteArray(op) + "}");
+        EXPECT_EQ(static_cast<int>(Request::fromQueueEvent(event).op), 0) << op;
+    }
 }
 
 } // namespace kvo
