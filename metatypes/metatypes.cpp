@@ -2,41 +2,16 @@
 // to sequential containers) are not repeated here.
 #include "metatypes/metatypes.h"
 
+#include "metatypes/plaindata.h"
+
 #include <core/event.h>
-#include <core/serder.h>
 #include <document/abstractdocument.h>
-#include <document/bonusimpact.h>
-#include <document/documentbonusrecord.h>
 
 #include <QtNetwork/QNetworkAccessManager>
 
 namespace kvo {
 
 namespace {
-
-QVariantMap bonusRecordToMap(const DocumentBonusRecord &record)
-{
-    return serder::gadgetToMap(DocumentBonusRecord::staticMetaObject, &record);
-}
-
-QVariantList bonusImpactsToList(const BonusImpactPtrList &impacts)
-{
-    QVariantList list;
-    for (const auto &impact : impacts)
-        list.append(impact->toMap());
-    return list;
-}
-
-BonusImpactPtrList bonusImpactsFromList(const QVariantList &list)
-{
-    BonusImpactPtrList impacts;
-    for (const auto &entry : list) {
-        auto impact = QSharedPointer<BonusImpact>::create(QSharedPointer<DocumentImpactDetail>::create());
-        impact->readMap(entry.toMap());
-        impacts.append(impact);
-    }
-    return impacts;
-}
 
 bool registerAll()
 {
@@ -52,9 +27,9 @@ bool registerAll()
         if (!QMetaType::hasRegisteredConverterFunction<From, To>())
             QMetaType::registerConverter<From, To>(convert);
     };
-    registerConverter(&bonusRecordToMap);
-    registerConverter(&bonusImpactsToList);
-    registerConverter(&bonusImpactsFromList);
+    registerConverter(static_cast<QVariantMap (*)(const DocumentBonusRecord &)>(&toPlainMap));
+    registerConverter(&toPlainList);
+    registerConverter(&bonusImpactsFrom);
     return true;
 }
 

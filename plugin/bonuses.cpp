@@ -64,7 +64,8 @@ void Plugin::createBonusRecords(const QSharedPointer<DocumentCardRecord> &card, 
     record.cardNumber = card->getNumber().toString();
     record.amount = amount;
     record.dateTime = MockFactory<CurrentTime>::create()->currentDateTime();
-    record.userCode = Singleton<Session>::instance()->getUser()->getCode().toString();
+    if (const auto user = Singleton<Session>::instance()->getUser())
+        record.userCode = user->getCode().toString();
     bonusRecords = distributeBonusRecord(currentDocument(), record);
     pointsForEarn = amount;
     logger->info(u"Сумма к начислению: %1"_s.arg(QString::number(amount, 'f', 2)));

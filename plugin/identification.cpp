@@ -13,13 +13,8 @@ namespace kvo {
 
 namespace {
 
-/// Date and time are parsed apart: where the clocks change at midnight, a local date-time of that day does not exist.
-QDate birthday(const QString &text)
-{
-    const QStringList parts = text.split(u' ');
-    const bool complete = parts.size() == 2 && QTime::fromString(parts.last(), u"HH:mm:ss"_s).isValid();
-    return complete ? QDate::fromString(parts.first(), u"yyyy-MM-dd"_s) : QDate();
-}
+/// So many of a card number go into the log.
+constexpr int shownDigits = 4;
 
 QSharedPointer<Client> createClient(const QJsonObject &customer)
 {
@@ -27,7 +22,7 @@ QSharedPointer<Client> createClient(const QJsonObject &customer)
     auto client = QSharedPointer<Client>::create();
     client->setIdClient(text("CustAccount"_L1));
     client->setName(text("LastName"_L1) + u' ' + text("FirstName"_L1) + u' ' + text("MiddleName"_L1));
-    client->setBirthday(birthday(text("BirthDate"_L1)));
+    client->setBirthday(QDateTime::fromString(text("BirthDate"_L1), u"yyyy-MM-dd HH:mm:ss"_s).date());
     client->setSex(customer.value("Gender"_L1).toInt() == 1 ? Client::Sex::Male : Client::Sex::Female);
     client->setEmail(text("Email"_L1));
     client->setPhoneNumber(text("Phone"_L1));
@@ -69,14 +64,22 @@ loyalty::CardNumberResult Plugin::getCardNumber(const loyalty::CardNumberInputDa
 bool Plugin::identifyByCard(QSharedPointer<DocumentCardRecord> &card, ECardNumberType type)
 {
     logger->info(u"Получение информации о карте"_s);
-    if (!card)
-        return true;
+    if (!card) {
+        reportError(tr::Tr(u"Карта лояльности не указана"_s));
+        return false;
+    }
+    forgetOrderOfEarlierCheck(*card);
     try {
-        const QJsonObject holder =
-            customer.isEmpty() ? interface->searchCustomer(card->getNumber().toString(), type) : customer;
+        const QString entered = card->getNumber().toString();
+        const QJsonObject holder = customer.isEmpty() ? interface->searchCustomer(entered, type) : customer;
         const auto client = createClient(holder);
-        card->getCard()->setClient(client);
-        card->setNumber(holder.value("CardNumber"_L1).toString());
+        if (const auto holderCard = card->getCard())
+            holderCard->setClient(client);
+        const QString found = holder.value("CardNumber"_L1).toString();
+        if (!customer.isEmpty() && !entered.isEmpty() && entered != found)
+            logger->warn(u"Карта чека (…%1) заменена картой покупателя, найденного по телефону (…%2)"_s.arg(
+                entered.right(shownDigits), found.right(shownDigits)));
+        card->setNumber(found);
 
         const QString number = card->getNumber().toString();
         const QJsonObject info = interface->cardInfo(number, client->getIdClient());

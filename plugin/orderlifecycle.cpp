@@ -2,11 +2,12 @@
 #include "plugin/plugin.h"
 
 #include <core/basicexception.h>
-#include <core/serder.h>
 #include <core/singleton.h>
 #include <queue/dbqueuebroker.h>
 
 #include <log4qt/logger.h>
+
+#include <QtCore/QScopeGuard>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -16,18 +17,10 @@ namespace {
 
 void enqueue(const Request &request)
 {
+    // Stored without its address, the request could never be delivered.
+    if (!request.url.errorString().isEmpty())
+        throw BasicException(u"Неверно задан адрес сервиса лояльности, проверьте настройку Kvo:host"_s);
     Singleton<DBQueueBroker>::instance()->push(u"kvo"_s, request.toQueueEvent(), QString());
-}
-
-QList<DocumentBonusRecord> bonusRecordsFrom(const QVariantList &list)
-{
-    QList<DocumentBonusRecord> records;
-    for (const auto &entry : list) {
-        DocumentBonusRecord record;
-        serder::mapToGadget(DocumentBonusRecord::staticMetaObject, &record, entry.toMap());
-        records.append(record);
-    }
-    return records;
 }
 
 } // namespace
@@ -55,19 +48,39 @@ bool Plugin::request(const QSharedPointer<AbstractDocument> &document)
     return true;
 }
 
-/// Creates the order, with `confirm` before each attempt. Nothing: the cashier has removed the card instead.
+/// A card without operation id has no order: one that is known to exist belongs to an earlier check.
+void Plugin::forgetOrderOfEarlierCheck(const DocumentCardRecord &card)
+{
+    if (card.getOperationId().isEmpty())
+        orderCreated = false;
+}
+
+/// Names an order that is created without having been priced. All attempts must name the same one, also after a
+/// restart: an order whose answer was lost may exist on the service. So the name is saved before it is sent.
+void Plugin::nameOrder(DocumentCardRecord &card)
+{
+    if (!card.getOperationId().isEmpty())
+        return;
+    forgetOrderOfEarlierCheck(card);
+    card.setOperationId(interface->createUuid());
+    auto unnamed = qScopeGuard([&card] { card.setOperationId(QString()); });
+    updatePluginData();
+    unnamed.dismiss();
+}
+
+/// Creates the order, with `confirm` before each attempt. Nothing: the card is off the check instead.
 std::optional<Response> Plugin::createOrder(const QSharedPointer<AbstractDocument> &document,
                                             const QSharedPointer<DocumentCardRecord> &card, bool forbidDiscount,
                                             const std::function<void()> &confirm)
 {
-    // All attempts must name the same order: one whose answer was lost may exist on the service.
-    if (card->getOperationId().isEmpty())
-        card->setOperationId(interface->createUuid());
     const tr::Tr question(u"kvoCreateOrderError"_s,
                           u"Ошибка при создании заказа.\nПовторить или удалить карту из чека?"_s);
     std::optional<Response> response;
     retryOrRemoveCard(question, document, card, [&] {
         confirm();
+        if (getCard() != card)
+            return; // Taken off the check while the customer was asked for the code.
+        nameOrder(*card);
         response = interface->createOrder(document, card, forbidDiscount);
     });
     return response;
@@ -81,32 +94,28 @@ bool Plugin::commit(const QSharedPointer<AbstractDocument> &document)
     const auto card = getCard();
     if (!hasSubject(document, card))
         return true;
-    if (!orderCreated && !createOrder(document, card, true))
-        return true;
+    forgetOrderOfEarlierCheck(*card);
+    if (!orderCreated) {
+        if (!createOrder(document, card, true))
+            return true;
+        // Before the first push: a commit that is repeated must not replace an order that may be posted.
+        orderCreated = true;
+        updatePluginData();
+    }
     enqueue(interface->postOrderRequest(card));
     enqueue(interface->bindOrderIdRequest(document, card));
-    forgetOrder();
     return true;
 }
 
 bool Plugin::rollback(const QSharedPointer<AbstractDocument> &document)
 {
-    cancelOrder(document, true);
-    forgetOrder();
-    return true;
-}
-
-/// The check is over: the next one must not inherit what is known of its order.
-void Plugin::forgetOrder()
-{
-    orderCreated = false;
-    pendingUpdate = false;
+    return cancelOrder(document, true);
 }
 
 bool Plugin::cancelOrder(const QSharedPointer<AbstractDocument> &document, bool queued)
 {
     const auto card = getCard();
-    if (!card || card->getOperationId().isEmpty() || !hasSubject(document, card))
+    if (!card || card->getOperationId().isEmpty())
         return true;
     const Request cancellation = interface->cancelOrderRequest(document, card);
     if (queued) {
@@ -125,19 +134,6 @@ bool Plugin::cancel()
 {
     customer = QJsonObject();
     return BasicLoyaltySystem::cancel();
-}
-
-bool Plugin::restoreLoyaltySystem()
-{
-    pointsForSpend = getPluginData(u"pointsForSpend"_s, 0.0).toDouble();
-    pointsForEarn = getPluginData(u"pointsForEarn"_s, 0.0).toDouble();
-    bonusRecords = bonusRecordsFrom(getPluginData(u"bonusRecords"_s, QVariant()).toList());
-    bonusImpacts = getPluginData(u"bonusImpacts"_s, QVariant()).value<BonusImpactPtrList>();
-    // On the disk an impact keeps the number of its card, not the card.
-    for (const auto &impact : std::as_const(bonusImpacts))
-        impact->setCardRecord(getCard());
-    orderCreated = getPluginData(u"orderCreated"_s, QVariant()).toBool();
-    return true;
 }
 
 } // namespace kvo

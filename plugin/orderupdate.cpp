@@ -1,8 +1,5 @@
-// Keeping the order in step with the check while it changes, and the plugin's state with the check on the disk.
+// Keeps the order in step with the check while it changes.
 #include "plugin/plugin.h"
-
-#include <cashier/savetofilelogic.h>
-#include <core/mockfactory.h>
 
 #include <log4qt/logger.h>
 
@@ -43,16 +40,6 @@ void Plugin::sendUpdate(const Request &update, const QSharedPointer<AbstractDocu
     card->setOperationInfo(body);
     updatePluginData();
     pendingUpdate = false;
-}
-
-void Plugin::updatePluginData() const
-{
-    setPluginData(u"pointsForSpend"_s, pointsForSpend);
-    setPluginData(u"pointsForEarn"_s, pointsForEarn);
-    setPluginData(u"bonusRecords"_s, QVariant::fromValue(bonusRecords));
-    setPluginData(u"bonusImpacts"_s, QVariant::fromValue(bonusImpacts));
-    setPluginData(u"orderCreated"_s, orderCreated);
-    MockFactory<SaveToFileLogic>::create()->save(currentDocument(), QString(), 0.0);
 }
 
 } // namespace kvo

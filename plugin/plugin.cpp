@@ -114,22 +114,25 @@ bool Plugin::hasSubject(const QSharedPointer<AbstractDocument> &document,
     return card && document;
 }
 
-/// Repeats `attempt` until it succeeds or the cashier chooses to do without the card. False: the card was removed.
-bool Plugin::retryOrRemoveCard(const tr::Tr &question, const QSharedPointer<AbstractDocument> &document,
+/// Repeats `attempt` until it succeeds or the cashier has the card removed. The host may also have taken the card off
+/// the check while the cashier was being asked.
+void Plugin::retryOrRemoveCard(const tr::Tr &question, const QSharedPointer<AbstractDocument> &document,
                                const QSharedPointer<DocumentCardRecord> &card, const std::function<void()> &attempt)
 {
     for (;;) {
         try {
             attempt();
-            return true;
+            return;
         } catch (const BasicException &error) {
             reportError(error.text());
         }
         const bool retry = MockFactory<Dialog>::create()->question(question, 1, tr::Tr(u"kvoErrorOk"_s, u"Повторить"_s),
                                                                    tr::Tr(u"kvoErrorCancel"_s, u"Удалить"_s), 0);
+        if (getCard() != card)
+            return;
         if (!retry) {
             MockFactory<CardAddLogic>::create()->removeCard(document, card);
-            return false;
+            return;
         }
     }
 }

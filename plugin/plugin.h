@@ -15,8 +15,8 @@ namespace kvo {
 /// with points, and keeps an order on the service in step with the check. Texts for the cashier and the log are
 /// Russian.
 ///
-/// Without a card the operations have nothing to do and return true. A check that is missing while there is a card is
-/// an error line in the log; nothing is sent then.
+/// Without a card on the check the operations have nothing to do and return true. A check that is missing while there
+/// is a card is an error line in the log; nothing is sent then, except that an order is cancelled without its check.
 class Plugin : public BaseActivityListener, public BasicLoyaltySystem
 {
     Q_OBJECT
@@ -45,8 +45,8 @@ public:
     /// customer for identifyByCard(). Other kinds of input are the host's. Failures are in the result.
     loyalty::CardNumberResult getCardNumber(const loyalty::CardNumberInputData &data) override;
 
-    /// Fills the record, its card and a new client from searchCustomer, cardInfo and loyaltyBalanceInfo. False after an
-    /// error of the service, see getLastErrorString(); what was filled by then stays.
+    /// Fills the record, its card and a new client from searchCustomer, cardInfo and loyaltyBalanceInfo. False without
+    /// a record, and after an error of the service, see getLastErrorString(); what was filled by then stays.
     bool identifyByCard(QSharedPointer<DocumentCardRecord> &card, ECardNumberType type) override;
 
     /// Prices the check (calculateOrder): points that may be spent and that will be earned, and the order's identifier.
@@ -59,17 +59,18 @@ public:
     bool spendPoints() override;
 
     /// Makes sure that the order exists (createOrder without spending points), then queues postOrder and bindOrderId.
-    /// After an error the cashier retries or removes the card. Always true; throws BasicException when the queue cannot
-    /// store.
+    /// After an error the cashier retries or removes the card. Always true; throws BasicException when the check cannot
+    /// be saved or the queue cannot store. May be repeated, also after it threw.
     bool commit(const QSharedPointer<AbstractDocument> &document) override;
 
     /// Forgets points, impacts, records and the customer. Does not contact the service.
     bool cancel() override;
 
-    /// Queues cancelOrder for the order of the check. Throws BasicException when the queue cannot store.
+    /// Queues cancelOrder for the order of the check, for which the check itself is not needed. Throws BasicException
+    /// when the queue cannot store.
     bool rollback(const QSharedPointer<AbstractDocument> &document) override;
 
-    /// Reads back what updatePluginData() has written.
+    /// Reads back what updatePluginData() has written; what cannot be read is passed over with a warning in the log.
     bool restoreLoyaltySystem() override;
 
     /// Writes points, records, impacts and the order's state into the check's plugin data and has the host save the
@@ -105,7 +106,8 @@ private:
                     const QSharedPointer<DocumentCardRecord> &card);
     bool cancelOrder(const QSharedPointer<AbstractDocument> &document, bool queued);
     void reissueOrder(const Event &event);
-    void forgetOrder();
+    void forgetOrderOfEarlierCheck(const DocumentCardRecord &card);
+    void nameOrder(DocumentCardRecord &card);
     static QSharedPointer<AbstractDocument> documentOf(const Event &event);
 
     bool hasSubject(const QSharedPointer<AbstractDocument> &document,
@@ -113,7 +115,7 @@ private:
     std::optional<Response> createOrder(
         const QSharedPointer<AbstractDocument> &document, const QSharedPointer<DocumentCardRecord> &card,
         bool forbidDiscount, const std::function<void()> &confirm = [] {});
-    bool retryOrRemoveCard(const tr::Tr &question, const QSharedPointer<AbstractDocument> &document,
+    void retryOrRemoveCard(const tr::Tr &question, const QSharedPointer<AbstractDocument> &document,
                            const QSharedPointer<DocumentCardRecord> &card, const std::function<void()> &attempt);
     void reportError(const tr::Tr &text);
 };

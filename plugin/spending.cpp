@@ -2,6 +2,7 @@
 #include "plugin/plugin.h"
 
 #include <cashier/verificationlogic.h>
+#include <core/basicexception.h>
 #include <core/config.h>
 #include <core/mockfactory.h>
 #include <core/singleton.h>
@@ -13,6 +14,18 @@
 using namespace Qt::Literals::StringLiterals;
 
 namespace kvo {
+
+namespace {
+
+/// Empty when nobody knows it.
+QString phoneOfHolder(const QSharedPointer<DocumentCardRecord> &record)
+{
+    const auto card = record ? record->getCard() : nullptr;
+    const auto client = card ? card->getClient() : nullptr;
+    return client ? client->getPhoneNumber() : QString();
+}
+
+} // namespace
 
 bool Plugin::spendPoints()
 {
@@ -43,10 +56,12 @@ void Plugin::verification(double amount) const
     const QString code = getCode(config->getInt(u"Kvo:verificationCodeLength"_s, 4));
     if (code.isEmpty())
         return;
-    const QString text =
-        config->getString(u"Kvo:verificationMessage"_s, u"Ваш код подтверждения: %1"_s).arg(code, 0, u' ');
-    const auto client = getCard()->getCard()->getClient();
-    interface->verification(text, client ? client->getPhoneNumber() : QString());
+    const QString message = config->getString(u"Kvo:verificationMessage"_s, u"Ваш код подтверждения: %1"_s);
+    // Qt would print the code, in a warning that it could not be put into the text.
+    if (!message.contains("%1"_L1))
+        throw BasicException(
+            u"Код подтверждения не отправлен: в настройке Kvo:verificationMessage нет места для кода (%1)"_s);
+    interface->verification(message.arg(code, 0, u' '), phoneOfHolder(getCard()));
     MockFactory<VerificationLogic>::create()->verify(code, tr::Tr(), 0);
 }
 

@@ -4,8 +4,6 @@
 #include "saledocument.h"
 #include "storedmap.h"
 
-#include <document/documentbonusrecord.h>
-
 #include <algorithm>
 
 using namespace Qt::Literals::StringLiterals;
@@ -14,28 +12,6 @@ namespace {
 
 constexpr int formatVersion = 1;
 
-void write(const DocumentBonusRecord &record, JsonWriter &json)
-{
-    json.add("cardNumber"_L1, record.cardNumber);
-    json.add("amount"_L1, record.amount);
-    json.add("dateTime"_L1, record.dateTime);
-    json.add("userCode"_L1, record.userCode);
-    json.add("position"_L1, record.position);
-}
-
-// What there is for each line of a check is not taken apart into variants, as it would be by its converters.
-void writePluginValue(JsonWriter &json, const QString &name, const QVariant &value)
-{
-    const QMetaType type = value.metaType();
-    if (type == QMetaType::fromType<BonusImpactPtrList>())
-        json.addList(name, value.value<BonusImpactPtrList>(), [&](const auto &impact) { impact->writeTo(json); });
-    else if (type == QMetaType::fromType<QList<DocumentBonusRecord>>())
-        json.addList(name, value.value<QList<DocumentBonusRecord>>(),
-                     [&](const DocumentBonusRecord &record) { write(record, json); });
-    else
-        json.add(name, value);
-}
-
 void writePluginData(JsonWriter &json, const SaleDocument &document)
 {
     const QStringList keys = document.pluginDataKeys();
@@ -43,7 +19,7 @@ void writePluginData(JsonWriter &json, const SaleDocument &document)
         const QVariantMap data = document.getPluginData(key);
         json.addObject(key, [&] {
             for (auto entry = data.cbegin(); entry != data.cend(); ++entry)
-                writePluginValue(json, entry.key(), entry.value());
+                json.add(entry.key(), entry.value());
         });
     }
 }

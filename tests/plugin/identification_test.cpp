@@ -1,5 +1,6 @@
 // Who the card belongs to: what is asked of the service, and what is written on the check.
 #include "pluginfixture.h"
+#include "tests/support/logfile.h"
 
 namespace kvo {
 
@@ -18,6 +19,7 @@ protected:
 
 TEST_F(Identification, ByPhoneSearchesOnce)
 {
+    LogFile log;
     EXPECT_CALL(*saveToFile, save(DocumentPtr(document), QString(), 0.0));
     const auto found = plugin.getCardNumber({static_cast<int>(ECardNumberType::Phone), u"+79001234567"_s});
     EXPECT_TRUE(found.success);
@@ -38,6 +40,7 @@ TEST_F(Identification, ByPhoneSearchesOnce)
     EXPECT_EQ(card->getNumber(), QVariant(u"50% a&b"_s));
     EXPECT_EQ(card->getBonusBalance(), QVariant(150.5));
     EXPECT_EQ(plugin.getPluginData(u"pointsForSpend"_s, {}), QVariant(150.5));
+    EXPECT_TRUE(log.take().contains(u" WARN kvo - Карта чека (…2000) заменена картой"_s));
 }
 
 TEST_F(Identification, TheLastTierInForceStands)

@@ -1,5 +1,6 @@
 // The order from pricing to the closed or voided check.
 #include "pluginfixture.h"
+#include "tests/support/logfile.h"
 
 namespace kvo {
 
@@ -38,8 +39,14 @@ TEST_F(Lifecycle, ClosingCreatesOneOrderWithoutSpending)
     card->setOperationId(QString());
     service.failures = {u"createOrder"_s, u"createOrder"_s};
     expectRetries(createError, 2);
+    QString saved; // What the disk knows of the order when the service first hears of it.
+    ON_CALL(*saveToFile, save).WillByDefault([&] {
+        if (service.calls.isEmpty())
+            saved = card->getOperationId();
+    });
     EXPECT_TRUE(plugin.commit(document));
     EXPECT_EQ(service.calls, QStringList(3, u"createOrder"_s));
+    EXPECT_EQ(saved, service.bodies[0].value("basket"_L1).toString());
     const QJsonObject created = service.bodies[0];
     EXPECT_EQ(service.bodies, QList<QJsonObject>(3, created)) << "every attempt names the same order";
     EXPECT_EQ(created.value("basket"_L1).toString().size(), 36);
@@ -58,9 +65,46 @@ TEST_F(Lifecycle, TheNextCheckInheritsNoOrder)
 {
     for (const auto end : {&Plugin::commit, &Plugin::rollback}) {
         plugin.orderCreated = true;
-        raise(57);
         EXPECT_TRUE((plugin.*end)(document));
-        EXPECT_FALSE(plugin.orderCreated || plugin.pendingUpdate);
+        card->setOperationId({}); // As on the next check.
+        service.calls.clear();
+        EXPECT_TRUE(plugin.commit(document));
+        EXPECT_EQ(service.calls, QStringList{u"createOrder"_s});
+    }
+}
+
+TEST_F(Lifecycle, RestoringPassesOverWhatItCannotRead)
+{
+    LogFile log;
+    plugin.bonusImpacts = plugin.createBonusImpacts(card, Response(json(R"({"redeemPoints": [{"points": 1}]})")));
+    const QVariantList impacts = QVariant::fromValue(plugin.bonusImpacts).toList();
+    QVariantList damaged = impacts;
+    damaged.append(u"text"_s);
+    const QVariantMap record{{u"cardNumber"_s, u"2000"_s}, {u"amount"_s, u"x"_s}, {u"position"_s, 2}, {u"z"_s, 1}};
+    const struct
+    {
+        QVariantMap data;
+        QString skipped;
+        qsizetype impacts;
+    } cases[] = {
+        {{{u"pointsForSpend"_s, u"x"_s}, {u"bonusImpacts"_s, impacts}}, u"pointsForSpend\n"_s, 1},
+        {{{u"bonusRecords"_s, QVariantList{record}}}, u"amount\n"_s, 0},
+        {{{u"bonusRecords"_s, u"x"_s}, {u"bonusImpacts"_s, damaged}}, u"bonusRecords, bonusImpacts\n"_s, 0},
+        {{}, {}, 0},
+    };
+    for (const auto &c : cases) {
+        document->setPluginData(plugin.getStoreDataKey(), c.data);
+        plugin.setPluginData(u"orderCreated"_s, true);
+        EXPECT_TRUE(plugin.restoreLoyaltySystem());
+        EXPECT_TRUE(plugin.orderCreated) << "later keys are read";
+        EXPECT_EQ(plugin.bonusImpacts.size(), c.impacts);
+        const QString warnings = log.take();
+        EXPECT_EQ(warnings.count(u'\n'), c.skipped.isEmpty() ? 0 : 1) << warnings.toStdString();
+        EXPECT_TRUE(warnings.endsWith(c.skipped)) << warnings.toStdString();
+        if (c.skipped == "amount\n"_L1) {
+            EXPECT_EQ(plugin.bonusRecords.value(0).amount, 0);
+            EXPECT_EQ(plugin.bonusRecords.value(0).position, 2);
+        }
     }
 }
 
@@ -77,7 +121,7 @@ TEST_F(Lifecycle, VoidingQueuesTheCancellationOnceAndForgetsTheCustomer)
 {
     plugin.customer = json(R"({"a": 1})");
     card->setOperationInfo(QVariantMap{{u"a"_s, 1}});
-    EXPECT_TRUE(plugin.rollback(document) && plugin.rollback(document) && plugin.cancel());
+    EXPECT_TRUE(plugin.rollback({}) && plugin.rollback(document) && plugin.cancel());
     EXPECT_EQ(queued, QStringList{u"cancelOrder"_s});
     EXPECT_EQ(queuedBodies[0], orderReference);
     EXPECT_TRUE(card->getOperationId().isEmpty() && card->getOperationInfo().isNull() && plugin.customer.isEmpty());
@@ -89,12 +133,12 @@ TEST_F(Lifecycle, WithoutCardOrderOrCheckNothingIsSentNorForRefunds)
         EXPECT_TRUE(plugin.request(check) && plugin.commit(check) && plugin.rollback(check));
         for (const int code : {57, 24, 238, 239, 237})
             plugin.handleEvent(Event(code));
+        QSharedPointer<DocumentCardRecord> none;
+        EXPECT_FALSE(plugin.identifyByCard(none, ECardNumberType::Manual));
     };
     EXPECT_TRUE(plugin.commit(QSharedPointer<SaleDocument>::create(EDocumentType::RefundBySale)));
-    callEverything({});
-    EXPECT_EQ(card->getOperationId(), u"basket-1");
-
     card->setOperationId({});
+    callEverything({});
     for (const int code : {57, 24, 238})
         raise(code);
     document->removeCard(card);

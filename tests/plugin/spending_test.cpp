@@ -75,6 +75,36 @@ TEST_F(Spending, ARetrySendsAFreshCode)
                                               {u"channel"_s, u"sms"_s}}));
 }
 
+TEST_F(Spending, ACodeThatHasNoPlaceInTheMessageIsNotSent)
+{
+    const FakeConfig settings({{u"Kvo:verificationLimit"_s, 0.0}, {u"Kvo:verificationMessage"_s, u"Код: %2"_s}});
+    testing::internal::CaptureStderr();
+    EXPECT_THROW(plugin.verification(1), BasicException);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "Qt warns with the code";
+    EXPECT_TRUE(service.calls.isEmpty());
+}
+
+// The host's dialogs may have loops of their own, in which the card goes.
+TEST_F(Spending, ACardThatIsRemovedDuringAQuestionIsLeftAlone)
+{
+    const FakeConfig settings({{u"Kvo:verificationLimit"_s, 0.0}});
+    EXPECT_CALL(*verificationLogic, verify).Times(2).WillRepeatedly([this] { document->removeCard(card); });
+    EXPECT_TRUE(plugin.spendPoints());
+    EXPECT_EQ(service.calls, QStringList{u"send"_s});
+    plugin.verification(1);
+
+    document->addCard(card);
+    EXPECT_CALL(*verificationLogic, verify);
+    service.failures = {u"createOrder"_s};
+    EXPECT_CALL(*dialog, question).WillOnce([this] {
+        document->removeCard(card);
+        return true;
+    });
+    EXPECT_TRUE(plugin.spendPoints());
+    EXPECT_EQ(service.calls.count(u"createOrder"_s), 1);
+    EXPECT_FALSE(plugin.orderCreated);
+}
+
 TEST_F(Spending, TheConfiguredAmountNeedsConfirmation)
 {
     const struct

@@ -1,0 +1,80 @@
+// The plugin's state as the check's plugin data: written beside how it is read back after a restart.
+#include "metatypes/plaindata.h"
+#include "plugin/plugin.h"
+
+#include <cashier/savetofilelogic.h>
+#include <core/mockfactory.h>
+
+#include <log4qt/logger.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace kvo {
+
+namespace {
+
+const QString pointsForSpendKey = u"pointsForSpend"_s;
+const QString pointsForEarnKey = u"pointsForEarn"_s;
+const QString bonusRecordsKey = u"bonusRecords"_s;
+const QString bonusImpactsKey = u"bonusImpacts"_s;
+const QString orderCreatedKey = u"orderCreated"_s;
+
+/// Whether nothing could be read from what is stored, although it is not an empty list.
+template <class List>
+bool isDamaged(const QVariant &stored, const List &read)
+{
+    if (stored.isNull() || !read.isEmpty() || stored.metaType() == QMetaType::fromType<List>())
+        return false;
+    return stored.typeId() != QMetaType::QVariantList || !stored.toList().isEmpty();
+}
+
+} // namespace
+
+void Plugin::updatePluginData() const
+{
+    setPluginData(pointsForSpendKey, pointsForSpend);
+    setPluginData(pointsForEarnKey, pointsForEarn);
+    setPluginData(bonusRecordsKey, QVariant::fromValue(bonusRecords));
+    setPluginData(bonusImpactsKey, QVariant::fromValue(bonusImpacts));
+    setPluginData(orderCreatedKey, orderCreated);
+    MockFactory<SaveToFileLogic>::create()->save(currentDocument(), QString(), 0.0);
+}
+
+bool Plugin::restoreLoyaltySystem()
+{
+    QStringList unreadable;
+    const auto points = [&](const QString &key) {
+        bool good = false;
+        const double value = getPluginData(key, QVariant(0.0)).toDouble(&good);
+        if (!good)
+            unreadable.append(key);
+        return value;
+    };
+    pointsForSpend = points(pointsForSpendKey);
+    pointsForEarn = points(pointsForEarnKey);
+
+    const QVariant records = getPluginData(bonusRecordsKey, QVariant());
+    bonusRecords.clear();
+    for (const QVariantList list = records.toList(); const QVariant &entry : list)
+        bonusRecords.append(bonusRecordFrom(entry.toMap(), unreadable));
+    if (isDamaged(records, bonusRecords))
+        unreadable.append(bonusRecordsKey);
+
+    const QVariant impacts = getPluginData(bonusImpactsKey, QVariant());
+    bonusImpacts = impacts.value<BonusImpactPtrList>();
+    if (isDamaged(impacts, bonusImpacts))
+        unreadable.append(bonusImpactsKey);
+    // Plain data keeps the number of an impact's card, not the card.
+    for (const auto card = getCard(); const auto &impact : std::as_const(bonusImpacts)) {
+        impact->getTotals()->setCardRecord(card);
+        for (const auto details = impact->getDetails(); const auto &detail : details)
+            detail->setCardRecord(card);
+    }
+
+    orderCreated = getPluginData(orderCreatedKey, QVariant()).toBool();
+    if (!unreadable.isEmpty())
+        logger->warn(u"Данные лояльности чека прочитаны не полностью, пропущено: %1"_s.arg(unreadable.join(u", "_s)));
+    return true;
+}
+
+} // namespace kvo
