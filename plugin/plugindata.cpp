@@ -55,8 +55,10 @@ bool Plugin::restoreLoyaltySystem()
 
     const QVariant records = getPluginData(bonusRecordsKey, QVariant());
     bonusRecords.clear();
-    for (const QVariantList list = records.toList(); const QVariant &entry : list)
-        bonusRecords.append(bonusRecordFrom(entry.toMap(), unreadable));
+    for (const QVariantList list = records.toList(); const QVariant &entry : list) {
+        if (entry.canConvert<QVariantMap>())
+            bonusRecords.append(bonusRecordFrom(entry.toMap(), unreadable));
+    }
     if (isDamaged(records, bonusRecords))
         unreadable.append(bonusRecordsKey);
 

@@ -121,6 +121,16 @@ TEST_F(SaleTest, IsDeliveredAfterTheServiceIsBack)
     expectEqualBooks(1);
 }
 
+TEST_F(SaleTest, IsDeliveredAfterTheServiceHasMovedAndChangedItsPassword)
+{
+    runTill("offline-begin.json");
+    stopService();
+    runTill("offline-close.json", 0, {u"--drain-seconds"_s, u"0"_s});
+    moveService(u"new"_s);
+    drain();
+    expectEqualBooks(1);
+}
+
 TEST_F(SaleTest, SaysWhatDiffersFromTheExpectation)
 {
     const QString output = runTill(sale(R"("price", "close")", R"({"total": "227.49", "customer": "Никто"})"), 1);

@@ -34,8 +34,16 @@ protected:
     void startService()
     {
         m_service.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_service.start(m_simulator, {u"serve"_s, u"--database"_s, folder.filePath(u"service.db"_s), u"--port"_s,
-                                      QString::number(m_port), u"--port-file"_s, folder.filePath(u"port"_s)});
+        QStringList arguments{u"serve"_s,
+                              u"--database"_s,
+                              folder.filePath(u"service.db"_s),
+                              u"--port"_s,
+                              QString::number(m_port),
+                              u"--port-file"_s,
+                              folder.filePath(u"port"_s)};
+        if (!m_password.isEmpty())
+            arguments += {u"--password"_s, m_password};
+        m_service.start(m_simulator, arguments);
         ASSERT_TRUE(m_service.waitForStarted(patience));
         ASSERT_TRUE(m_service.waitForReadyRead(patience)) << "the service does not say that it listens";
         m_port = readFile(folder.filePath(u"port"_s)).trimmed().toInt();
@@ -43,7 +51,16 @@ protected:
                   "[Host]\ndataFolder = " + QFile::encodeName(folder.filePath(u"data"_s)) +
                       "\n[Log]\nfile = " + QFile::encodeName(folder.filePath(u"till.log"_s)) +
                       "\n[Kvo]\nhost = http://127.0.0.1:" + QByteArray::number(m_port) +
+                      "\npassword = " + m_password.toUtf8() +
                       "\ntimeout = 20000\nbrand = B\nonlineStore = S\nterminal = T\nverificationLimit = 100\n");
+    }
+
+    /// Starts it at another port and with another password, which the till is told.
+    void moveService(const QString &password)
+    {
+        m_port = 0;
+        m_password = password;
+        startService();
     }
 
     void stopService()
@@ -121,9 +138,13 @@ protected:
     void expectEqualBooks(int checks)
     {
         EXPECT_EQ(checksInJournal(), checks);
+        compareBooks(folder.filePath(u"data/journal.jsonl"_s));
+    }
+
+    void compareBooks(const QString &journalFile)
+    {
         const QStringList ledger{u"--database"_s, folder.filePath(u"service.db"_s)};
-        expectSuccess(m_simulator,
-                      QStringList{u"compare"_s, u"--journal"_s, folder.filePath(u"data/journal.jsonl"_s)} + ledger);
+        expectSuccess(m_simulator, QStringList{u"compare"_s, u"--journal"_s, journalFile} + ledger);
         expectSuccess(m_simulator, QStringList{u"check"_s} + ledger);
     }
 
@@ -159,5 +180,6 @@ private:
     const QString m_simulator = QStringLiteral(KVO_SIMULATOR);
     QProcess m_service;
     int m_port = 0;
+    QString m_password;
     int m_scenarios = 0;
 };

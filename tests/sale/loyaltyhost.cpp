@@ -1,0 +1,226 @@
+// The host's side of the plugin's interface, as plain as an integrator would write it first.
+#include "loyaltyhost.h"
+
+#include "till/queuesender.h"
+
+#include <cashier/cardaddlogic.h>
+#include <cashier/savetofilelogic.h>
+#include <core/activitynotifier.h>
+#include <core/config.h>
+#include <core/logsetup.h>
+#include <core/mockfactory.h>
+#include <core/singleton.h>
+#include <document/documentstore.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace sale {
+
+namespace {
+
+struct TroubledWire : RestClient
+{
+    explicit TroubledWire(Trouble &cause) : trouble(cause) {}
+    void request(QNetworkAccessManager::Operation op, const QUrl &url, const QJsonDocument &payload,
+                 const QHash<QString, QString> &headers) override
+    {
+        if (url.fileName() == trouble.killBefore)
+            throw Killed();
+        RestClient::request(op, url, payload, headers);
+        if (url.fileName() == trouble.killAfter)
+            throw Killed();
+    }
+    Trouble &trouble;
+};
+
+struct TroubledQueue : DBQueueBroker
+{
+    explicit TroubledQueue(Trouble &cause) : trouble(cause) {}
+    void push(const QString &owner, const QJsonObject &event, const QString &key) override
+    {
+        if (trouble.failingPush > 0 && --trouble.failingPush == 0)
+            throw BasicException(u"диск полон"_s);
+        DBQueueBroker::push(owner, event, key);
+    }
+    Trouble &trouble;
+};
+
+struct TroubledDialog : Dialog
+{
+    explicit TroubledDialog(Trouble &cause) : trouble(cause) {}
+    bool question(const tr::Tr &, int, const tr::Tr &, const tr::Tr &, int) override { return trouble.answer(); }
+    Trouble &trouble;
+};
+
+struct TroubledPrompt : VerificationLogic
+{
+    explicit TroubledPrompt(Trouble &cause) : trouble(cause) {}
+    void verify(const QString &, const tr::Tr &, int) override { trouble.atCodePrompt(); }
+    Trouble &trouble;
+};
+
+} // namespace
+
+LoyaltyHost::LoyaltyHost(const QString &configFile, const QString &pluginFolder) : m_pluginFolder(pluginFolder)
+{
+    Singleton<Config>::replace(QSharedPointer<Config>::create(configFile));
+    setUpLogging(*Singleton<Config>::instance());
+    Singleton<DBQueueBroker>::replace(QSharedPointer<TroubledQueue>::create(trouble));
+    MockFactory<RestClient>::install(QSharedPointer<TroubledWire>::create(trouble));
+    MockFactory<Dialog>::install(QSharedPointer<TroubledDialog>::create(trouble));
+    MockFactory<VerificationLogic>::install(QSharedPointer<TroubledPrompt>::create(trouble));
+    m_plugin = std::make_unique<till::LoyaltyPlugin>(m_pluginFolder);
+}
+
+LoyaltyHost::~LoyaltyHost()
+{
+    system().setDocument({});
+    check.clear();
+    m_plugin.reset();
+    MockFactory<VerificationLogic>::clear();
+    MockFactory<Dialog>::clear();
+    MockFactory<RestClient>::clear();
+    Singleton<DBQueueBroker>::replace({});
+    Singleton<Config>::replace({});
+}
+
+void LoyaltyHost::open(EDocumentType type)
+{
+    check = QSharedPointer<SaleDocument>::create(type);
+    for (const auto &[kopecks, quantity] : {std::pair(4550, 1.0), std::pair(9100, 2.0)}) {
+        const auto item = QSharedPointer<GoodsItem>::create();
+        item->setPrice(Money::fromKopecks(kopecks));
+        item->setQuantity(quantity);
+        check->addGoodsItem(item);
+    }
+    system().setDocument(check);
+}
+
+void LoyaltyHost::identify(const QString &number)
+{
+    addCard(number, ECardNumberType::Scanned);
+}
+
+void LoyaltyHost::identifyByPhone(const QString &phone)
+{
+    addCard(system().getCardNumber({static_cast<int>(ECardNumberType::Phone), phone}).cardNumber,
+            ECardNumberType::Phone);
+}
+
+void LoyaltyHost::addCard(const QString &number, ECardNumberType type)
+{
+    auto card = QSharedPointer<DocumentCardRecord>::create();
+    card->setNumber(number);
+    card->setLoyaltySystemCode(system().getLoyaltySystemCode());
+    check->addCard(card);
+    if (!system().identifyByCard(card, type))
+        throw BasicException(system().getLastErrorString());
+}
+
+void LoyaltyHost::price()
+{
+    takePointsOff();
+    if (!system().request(check))
+        throw BasicException(system().getLastErrorString());
+}
+
+void LoyaltyHost::spend()
+{
+    takePointsOff();
+    system().spendPoints();
+    if (system().hasCard()) {
+        for (const auto impacts = system().getBonusImpactsForSpend(); const auto &impact : impacts)
+            check->addImpact(impact);
+    }
+    save();
+}
+
+void LoyaltyHost::change(double quantity)
+{
+    const bool hadPoints = !check->getDiscountSum().isZero();
+    takePointsOff();
+    check->changeGoodsItem(2, quantity, check->findGoodsItem(2)->getPrice());
+    if (hadPoints)
+        price();
+    save();
+    notify(EventCode::PositionChanged);
+}
+
+void LoyaltyHost::takePointsOff()
+{
+    check->removeImpactsOf(system().getCard());
+}
+
+void LoyaltyHost::removeCard()
+{
+    MockFactory<CardAddLogic>::create()->removeCard(check, system().getCard());
+}
+
+void LoyaltyHost::notify(EventCode code, bool withDocument)
+{
+    QVariantHash values;
+    if (withDocument)
+        values.insert(u"document"_s, QVariant::fromValue(check.staticCast<AbstractDocument>()));
+    Singleton<ActivityNotifier>::instance()->notify(Event(code, values));
+}
+
+bool LoyaltyHost::commitFails()
+{
+    try {
+        commit();
+        return false;
+    } catch (const BasicException &) {
+        return true;
+    }
+}
+
+bool LoyaltyHost::isKilledIn(const std::function<void()> &step)
+{
+    bool killed = false;
+    try {
+        step();
+    } catch (const Killed &) {
+        killed = true;
+    }
+    trouble = {};
+    if (killed)
+        restart();
+    return killed;
+}
+
+void LoyaltyHost::restart()
+{
+    system().setDocument({});
+    check.clear();
+    m_plugin.reset();
+    m_plugin = std::make_unique<till::LoyaltyPlugin>(m_pluginFolder);
+    check = DocumentStore().restore();
+    system().setDocument(check);
+    system().restoreLoyaltySystem();
+}
+
+bool LoyaltyHost::deliver()
+{
+    QueueDrain drain;
+    drain.setHandler(till::loyaltyQueueOwner, till::makeLoyaltySender());
+    drain.start();
+    return drain.waitUntilDrained(std::chrono::seconds(25)) &&
+           Singleton<DBQueueBroker>::instance()->status().setAside == 0;
+}
+
+till::CheckResult LoyaltyHost::end(SaleDocument::State state)
+{
+    check->setState(state);
+    auto result = till::resultOf(*check, system());
+    DocumentStore().remove();
+    system().cancel();
+    system().setDocument({});
+    return result;
+}
+
+void LoyaltyHost::save() const
+{
+    MockFactory<SaveToFileLogic>::create()->save(check, {}, 0);
+}
+
+} // namespace sale

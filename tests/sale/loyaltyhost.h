@@ -1,0 +1,90 @@
+// A host of another make, in this process: the loaded plugin, the real disk, queue and exchanges. It does what
+// docs/integration.md asks of a host and nothing that the reference till does beyond that.
+#pragma once
+
+#include "till/checkresult.h"
+#include "till/loyaltyplugin.h"
+
+#include <cashier/dialog.h>
+#include <cashier/verificationlogic.h>
+#include <core/basicexception.h>
+#include <core/eventcode.h>
+#include <document/saledocument.h>
+#include <net/restclient.h>
+#include <queue/dbqueuebroker.h>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+
+namespace sale {
+
+/// What a SIGKILL is to the host's own code: nothing on the way catches it.
+struct Killed
+{
+};
+
+/// What goes wrong around the plugin. A method's name is the last part of its address.
+struct Trouble
+{
+    QString killBefore;  ///< The method that is not sent any more.
+    QString killAfter;   ///< The method whose answer is not seen any more.
+    int failingPush = 0; ///< The next push but so many less one cannot be stored; 0: none.
+    /// The cashier's answer to a question; nobody expects one by default.
+    std::function<bool()> answer = [] {
+        ADD_FAILURE() << "a question to the cashier";
+        return false;
+    };
+    std::function<void()> atCodePrompt = [] {}; ///< What the host does in the loop of the prompt.
+};
+
+class LoyaltyHost
+{
+public:
+    /// Works with the settings of the file, which name its data folder.
+    LoyaltyHost(const QString &configFile, const QString &pluginFolder);
+    ~LoyaltyHost();
+    Q_DISABLE_COPY_MOVE(LoyaltyHost)
+
+    /// Opens a check of 227.50, of which points may pay 113.75.
+    void open(EDocumentType type = EDocumentType::Sale);
+    void identify(const QString &number);
+    void identifyByPhone(const QString &phone);
+    void price();
+    void spend();
+    /// Changes the quantity of the second line. Points that were spent come off first, and the check is priced again.
+    void change(double quantity);
+    void takePointsOff();
+    void removeCard();
+    /// Raises an event, with the check or without a document.
+    void notify(EventCode code, bool withDocument = true);
+    bool commit() { return system().commit(check); }
+    /// True when it threw, as a host sees it.
+    [[nodiscard]] bool commitFails();
+    bool rollback(const QSharedPointer<AbstractDocument> &document) { return system().rollback(document); }
+
+    /// Runs `step`. True when it was killed; the host is then started again with what is on the disk.
+    [[nodiscard]] bool isKilledIn(const std::function<void()> &step);
+    void restart();
+    void save() const;
+
+    /// Delivers what is queued. False when something is left.
+    [[nodiscard]] bool deliver();
+
+    /// Ends the check and returns what it came to.
+    till::CheckResult end(SaleDocument::State state);
+
+    BasicLoyaltySystem &system() const { return m_plugin->system(); }
+
+    QSharedPointer<SaleDocument> check;
+    Trouble trouble;
+
+private:
+    void addCard(const QString &number, ECardNumberType type);
+
+    QString m_pluginFolder;
+    std::unique_ptr<till::LoyaltyPlugin> m_plugin;
+};
+
+} // namespace sale
