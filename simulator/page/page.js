@@ -23,7 +23,7 @@ function h(tag, attributes = {}, ...children) {
   const element = document.createElement(tag);
   for (const [name, value] of Object.entries(attributes))
     if (value !== undefined && value !== false) element.setAttribute(name, value === true ? "" : value);
-  element.append(...children.flat().filter((child) => child !== null && child !== undefined));
+  element.append(...children.flat(Infinity).filter((child) => child !== null && child !== undefined));
   return element;
 }
 
@@ -143,7 +143,7 @@ const subjectOf = (request) => {
 function requestDetail(request) {
   return [
     h("p", { class: "why" }, request.reason ? h("strong", {}, "Why: ") : null, request.reason || null, request.reason ? h("br") : null,
-      h("span", { class: "mono reason" }, `${request.body ? "POST" : "GET"} ${request.target}`)),
+      h("span", { class: "mono reason" }, `${request.body ? "POST" : "GET"} ${request.target} at `, time(request.at))),
     h("div", { class: "sides" },
       h("div", {}, h("h3", {}, "Body"), h("pre", { tabindex: "0", role: "region", "aria-label": "Body" }, pretty(request.body, "none: a query"))),
       h("div", {}, h("h3", {}, "Answer"), h("pre", { tabindex: "0", role: "region", "aria-label": "Answer" },
@@ -161,7 +161,7 @@ function requestsView() {
     return state.requests.size ? empty("Nothing matches", "Change what to find, or untick the box.")
       : empty("No requests yet", "Point a till at ", h("code", {}, location.origin), " and sell something. Requests appear here by themselves.");
   return foldingTable("requests",
-    [["Method", ""], ["Time", ""], ["Order or customer", "mono minor"], ["Result", ""], ["Duration", "number minor"], ["Reason", "reason minor"]],
+    [["Method", ""], ["Time", "minor"], ["Order or customer", "mono minor"], ["Result", ""], ["Duration", "number minor"], ["Reason", "reason minor"]],
     found.slice(0, shownRequests), (request) => request.number,
     (request) => [request.method, time(request.at), short(subjectOf(request)), result(request),
       request.milliseconds === null ? "" : `${request.milliseconds.toFixed(1)} ms`, request.reason], requestDetail);
@@ -236,7 +236,7 @@ function messagesView() {
 
 function faultsView() {
   if (!state.faults.faults.length) return empty("No faults are switched on", "The service answers as it should.");
-  const often = (fault) => (fault.times === undefined ? `${Math.round(fault.share * 1000) / 10} % of requests` : `next ${fault.times}`);
+  const often = (fault) => (fault.times === undefined ? `${Math.round(fault.share * 1000) / 10} % of requests` : fault.times === 1 ? "the next request" : `the next ${fault.times} requests`);
   const kind = (fault) => fault.kind + (fault.kind === "status" ? ` ${fault.status}` : fault.kind === "delay" ? ` ${fault.milliseconds} ms` : "");
   return plainTable("Faults switched on", ["Method", "Kind", "How often", "#Hits", "#"], state.faults.faults.map((fault) => [
     fault.method === "*" ? "every method" : fault.method, badge(kind(fault), "odd"), often(fault), String(fault.hits),
