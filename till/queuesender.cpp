@@ -3,6 +3,7 @@
 
 #include "client/interface.h"
 #include "client/refusal.h"
+#include "client/settings.h"
 
 #include <core/basicexception.h>
 
@@ -47,9 +48,56 @@ public:
     }
 };
 
+/// Sends nothing and keeps what it was to send.
+class Draft : public kvo::Interface
+{
+public:
+    http::Response request(const kvo::Request &request, bool /*logOnly*/) const override
+    {
+        m_last = request;
+        return {};
+    }
+    const kvo::Request &last() const { return m_last; }
+    std::chrono::milliseconds time() const { return std::chrono::milliseconds(timeout); }
+
+private:
+    mutable kvo::Request m_last;
+};
+
+Setting::Kind kindOf(kvo::Setting::Kind kind)
+{
+    switch (kind) {
+    case kvo::Setting::Kind::Whole:
+        return Setting::Kind::Whole;
+    case kvo::Setting::Kind::Decimal:
+        return Setting::Kind::Decimal;
+    case kvo::Setting::Kind::Address:
+        return Setting::Kind::Address;
+    case kvo::Setting::Kind::Text:
+        break;
+    }
+    return Setting::Kind::Text;
+}
+
 } // namespace
 
 const QString loyaltyQueueOwner = u"kvo"_s;
+
+QList<Setting> loyaltySettings()
+{
+    QList<Setting> list;
+    for (const kvo::Setting &setting : kvo::settings) {
+        list.append({.key = setting.key.toString(),
+                     .kind = kindOf(setting.kind),
+                     .defaultValue = setting.defaultValue.toString(),
+                     .meaning = setting.meaning.toString(),
+                     .example = setting.example.toString(),
+                     .lowest = setting.lowest,
+                     .highest = setting.highest,
+                     .placeholder = setting.placeholder.toString()});
+    }
+    return list;
+}
 
 QueueDrain::Handler makeLoyaltySender()
 {
@@ -61,6 +109,20 @@ QueueDrain::Handler makeLoyaltySender()
             throw RejectionException(refusal.text());
         }
     };
+}
+
+LoyaltyQueries loyaltyQueries()
+{
+    const Draft client;
+    client.searchCustomer(u"0"_s, ECardNumberType::Manual);
+    const kvo::Request customer = client.last();
+    client.verification({}, {});
+    return {customer.url, client.last().url, customer.headers, client.time()};
+}
+
+void sendTextMessage(const QString &text, const QString &phone)
+{
+    kvo::Interface().verification(text, phone);
 }
 
 } // namespace till

@@ -1,12 +1,15 @@
 // Puts the host in place in the order in which its parts need each other, and takes it away again.
 #include "tillhost.h"
 
+#include "configuration.h"
+
 #include <core/basicexception.h>
 #include <core/logsetup.h>
 #include <core/session.h>
 #include <core/singleton.h>
 
 #include <fcntl.h>
+#include <log4qt/logmanager.h>
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
@@ -29,10 +32,14 @@ struct flock wholeFile()
 
 } // namespace
 
-TillHost::TillHost(const QString &configFile, Access access) : m_config(QSharedPointer<Config>::create(configFile))
+TillHost::TillHost(const QString &configFile, Access access) : m_config(readConfiguration(configFile))
 {
     Singleton<Config>::replace(m_config);
     setUpLogging(*m_config);
+    if (othersCanReadPasswords(*m_config))
+        Log4Qt::LogManager::logger(u"till"_s)->warn(
+            u"Файл настроек %1 с паролем может прочитать любой пользователь, уберите это право: chmod o-r"_s.arg(
+                configFile));
     m_dataFolder = QDir(m_config->getString(u"Host:dataFolder"_s, QDir::currentPath())).absolutePath();
     if (access == Access::Work)
         lockDataFolder();

@@ -57,34 +57,36 @@ Config::Config(const QString &fileName) : m_fileName(fileName)
     if (content.startsWith("\xEF\xBB\xBF"))
         content.remove(0, 3);
 
-    QString section;
-    int number = 0;
+    Entry entry;
     for (const QByteArray &line : content.split('\n')) {
-        ++number;
+        ++entry.line;
         bool ok = false;
         const QString text = decoded(line, ok);
-        if (!ok || !readLine(text, section)) {
+        if (!ok || !readLine(text, entry)) {
             const QString reason = ok ? u"ожидается [раздел], имя = значение или комментарий"_s : u"текст не в UTF-8"_s;
-            throw BasicException(u"Файл настроек %1, строка %2: %3"_s.arg(fileName, QString::number(number), reason));
+            throw BasicException(
+                u"Файл настроек %1, строка %2: %3"_s.arg(fileName, QString::number(entry.line), reason));
         }
     }
 }
 
 Config::~Config() = default;
 
-bool Config::readLine(const QString &line, QString &section)
+bool Config::readLine(const QString &line, Entry &entry)
 {
     if (line.isEmpty() || line.startsWith(u';') || line.startsWith(u'#'))
         return true;
     if (line.startsWith(u'[')) {
-        section = line.mid(1, line.size() - 2).trimmed();
-        return line.endsWith(u']') && !section.isEmpty();
+        entry.section = line.mid(1, line.size() - 2).trimmed();
+        return line.endsWith(u']') && !entry.section.isEmpty();
     }
     const qsizetype separator = line.indexOf(u'=');
-    const QString name = line.left(separator).trimmed();
-    if (separator == -1 || name.isEmpty())
+    entry.name = line.left(separator).trimmed();
+    if (separator == -1 || entry.name.isEmpty())
         return false;
-    m_values.insert(section.isEmpty() ? name : section + u':' + name, unquoted(line.mid(separator + 1).trimmed()));
+    entry.value = unquoted(line.mid(separator + 1).trimmed());
+    m_values.insert(entry.key(), entry.value);
+    m_entries.append(entry);
     return true;
 }
 

@@ -4,6 +4,7 @@
 #include <poshost_export.h>
 
 #include <QtCore/QHash>
+#include <QtCore/QList>
 #include <QtCore/QString>
 
 /// Values by key. The key "Kvo:host" is the entry `host` of the section `[Kvo]`; keys are case-sensitive. A value is
@@ -12,6 +13,17 @@
 class POSHOST_EXPORT Config
 {
 public:
+    /// One line of the file.
+    struct Entry
+    {
+        QString section; ///< Empty before the first section.
+        QString name;
+        QString value;
+        int line = 0; ///< Counted from 1.
+
+        QString key() const { return section.isEmpty() ? name : section + u':' + name; }
+    };
+
     /// An empty configuration: every read gives its default.
     Config();
 
@@ -34,9 +46,13 @@ public:
     /// The file that was read; empty for an empty configuration.
     const QString &fileName() const { return m_fileName; }
 
+    /// Every entry of the file, in its order.
+    const QList<Entry> &entries() const { return m_entries; }
+
 private:
-    bool readLine(const QString &line, QString &section);
+    bool readLine(const QString &line, Entry &entry);
 
     QString m_fileName;
+    QList<Entry> m_entries;
     QHash<QString, QString> m_values;
 };

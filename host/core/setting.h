@@ -1,0 +1,41 @@
+// What the owner of a setting declares about it: name, kind, range, default and meaning.
+#pragma once
+
+#include <poshost_export.h>
+
+#include <QtCore/QList>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include <limits>
+
+struct Setting
+{
+    enum class Kind {
+        Text,    ///< Anything.
+        Whole,   ///< A whole number.
+        Decimal, ///< A number; the decimal separator is a point.
+        Choice,  ///< One of `choices`, in any capitals.
+        Address, ///< A URL with http or https, a host, and perhaps a port.
+    };
+
+    QString key; ///< "Queue:port" is the entry `port` of the section [Queue].
+    Kind kind = Kind::Text;
+    QString defaultValue = {}; ///< As it would be written in the file.
+    QString meaning;           ///< One English sentence for the reference.
+    QString example = {};
+    double lowest = std::numeric_limits<double>::lowest();
+    double highest = std::numeric_limits<double>::max();
+    QStringList choices = {};
+    QString placeholder = {}; ///< A text has to contain this.
+
+    QString section() const { return key.section(u':', 0, 0); }
+    QString name() const { return key.section(u':', 1); }
+
+    /// What may be written, free of any language where possible: "1 ... 65535", "QSQLITE, QPSQL",
+    /// "http[s]://HOST[:PORT]".
+    POSHOST_EXPORT QString range() const;
+};
+
+/// Every setting that PosHost itself reads.
+POSHOST_EXPORT QList<Setting> hostSettings();

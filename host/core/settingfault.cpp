@@ -1,0 +1,125 @@
+// Finds unknown entries and values that nobody can use.
+#include <core/settingfault.h>
+
+#include <QtCore/QUrl>
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <optional>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+using Kind = SettingFault::Kind;
+
+/// How many letters to add, drop or replace, whatever their capitals.
+qsizetype distance(const QString &from, const QString &to)
+{
+    QList<qsizetype> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), 0);
+    for (qsizetype i = 0; i < from.size(); ++i) {
+        qsizetype diagonal = row[0];
+        row[0] = i + 1;
+        for (qsizetype j = 0; j < to.size(); ++j) {
+            const qsizetype replaced = diagonal + (from[i].toCaseFolded() == to[j].toCaseFolded() ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row.last();
+}
+
+/// The nearest candidate, and an empty text if none is near.
+QString likely(const QString &name, const QStringList &candidates)
+{
+    QString nearest;
+    qsizetype best = std::max<qsizetype>(2, name.size() / 3) + 1;
+    for (const QString &candidate : candidates) {
+        const qsizetype letters = distance(name, candidate);
+        if (letters < best && letters < candidate.size()) {
+            best = letters;
+            nearest = candidate;
+        }
+    }
+    return nearest;
+}
+
+SettingFault unknown(const Config::Entry &entry, const QList<Setting> &settings)
+{
+    QStringList sections;
+    QStringList names;
+    QString elsewhere;
+    for (const Setting &setting : settings) {
+        sections.append(setting.section());
+        if (setting.section() == entry.section)
+            names.append(setting.name());
+        if (setting.name() == entry.name)
+            elsewhere = setting.key;
+    }
+    if (names.isEmpty())
+        return {Kind::UnknownSection, entry, likely(entry.section, sections)};
+    const QString nearest = likely(entry.name, names);
+    return {Kind::UnknownKey, entry, nearest.isEmpty() ? elsewhere : entry.section + u':' + nearest};
+}
+
+std::optional<Kind> numberFault(const Setting &setting, const QString &value, QString &expected)
+{
+    const auto isNumber = [&setting](const QString &text, double &number) {
+        bool ok = false;
+        number = setting.kind == Setting::Kind::Whole ? static_cast<double>(text.toLongLong(&ok)) : text.toDouble(&ok);
+        return ok && std::isfinite(number);
+    };
+    double number = 0;
+    if (isNumber(value, number)) {
+        expected = setting.range();
+        return number >= setting.lowest && number <= setting.highest ? std::nullopt : std::optional(Kind::OutOfRange);
+    }
+    expected = QString(value).replace(u',', u'.');
+    if (setting.kind == Setting::Kind::Decimal && value.count(u',') == 1 && isNumber(expected, number))
+        return Kind::DecimalComma;
+    expected = setting.range();
+    return Kind::NotANumber;
+}
+
+bool isAddress(const QString &value)
+{
+    const QUrl url(value, QUrl::TolerantMode);
+    const bool web = url.scheme() == "http"_L1 || url.scheme() == "https"_L1;
+    return url.isValid() && web && !url.host().isEmpty() && url.port(80) > 0;
+}
+
+std::optional<Kind> valueFault(const Setting &setting, const QString &value, QString &expected)
+{
+    expected = setting.range();
+    switch (setting.kind) {
+    case Setting::Kind::Text:
+        return value.contains(setting.placeholder) ? std::nullopt : std::optional(Kind::Incomplete);
+    case Setting::Kind::Choice:
+        return setting.choices.contains(value, Qt::CaseInsensitive) ? std::nullopt : std::optional(Kind::NotAChoice);
+    case Setting::Kind::Address:
+        return isAddress(value) ? std::nullopt : std::optional(Kind::NotAnAddress);
+    case Setting::Kind::Whole:
+    case Setting::Kind::Decimal:
+        break;
+    }
+    return numberFault(setting, value, expected);
+}
+
+} // namespace
+
+QList<SettingFault> settingFaults(const Config &config, const QList<Setting> &settings)
+{
+    QList<SettingFault> faults;
+    for (const Config::Entry &entry : config.entries()) {
+        const auto setting = std::find_if(settings.cbegin(), settings.cend(),
+                                          [&](const Setting &known) { return known.key == entry.key(); });
+        QString expected;
+        if (setting == settings.cend())
+            faults.append(unknown(entry, settings));
+        else if (const auto kind = valueFault(*setting, entry.value, expected))
+            faults.append({*kind, entry, expected});
+    }
+    return faults;
+}

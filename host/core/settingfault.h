@@ -1,0 +1,27 @@
+// Compares a configuration with the settings that somebody reads from it.
+#pragma once
+
+#include <core/config.h>
+#include <core/setting.h>
+
+/// One mistake in the configuration. The wording is the program's business, because it knows who will read it.
+struct SettingFault
+{
+    enum class Kind {
+        UnknownSection, ///< Nobody reads this section; `expected` is the likely one, or empty.
+        UnknownKey,     ///< Nobody reads this key; `expected` is the likely one, or empty.
+        NotANumber,
+        DecimalComma, ///< It would be a number with a point; `expected` is that number.
+        OutOfRange,   ///< `expected` is the range.
+        NotAChoice,   ///< `expected` lists the choices.
+        NotAnAddress, ///< `expected` is the form of an address.
+        Incomplete,   ///< `expected` is missing in the text.
+    };
+
+    Kind kind = Kind::UnknownKey;
+    Config::Entry entry;
+    QString expected;
+};
+
+/// All mistakes, in the order of the file. An entry without a section counts as one of an unknown section.
+POSHOST_EXPORT QList<SettingFault> settingFaults(const Config &config, const QList<Setting> &settings);

@@ -1,0 +1,24 @@
+// The till's configuration, refused as a whole when anything in it is in doubt.
+#pragma once
+
+#include <core/config.h>
+#include <core/settingfault.h>
+
+#include <QtCore/QSharedPointer>
+
+namespace till {
+
+/// Everything that the host, the till and the loyalty plugin read, joined from their own lists.
+QList<Setting> allSettings();
+
+/// Reads the file. Throws BasicException that names the file and every mistake in it, with line, section, key and what
+/// was probably meant; nothing is guessed.
+QSharedPointer<Config> readConfiguration(const QString &fileName);
+
+/// Whether the file holds a password and lets others than its owner and group read it.
+bool othersCanReadPasswords(const Config &config);
+
+/// All settings as a page in Markdown, one table a section.
+QString settingsReference();
+
+} // namespace till
