@@ -1,7 +1,12 @@
 // kvo-till: a till on PosHost that loads the loyalty plugin and sells by scenario.
 #include "commands.h"
+#include "configuration.h"
+#include "console.h"
+#include "doctorhost.h"
+#include "doctorservice.h"
 
 #include <CLI/CLI.hpp>
+#include <log4qt/logmanager.h>
 
 #include <QtCore/QCoreApplication>
 
@@ -20,6 +25,7 @@ struct Arguments
     bool retryAll = false;
     std::string discardReason;
     bool json = false;
+    std::string phone;
 };
 
 till::Options toOptions(const Arguments &arguments)
@@ -89,6 +95,16 @@ struct QueueCommands
     CLI::App *drain = nullptr;
 };
 
+int runDoctor(const Arguments &arguments)
+{
+    using namespace till::doctor;
+    Log4Qt::LogManager::rootLogger()->setLevel(Log4Qt::Level::OFF_INT); // the report says it all
+    const auto findings = examine(hostChecks(QString::fromStdString(arguments.configFile)) +
+                                  serviceChecks(QString::fromStdString(arguments.phone)));
+    till::console::print(arguments.json ? reportJson(findings) : reportText(findings));
+    return exitStatus(findings);
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -99,6 +115,7 @@ int main(int argc, char *argv[])
                      "Exit status: 0 all as expected, 1 something differed or failed, 2 not usable, nothing was sold.",
                      "kvo-till");
     program.require_subcommand(1);
+    program.set_version_flag("--version", "kvo-till " KVO_VERSION);
 
     CLI::App *run =
         addCommand(program, "run", "Play scenario files; without one, finish what an earlier run left", arguments);
@@ -109,12 +126,23 @@ int main(int argc, char *argv[])
     CLI::App *drain = addCommand(program, "drain", "The same as queue drain", arguments);
     addDrainTime(drain, "--seconds", "How long to try", arguments);
     const QueueCommands queue(program, arguments);
+    CLI::App *doctor = addCommand(
+        program, "doctor", "Find out why the till does not sell; status 1 with warnings, 2 with failures", arguments);
+    doctor->add_flag("--json", arguments.json, "Answer in JSON");
+    doctor->add_option("--sms", arguments.phone, "Have the service send a text message to this number");
+    const CLI::App *settings = program.add_subcommand("settings", "Print the reference of all settings");
 
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
         return program.exit(error) == 0 ? till::Succeeded : till::Unusable;
     }
+    if (*settings) {
+        till::console::print(till::settingsReference());
+        return till::Succeeded;
+    }
+    if (*doctor)
+        return runDoctor(arguments);
     till::Options options = toOptions(arguments);
     if (*run)
         return till::runScenarios(options);

@@ -1,0 +1,189 @@
+// Checks files and folders, the plugin and the queue.
+#include "doctorhost.h"
+
+#include "configuration.h"
+
+#include <core/basicexception.h>
+#include <core/singleton.h>
+#include <document/documentstore.h>
+#include <loyalty/basicloyaltysystem.h>
+#include <queue/queueadmin.h>
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+#include <QtCore/QJsonObject>
+#include <QtCore/QPluginLoader>
+#include <QtCore/QStorageInfo>
+#include <QtCore/QTemporaryFile>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace till::doctor {
+
+const QString configurationCheck = u"configuration file"_s;
+
+namespace {
+
+QString setting(const QString &key, const QString &defaultValue = {})
+{
+    return Singleton<Config>::instance()->getString(key, defaultValue);
+}
+
+Finding checkFile(const QString &fileName)
+{
+    QFile file(fileName);
+    if (!file.exists())
+        return {Verdict::Failure, u"%1 does not exist"_s.arg(fileName),
+                u"Name the right file with --config, or copy kvo-till.ini.example there"_s};
+    if (!file.open(QFile::ReadOnly) || (file.read(1).isEmpty() && file.error() != QFile::NoError))
+        return {Verdict::Failure, u"%1 cannot be read: %2"_s.arg(fileName, file.errorString()),
+                u"Let the user of the till read it, for instance with chown root:kvo and chmod 0640"_s};
+    try {
+        const auto config = QSharedPointer<Config>::create(fileName);
+        Singleton<Config>::replace(config);
+        return {Verdict::Ok, u"%1 has %2 entries"_s.arg(fileName, QString::number(config->entries().size()))};
+    } catch (const BasicException &error) {
+        return {Verdict::Failure, u"%1 is not a configuration"_s.arg(fileName),
+                u"Every line is [section], name = value, or a comment that begins with ; or #"_s, error.text().ru()};
+    }
+}
+
+Finding checkAccess()
+{
+    if (othersCanReadPasswords(*Singleton<Config>::instance()))
+        return {Verdict::Warning, u"every user of this machine can read the file and the password in it"_s,
+                u"chmod o-r"_s};
+    return {Verdict::Ok, u"nobody else reads a password there"_s};
+}
+
+QString problemOf(const SettingFault &fault)
+{
+    const QString place = u"line %1, %2: "_s.arg(QString::number(fault.entry.line), fault.entry.key());
+    const QString likely = fault.expected.isEmpty() ? QString() : u", did you mean %1?"_s.arg(fault.expected);
+    switch (fault.kind) {
+    case SettingFault::Kind::UnknownSection:
+        return place + (fault.entry.section.isEmpty() ? u"stands before the first section"_s : u"unknown section"_s) +
+               likely;
+    case SettingFault::Kind::UnknownKey:
+        return place + u"unknown key"_s + likely;
+    case SettingFault::Kind::DecimalComma:
+        return place + u"use a point: %1"_s.arg(fault.expected);
+    case SettingFault::Kind::NotANumber:
+        return place + u"\"%1\" is not a number %2"_s.arg(fault.entry.value, fault.expected).trimmed();
+    case SettingFault::Kind::OutOfRange:
+        return place + u"%1 is not in the range %2"_s.arg(fault.entry.value, fault.expected);
+    case SettingFault::Kind::NotAChoice:
+        return place + u"\"%1\" is none of %2"_s.arg(fault.entry.value, fault.expected);
+    case SettingFault::Kind::NotAnAddress:
+        return place + u"not an address like %1"_s.arg(fault.expected);
+    case SettingFault::Kind::Incomplete:
+        break;
+    }
+    return place + u"%1 is missing in the text"_s.arg(fault.expected);
+}
+
+Finding checkEntries(bool keys)
+{
+    QStringList problems;
+    for (const SettingFault &fault : settingFaults(*Singleton<Config>::instance(), allSettings())) {
+        const bool unknown =
+            fault.kind == SettingFault::Kind::UnknownSection || fault.kind == SettingFault::Kind::UnknownKey;
+        if (unknown == keys)
+            problems.append(problemOf(fault));
+    }
+    if (problems.isEmpty())
+        return {Verdict::Ok, keys ? u"all are known"_s : u"all are of the right kind and in range"_s};
+    return {Verdict::Failure, problems.join(u"; "_s), u"Correct or remove them, see docs/settings.md"_s};
+}
+
+/// Whether a file can be made in the folder; makes the folder like the till when it is missing.
+Finding checkFolder(const QString &folder, const QString &key)
+{
+    const QString remedy = u"Correct %1, or let the user of the till write there"_s.arg(key);
+    const auto ownerOnly = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+    if (!QFileInfo(folder).isDir() && !QDir().mkdir(folder, ownerOnly))
+        return {Verdict::Failure, u"%1 does not exist and cannot be made"_s.arg(folder), remedy};
+    QTemporaryFile file(folder + u"/doctor"_s);
+    if (!file.open() || file.write("x") != 1 || !file.flush())
+        return {Verdict::Failure, u"no file can be written in %1: %2"_s.arg(folder, file.errorString()), remedy};
+    return {Verdict::Ok, u"%1 can be written"_s.arg(folder)};
+}
+
+Finding checkLog()
+{
+    const QString file = setting(u"Log:file"_s);
+    if (file.isEmpty())
+        return {Verdict::Ok, u"no file; warnings go to the standard error output"_s};
+    if (QFileInfo(file).isDir())
+        return {Verdict::Failure, u"%1 is a folder"_s.arg(file), u"Name a file in Log:file"_s};
+    return checkFolder(QFileInfo(file).absolutePath(), u"Log:file"_s);
+}
+
+QString dataFolder()
+{
+    return QDir(setting(u"Host:dataFolder"_s, QDir::currentPath())).absolutePath();
+}
+
+Finding checkDataFolder()
+{
+    Finding finding = checkFolder(dataFolder(), u"Host:dataFolder"_s);
+    const auto others = QFile::ReadGroup | QFile::ReadOther | QFile::ExeGroup | QFile::ExeOther;
+    if (finding.verdict == Verdict::Ok && (QFileInfo(dataFolder()).permissions() & others))
+        return {Verdict::Warning, u"%1 is open to other users; it holds telephone and card numbers"_s.arg(dataFolder()),
+                u"chmod 0700"_s};
+    return finding;
+}
+
+Finding checkSpace(qint64 wanted)
+{
+    const qint64 free = QStorageInfo(dataFolder()).bytesAvailable();
+    const QString found = u"%1 MiB are free"_s.arg(QString::number(free >> 20));
+    if (free >= wanted)
+        return {Verdict::Ok, found};
+    return {Verdict::Warning, found, u"Make room: without it nothing is queued, and no card is accepted"_s};
+}
+
+Finding checkPlugin()
+{
+    const QString file =
+        setting(u"Till:pluginFolder"_s, QCoreApplication::applicationDirPath() + u"/../lib"_s) + u"/libKvo.so"_s;
+    const QString remedy = u"Install the plugin and name its folder in Till:pluginFolder"_s;
+    if (!QFileInfo(file).isFile())
+        return {Verdict::Failure, u"%1 does not exist"_s.arg(file), remedy};
+    QPluginLoader loader(file);
+    const QJsonObject metadata = loader.metaData();
+    if (metadata.isEmpty())
+        return {Verdict::Failure, u"%1 is not a plugin of this Qt"_s.arg(file), remedy};
+    const QString identifier = metadata.value("IID"_L1).toString();
+    if (identifier != "Kvo"_L1)
+        return {Verdict::Failure, u"%1 is a plugin for %2"_s.arg(file, identifier), remedy};
+    if (!loader.load())
+        return {Verdict::Failure, u"%1 cannot be loaded: %2"_s.arg(file, loader.errorString()),
+                u"Install what it needs; ldd shows what is missing"_s};
+    if (!qobject_cast<BasicLoyaltySystem *>(loader.instance()))
+        return {Verdict::Failure, u"%1 has another interface"_s.arg(file), u"Install the plugin of this version"_s};
+    const int qt = metadata.value("version"_L1).toInt();
+    return {Verdict::Ok,
+            u"%1 loads, built with Qt %2.%3.%4"_s.arg(file, QString::number(qt >> 16), QString::number(qt >> 8 & 0xff),
+                                                      QString::number(qt & 0xff))};
+}
+
+} // namespace
+
+QList<Check> hostChecks(const QString &configFile, qint64 spaceWanted)
+{
+    const QString data = u"data folder"_s;
+    return {
+        {configurationCheck, {}, [=] { return checkFile(configFile); }},
+        {u"access to it"_s, configurationCheck, checkAccess},
+        {u"keys"_s, configurationCheck, [] { return checkEntries(true); }},
+        {u"values"_s, configurationCheck, [] { return checkEntries(false); }},
+        {u"log"_s, configurationCheck, checkLog},
+        {u"plugin"_s, configurationCheck, checkPlugin},
+        {data, configurationCheck, checkDataFolder},
+        {u"disk space"_s, data, [=] { return checkSpace(spaceWanted); }},
+    };
+}
+
+} // namespace till::doctor
