@@ -20,7 +20,7 @@ namespace kvo {
 class Plugin : public BaseActivityListener, public BasicLoyaltySystem
 {
     Q_OBJECT
-    Q_PLUGIN_METADATA(IID "Kvo")
+    Q_PLUGIN_METADATA(IID "Kvo" FILE "kvo.json")
     Q_INTERFACES(BasicLoyaltySystem BasicPlugin)
 
 public Q_SLOTS:

@@ -163,10 +163,8 @@ Finding checkPlugin()
                 u"Install what it needs; ldd shows what is missing"_s};
     if (!qobject_cast<BasicLoyaltySystem *>(loader.instance()))
         return {Verdict::Failure, u"%1 has another interface"_s.arg(file), u"Install the plugin of this version"_s};
-    const int qt = metadata.value("version"_L1).toInt();
-    return {Verdict::Ok,
-            u"%1 loads, built with Qt %2.%3.%4"_s.arg(file, QString::number(qt >> 16), QString::number(qt >> 8 & 0xff),
-                                                      QString::number(qt & 0xff))};
+    const QString version = metadata.value("MetaData"_L1).toObject().value("version"_L1).toString();
+    return {Verdict::Ok, u"%1 loads, version %2"_s.arg(file, version)};
 }
 
 } // namespace

@@ -2,9 +2,11 @@
 #include "tests/support/file.h"
 #include "tests/till/certificate.h"
 #include "till/doctorhost.h"
+#include "till/doctorqueue.h"
 #include "till/doctorservice.h"
 
 #include <core/singleton.h>
+#include <queue/dbqueuebroker.h>
 
 #include <gmock/gmock.h>
 #include <httplib.h>
@@ -16,6 +18,8 @@
 #include <QtCore/QLibraryInfo>
 #include <QtCore/QTemporaryDir>
 #include <QtNetwork/QTcpServer>
+#include <QtSql/QSqlDatabase>
+#include <QtSql/QSqlQuery>
 
 #include <thread>
 
@@ -297,6 +301,38 @@ TEST_F(DoctorTest, NamesWhatIsWrongWithTls)
            u"TLS"_s, failure, "timed out", "scheme and port");
     const Service plain({});
     expect(examineService("host = https://127.0.0.1:" + plain.port()), u"TLS"_s, failure, "", "scheme and port");
+}
+
+TEST_F(DoctorTest, NamesWhatIsWrongWithTheQueue)
+{
+    const auto examineQueue = [this](const QByteArray &queue) {
+        writeFile(m_file, "[Host]\ndataFolder = " + path(u"data"_s) + "\n[Queue]\n" + queue);
+        return examine(hostChecks(m_file).mid(0, 1) + queueChecks());
+    };
+    expect(examineQueue({}), u"queue"_s, ok, "does not exist yet", "");
+    DBQueueBroker().push(u"kvo"_s, {{u"url"_s, u"http://a/postOrder"_s}}, u"1"_s);
+    expect(examineQueue({}), u"queue"_s, ok, "1 wait, the oldest since", "");
+    expect(examineQueue({}), u"refused requests"_s, ok, "none", "");
+    const auto sql = [this](const QString &statement) {
+        {
+            QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"doctor"_s);
+            database.setDatabaseName(m_folder.filePath(u"data/queue.db"_s));
+            EXPECT_TRUE(database.open());
+            QSqlQuery query(database);
+            EXPECT_TRUE(query.exec(statement));
+        }
+        QSqlDatabase::removeDatabase(u"doctor"_s);
+    };
+    sql(u"UPDATE event SET created = created - 7200000"_s);
+    expect(examineQueue({}), u"queue"_s, warning, "1 wait", "kvo-till drain");
+    sql(u"UPDATE event SET state = 'aside'"_s);
+    expect(examineQueue({}), u"refused requests"_s, warning, "1 set aside", "retry or discard");
+    writeFile(m_folder.filePath(u"data/other.db"_s), QByteArray(9999, 'x'));
+    const auto damaged = examineQueue("database = other.db");
+    expect(damaged, u"queue"_s, failure, "other.db cannot be used", "docs/queue.md");
+    EXPECT_NE(of(damaged, u"queue"_s).quote, QString());
+    expect(examineQueue("driver = QPSQL\ndatabase = kvo\nhost = " + path(u"no-socket"_s)), u"queue"_s, failure,
+           "cannot be used", "[Queue]");
 }
 
 TEST_F(DoctorTest, ReportsForEyesAndMachines)

@@ -1,0 +1,32 @@
+// The doctor's checks of the way to the loyalty service.
+#pragma once
+
+#include "doctor.h"
+#include "queuesender.h"
+
+#include <net/probe.h>
+
+#include <memory>
+
+namespace till::doctor {
+
+/// How the service is reached; filled by the check "service address".
+struct ServiceAccess
+{
+    QString trustFile; ///< Replaces the system's certificate authorities unless empty.
+    LoyaltyQueries queries{};
+    std::unique_ptr<http::Probe> probe{};
+    http::ProbeResult handshake{};
+};
+
+/// Address, encryption, name, connection and TLS. Nothing is sent.
+QList<Check> connectionChecks(const std::shared_ptr<ServiceAccess> &service);
+
+/// The name of the check that all exchanges need.
+extern const QString secureConnectionCheck;
+
+/// A text from outside on one line, cut to its place; and a time for people.
+QString cut(const QString &text);
+QString milliseconds(std::chrono::microseconds time);
+
+} // namespace till::doctor
