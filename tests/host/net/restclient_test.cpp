@@ -16,6 +16,7 @@
 #include <QtCore/QRegularExpression>
 #include <QtCore/QScopeGuard>
 
+#include <optional>
 #include <semaphore>
 #include <string_view>
 
@@ -26,13 +27,16 @@ namespace {
 constexpr auto get = QNetworkAccessManager::GetOperation;
 constexpr auto post = QNetworkAccessManager::PostOperation;
 
-/// Qt's data about the main thread ends with it, as in every host.
+/// Qt's data about the main thread ends with it, as in every host. It has to go before Qt's own static objects.
 class Application : public testing::Environment
 {
+    void SetUp() override { application.emplace(argc, argv); }
+    void TearDown() override { application.reset(); }
+
     int argc = 1;
     char name[5] = "test";
     char *argv[2] = {name, nullptr};
-    QCoreApplication application{argc, argv};
+    std::optional<QCoreApplication> application;
 };
 
 const testing::Environment *const application = testing::AddGlobalTestEnvironment(new Application);
