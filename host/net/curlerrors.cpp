@@ -29,7 +29,8 @@ QNetworkReply::NetworkError networkErrorOf(CURLcode code)
     case CURLE_SEND_FAIL_REWIND:
     case CURLE_ABORTED_BY_CALLBACK: // The only callback that aborts forbids sending a request again.
         return QNetworkReply::RemoteHostClosedError;
-    case CURLE_WRITE_ERROR: // The receiver refuses bytes over the cap.
+    case CURLE_WRITE_ERROR: // The receivers refuse bytes over their caps.
+    case CURLE_FILESIZE_EXCEEDED:
         return QNetworkReply::UnknownContentError;
     case CURLE_UNSUPPORTED_PROTOCOL: // An answer without a status line; schemes are checked before.
     case CURLE_WEIRD_SERVER_REPLY:

@@ -17,18 +17,20 @@ public:
         : m_status(status), m_networkError(networkError), m_errorText(errorText), m_json(json)
     {}
 
-    /// The HTTP status code; 0 when the exchange failed, whatever status line may have come.
+    /// The HTTP status code; 0 when the exchange failed, unless it failed because of its status.
     int status() const { return m_status; }
 
-    /// Other than NoError when the exchange failed: no connection, time-out, an answer that was cut, is too long, is
-    /// not JSON, or is empty with a status other than success (2xx). Such an answer comes from a gateway and not from
-    /// the service. An HTTP status alone is never an error here.
+    /// Other than NoError when the exchange failed and nothing is known of what the service has done: no connection,
+    /// time-out, an answer that was cut, is too long, is damaged JSON, is HTML, is a redirect, or has another status
+    /// than 2xx and no JSON. The statuses 401, 403, 407, 408, 429, 502, 503 and 504 are failures too: with them
+    /// something before the service speaks, or the service has not looked at the request. All others are the service's
+    /// own word.
     QNetworkReply::NetworkError networkError() const { return m_networkError; }
 
     /// What to tell the cashier where the body brings no text of its own; never empty after an exchange.
     const tr::Tr &errorText() const { return m_errorText; }
 
-    /// The body; a null document when it is empty or not JSON.
+    /// The body, also of failed exchanges; a null document when it is empty or not JSON.
     const QJsonDocument &json() const { return m_json; }
 
 private:

@@ -1,5 +1,6 @@
 // Judges the outcome of an exchange: what is not the service's own word, such as a gateway's error page or a cut
 // answer, is a failed exchange, so that nobody takes it for an acceptance.
+#include "answer.h"
 #include "transfer.h"
 
 #include <core/jsontext.h>
@@ -7,6 +8,7 @@
 
 #include <log4qt/logmanager.h>
 
+#include <QtCore/QDeadlineTimer>
 #include <QtCore/QElapsedTimer>
 
 #include <algorithm>
@@ -47,7 +49,7 @@ TransferResult faultOf(const TransferRequest &request, const QUrl &url)
         return {.error = QNetworkReply::ProtocolInvalidOperationError, .reason = u"нет такой операции HTTP"_s};
     const bool knownScheme = url.scheme() == "http"_L1 || url.scheme() == "https"_L1;
     if (!url.isValid() || !knownScheme || url.host().isEmpty())
-        return {.error = QNetworkReply::ProtocolUnknownError, .reason = u"адрес не http и не https"_s};
+        return {.error = QNetworkReply::ProtocolUnknownError, .reason = u"неверный адрес, настройка Kvo:host"_s};
     for (auto header = request.headers.cbegin(); header != request.headers.cend(); ++header) {
         if (!isSafeHeader(header.key(), *header))
             return {.error = QNetworkReply::ProtocolInvalidOperationError, .reason = u"недопустимый заголовок"_s};
@@ -60,25 +62,55 @@ bool isSuccess(int status)
     return status >= 200 && status < 300;
 }
 
-// Fails exchanges whose body is not the service's word, and reads the body of the others.
-QJsonDocument readBody(TransferResult &result)
+// Statuses with which not the service speaks but what stands before it, or that blame the credentials or the load
+// instead of the request. The errors are those of Qt's own HTTP.
+struct Gateway
 {
-    if (result.error != QNetworkReply::NoError)
-        return {};
-    if (result.body.isEmpty()) {
-        if (!isSuccess(result.status)) {
-            result.error = QNetworkReply::ProtocolFailure;
-            result.reason = u"ответ без тела"_s;
-        }
-        return {};
-    }
-    QJsonParseError fault{};
-    const QJsonDocument json = QJsonDocument::fromJson(result.body, &fault);
-    if (fault.error != QJsonParseError::NoError) {
-        result.error = QNetworkReply::UnknownContentError;
-        result.reason = u"тело ответа не JSON: "_s + fault.errorString();
-    }
-    return json;
+    int status;
+    QNetworkReply::NetworkError error;
+    QStringView text;
+};
+
+constexpr Gateway gateways[] = {
+    {401, QNetworkReply::AuthenticationRequiredError, u"Сервис не принял имя или пароль, проверьте настройки"},
+    {403, QNetworkReply::ContentAccessDenied, u"Сервис отказал кассе в доступе, проверьте настройки"},
+    {407, QNetworkReply::ProxyAuthenticationRequiredError, u"Прокси не пропускает к сервису, проверьте сеть"},
+    {408, QNetworkReply::UnknownContentError, u"Сервис не дождался запроса, повторите"},
+    {429, QNetworkReply::UnknownContentError, u"Сервис перегружен, повторите позже"},
+    {502, QNetworkReply::UnknownServerError, u"Сервис временно недоступен, повторите позже"},
+    {503, QNetworkReply::ServiceUnavailableError, u"Сервис временно недоступен, повторите позже"},
+    {504, QNetworkReply::UnknownServerError, u"Сервис временно недоступен, повторите позже"},
+};
+
+// Null for all other statuses.
+const Gateway *gatewayOf(int status)
+{
+    const auto *found = std::ranges::find(gateways, status, &Gateway::status);
+    return found == std::end(gateways) ? nullptr : found;
+}
+
+bool isRedirect(int status)
+{
+    return status >= 300 && status < 400;
+}
+
+// Fails the exchange where the answer is not the service's word.
+void judge(TransferResult &result, const Answer &answer)
+{
+    const auto fail = [&result](QNetworkReply::NetworkError error, const QString &reason) {
+        result.error = error;
+        result.reason = reason;
+    };
+    if (const Gateway *gateway = gatewayOf(result.status))
+        fail(gateway->error, u"ответ не от сервиса или не о запросе"_s);
+    else if (isRedirect(result.status))
+        fail(QNetworkReply::ProtocolFailure, u"перенаправление"_s);
+    else if (answer.kind == Answer::Unreadable)
+        fail(QNetworkReply::UnknownContentError, u"ответ не читается: "_s + answer.fault);
+    else if (answer.kind == Answer::Text && (result.html || !isSuccess(result.status)))
+        fail(QNetworkReply::UnknownContentError, u"тело ответа не JSON"_s);
+    else if (answer.kind == Answer::Empty && !isSuccess(result.status))
+        fail(QNetworkReply::ProtocolFailure, u"ответ без тела"_s);
 }
 
 QString textOf(QNetworkReply::NetworkError error)
@@ -99,7 +131,7 @@ QString textOf(QNetworkReply::NetworkError error)
     case QNetworkReply::ProtocolFailure:
         return u"Сервис прислал непонятный ответ"_s;
     case QNetworkReply::ProtocolUnknownError:
-        return u"Неверно задан адрес сервиса"_s;
+        return u"Неверно задан адрес сервиса, проверьте настройку Kvo:host"_s;
     case QNetworkReply::ProtocolInvalidOperationError:
         return u"Запрос к сервису составлен неверно"_s;
     default:
@@ -110,7 +142,8 @@ QString textOf(QNetworkReply::NetworkError error)
 // For the case that the service gives no text of its own.
 tr::Tr errorText(const TransferResult &result)
 {
-    const QString text = textOf(result.error);
+    const Gateway *gateway = gatewayOf(result.status);
+    const QString text = gateway ? gateway->text.toString() : textOf(result.error);
     if (result.status == 0 || isSuccess(result.status))
         return tr::Tr(text);
     return tr::Tr(u"%1 (код ответа %2)"_s.arg(text, QString::number(result.status)));
@@ -121,6 +154,30 @@ QString nameOf(const QUrl &url)
 {
     const QString port = url.port() == -1 ? QString() : u':' + QString::number(url.port());
     return url.host() + port + url.path(QUrl::FullyEncoded);
+}
+
+Log4Qt::Level levelOf(const TransferResult &result)
+{
+    if (result.status != 0 && !isSuccess(result.status))
+        return Log4Qt::Level::WARN_INT;
+    return result.error == QNetworkReply::NoError ? Log4Qt::Level::DEBUG_INT : Log4Qt::Level::ERROR_INT;
+}
+
+// Sends the request and reads the answer, both within the time-out.
+TransferResult exchange(const TransferRequest &request, QJsonDocument &json)
+{
+    const QDeadlineTimer deadline(request.timeout);
+    TransferResult result = transfer(request, RestClient::maxBodySize);
+    if (result.error != QNetworkReply::NoError)
+        return result;
+    const Answer answer = readAnswer(result.body);
+    json = answer.json;
+    judge(result, answer);
+    if (deadline.hasExpired()) {
+        result.error = QNetworkReply::TimeoutError;
+        result.reason = u"ответ не прочитан за отведённое время"_s;
+    }
+    return result;
 }
 
 } // namespace
@@ -141,14 +198,15 @@ void RestClient::request(QNetworkAccessManager::Operation op, const QUrl &url, c
     };
     QElapsedTimer timer;
     timer.start();
+    QJsonDocument json;
     TransferResult result = faultOf(request, url);
     if (result.error == QNetworkReply::NoError)
-        result = transfer(request, maxBodySize);
-    const QJsonDocument json = readBody(result);
+        result = exchange(request, json);
     const bool failed = result.error != QNetworkReply::NoError;
-    m_response = http::Response(failed ? 0 : result.status, result.error, errorText(result), json);
+    const int status = !failed || gatewayOf(result.status) ? result.status : 0;
+    m_response = http::Response(status, result.error, errorText(result), json);
 
-    const auto level = failed ? Log4Qt::Level::ERROR_INT : Log4Qt::Level::DEBUG_INT;
+    const Log4Qt::Level level = levelOf(result);
     if (!m_logger || !m_logger->isEnabledFor(level))
         return;
     const QString line = u"%1 %2: HTTP %3, %4 байт, %5 мс"_s.arg(

@@ -18,22 +18,24 @@ class Logger;
 class POSHOST_EXPORT RestClient
 {
 public:
-    /// An answer over this many bytes is a transport failure.
-    static constexpr qsizetype maxBodySize = qsizetype{8} * 1024 * 1024;
+    /// An answer over this many bytes is a transport failure. Whatever an answer holds, it takes less than 32 MiB.
+    static constexpr qsizetype maxBodySize = qsizetype{2} * 1024 * 1024;
 
     RestClient();
     virtual ~RestClient();
 
-    /// Where exchanges are logged: one line each, at debug level or, for failed exchanges, at error level, without
-    /// headers, bodies and query values. Null: nowhere.
+    /// Where exchanges are logged: one line each, at warning level for statuses other than 2xx, at error level for
+    /// other failures, else at debug level, without headers, bodies, query values and credentials. Null: nowhere.
     virtual void setLogger(Log4Qt::Logger *logger) { m_logger = logger; }
 
-    /// The longest time for the whole exchange, in milliseconds; 0 and below mean the default of 10 000.
+    /// The longest time for the whole exchange with the reading of the answer, in milliseconds; 0 and below mean the
+    /// default of 10 000.
     virtual void setTimeout(int ms) { m_timeout = ms; }
 
     /// Sends one request and waits for the answer; response() then tells the outcome, whatever it was. GET sends no
-    /// body; POST, PUT and DELETE send `payload`; other operations fail. The URL goes out in its fully encoded form.
-    /// TLS certificates are verified, redirects are not followed, only http and https are spoken, and proxies of the
+    /// body; POST, PUT and DELETE send `payload`; other operations fail. The URL goes out in its fully encoded form;
+    /// one that is invalid fails with a text that names Kvo:host. `User-Agent` and `Accept` are added to `headers`. TLS
+    /// certificates are verified, redirects are not followed, only http and https are spoken, and proxies of the
     /// environment are not used.
     virtual void request(QNetworkAccessManager::Operation op, const QUrl &url, const QJsonDocument &payload,
                          const QHash<QString, QString> &headers);

@@ -4,6 +4,8 @@
 
 #include "curlerrors.h"
 
+#include <core/plaintext.h>
+
 #include <QtCore/QScopeGuard>
 
 #include <array>
@@ -16,10 +18,15 @@ namespace {
 // Servers close idle connections; an older one is not worth the risk that it dies under a request.
 constexpr long maxIdleSeconds = 20;
 
+constexpr qsizetype maxHeaderSize = 65'536;
+constexpr qsizetype longestReason = 200;
+
 struct Exchange
 {
     TransferResult result{};
     qsizetype maxBodySize = 0;
+    qsizetype headerSize = 0;
+    bool headersEnded = false;
     int requests = 0;
 };
 
@@ -31,6 +38,16 @@ std::size_t receive(char *data, std::size_t size, std::size_t count, void *user)
         return CURL_WRITEFUNC_ERROR;
     exchange->result.body.append(data, length);
     return size * count;
+}
+
+// Also called for interim answers (1xx) and for trailers. libcurl does not mind if a connection ends amid the headers.
+std::size_t receiveHeader(char *data, std::size_t size, std::size_t count, void *user)
+{
+    auto *exchange = static_cast<Exchange *>(user);
+    const QByteArrayView line(data, static_cast<qsizetype>(size * count));
+    exchange->headersEnded = !line.startsWith("HTTP/") && (exchange->headersEnded || line.trimmed().isEmpty());
+    exchange->headerSize += line.size();
+    return exchange->headerSize <= maxHeaderSize ? size * count : CURL_WRITEFUNC_ERROR;
 }
 
 // libcurl sends a request again when a connection that it had kept dies before the first byte of the answer. The
@@ -83,7 +100,9 @@ CURLcode setPolicy(CURL *handle)
     settings.set(CURLOPT_MAXAGE_CONN, maxIdleSeconds);
     // Otherwise a name server that does not answer holds the thread beyond the time-out.
     settings.set(CURLOPT_QUICK_EXIT, 1L);
+    settings.set(CURLOPT_USERAGENT, "Kvo/" KVO_VERSION);
     settings.set(CURLOPT_WRITEFUNCTION, &receive);
+    settings.set(CURLOPT_HEADERFUNCTION, &receiveHeader);
     settings.set(CURLOPT_PREREQFUNCTION, &beforeRequest);
     return settings.code();
 }
@@ -114,6 +133,7 @@ public:
             return m_list.get();
         m_headers = headers;
         m_list.reset(curl_slist_append(nullptr, "Expect:"));
+        append("Accept: application/json");
         for (auto header = headers.cbegin(); header != headers.cend(); ++header) {
             // libcurl takes "name:" as the wish to send no such header, and "name;" as an empty one.
             const QString line = header->isEmpty() ? header.key() + u';' : header.key() + ": "_L1 + *header;
@@ -154,6 +174,8 @@ void setRequest(Settings &settings, const TransferRequest &request)
 void setExchange(Settings &settings, Exchange &exchange, char *errorText)
 {
     settings.set(CURLOPT_WRITEDATA, &exchange);
+    settings.set(CURLOPT_HEADERDATA, &exchange);
+    settings.set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(exchange.maxBodySize));
     settings.set(CURLOPT_PREREQDATA, &exchange);
     settings.set(CURLOPT_ERRORBUFFER, errorText);
 }
@@ -162,8 +184,8 @@ void setExchange(Settings &settings, Exchange &exchange, char *errorText)
 void forgetExchange(CURL *handle)
 {
     void *const nothing = nullptr;
-    for (const CURLoption option :
-         {CURLOPT_HTTPHEADER, CURLOPT_POSTFIELDS, CURLOPT_WRITEDATA, CURLOPT_PREREQDATA, CURLOPT_ERRORBUFFER})
+    for (const CURLoption option : {CURLOPT_HTTPHEADER, CURLOPT_POSTFIELDS, CURLOPT_WRITEDATA, CURLOPT_HEADERDATA,
+                                    CURLOPT_PREREQDATA, CURLOPT_ERRORBUFFER})
         curl_easy_setopt(handle, option, nothing);
 }
 
@@ -173,11 +195,12 @@ QString reasonOf(CURLcode code, const char *errorText)
     case CURLE_OK:
         return {};
     case CURLE_WRITE_ERROR:
+    case CURLE_FILESIZE_EXCEEDED:
         return u"ответ длиннее допустимого"_s;
     case CURLE_ABORTED_BY_CALLBACK:
         return u"соединение оборвалось до ответа, запрос не повторён"_s;
     default:
-        return QString::fromUtf8(*errorText ? errorText : curl_easy_strerror(code));
+        return plainText(QString::fromUtf8(*errorText ? errorText : curl_easy_strerror(code)), longestReason);
     }
 }
 
@@ -203,10 +226,16 @@ TransferResult transfer(const TransferRequest &request, qsizetype maxBodySize)
         code = curl_easy_perform(handle);
 
     long status = 0;
-    const CURLcode statusCode = curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status);
-    if (code == CURLE_OK)
-        code = statusCode;
+    const char *type = nullptr;
+    for (const CURLcode known : {curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status),
+                                 curl_easy_getinfo(handle, CURLINFO_CONTENT_TYPE, &type)}) {
+        if (code == CURLE_OK)
+            code = known;
+    }
+    if (code == CURLE_OK && !exchange.headersEnded)
+        code = CURLE_PARTIAL_FILE;
     exchange.result.status = static_cast<int>(status);
+    exchange.result.html = QByteArrayView(type).contains("html");
     exchange.result.error = networkErrorOf(code);
     exchange.result.reason = reasonOf(code, errorText.data());
     return exchange.result;
