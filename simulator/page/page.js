@@ -225,7 +225,7 @@ function customersView() {
 }
 
 const codeButton = (message) => message.code
-  ? h("button", { type: "button", class: "code", "data-action": "copy", "data-value": message.code, "aria-label": `Copy the code ${message.code.split("").join(" ")}` }, message.code)
+  ? h("button", { type: "button", class: "code", "data-action": "copy", "data-value": message.code, "aria-label": `${message.code}, copy the code` }, message.code)
   : h("span", { class: "muted" }, "no code");
 
 function messagesView() {

@@ -70,9 +70,82 @@ TEST_F(Http, FailsOneRequestWithEachKindOfFault)
     caller.fault({{"method", "*"}, {"kind", "status"}, {"times", 100}, {"status", 503}, {"body", {{"x", 1}}}});
     EXPECT_EQ(caller.call("cancelOrder", "b").text, R"({"x":1})");
     EXPECT_EQ(caller.query("cardInfo").status, 503);
-    caller.http.Delete("/sim/faults");
+    caller.http.Delete("/sim/faults/5");
     EXPECT_EQ(caller.call("cancelOrder", "b").outcome(), "ok");
-    EXPECT_EQ(caller.send("/sim/faults", R"({"method": "send", "kind": "explode"})").status, 400);
+    EXPECT_EQ(caller.http.Delete("/sim/faults/5")->status, 404);
+}
+
+TEST_F(Http, ChecksFaultsBeforeItTakesThem)
+{
+    const std::pair<const char *, const char *> cases[] = {
+        {R"({"method": "createOrders"})", "method: unknown; expected * or one of searchCustomer, "},
+        {R"({"kind": "explode"})", "kind: unknown; expected one of status, close, "},
+        {R"({"times": 1, "share": 0.5})", "share: goes without times"},
+        {R"({"share": 0})", "share: expected a number above 0"},
+        {R"({"status": 503})", "status: goes only with the kind status"},
+    };
+    for (const auto &[patch, message] : cases) {
+        Json fault{{"method", "createOrder"}, {"kind", "close"}};
+        fault.merge_patch(Json::parse(patch));
+        const Received refused = caller.send("/sim/faults", fault.dump());
+        EXPECT_EQ(refused.status, 400);
+        EXPECT_THAT(refused.json()["message"].get<std::string>(), testing::StartsWith(message));
+    }
+    caller.fault({{"method", "cancelOrder"}, {"kind", "status"}, {"share", 0.5}});
+    int failed = 0;
+    for (int i = 0; i < 100; ++i)
+        failed += caller.call("cancelOrder", "b").status == 500 ? 1 : 0;
+    EXPECT_GT(failed, 30);
+    EXPECT_LT(failed, 70);
+    EXPECT_EQ(caller.get("/sim/faults").json()["faults"][0]["hits"], failed);
+}
+
+TEST_F(Http, LetsNoOtherOriginIn)
+{
+    const std::string own = "127.0.0.1:" + std::to_string(port);
+    const std::tuple<std::string, std::string, int> cases[] = {
+        {own, "", 200},
+        {own, "http://" + own, 200},
+        {own, "http://example.org", 403},
+        {own, "null", 403},
+        {"example.org:" + std::to_string(port), "", 403}, // a foreign name that leads here
+    };
+    for (const auto &[host, origin, status] : cases) {
+        httplib::Headers headers{{"Host", host}};
+        if (!origin.empty())
+            headers.emplace("Origin", origin);
+        EXPECT_EQ(caller.http.Get("/sim/ledger", headers)->status, status) << host << ' ' << origin;
+    }
+    const std::string balance = R"({"account": "C-0001", "balance": "0.00"})";
+    EXPECT_EQ(caller.http.Post("/sim/balance", balance, "text/plain")->status, 415);
+    EXPECT_EQ(caller.balance(), "1500.00");
+    EXPECT_EQ(caller.get("/").status, 404) << "the page is not asked for";
+}
+
+TEST_F(Http, TellsWatchersWhatHappens)
+{
+    std::string seen;
+    std::jthread watching([&] {
+        Caller(port).http.Get("/sim/events", [&](const char *data, std::size_t size) {
+            seen.append(data, size);
+            return seen.find("error 105") == std::string::npos;
+        });
+    });
+    caller.call("createOrder", "b");
+    caller.call("bindOrderId", "b");
+    watching.join();
+    EXPECT_THAT(seen, AllOf(HasSubstr("event: ledger"), HasSubstr("error 105: order b is not posted yet")));
+
+    std::promise<void> begun;
+    std::jthread waiting([&] {
+        caller.http.Get("/sim/events", [&, isFirst = true](const char *, std::size_t) mutable {
+            if (std::exchange(isFirst, false))
+                begun.set_value();
+            return true;
+        });
+    });
+    begun.get_future().wait();
+    server.stop(); // ends the stream, else this test would not end
 }
 
 } // namespace sim

@@ -77,4 +77,22 @@ TEST_F(FaultProxy, DoesWhatTheFaultIsCalled)
     EXPECT_EQ(lines.count("\"accepted\":true"), processed);
 }
 
+TEST_F(FaultProxy, TakesFaultsWhileItRuns)
+{
+    ProxyFaults faults(0, 0, {});
+    ProxyRecord record(folder / "record");
+    Proxy proxy(port, faults, record);
+    const int proxyPort = proxy.bind(0);
+    const std::jthread serving([&proxy] { proxy.run(); });
+    Caller line(proxyPort);
+    EXPECT_EQ(line.query("searchCustomer?Brand=K&CardNumber=7770000000001").status, 200);
+    const std::string fault = R"({"method": "searchCustomer", "kind": "status 500 without a body, not processed"})";
+    EXPECT_EQ(line.send("/proxy/faults", fault).status, 200);
+    EXPECT_EQ(line.query("cardInfo").status, 400);
+    EXPECT_EQ(line.query("searchCustomer?Brand=K&CardNumber=7770000000001").status, 500);
+    EXPECT_EQ(line.query("searchCustomer?Brand=K&CardNumber=7770000000001").status, 200);
+    EXPECT_EQ(line.get("/proxy/faults").json()["faults"], Json::array());
+    proxy.stop();
+}
+
 } // namespace sim

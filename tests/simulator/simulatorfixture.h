@@ -78,6 +78,7 @@ public:
     {
         http.set_basic_auth("u", "p");
         http.set_keep_alive(true);
+        http.set_tcp_nodelay(true);
         http.set_url_encode(false);
     }
 
