@@ -31,6 +31,13 @@ void pushVsSqlite(Pairs &pairs);
 void drainVsCurl(Pairs &pairs);
 void replayVsCurl(Pairs &pairs);
 
+// With 100,000 events beside 1,000: the till's status line, a push, a look for the next event while all are backing off,
+// and while the service is down after a failed probe. Run by scripts/with-postgres, they use its server.
+void queueStatusGrowth(Pairs &pairs);
+void queuePushGrowth(Pairs &pairs);
+void queueDueGrowth(Pairs &pairs);
+void queueProbeGrowth(Pairs &pairs);
+
 // loading.cpp: libKvo.so, in a new process each time, to its end; or by Qt's loader only, without an instance.
 // loadOnce() is what that process runs; it prints the seconds.
 void loadVsDlopen(Pairs &pairs);

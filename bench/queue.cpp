@@ -5,12 +5,15 @@
 #include "tests/support/fakeconfig.h"
 
 #include <queue/dbqueuebroker.h>
+#include <queue/queuedelivery.h>
 #include <queue/queuedrain.h>
 
 #include <sqlite3.h>
 
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
+#include <QtSql/QSqlDatabase>
+#include <QtSql/QSqlQuery>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -91,7 +94,7 @@ QString makeQueue(const QString &file)
 {
     const FakeConfig config(withQueue({}, file));
     DBQueueBroker().push(u"kvo"_s, {}, {});
-    RowWriter(file).run("DELETE FROM event");
+    RowWriter(file).run("DELETE FROM event; DELETE FROM head; UPDATE summary SET waiting = 0");
     return file;
 }
 
@@ -106,6 +109,8 @@ struct FullQueue
             events += makeEvents(client);
         for (const QJsonObject &event : std::as_const(events))
             writer.insert(basketOf(event), textOf(event));
+        writer.run("INSERT INTO head SELECT MIN(id), owner, 0 FROM event GROUP BY owner, basket; "
+                   "UPDATE summary SET waiting = (SELECT COUNT(*) FROM event)");
         writer.run("COMMIT");
     }
 
@@ -149,7 +154,125 @@ struct FullQueue
     QList<QJsonObject> events;
 };
 
+/// A queue with so many events, two in each order, in a file or, below scripts/with-postgres, on that server.
+class Backlog
+{
+public:
+    explicit Backlog(int events, qint64 nextAttempt = 0)
+    {
+        const QString server = qEnvironmentVariable("KVO_POSTGRES");
+        QVariantHash values = settings(u"http://127.0.0.1"_s);
+        if (server.isEmpty()) {
+            queue.database = folder.filePath(u"queue.db"_s);
+            values.insert(u"Queue:database"_s, queue.database);
+        } else {
+            queue = {QueueSettings::Driver::PostgreSql, u"bench%1"_s.arg(events), server, -1, u"postgres"_s, {}, {}};
+            run(u"postgres"_s,
+                {u"DROP DATABASE IF EXISTS %1"_s.arg(queue.database), u"CREATE DATABASE %1"_s.arg(queue.database)});
+            values.insert({{u"Queue:driver"_s, u"QPSQL"_s},
+                           {u"Queue:database"_s, queue.database},
+                           {u"Queue:host"_s, server},
+                           {u"Queue:user"_s, queue.user}});
+        }
+        const FakeConfig config(values);
+        require(broker.status().waiting == 0, "the queue is not empty");
+        const QString rows = u"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
+                             u"INSERT INTO event (owner, basket, state, created, event) SELECT 'kvo', 'basket-' || "
+                             u"(i / 2), 'waiting', i, '{\"x\":\"%2\"}' FROM n"_s;
+        const QString heads = u"INSERT INTO head SELECT MIN(id), owner, %1 FROM event GROUP BY owner, basket"_s;
+        run(queue.database, {rows.arg(QString::number(events), QString(1000, u'x')), heads.arg(nextAttempt),
+                             u"UPDATE summary SET waiting = %1 WHERE id = 0"_s.arg(events), u"ANALYZE"_s});
+        require(broker.status().waiting == events, "the queue was not filled");
+    }
+    ~Backlog()
+    {
+        if (queue.driver == QueueSettings::Driver::PostgreSql)
+            run(u"postgres"_s, {u"DROP DATABASE %1 WITH (FORCE)"_s.arg(queue.database)});
+    }
+    Q_DISABLE_COPY_MOVE(Backlog)
+
+    QTemporaryDir folder{diskFolder()};
+    QueueSettings queue;
+    DBQueueBroker broker;
+
+private:
+    void run(const QString &database, const QStringList &statements) const
+    {
+        const QString name = u"bench"_s;
+        {
+            const bool isFile = queue.driver == QueueSettings::Driver::Sqlite;
+            QSqlDatabase connection = QSqlDatabase::addDatabase(isFile ? u"QSQLITE"_s : u"QPSQL"_s, name);
+            connection.setDatabaseName(database);
+            connection.setHostName(queue.host);
+            connection.setUserName(queue.user);
+            if (!isFile)
+                connection.setConnectOptions(u"options='-c search_path=poshost_queue'"_s);
+            require(connection.open(), "the queue's database cannot be opened");
+            for (const QString &statement : statements)
+                require(QSqlQuery(connection).exec(statement), qUtf8Printable(statement.left(100)));
+        }
+        QSqlDatabase::removeDatabase(name);
+    }
+};
+
+constexpr int shortBacklog = 1000;
+constexpr int longBacklog = 100'000;
+constexpr qint64 benchTime = 1'700'000'000'000;
+
+/// A drain under a clock that stands still, to a service that is down.
+std::unique_ptr<QueueDelivery> makeDelivery(const Backlog &backlog)
+{
+    return std::make_unique<QueueDelivery>(
+        backlog.queue,
+        QHash<QString, QueueHandler>{{u"kvo"_s, [](const QJsonObject &) { throw std::runtime_error("down"); }}},
+        QueueDelivery::Environment{
+            [] { return QueueTime(std::chrono::milliseconds(benchTime)); }, [] { return 0.5; }, {}});
+}
+
+Side looks(QueueDelivery &delivery)
+{
+    return calls(10, [&delivery] { require(!delivery.step(), "something was sent"); });
+}
+
 } // namespace
+
+void queueStatusGrowth(Pairs &pairs)
+{
+    const Backlog grown(longBacklog);
+    const Backlog small(shortBacklog);
+    pairs.run(calls(10, [&] { grown.broker.status(); }), calls(10, [&] { small.broker.status(); }));
+}
+
+void queuePushGrowth(Pairs &pairs)
+{
+    Backlog grown(longBacklog);
+    Backlog small(shortBacklog);
+    const QJsonObject event = makeEvents(kvo::Interface()).first();
+    pairs.run(calls(1, [&] { grown.broker.push(u"kvo"_s, event, {}); }),
+              calls(1, [&] { small.broker.push(u"kvo"_s, event, {}); }));
+}
+
+void queueDueGrowth(Pairs &pairs)
+{
+    constexpr qint64 later = benchTime + 30'000;
+    const Backlog grown(longBacklog, later);
+    const Backlog small(shortBacklog, later);
+    const auto ours = makeDelivery(grown);
+    const auto beside = makeDelivery(small);
+    pairs.run(looks(*ours), looks(*beside));
+}
+
+void queueProbeGrowth(Pairs &pairs)
+{
+    const Backlog grown(longBacklog);
+    const Backlog small(shortBacklog);
+    const auto ours = makeDelivery(grown);
+    const auto beside = makeDelivery(small);
+    for (QueueDelivery *delivery : {ours.get(), beside.get()})
+        while (delivery->step()) // the first failure and the probe
+            ;
+    pairs.run(looks(*ours), looks(*beside));
+}
 
 void pushVsSqlite(Pairs &pairs)
 {

@@ -32,17 +32,6 @@ ExitStatus fail(const BasicException &error, ExitStatus status)
     return status;
 }
 
-void printQueue(const DBQueueBroker::Status &status)
-{
-    if (status.waiting + status.setAside == 0) {
-        console::printLine(u"Очередь пуста"_s);
-        return;
-    }
-    console::printLine(u"В очереди: ожидает отправки %1, отклонено и отложено %2, самое раннее от %3"_s.arg(
-        QString::number(status.waiting), QString::number(status.setAside),
-        status.oldest.toString(u"dd.MM.yyyy HH:mm:ss"_s)));
-}
-
 /// Waits for the drain, showing how far it is where somebody watches.
 bool waitWithProgress(QueueDrain &drain, std::chrono::seconds time, const EndingQueue &queue)
 {
@@ -55,19 +44,15 @@ bool waitWithProgress(QueueDrain &drain, std::chrono::seconds time, const Ending
             drain.waitUntilDrained(std::min(timeBetweenPictures, std::chrono::milliseconds(deadline.remainingTime())));
         std::fprintf(stderr, "\r%s", qUtf8Printable(progressBar(total, queue.status().waiting)));
     } while (!delivered && !deadline.hasExpired());
-    std::fputc('\n', stderr);
+    if (total > 0)
+        std::fputc('\n', stderr);
     return delivered;
 }
 
-/// Waits for the drain and tells what is left.
 bool deliver(QueueDrain &drain, std::chrono::seconds time, const EndingQueue &queue)
 {
     drain.wakeUp();
-    const bool delivered =
-        ::isatty(STDERR_FILENO) ? waitWithProgress(drain, time, queue) : drain.waitUntilDrained(time);
-    console::printLine(QString());
-    printQueue(queue.status());
-    return delivered;
+    return ::isatty(STDERR_FILENO) ? waitWithProgress(drain, time, queue) : drain.waitUntilDrained(time);
 }
 
 const ScenarioCheck *firstCheck(const QList<Scenario> &scenarios)
@@ -93,6 +78,7 @@ ExitStatus play(const QList<Scenario> &scenarios, const Options &options, const 
         player.play(scenario);
     // What could not be delivered in time stays queued: not a failure of the sale.
     deliver(drain, options.drainTime, host.queue());
+    console::printLine(u'\n' + statusText(host.queue().status()));
     if (player.differences() > 0)
         console::printLine(u"Расхождений: %1"_s.arg(player.differences()));
     return player.differences() > 0 ? Differed : Succeeded;
@@ -126,7 +112,12 @@ ExitStatus drainQueue(const Options &options)
         drain.setHandler(loyaltyQueueOwner, makeLoyaltySender());
         drain.start();
         const bool delivered = deliver(drain, options.drainTime, host.queue());
-        return delivered && host.queue().status().setAside == 0 ? Succeeded : Differed;
+        const QueueStatus left = host.queue().status();
+        const QJsonObject json = statusAsJson(left, QDateTime::currentDateTime());
+        console::printLine(options.queueRequest.json
+                               ? QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact))
+                               : statusText(left));
+        return delivered && left.deadLetters == 0 ? Succeeded : Differed;
     } catch (const BasicException &error) {
         return fail(error, Unusable);
     }
@@ -136,8 +127,9 @@ ExitStatus manageQueue(const Options &options)
 {
     try {
         const TillHost host(options.configFile, TillHost::Access::Look);
-        console::print(answerTo(options.queueRequest, QDateTime::currentDateTime()));
-        return Succeeded;
+        const QueueAnswer answer = answerTo(options.queueRequest, QDateTime::currentDateTime());
+        console::print(answer.text);
+        return answer.isFine ? Succeeded : Differed;
     } catch (const BasicException &error) {
         return fail(error, Unusable);
     }

@@ -34,7 +34,8 @@ ExitStatus runScenarios(const Options &options);
 /// Differed when something is left.
 ExitStatus drainQueue(const Options &options);
 
-/// Lists, shows, retries or discards queued requests; also while a till works with the queue.
+/// Tells what is queued and changes it; also while a till works with the queue. Differed when the queue's status is not
+/// fine.
 ExitStatus manageQueue(const Options &options);
 
 } // namespace till

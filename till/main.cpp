@@ -25,6 +25,12 @@ struct Arguments
     qint64 queueId = 0;
     bool retryAll = false;
     std::string discardReason;
+    std::string queueState;
+    std::string queueOrder;
+    std::string queueCheck;
+    qint64 queueLimit = 0;
+    qint64 maxWaiting = -1;
+    qint64 maxAgeMinutes = -1;
     bool json = false;
     std::string phone;
 };
@@ -39,6 +45,13 @@ till::Options toOptions(const Arguments &arguments)
     options.drainTime = std::chrono::seconds(arguments.drainSeconds);
     options.queueRequest.id = arguments.queueId;
     options.queueRequest.reason = QString::fromStdString(arguments.discardReason);
+    options.queueRequest.state = QString::fromStdString(arguments.queueState);
+    options.queueRequest.filter.order = QString::fromStdString(arguments.queueOrder);
+    options.queueRequest.filter.check = QString::fromStdString(arguments.queueCheck);
+    if (arguments.queueLimit > 0)
+        options.queueRequest.filter.limit = arguments.queueLimit;
+    options.queueRequest.maxWaiting = arguments.maxWaiting;
+    options.queueRequest.maxAgeMinutes = arguments.maxAgeMinutes;
     options.queueRequest.json = arguments.json;
     return options;
 }
@@ -63,18 +76,20 @@ struct QueueCommands
     {
         queue->require_subcommand(0, 1);
         queue->add_flag("--json", arguments.json, "Answer in JSON");
-        queue->add_subcommand("list", "List all requests: age, order, operation, attempts, state, reason");
+        addList(arguments);
+        addStatus(arguments);
         show = queue->add_subcommand("show", "Show one request, with secrets hidden");
-        retry = queue->add_subcommand("retry", "Send a request again that was refused and set aside");
+        retry = queue->add_subcommand("retry", "Send a refused request again, or a waiting one now");
         discard = queue->add_subcommand("discard", "Give a request up; it is kept together with the reason");
+        restore = queue->add_subcommand("restore", "Take a discard back");
         drain = queue->add_subcommand("drain", "Deliver queued requests now; status 1 when some are left");
         for (CLI::App *command : queue->get_subcommands({}))
             command->fallthrough(); // --config and --json may follow the action as well
-        for (CLI::App *command : {show, discard})
+        for (CLI::App *command : {show, discard, restore})
             command->add_option("ID", arguments.queueId, "Number of the request")->required();
         CLI::App *which = retry->add_option_group("which")->require_option(1);
         which->add_option("ID", arguments.queueId, "Number of the request");
-        which->add_flag("--all", arguments.retryAll, "All that were set aside");
+        which->add_flag("--all", arguments.retryAll, "All that were refused");
         discard->add_option("--reason", arguments.discardReason, "Why")->required();
         addDrainTime(drain, "--seconds", "How long to try", arguments);
     }
@@ -86,10 +101,38 @@ struct QueueCommands
             return arguments.retryAll ? Action::RetryAll : Action::Retry;
         if (*show)
             return Action::Show;
+        if (*status)
+            return Action::Status;
+        if (*restore)
+            return Action::Restore;
         return *discard ? Action::Discard : Action::List;
     }
 
+    void addList(Arguments &arguments)
+    {
+        std::vector<std::string> states;
+        for (const QString &code : till::stateCodes())
+            states.push_back(code.toStdString());
+        CLI::App *list =
+            queue->add_subcommand("list", "List requests: age, order, check, card, operation, state, reason");
+        list->add_option("--state", arguments.queueState, "Only those in this state")->check(CLI::IsMember(states));
+        list->add_option("--order", arguments.queueOrder, "Only those of this order");
+        list->add_option("--check", arguments.queueCheck, "Only those of this check");
+        list->add_option("--limit", arguments.queueLimit, "At most so many, the oldest")->check(CLI::PositiveNumber);
+    }
+
+    void addStatus(Arguments &arguments)
+    {
+        status = queue->add_subcommand("status", "Counts, oldest age, last success and error; for a monitoring system: "
+                                                 "status 1 when requests were refused or a threshold is exceeded");
+        status->add_option("--max-age", arguments.maxAgeMinutes, "Oldest request, in minutes")
+            ->check(CLI::NonNegativeNumber);
+        status->add_option("--max-waiting", arguments.maxWaiting, "Waiting requests")->check(CLI::NonNegativeNumber);
+    }
+
     CLI::App *queue;
+    CLI::App *status = nullptr;
+    CLI::App *restore = nullptr;
     CLI::App *show = nullptr;
     CLI::App *retry = nullptr;
     CLI::App *discard = nullptr;

@@ -33,8 +33,8 @@ public:
         return Interface::request(current, logOnly);
     }
 
-    /// A host that kept no record of refusals would have them logged and forgotten. This one sets them aside. And a
-    /// gateway's answer, which says neither yes nor no, is not the service's: the request stays.
+    /// A host that kept no record of refusals would have them logged and forgotten. This one keeps them as dead
+    /// letters. And a gateway's answer, which says neither yes nor no, is not the service's: the request stays.
     void checkForError(const http::Response &response, bool /*logOnly*/) const override
     {
         Interface::checkForError(response, false);
@@ -106,7 +106,7 @@ QueueDrain::Handler makeLoyaltySender()
         try {
             client->requestFromQueue(event);
         } catch (const kvo::Refusal &refusal) {
-            throw RejectionException(refusal.text());
+            throw QueueRefusal(refusal.text());
         }
     };
 }

@@ -19,7 +19,7 @@ QList<Setting> loyaltySettings();
 
 /// Sends to the loyalty service, with the settings of Singleton<Config> at the time of this call: its address and
 /// credentials replace those that a request was stored with. The handler returns only when the service has accepted the
-/// request: with a status of 2xx, or by saying "success": true. A refusal by the service is a RejectionException,
+/// request: with a status of 2xx, or by saying "success": true. A refusal by the service is a QueueRefusal,
 /// everything else a BasicException, so that the queue keeps the request.
 QueueDrain::Handler makeLoyaltySender();
 

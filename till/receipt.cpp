@@ -106,8 +106,8 @@ QString queueRows(const DBQueueBroker::Status &queue)
     QString rows;
     if (queue.waiting > 0)
         rows += row(u"Ожидает отправки"_s, QString::number(queue.waiting));
-    if (queue.setAside > 0)
-        rows += row(u"Отклонено, отложено"_s, QString::number(queue.setAside));
+    if (queue.deadLetters > 0)
+        rows += row(u"Отклонено"_s, QString::number(queue.deadLetters));
     if (!rows.isEmpty() && queue.oldest.isValid())
         rows += row(u"В очереди с"_s, queue.oldest.toString(u"dd.MM.yyyy HH:mm:ss"_s));
     return rows.isEmpty() ? rows : rule(u'-') + rows;

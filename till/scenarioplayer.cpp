@@ -156,7 +156,7 @@ void ScenarioPlayer::compare(const ScenarioCheck &check, const CheckResult &resu
         if (*queued == 0)
             std::ignore = m_drain.waitUntilDrained(deliveryTime);
         const DBQueueBroker::Status status = Singleton<DBQueueBroker>::instance()->status();
-        if (const int left = status.waiting + status.setAside; left != *queued)
+        if (const int left = status.waiting + status.deadLetters; left != *queued)
             report(check, u"expect/queued"_s, QString::number(*queued), QString::number(left));
     }
     if (check.expectation.messages)

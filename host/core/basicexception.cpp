@@ -9,5 +9,3 @@ BasicException::BasicException(const QString &text) : BasicException(tr::Tr(text
 {}
 
 BasicException::~BasicException() = default;
-
-RejectionException::~RejectionException() = default;

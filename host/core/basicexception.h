@@ -25,11 +25,3 @@ private:
     tr::Tr m_text;
     QByteArray m_what;
 };
-
-/// The other side received the request and refused it: sending the same request again will not help.
-class POSHOST_EXPORT RejectionException : public BasicException
-{
-public:
-    using BasicException::BasicException;
-    ~RejectionException() override;
-};

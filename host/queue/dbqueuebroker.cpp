@@ -8,6 +8,8 @@
 
 #include <database/databaseerror.h>
 
+#include <utility>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
@@ -29,13 +31,27 @@ void DBQueueBroker::push(const QString &owner, const QJsonObject &event, const Q
         throw databaseerror::make(u"Очередь запросов «%1»"_s.arg(QueueSettings::configured().name()),
                                   u"не указан получатель запроса"_s, u"push without owner"_s);
     const QByteArray json = jsontext::compact(QJsonDocument(event));
+    m_mayFail = true; // until this has succeeded
     access().use([&](QueueStore &store) { store.push(owner, orderOf(event, key), json, currentQueueTime()); });
+    m_mayFail = false;
     QueueSignal::instance().raise();
 }
 
-DBQueueBroker::Status DBQueueBroker::status() const
+QueueStatus DBQueueBroker::status() const
 {
     return access().use([](QueueStore &store) { return store.status(); });
+}
+
+QString DBQueueBroker::problem() const
+{
+    try {
+        const bool commit = std::exchange(m_mayFail, true);
+        access().use([commit](QueueStore &store) { store.requireWritable(commit); });
+        m_mayFail = false;
+        return {};
+    } catch (const BasicException &error) {
+        return error.text().ru();
+    }
 }
 
 QueueAccess &DBQueueBroker::access() const

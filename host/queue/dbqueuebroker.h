@@ -1,9 +1,10 @@
 // The persistent queue of requests that must not be lost: the side that fills it.
 #pragma once
 
+#include "queuestatus.h"
+
 #include <poshost_export.h>
 
-#include <QtCore/QDateTime>
 #include <QtCore/QJsonObject>
 #include <QtCore/QString>
 
@@ -22,23 +23,24 @@ public:
     Q_DISABLE_COPY_MOVE(DBQueueBroker)
 
     /// Stores an event for the drain to deliver to `owner`, and returns only when it is durable. Events of one order
-    /// leave in the order of their push; the order is the text "basket" in the event's "payload", or, where there is
-    /// none, `key`. An event with neither stands alone. Throws BasicException when the event cannot be stored; nothing
+    /// leave in the order of their push; the order is the text "basket" in the event's "payload", or, if there is none,
+    /// `key`. An event with neither stands alone. Throws BasicException when the event cannot be stored; nothing
     /// is stored then.
     virtual void push(const QString &owner, const QJsonObject &event, const QString &key);
 
-    /// How much has not been accepted by its receiver yet, for the till's status line and the receipt.
-    struct Status
-    {
-        int waiting = 0;  ///< Events to be sent, those in flight included.
-        int setAside = 0; ///< Events that were refused for good, and those that wait behind them.
-        QDateTime oldest; ///< When the oldest of all of them was stored; invalid when there is none.
-    };
-    /// Throws BasicException when the database cannot be read.
+    /// What has not been accepted by its receiver yet, for the till's status line and the receipt. Throws
+    /// BasicException when the database cannot be read.
+    using Status = QueueStatus;
     virtual Status status() const;
+
+    /// Why nothing can be stored now, as a text for the cashier; empty when push() can be expected to work. Costs no
+    /// disk access to speak of, unless the last operation here has failed: then the database is opened and written to
+    /// anew, so that the till notices when a disk or a server is back.
+    virtual QString problem() const;
 
 private:
     QueueAccess &access() const;
 
     mutable std::unique_ptr<QueueAccess> m_access; // made at the first use
+    mutable bool m_mayFail = true;                 // nothing was written yet, or the last time failed
 };

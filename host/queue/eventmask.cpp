@@ -41,11 +41,50 @@ bool isSecret(const QString &name)
     return name.endsWith(u"authorization", Qt::CaseInsensitive) || name.endsWith(u"cookie", Qt::CaseInsensitive);
 }
 
+bool isNumberToHide(const QString &name)
+{
+    return name.contains(u"phone", Qt::CaseInsensitive) || name.contains(u"card", Qt::CaseInsensitive);
+}
+
+/// `text` with what `pattern` finds replaced by what `mask` makes of it.
+QString replaced(const QString &text, const QRegularExpression &pattern, QString (*mask)(QString))
+{
+    QString result;
+    qsizetype end = 0;
+    for (auto matches = pattern.globalMatch(text); matches.hasNext();) {
+        const QRegularExpressionMatch match = matches.next();
+        result += QStringView(text).sliced(end, match.capturedStart() - end);
+        result += mask(match.captured());
+        end = match.capturedEnd();
+    }
+    return result += QStringView(text).sliced(end);
+}
+
+QString maskPhones(const QString &text)
+{
+    static const QRegularExpression phone(
+        uR"((?:(?<=%2B)|(?<![\w.-]))[78][\s(-]*\d{3}[\s)-]*\d{3}[\s-]*\d{2}[\s-]*\d{2}(?![\w-]))"_s,
+        QRegularExpression::CaseInsensitiveOption);
+    return replaced(text, phone, maskDigits);
+}
+
+QString maskPasswords(const QString &text)
+{
+    static const QRegularExpression password(uR"((?<=://)[^/?#\s]*@)"_s);
+    return replaced(text, password, [](QString login) { return login.section(u':', 0, 0).remove(u'@') + u":***@"_s; });
+}
+
+QString maskCards(const QString &text)
+{
+    static const QRegularExpression card(uR"((?<![\w.-])\d{12,19}(?![\w-]))"_s);
+    return replaced(text, card, maskDigits);
+}
+
 QString maskedText(const QString &name, const QString &text)
 {
     if (isSecret(name))
         return u"***"_s;
-    return name.contains(u"phone", Qt::CaseInsensitive) ? maskDigits(text) : eventmask::maskPhones(text);
+    return isNumberToHide(name) ? maskDigits(text) : maskPasswords(maskPhones(text));
 }
 
 QJsonValue maskedValue(const QString &name, const QJsonValue &value)
@@ -58,7 +97,7 @@ QJsonValue maskedValue(const QString &name, const QJsonValue &value)
     case QJsonValue::String:
         return maskedText(name, value.toString());
     case QJsonValue::Double: {
-        // A phone number may be written as a number; any other number stays one.
+        // Phone and card numbers may be written as numbers; any other number stays one.
         const QString digits = value.toVariant().toString();
         const QString shown = maskedText(name, digits);
         return shown == digits ? value : QJsonValue(shown);
@@ -70,20 +109,9 @@ QJsonValue maskedValue(const QString &name, const QJsonValue &value)
 
 } // namespace
 
-QString eventmask::maskPhones(const QString &text)
+QString eventmask::maskText(const QString &text)
 {
-    static const QRegularExpression phone(
-        uR"((?:(?<=%2B)|(?<![\w.-]))[78][\s(-]*\d{3}[\s)-]*\d{3}[\s-]*\d{2}[\s-]*\d{2}(?![\w-]))"_s,
-        QRegularExpression::CaseInsensitiveOption);
-    QString result;
-    qsizetype end = 0;
-    for (auto matches = phone.globalMatch(text); matches.hasNext();) {
-        const QRegularExpressionMatch match = matches.next();
-        result += QStringView(text).sliced(end, match.capturedStart() - end);
-        result += maskDigits(match.captured());
-        end = match.capturedEnd();
-    }
-    return result += QStringView(text).sliced(end);
+    return maskCards(maskPasswords(maskPhones(text)));
 }
 
 QJsonObject eventmask::masked(const QJsonObject &event)

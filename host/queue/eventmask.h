@@ -1,4 +1,4 @@
-// What people may see of an event: no credentials, no whole phone numbers.
+// What people may see of an event: no credentials, no whole phone or card numbers.
 #pragma once
 
 #include <poshost_export.h>
@@ -8,11 +8,12 @@
 
 namespace eventmask {
 
-/// `text` with all but the last four digits of each Russian phone number as "*", however it is written.
-QString maskPhones(const QString &text);
+/// A text for people, such as an error, with all but the last four digits of telephone and card numbers (12 to 19
+/// digits) as "*", and passwords in URLs hidden.
+QString maskText(const QString &text);
 
-/// `event` with the values of the headers Authorization and Cookie hidden, all of a member whose name contains "phone"
-/// masked but the last four characters, and maskPhones() applied to all other texts.
+/// `event` with the values of the headers Authorization and Cookie hidden, members named like phones and cards masked
+/// but for their last four digits, and phone numbers and passwords of URLs in all other texts.
 POSHOST_EXPORT QJsonObject masked(const QJsonObject &event);
 
 } // namespace eventmask

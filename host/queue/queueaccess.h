@@ -1,5 +1,5 @@
 // A queue's database that is opened when it is needed: at the first use, and again after a failure, so that a till can
-// start, and goes on working, when the disk comes back. Used on one thread.
+// start without it, and continues when the disk or the server is back. Used on one thread.
 #pragma once
 
 #include "queuestore.h"
@@ -27,7 +27,14 @@ public:
     }
 
 private:
-    QueueStore &opened();
+    QueueStore &opened()
+    {
+        if (m_store && !m_store->connection().isUsable())
+            m_store.reset();
+        if (!m_store)
+            m_store.emplace(m_settings, m_commits);
+        return *m_store;
+    }
 
     QueueSettings m_settings;
     DatabaseConnection::Commits m_commits;

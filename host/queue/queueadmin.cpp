@@ -3,15 +3,22 @@
 
 #include "eventmask.h"
 #include "queuesignal.h"
+#include "queuesql.h"
 #include "queuestore.h"
 
 #include <core/basicexception.h>
 
+#include <QtCore/QHash>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QUrl>
+
+#include <algorithm>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
+
+constexpr qint64 lastId = std::numeric_limits<qint64>::max();
 
 BasicException refusal(qint64 id, const QString &problem)
 {
@@ -25,12 +32,58 @@ QString describe(QueueAdmin::State state)
         return u"ожидает отправки"_s;
     case QueueAdmin::State::Sending:
         return u"сейчас отправляется"_s;
-    case QueueAdmin::State::SetAside:
-        return u"отложена"_s;
+    case QueueAdmin::State::DeadLetter:
+        return u"отклонена"_s;
     case QueueAdmin::State::Discarded:
-        return u"уже снята с отправки"_s;
+        return u"снята с отправки"_s;
     }
     return {};
+}
+
+QueueAdmin::State stateOf(const QString &name)
+{
+    if (name == u"sending")
+        return QueueAdmin::State::Sending;
+    if (name == u"dead")
+        return QueueAdmin::State::DeadLetter;
+    return name == u"discarded" ? QueueAdmin::State::Discarded : QueueAdmin::State::Waiting;
+}
+
+QJsonObject eventOf(const QSqlQuery &row)
+{
+    return eventmask::masked(QJsonDocument::fromJson(row.value(11).toString().toUtf8()).object());
+}
+
+QueueAdmin::Entry entryOf(const QSqlQuery &row)
+{
+    const QJsonObject event = eventOf(row);
+    const QJsonObject payload = event.value(u"payload").toObject();
+    QueueAdmin::Entry entry;
+    entry.id = row.value(0).toLongLong();
+    entry.owner = row.value(1).toString();
+    entry.order = row.value(2).toString();
+    if (entry.order.startsWith(loneOrder))
+        entry.order.clear();
+    entry.operation = QUrl(event.value(u"url").toString()).path().section(u'/', -1);
+    entry.card = payload.value(u"cardNumber").toString();
+    entry.check = payload.value(u"orderID").toVariant().toString();
+    entry.state = stateOf(row.value(3).toString());
+    entry.attempts = row.value(4).toInt();
+    entry.stored = dateTimeOf(row.value(5));
+    if (row.value(6).toLongLong() > 1) // see queuesql::endBackOffs
+        entry.nextAttempt = dateTimeOf(row.value(6));
+    entry.lastError = row.value(7).toString();
+    entry.refused = dateTimeOf(row.value(8));
+    entry.discarded = dateTimeOf(row.value(9));
+    entry.discardReason = row.value(10).toString();
+    return entry;
+}
+
+bool matches(const QueueAdmin::Entry &entry, const QueueAdmin::Filter &filter)
+{
+    return entry.state == filter.state.value_or(entry.state) &&
+           (filter.order.isEmpty() || entry.order == filter.order) &&
+           (filter.check.isEmpty() || entry.check == filter.check);
 }
 
 } // namespace
@@ -43,17 +96,34 @@ QueueAdmin::QueueAdmin()
 
 QueueAdmin::~QueueAdmin() = default;
 
-QList<QueueAdmin::Entry> QueueAdmin::list() const
+// Only one event of an order names the check; it belongs to all of them.
+QList<QueueAdmin::Entry> QueueAdmin::list(const Filter &filter) const
 {
     QList<Entry> entries;
-    m_store->readEntries({}, [&entries](const Entry &entry, const QByteArray &) { entries.append(entry); });
+    QHash<QString, QString> checks;
+    m_store->connection().read(queuesql::entries, {0, lastId, 0, lastId}, [&](const QSqlQuery &row) {
+        entries.append(entryOf(row));
+        if (const Entry &entry = entries.constLast(); !entry.order.isEmpty() && !entry.check.isEmpty())
+            checks.insert(entry.order, entry.check);
+    });
+    for (Entry &entry : entries)
+        if (entry.check.isEmpty())
+            entry.check = checks.value(entry.order);
+    entries.removeIf([&filter](const Entry &entry) { return !matches(entry, filter); });
+    entries.resize(std::min(entries.size(), filter.limit));
     return entries;
+}
+
+QueueStatus QueueAdmin::status() const
+{
+    return m_store->status();
 }
 
 QueueAdmin::Entry QueueAdmin::entry(qint64 id) const
 {
     std::optional<Entry> found;
-    m_store->readEntries({id, id}, [&found](const Entry &entry, const QByteArray &) { found = entry; });
+    m_store->connection().read(queuesql::entries, {id, id, id, id},
+                               [&found](const QSqlQuery &row) { found = entryOf(row); });
     if (!found)
         throw refusal(id, u"не найдена"_s);
     return *found;
@@ -62,33 +132,95 @@ QueueAdmin::Entry QueueAdmin::entry(qint64 id) const
 QJsonObject QueueAdmin::event(qint64 id) const
 {
     std::optional<QJsonObject> found;
-    m_store->readEntries({id, id}, [&found](const Entry &, const QByteArray &event) {
-        found = QJsonDocument::fromJson(event).object();
-    });
+    m_store->connection().read(queuesql::entries, {id, id, id, id},
+                               [&found](const QSqlQuery &row) { found = eventOf(row); });
     if (!found)
         throw refusal(id, u"не найдена"_s);
-    return eventmask::masked(*found);
+    return *found;
 }
 
 void QueueAdmin::retry(qint64 id)
 {
-    if (m_store->retry({id, id}) == 0)
-        throw refusal(id, u"не отложена: "_s + describe(entry(id).state));
-    QueueSignal::instance().raise();
+    change(id, [this, id](const Order &order) {
+        const State state = entry(id).state;
+        requireState(id, state == State::DeadLetter || state == State::Waiting, u"не отправлена"_s);
+        revive(id);
+        sendNow(id, order);
+    });
 }
 
+// A dead letter that waits behind another one waits on, but is none any more.
 int QueueAdmin::retryAll()
 {
-    const int count = m_store->retry({});
-    QueueSignal::instance().raise();
+    QList<qint64> ids;
+    m_store->connection().read(queuesql::deadLetters, {},
+                               [&ids](const QSqlQuery &row) { ids.append(row.value(0).toLongLong()); });
+    int count = 0;
+    for (const qint64 id : std::as_const(ids))
+        change(id, [&](const Order &) { count += revive(id) ? 1 : 0; });
     return count;
+}
+
+bool QueueAdmin::revive(qint64 id)
+{
+    return m_store->connection().change(queuesql::revive, {id}) > 0;
+}
+
+void QueueAdmin::sendNow(qint64 id, const Order &order)
+{
+    const qint64 first = m_store->connection().value(queuesql::firstOfOrder, {order.owner, order.basket}).toLongLong();
+    if (first != id)
+        throw refusal(id, u"ждёт своей очереди: раньше неё запись %1 (%2)"_s.arg(QString::number(first),
+                                                                                 describe(entry(first).state)));
+    m_store->connection().change(queuesql::removeHead, {id});
+    m_store->connection().change(queuesql::addHead, {id, order.owner, -1});
 }
 
 void QueueAdmin::discard(qint64 id, const QString &reason)
 {
+    const QString problem = u"не снята с отправки"_s;
     if (reason.trimmed().isEmpty())
-        throw refusal(id, u"не снята с отправки: укажите причину"_s);
-    if (!m_store->discard(id, reason, *m_lease, currentQueueTime()))
-        throw refusal(id, u"не снята с отправки: "_s + describe(entry(id).state));
+        throw refusal(id, problem + u": укажите причину"_s);
+    change(id, [&](const Order &) {
+        const State state = entry(id).state;
+        requireState(id, state == State::DeadLetter || state == State::Waiting, problem);
+        DatabaseConnection &connection = m_store->connection();
+        connection.change(queuesql::discardCopy,
+                          {storedTime(currentQueueTime()), eventmask::maskText(reason.trimmed()), id});
+        connection.change(queuesql::removeHead, {id});
+        connection.change(queuesql::discardEvent, {id});
+    });
+}
+
+void QueueAdmin::restore(qint64 id)
+{
+    change(id, [&](const Order &order) {
+        DatabaseConnection &connection = m_store->connection();
+        requireState(id, entry(id).state == State::Discarded, u"не возвращена"_s);
+        if (connection.value(queuesql::isOrderBeingSent, {order.owner, order.basket}).toBool())
+            throw refusal(id, u"не возвращена: запись того же заказа сейчас отправляется, повторите позже"_s);
+        connection.change(queuesql::restoreCopy, {id});
+        connection.change(queuesql::restoreDelete, {id});
+    });
+}
+
+void QueueAdmin::change(qint64 id, const std::function<void(const Order &)> &operation)
+{
+    m_store->record([&] {
+        m_store->releaseWhatNobodyIsSending(*m_lease);
+        Order order;
+        m_store->connection().read(queuesql::order, {id, id}, [&order](const QSqlQuery &row) {
+            order = {row.value(0).toString(), row.value(1).toString()};
+        });
+        if (order.owner.isEmpty())
+            throw refusal(id, u"не найдена"_s);
+        m_store->changeOrder(order.owner, order.basket, [&] { operation(order); });
+    });
     QueueSignal::instance().raise();
+}
+
+void QueueAdmin::requireState(qint64 id, bool allowed, const QString &problem) const
+{
+    if (!allowed)
+        throw refusal(id, u"%1: %2"_s.arg(problem, describe(entry(id).state)));
 }

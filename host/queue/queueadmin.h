@@ -1,20 +1,24 @@
-// The persistent queue as the people see it who look after it: what is in it, and what to do with refused events.
+// The persistent queue for the people who look after it: what is in it, and what to do about dead letters.
 #pragma once
+
+#include "queuestatus.h"
 
 #include <poshost_export.h>
 
-#include <QtCore/QDateTime>
 #include <QtCore/QJsonObject>
 #include <QtCore/QList>
 #include <QtCore/QString>
 
+#include <functional>
+#include <limits>
 #include <memory>
+#include <optional>
 
 class QueueLease;
 class QueueStore;
 
 /// Works on the configured database, see DBQueueBroker, also while tills and drains are at work on it. Used on the
-/// thread that has made it. All operations throw BasicException when the database fails; nothing is changed then.
+/// thread that created it. All operations throw BasicException when the database fails; nothing is changed then.
 class POSHOST_EXPORT QueueAdmin
 {
 public:
@@ -24,50 +28,79 @@ public:
     Q_DISABLE_COPY_MOVE(QueueAdmin)
 
     enum class State {
-        Waiting,   ///< To be sent, perhaps behind an earlier event of its order or after a back-off.
-        Sending,   ///< A drain is sending it.
-        SetAside,  ///< Refused for good; later events of its order wait behind it.
-        Discarded, ///< Given up by a person; kept for the record, and in nobody's way.
+        Waiting,    ///< To be sent, perhaps behind an earlier event of its order or after a back-off.
+        Sending,    ///< A drain is sending it.
+        DeadLetter, ///< Refused for good; later events of its order wait behind it.
+        Discarded,  ///< Given up by a person; kept for the record, and in nobody's way.
     };
 
+    /// Nothing in here needs masking any more: telephone and card numbers are, but for their last four digits.
     struct Entry
     {
         qint64 id = 0;
         QString owner;
         QString order;     ///< Empty when the event stands alone.
         QString operation; ///< The last segment of the event's "url".
+        QString card;      ///< The card's number; empty when the event has none.
+        QString check;     ///< The check's identifier; empty when no event of the order names it.
         State state = State::Waiting;
         int attempts = 0;
         QDateTime stored;
         QDateTime nextAttempt; ///< Invalid when it may be sent at once.
-        QString lastError;     ///< Phone numbers masked.
-        QDateTime refused;     ///< Invalid unless it was refused.
-        QDateTime discarded;   ///< Invalid unless it was discarded.
+        QString lastError;
+        QDateTime refused;   ///< Invalid unless it was refused.
+        QDateTime discarded; ///< Invalid unless it was discarded.
         QString discardReason;
     };
 
-    /// Everything that is stored, in order of push.
-    QList<Entry> list() const;
+    /// What list() is to return; what is left out matches everything.
+    struct Filter
+    {
+        std::optional<State> state = {};
+        QString order = {};
+        QString check = {};
+        qsizetype limit = std::numeric_limits<qsizetype>::max(); ///< At most so many, the oldest.
+    };
+
+    /// What is stored, in order of push.
+    QList<Entry> list(const Filter &filter) const;
+    QList<Entry> list() const { return list({}); }
+
+    QueueStatus status() const;
 
     /// One entry. Throws BasicException when there is none with this id; so do all operations with an id.
     Entry entry(qint64 id) const;
 
-    /// The event itself, for people: credentials hidden, phone numbers masked but for the last four digits. Empty when
-    /// what is stored is damaged.
+    /// The event itself, for people: masked by eventmask. Empty when what is stored is damaged.
     QJsonObject event(qint64 id) const;
 
-    /// Has an event that was set aside sent again, its attempts counted anew. Throws BasicException when it is not set
-    /// aside.
+    /// Has a dead letter sent again, its attempts counted anew, or a waiting event sent now, whatever its back-off.
+    /// Throws BasicException when it is being sent, was discarded, or waits behind another event of its order.
     void retry(qint64 id);
 
-    /// The same for all that were set aside; returns how many.
+    /// Has all dead letters sent again; returns how many.
     int retryAll();
 
-    /// Gives up an event that waits or was set aside; it stays stored with `reason`, and later events of its order are
+    /// Gives up a waiting event or a dead letter; it stays stored with `reason`, and later events of its order are
     /// sent. Throws BasicException when it is being sent or was discarded already, or when `reason` is blank.
     void discard(qint64 id, const QString &reason);
 
+    /// Takes a discard back: the event waits again, or is a dead letter again, in its old place. Throws BasicException
+    /// when it was not discarded, or while an event of its order is being sent.
+    void restore(qint64 id);
+
 private:
+    struct Order
+    {
+        QString owner;
+        QString basket;
+    };
+
+    void change(qint64 id, const std::function<void(const Order &order)> &operation);
+    bool revive(qint64 id);
+    void sendNow(qint64 id, const Order &order);
+    void requireState(qint64 id, bool allowed, const QString &problem) const;
+
     std::unique_ptr<QueueStore> m_store;
     std::unique_ptr<QueueLease> m_lease;
 };

@@ -48,6 +48,15 @@ public:
     /// Ends the query for the next event so that two drains do not find the same one.
     virtual QStringView rowLock() const = 0;
 
+    /// Keep others from changing this order, or those of the claimed events, until the transaction ends; to be called
+    /// before the order is read. Otherwise a push could miss that the event before has just gone, and nobody would send
+    /// what it stores.
+    virtual void lockOrder(const QString &owner, const QString &basket) = 0;
+    virtual void lockOrdersOf(const QueueLease &lease) = 0;
+
+    /// The row of the summary that this connection counts in.
+    virtual int summaryRow() const = 0;
+
     /// The column with an event's text, in the form that the driver returns as UTF-8 if it can.
     virtual QStringView eventColumn() const = 0;
 

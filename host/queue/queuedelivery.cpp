@@ -14,23 +14,23 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-// At most so many accepted events, and those of one run, are sent again after a power failure.
+// At most so many accepted events, and one batch, are sent again after a power failure.
 constexpr int eventsBetweenCheckpoints = 500;
 
-constexpr int longestRun = 32;
+constexpr int largestBatch = 32;
 
-// For so long events are kept from other drains, and accepted ones may be sent again after a kill.
-constexpr std::chrono::milliseconds runTime{10};
+// How long events are kept from other drains; accepted ones may be sent again if the process is killed meanwhile.
+constexpr std::chrono::milliseconds batchTime{10};
 
 // As it is stored and logged; not every database takes a NUL in a text.
 QString errorText(const QString &error)
 {
-    return eventmask::maskPhones(error).remove(QChar::Null);
+    return eventmask::maskText(error).remove(QChar::Null);
 }
 
 } // namespace
 
-QueueDelivery::QueueDelivery(const QueueSettings &settings, const QHash<QString, QueueDrain::Handler> &handlers,
+QueueDelivery::QueueDelivery(const QueueSettings &settings, const QHash<QString, QueueHandler> &handlers,
                              const Environment &environment)
     : m_environment(environment), m_backOff(environment.random), m_access(settings, DatabaseConnection::Commits::Lazy)
 {
@@ -39,7 +39,7 @@ QueueDelivery::QueueDelivery(const QueueSettings &settings, const QHash<QString,
     if (!m_environment.isStopping)
         m_environment.isStopping = [] { return false; };
     for (auto entry = handlers.cbegin(); entry != handlers.cend(); ++entry)
-        m_receivers.push_back({entry.key(), entry.value(), ServicePace(m_backOff)});
+        m_receivers.push_back({entry.key(), entry.value(), CircuitBreaker(m_backOff)});
 }
 
 QueueDelivery::~QueueDelivery() = default;
@@ -64,11 +64,11 @@ bool QueueDelivery::stepOf(QueueStore &store, std::size_t receiver)
 {
     const Receiver &to = m_receivers[receiver];
     const QueueTime now = m_environment.now();
-    std::vector<QueueClaim> claims = store.claim(to.name, *m_lease, now, to.pace.heldBack(now), to.runLength);
+    std::vector<QueueClaim> claims = store.claim(to.name, *m_lease, now, to.breaker.heldBack(now), to.batchSize);
     if (claims.empty())
         return false;
     m_sinceCheckpoint += static_cast<int>(claims.size());
-    m_unrecorded = Run{receiver, std::move(claims)};
+    m_unrecorded = Batch{receiver, std::move(claims)};
     send(*m_unrecorded);
     record(store);
     if (m_sinceCheckpoint >= eventsBetweenCheckpoints)
@@ -76,23 +76,23 @@ bool QueueDelivery::stepOf(QueueStore &store, std::size_t receiver)
     return true;
 }
 
-// The first event that is not accepted ends the run: the next one may have to be a probe. So does the time, so that a
-// slow service has one event claimed at a time, and other drains are not kept from work.
-void QueueDelivery::send(Run &run)
+// The first event that is not accepted ends the batch: the next one may have to be a probe. So does the time, so that
+// with a slow service one event is claimed at a time, and other drains are not kept from work.
+void QueueDelivery::send(Batch &batch)
 {
-    Receiver &receiver = m_receivers[run.receiver];
+    Receiver &receiver = m_receivers[batch.receiver];
     const QueueTime start = m_environment.now();
     bool goesOn = true;
-    while (goesOn && run.sent < run.claims.size()) {
-        const QueueClaim &claim = run.claims[run.sent];
-        run.last = send(receiver, claim);
-        ++run.sent;
-        log(receiver.name, claim, run.last);
+    while (goesOn && batch.sent < batch.claims.size()) {
+        const QueueClaim &claim = batch.claims[batch.sent];
+        batch.last = send(receiver, claim);
+        ++batch.sent;
+        log(receiver.name, claim, batch.last);
         const auto elapsed = m_environment.now() - start; // below 0: somebody has put the clock back
-        goesOn = run.last.result == Result::Accepted && elapsed >= elapsed.zero() && elapsed < runTime &&
+        goesOn = batch.last.result == Result::Accepted && elapsed >= elapsed.zero() && elapsed < batchTime &&
                  !m_environment.isStopping();
     }
-    receiver.runLength = goesOn ? std::min(2 * static_cast<int>(run.claims.size()), longestRun) : 1;
+    receiver.batchSize = goesOn ? std::min(2 * static_cast<int>(batch.claims.size()), largestBatch) : 1;
 }
 
 QueueDelivery::Outcome QueueDelivery::send(const Receiver &receiver, const QueueClaim &claim) const
@@ -103,7 +103,7 @@ QueueDelivery::Outcome QueueDelivery::send(const Receiver &receiver, const Queue
     try {
         receiver.handler(event.object());
         return {Result::Accepted, {}};
-    } catch (const RejectionException &error) {
+    } catch (const QueueRefusal &error) {
         return {Result::Refused, errorText(error.text().ru())};
     } catch (const std::exception &error) { // the text of a BasicException is its what()
         return {Result::Failed, errorText(QString::fromUtf8(error.what()))};
@@ -116,7 +116,7 @@ void QueueDelivery::log(const QString &receiver, const QueueClaim &claim, const 
 {
     Log4Qt::Logger *logger = databaseerror::logger();
     if (outcome.result == Result::Accepted && !logger->isEnabledFor(Log4Qt::Level::DEBUG_INT))
-        return; // the common case: no text is put together in vain
+        return; // the common case: avoids building a message nobody reads
     const QString what = u"запись %1 для «%2», заказ «%3», попытка %4"_s.arg(
         QString::number(claim.id), receiver, claim.basket, QString::number(claim.attempts));
     if (outcome.result == Result::Accepted)
@@ -124,36 +124,38 @@ void QueueDelivery::log(const QString &receiver, const QueueClaim &claim, const 
     else if (outcome.result == Result::Failed)
         logger->warn(u"Не доставлена %1, будет повтор: %2"_s.arg(what, outcome.error));
     else
-        logger->error(u"Отклонена и отложена %1: %2"_s.arg(what, outcome.error));
+        logger->error(u"Отклонена и больше не отправляется %1: %2"_s.arg(what, outcome.error));
 }
 
 void QueueDelivery::record(QueueStore &store)
 {
     if (!m_unrecorded)
         return;
-    const Run &run = *m_unrecorded;
-    const bool hasFailed = run.last.result == Result::Failed;
+    const Batch &batch = *m_unrecorded;
+    const bool hasFailed = batch.last.result == Result::Failed;
     const qint64 newest = hasFailed ? store.newest() : 0;
-    store.record([&] { write(store, run); });
-    ServicePace &pace = m_receivers[run.receiver].pace;
-    if (!hasFailed || run.sent > 1)
-        pace.answered();
+    store.record([&] { write(store, batch); });
+    CircuitBreaker &breaker = m_receivers[batch.receiver].breaker;
+    if (!hasFailed || batch.sent > 1)
+        breaker.answered();
     if (hasFailed)
-        pace.failed(m_environment.now(), newest);
+        breaker.failed(m_environment.now(), newest);
     m_unrecorded.reset();
 }
 
-void QueueDelivery::write(QueueStore &store, const Run &run) const
+// First what was not accepted, since all that is still claimed then counts as accepted.
+void QueueDelivery::write(QueueStore &store, const Batch &batch) const
 {
-    const std::span claims(run.claims);
-    const QueueClaim &last = claims[run.sent - 1];
+    const std::span claims(batch.claims);
+    const QueueClaim &last = claims[batch.sent - 1];
     const QueueTime now = m_environment.now();
-    store.accepted(claims.first(run.last.result == Result::Accepted ? run.sent : run.sent - 1), *m_lease);
-    if (run.last.result == Result::Failed)
-        store.failed(last, *m_lease, run.last.error, now + m_backOff.delay(last.attempts));
-    if (run.last.result == Result::Refused)
-        store.refused(last, *m_lease, run.last.error, now);
-    store.release(*m_lease);
+    store.release(claims.subspan(batch.sent), *m_lease);
+    store.lockOrders(*m_lease);
+    if (batch.last.result == Result::Failed)
+        store.failed(last, *m_lease, batch.last.error, now, now + m_backOff.delay(last.attempts));
+    if (batch.last.result == Result::Refused)
+        store.refused(last, *m_lease, batch.last.error, now);
+    store.accepted(claims.first(batch.last.result == Result::Accepted ? batch.sent : batch.sent - 1), *m_lease, now);
 }
 
 void QueueDelivery::endBackOffs()
@@ -161,7 +163,7 @@ void QueueDelivery::endBackOffs()
     m_access.use([this](QueueStore &store) {
         for (Receiver &receiver : m_receivers) {
             store.endBackOffs(receiver.name);
-            receiver.pace.endPause();
+            receiver.breaker.endPause();
         }
     });
 }
@@ -182,6 +184,6 @@ void QueueDelivery::rest()
 
 void QueueDelivery::checkpoint(QueueStore &store)
 {
-    store.checkpoint();
+    store.connection().checkpoint();
     m_sinceCheckpoint = 0;
 }

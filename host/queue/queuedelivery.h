@@ -1,14 +1,12 @@
-// The drain's work without its thread: one run of events after the other, to their owner's handler and out of the
-// database.
-// Used on the thread that has made it, and on no other.
+// The drain's work without its thread: batch after batch of events, to their owner's handler and out of the database.
+// Used on the thread that created it, and on no other.
 #pragma once
 
-#include "backoff.h"
+#include "circuitbreaker.h"
 #include "queueaccess.h"
-#include "servicepace.h"
+#include "queuehandler.h"
 
 #include <poshost_export.h>
-#include <queue/queuedrain.h>
 
 #include <QtCore/QHash>
 
@@ -24,17 +22,17 @@ public:
     {
         std::function<QueueTime()> now;   ///< Default: the system's clock.
         std::function<double()> random;   ///< See BackOff.
-        std::function<bool()> isStopping; ///< True: the step in hand sends no further event. Default: never.
+        std::function<bool()> isStopping; ///< True: the current step sends no further event. Default: never.
     };
 
     /// Opens nothing yet.
-    QueueDelivery(const QueueSettings &settings, const QHash<QString, QueueDrain::Handler> &handlers,
+    QueueDelivery(const QueueSettings &settings, const QHash<QString, QueueHandler> &handlers,
                   const Environment &environment = {});
     ~QueueDelivery();
     Q_DISABLE_COPY_MOVE(QueueDelivery)
 
-    /// Sends the next event that is due, if there is one, and records what has become of it; a run of events at once
-    /// where they are accepted quickly. True: an event was sent, there may be more. False: nothing is due now. Throws
+    /// Sends the next event that is due, if there is one, and records what has become of it; a batch at once if they
+    /// are accepted quickly. True: an event was sent, there may be more. False: nothing is due now. Throws
     /// BasicException when the database fails; the next call opens it again and, before anything else, records what
     /// could not be recorded, so that nothing is sent twice.
     bool step();
@@ -53,9 +51,9 @@ private:
     struct Receiver
     {
         QString name;
-        QueueDrain::Handler handler;
-        ServicePace pace;
-        int runLength = 1; ///< How many events are claimed at once.
+        QueueHandler handler;
+        CircuitBreaker breaker;
+        int batchSize = 1; ///< How many events are claimed at once.
     };
     struct Outcome
     {
@@ -63,7 +61,7 @@ private:
         QString error;
     };
     /// What was claimed at once. All that were sent before the last one were accepted.
-    struct Run
+    struct Batch
     {
         std::size_t receiver;
         std::vector<QueueClaim> claims;
@@ -72,11 +70,11 @@ private:
     };
 
     bool stepOf(QueueStore &store, std::size_t receiver);
-    void send(Run &run);
+    void send(Batch &batch);
     Outcome send(const Receiver &receiver, const QueueClaim &claim) const;
     static void log(const QString &receiver, const QueueClaim &claim, const Outcome &outcome);
     void record(QueueStore &store);
-    void write(QueueStore &store, const Run &run) const;
+    void write(QueueStore &store, const Batch &batch) const;
     void checkpoint(QueueStore &store);
 
     Environment m_environment;
@@ -85,6 +83,6 @@ private:
     std::size_t m_turn = 0;
     QueueAccess m_access;
     std::unique_ptr<QueueLease> m_lease; // outlives the store that m_access may close: what is in flight stays ours
-    std::optional<Run> m_unrecorded;
+    std::optional<Batch> m_unrecorded;
     int m_sinceCheckpoint = 0; // events that were taken
 };

@@ -1,24 +1,23 @@
 // The persistent queue of requests that must not be lost: the side that empties it.
 #pragma once
 
+#include "queuehandler.h"
+
 #include <poshost_export.h>
 
-#include <QtCore/QJsonObject>
 #include <QtCore/QString>
 
 #include <chrono>
-#include <functional>
 #include <memory>
 
 /// Hands the stored events to the handlers of their owners, on a thread and a database connection of its own. An event
-/// is deleted only after its handler has returned. A handler that throws RejectionException has the event set aside,
-/// with later events of the same order waiting behind it; any other exception has it tried again, without a limit,
-/// after an exponential back-off with full jitter. Delivery is at least once: handlers must be idempotent.
+/// is deleted only after its handler has returned. If the handler throws QueueRefusal, the event becomes a dead letter
+/// and later events of its order wait behind it; after any other exception it is tried again, without a limit, after an
+/// exponential back-off with full jitter. Delivery is at least once: handlers must be idempotent.
 class POSHOST_EXPORT QueueDrain
 {
 public:
-    /// Sends one event. Called on the drain's thread; must not call the drain.
-    using Handler = std::function<void(const QJsonObject &event)>;
+    using Handler = QueueHandler;
 
     /// Works on the configured database, see DBQueueBroker. Does nothing until start().
     QueueDrain();
@@ -39,8 +38,8 @@ public:
     /// Looks at the queue now, instead of at the next look or the end of a back-off.
     void wakeUp();
 
-    /// Waits until nothing is left that can be delivered (events set aside do not count), at most `timeout`. False: it
-    /// was not reached in time.
+    /// Waits until nothing is left that can be delivered (dead letters do not count), at most `timeout`. Returns false
+    /// if something is left then.
     [[nodiscard]] bool waitUntilDrained(std::chrono::milliseconds timeout);
 
 private:

@@ -7,19 +7,36 @@
 #include <condition_variable>
 #include <mutex>
 
-/// One per process, for all databases: to be woken for nothing costs a drain one look. Thread-safe.
+/// One per process, for all databases: waking a drain without need costs it one look. Thread-safe.
 class QueueSignal
 {
 public:
-    static QueueSignal &instance();
+    static QueueSignal &instance()
+    {
+        static QueueSignal signal;
+        return signal;
+    }
 
-    /// Counts on and wakes all that wait; returns the new count.
-    quint64 raise();
+    /// Advances the counter and wakes all waiters; returns the new count.
+    quint64 raise()
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_raised.notify_all();
+        return ++m_count;
+    }
 
-    quint64 count() const;
+    quint64 count() const
+    {
+        const std::scoped_lock lock(m_mutex);
+        return m_count;
+    }
 
     /// Returns when the count is no longer `seen`, or after `timeout`.
-    void wait(quint64 seen, std::chrono::milliseconds timeout);
+    void wait(quint64 seen, std::chrono::milliseconds timeout)
+    {
+        std::unique_lock lock(m_mutex);
+        m_raised.wait_for(lock, timeout, [this, seen] { return m_count != seen; });
+    }
 
 private:
     mutable std::mutex m_mutex;

@@ -1,84 +1,126 @@
-// All SQL of the queue's operations, for both kinds of database; their layouts are in sqliteschema.cpp and
-// postgresschema.cpp.
+// All SQL of the queue's operations, for both kinds of database; the tables are in sqlitequeue.cpp and
+// postgresqueue.cpp.
 #pragma once
 
 #include <QtCore/QStringView>
 
 namespace queuesql {
 
+// Values: owner, basket, text, created.
 inline constexpr QStringView push =
     u"INSERT INTO event (owner, basket, event, created, state) VALUES (?, ?, ?, ?, 'waiting')";
 
-inline constexpr QStringView status =
-    u"SELECT COUNT(*), MIN(created), COALESCE(SUM(CASE WHEN e.state = 'aside' OR EXISTS (SELECT 1 FROM event p "
-    u"WHERE p.owner = e.owner AND p.basket = e.basket AND p.id < e.id AND p.state = 'aside') THEN 1 ELSE 0 END), 0) "
-    u"FROM event e WHERE e.state <> 'discarded'";
+// If the event is alone in its order, it is the head. Values: owner, owner, basket.
+inline constexpr QStringView pushHead =
+    u"INSERT INTO head (id, owner, next_attempt) SELECT id, ?, 0 FROM (SELECT MIN(id) AS id, COUNT(*) AS events FROM "
+    u"(SELECT id FROM event WHERE owner = ? AND basket = ? ORDER BY id LIMIT 2) AS two) AS first WHERE events = 1";
 
+inline constexpr QStringView hasDeadLetter =
+    u"SELECT EXISTS (SELECT 1 FROM event WHERE owner = ? AND basket = ? AND state = 'dead')";
+
+// The columns of the summary: waiting, blocked. Each writer has a row of its own, so that tills do not wait for each
+// other; the sums count. Values: the changes, and the row.
+inline constexpr QStringView count = u"UPDATE summary SET waiting = waiting + ?, blocked = blocked + ? WHERE id = ?";
+inline constexpr QStringView countAccepted = u"UPDATE summary SET waiting = waiting - ?, last_success = ? WHERE id = ?";
+inline constexpr QStringView noteError = u"UPDATE summary SET last_error = ?, last_error_time = ? WHERE id = ?";
+
+// The oldest is the one that was stored first, whatever has happened to the clock since.
+inline constexpr QStringView status = u"SELECT SUM(waiting), SUM(blocked), MAX(last_success), "
+                                      u"(SELECT created FROM event ORDER BY id LIMIT 1) FROM summary";
+inline constexpr QStringView lastError =
+    u"SELECT last_error, last_error_time FROM summary WHERE last_error IS NOT NULL ORDER BY last_error_time DESC "
+    u"LIMIT 1";
+
+inline constexpr QStringView idsOfLease = u"SELECT id FROM claim WHERE lease = ?";
 inline constexpr QStringView leases = u"SELECT DISTINCT lease FROM claim";
 
-// That these events were in hand when their drain died counts as an attempt: one of them may be the reason.
+// Being sent when the drain died counts as an attempt: the event may be the reason.
 inline constexpr QStringView countAttempts =
     u"UPDATE event SET attempts = attempts + 1 WHERE id IN (SELECT id FROM claim WHERE lease = ?)";
 
 inline constexpr QStringView releaseLease = u"DELETE FROM claim WHERE lease = ?";
+inline constexpr QStringView release = u"DELETE FROM claim WHERE lease = ? AND id = ?";
 
-// The events that can be taken, those that have been tried least first: the first one of its order, and nobody's claim.
-// A next attempt further away than the longest back-off was computed before somebody put the clock back.
-// %1: what is selected; %2: which events; %3: what locks the rows where several can write at a time. Values: owner,
-// those of %2, now, now + longest back-off, how many.
-inline constexpr QStringView due =
-    u"SELECT %1 FROM event e WHERE e.state = 'waiting' AND e.owner = ? AND %2 "
-    u"AND (e.next_attempt <= ? OR e.next_attempt > ?) AND NOT EXISTS (SELECT 1 FROM claim c WHERE c.id = e.id) "
-    u"AND NOT EXISTS (SELECT 1 FROM event p WHERE p.owner = e.owner AND p.basket = e.basket AND p.id < e.id "
-    u"AND p.state <> 'discarded') "
-    u"ORDER BY e.attempts, e.id LIMIT ? %3";
-
-inline constexpr QStringView firstOfRun = u"e.id > ?";
-
-// Only so far behind the first one: in a long order no other event can be taken, and all would be looked at for each.
-// Values: attempts, the first id, the last id.
-inline constexpr QStringView run = u"e.attempts = ? AND e.id BETWEEN ? AND ?";
-
-// %1: what is due. Values: lease, those of %1.
-inline constexpr QStringView claim = u"INSERT INTO claim (lease, id) %1 ON CONFLICT DO NOTHING";
+// Heads that nobody has claimed, those first that have been due longest. %1: which; %2: locks the rows if several can
+// write at a time. Values: lease, owner, those of %1, how many.
+inline constexpr QStringView claim =
+    u"INSERT INTO claim (lease, id) SELECT ?, e.id FROM head e WHERE e.owner = ? AND %1 "
+    u"AND NOT EXISTS (SELECT 1 FROM claim c WHERE c.id = e.id) ORDER BY e.next_attempt, e.id LIMIT ? %2 "
+    u"ON CONFLICT DO NOTHING";
+inline constexpr QStringView due = u"e.next_attempt <= ?";
+// Computed before somebody put the clock back. Value: now + longest back-off.
+inline constexpr QStringView tooFar = u"e.next_attempt > ?";
+// Somebody has asked for these. -1 comes before all others.
+inline constexpr QStringView askedFor = u"e.next_attempt = -1";
+inline constexpr QStringView pushedSince = u"e.next_attempt = 0 AND e.id > ?";
 
 // %1: the text.
 inline constexpr QStringView claimed =
-    u"SELECT e.id, e.basket, e.attempts, %1 FROM claim c JOIN event e ON e.id = c.id WHERE c.lease = ? ORDER BY c.id";
+    u"SELECT e.id, e.owner, e.basket, e.attempts, %1 FROM claim c JOIN head h ON h.id = c.id JOIN event e "
+    u"ON e.id = c.id WHERE c.lease = ? ORDER BY h.next_attempt, h.id";
 
-// The lease is asked for so that a drain never touches what is not, or no longer, its own.
-inline constexpr QStringView accepted =
-    u"DELETE FROM event WHERE id IN (SELECT id FROM claim WHERE lease = ? AND id <= ?)";
+// Everything that is still claimed was accepted: the next ones become heads. The lease is part of the condition so that
+// a drain never touches what is not, or no longer, its own.
+inline constexpr QStringView acceptedFollowers =
+    u"INSERT INTO head (id, owner, next_attempt) SELECT n.id, n.owner, 0 FROM claim c JOIN event e ON e.id = c.id "
+    u"JOIN event n ON n.id = (SELECT MIN(f.id) FROM event f WHERE f.owner = e.owner AND f.basket = e.basket "
+    u"AND f.id > e.id) WHERE c.lease = ? AND n.state = 'waiting'";
+inline constexpr QStringView acceptedHeads = u"DELETE FROM head WHERE id IN (SELECT id FROM claim WHERE lease = ?)";
+inline constexpr QStringView accepted = u"DELETE FROM event WHERE id IN (SELECT id FROM claim WHERE lease = ?)";
 
-inline constexpr QStringView failed = u"UPDATE event SET attempts = attempts + 1, last_error = ?, next_attempt = ? "
+inline constexpr QStringView failed = u"UPDATE event SET attempts = attempts + 1, last_error = ? "
                                       u"WHERE id IN (SELECT id FROM claim WHERE lease = ? AND id = ?)";
+inline constexpr QStringView postpone = u"UPDATE head SET next_attempt = ? WHERE id = ?";
 
 inline constexpr QStringView refused =
-    u"UPDATE event SET attempts = attempts + 1, last_error = ?, state = 'aside', rejected = ? "
+    u"UPDATE event SET attempts = attempts + 1, last_error = ?, state = 'dead', rejected = ? "
     u"WHERE id IN (SELECT id FROM claim WHERE lease = ? AND id = ?)";
 
-inline constexpr QStringView endBackOffs =
-    u"UPDATE event SET next_attempt = 0 WHERE state = 'waiting' AND owner = ? AND next_attempt > 0";
+// 1: due, but after those that were never tried.
+inline constexpr QStringView endBackOffs = u"UPDATE head SET next_attempt = 1 WHERE owner = ? AND next_attempt > 1";
 
-inline constexpr QStringView hasDeliverable =
-    u"SELECT EXISTS (SELECT 1 FROM event e WHERE e.state = 'waiting' AND e.owner = ? "
-    u"AND NOT EXISTS (SELECT 1 FROM event p WHERE p.owner = e.owner AND p.basket = e.basket AND p.id < e.id "
-    u"AND p.state = 'aside'))";
+inline constexpr QStringView hasDeliverable = u"SELECT EXISTS (SELECT 1 FROM head WHERE owner = ?)";
+
+inline constexpr QStringView newest = u"SELECT MAX(id) FROM event";
+
+// One order: how many events, and how many of them have no dead letter before them. Values: owner, basket, twice.
+inline constexpr QStringView measure =
+    u"SELECT COUNT(*), COALESCE(SUM(CASE WHEN dead.first IS NULL OR e.id < dead.first THEN 1 ELSE 0 END), 0) "
+    u"FROM event e, (SELECT MIN(id) AS first FROM event WHERE owner = ? AND basket = ? AND state = 'dead') AS dead "
+    u"WHERE e.owner = ? AND e.basket = ?";
+inline constexpr QStringView firstOfOrder =
+    u"SELECT id, state FROM event WHERE owner = ? AND basket = ? ORDER BY id LIMIT 1";
+inline constexpr QStringView removeHeads =
+    u"DELETE FROM head WHERE id IN (SELECT id FROM event WHERE owner = ? AND basket = ? AND id >= ?)";
+inline constexpr QStringView removeHead = u"DELETE FROM head WHERE id = ?";
+inline constexpr QStringView addHead = u"INSERT INTO head (id, owner, next_attempt) VALUES (?, ?, ?)";
+inline constexpr QStringView nextAttempt = u"SELECT next_attempt FROM head WHERE id = ?";
+inline constexpr QStringView isOrderBeingSent =
+    u"SELECT EXISTS (SELECT 1 FROM claim c JOIN event e ON e.id = c.id WHERE e.owner = ? AND e.basket = ?)";
 
 // For people; from the first id to the last.
 inline constexpr QStringView entries =
-    u"SELECT id, owner, basket, CASE WHEN id IN (SELECT id FROM claim) THEN 'sending' ELSE state END, attempts, "
-    u"created, next_attempt, last_error, rejected, discarded, discard_reason, event FROM event WHERE id BETWEEN ? AND "
-    u"? ORDER BY id";
+    u"SELECT e.id, e.owner, e.basket, CASE WHEN c.id IS NULL THEN e.state ELSE 'sending' END, e.attempts, e.created, "
+    u"h.next_attempt, e.last_error, e.rejected, NULL, NULL, e.event FROM event e LEFT JOIN claim c ON c.id = e.id "
+    u"LEFT JOIN head h ON h.id = e.id WHERE e.id BETWEEN ? AND ? "
+    u"UNION ALL SELECT id, owner, basket, 'discarded', attempts, created, 0, last_error, rejected, discarded, "
+    u"discard_reason, event FROM discarded WHERE id BETWEEN ? AND ? ORDER BY 1";
+inline constexpr QStringView order =
+    u"SELECT owner, basket FROM event WHERE id = ? UNION ALL SELECT owner, basket FROM discarded WHERE id = ?";
+inline constexpr QStringView deadLetters = u"SELECT id FROM event WHERE state = 'dead' ORDER BY id";
 
-inline constexpr QStringView retry =
-    u"UPDATE event SET state = 'waiting', attempts = 0, next_attempt = 0, rejected = NULL "
-    u"WHERE state = 'aside' AND id BETWEEN ? AND ?";
+inline constexpr QStringView revive = u"UPDATE event SET state = 'waiting', attempts = 0, rejected = NULL "
+                                      u"WHERE id = ? AND state = 'dead'";
 
-inline constexpr QStringView discard = u"UPDATE event SET state = 'discarded', discarded = ?, discard_reason = ? "
-                                       u"WHERE id = ? AND state IN ('waiting', 'aside') "
-                                       u"AND id NOT IN (SELECT id FROM claim)";
+inline constexpr QStringView discardCopy =
+    u"INSERT INTO discarded SELECT id, owner, basket, attempts, created, last_error, rejected, ?, ?, event "
+    u"FROM event WHERE id = ?";
+inline constexpr QStringView discardEvent = u"DELETE FROM event WHERE id = ?";
 
-inline constexpr QStringView newest = u"SELECT MAX(id) FROM event";
+inline constexpr QStringView restoreCopy =
+    u"INSERT INTO event (id, owner, basket, state, attempts, created, last_error, rejected, event) "
+    u"SELECT id, owner, basket, CASE WHEN rejected IS NULL THEN 'waiting' ELSE 'dead' END, attempts, created, "
+    u"last_error, rejected, event FROM discarded WHERE id = ?";
+inline constexpr QStringView restoreDelete = u"DELETE FROM discarded WHERE id = ?";
 
 } // namespace queuesql

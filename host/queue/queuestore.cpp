@@ -7,22 +7,23 @@
 #include <database/databaseerror.h>
 
 #include <QtCore/QList>
+#include <QtCore/QUuid>
+
+#include <algorithm>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-// How far behind the first event of a run the others are looked for; a sale leaves several events of one order.
-constexpr int idsPerClaim = 8;
-
-qint64 number(QueueTime time)
+QString claimText(QStringView which, const QueueDatabase &database)
 {
-    return time.time_since_epoch().count();
+    return queuesql::claim.toString().arg(which, database.rowLock());
 }
 
-QString dueText(QStringView what, QStringView which, const QueueDatabase &database)
+void warnOfChange(qint64 first, qint64 last, qint64 changed)
 {
-    return queuesql::due.toString().arg(what, which, database.rowLock());
+    databaseerror::logger()->warn(u"Очередь запросов: из записей %1–%2 кем-то изменены во время отправки: %3"_s.arg(
+        QString::number(first), QString::number(last), QString::number(changed)));
 }
 
 } // namespace
@@ -32,74 +33,100 @@ QueueTime currentQueueTime()
     return std::chrono::time_point_cast<std::chrono::milliseconds>(std::chrono::system_clock::now());
 }
 
+qint64 storedTime(QueueTime time)
+{
+    return time.time_since_epoch().count();
+}
+
+QDateTime dateTimeOf(const QVariant &stored)
+{
+    return stored.toLongLong() > 0 ? QDateTime::fromMSecsSinceEpoch(stored.toLongLong()) : QDateTime();
+}
+
 QueueStore::QueueStore(const QueueSettings &settings, DatabaseConnection::Commits commits,
                        DatabaseConnection::Missing missing)
     : m_database(QueueDatabase::open(settings, commits, missing)),
       m_connection(m_database->connection()),
-      m_firstDue(dueText(u"e.id, e.attempts", queuesql::firstOfRun, *m_database)),
-      m_claim(queuesql::claim.toString().arg(dueText(u"?, e.id", queuesql::run, *m_database))),
+      m_claimDue(claimText(queuesql::due, *m_database)),
+      m_claimTooFar(claimText(queuesql::tooFar, *m_database)),
+      m_claimAskedFor(claimText(queuesql::askedFor, *m_database)),
+      m_claimPushedSince(claimText(queuesql::pushedSince, *m_database)),
       m_claimed(queuesql::claimed.toString().arg(m_database->eventColumn()))
 {}
 
-std::unique_ptr<QueueLease> QueueStore::newLease() const
-{
-    return m_database->newLease();
-}
-
 void QueueStore::push(const QString &owner, const QString &basket, const QByteArray &event, QueueTime now)
 {
-    const QVariant order = basket.isEmpty() ? QVariant() : basket;
-    changeAlone(queuesql::push, {owner, order, QString::fromUtf8(event), number(now)});
+    if (basket.isEmpty())
+        return push(owner, loneOrder.toString() + QUuid::createUuid().toString(QUuid::WithoutBraces), event, now);
+    DatabaseTransaction transaction(m_connection);
+    m_database->lockOrder(owner, basket);
+    m_connection.change(queuesql::push, {owner, basket, QString::fromUtf8(event), storedTime(now)});
+    const bool isHead = m_connection.change(queuesql::pushHead, {owner, owner, basket}) > 0;
+    const bool isBlocked = !isHead && m_connection.value(queuesql::hasDeadLetter, {owner, basket}).toBool();
+    count(isBlocked ? Counts{0, 1} : Counts{1, 0});
+    transaction.commit();
 }
 
-DBQueueBroker::Status QueueStore::status()
+QueueStatus QueueStore::status()
 {
-    DBQueueBroker::Status status;
+    QueueStatus status;
     m_connection.read(queuesql::status, {}, [&status](const QSqlQuery &row) {
-        status.setAside = row.value(2).toInt();
-        status.waiting = row.value(0).toInt() - status.setAside;
-        if (!row.isNull(1))
-            status.oldest = QDateTime::fromMSecsSinceEpoch(row.value(1).toLongLong());
+        status.waiting = row.value(0).toInt();
+        status.deadLetters = row.value(1).toInt();
+        status.lastSuccess = dateTimeOf(row.value(2));
+        status.oldest = dateTimeOf(row.value(3));
+    });
+    m_connection.read(queuesql::lastError, {}, [&status](const QSqlQuery &row) {
+        status.lastError = row.value(0).toString();
+        status.lastErrorTime = dateTimeOf(row.value(1));
     });
     return status;
+}
+
+void QueueStore::requireWritable(bool commit)
+{
+    DatabaseTransaction transaction(m_connection);
+    count({});
+    if (commit)
+        transaction.commit();
 }
 
 std::vector<QueueClaim> QueueStore::claim(const QString &owner, QueueLease &lease, QueueTime now, qint64 after,
                                           int most)
 {
     lease.hold(m_connection);
-    const QVariant due = number(now);
-    const QVariant tooFar = number(now + BackOff::longest);
-    qint64 first = 0;
-    int attempts = 0;
+    const QVariant id = lease.id();
+    const QVariant tooFar = storedTime(now + BackOff::longest);
     DatabaseTransaction transaction(m_connection);
     releaseWhatNobodyIsSending(lease);
-    m_connection.read(m_firstDue, {owner, after, due, tooFar, 1}, [&](const QSqlQuery &row) {
-        first = row.value(0).toLongLong();
-        attempts = row.value(1).toInt();
-    });
-    std::vector<QueueClaim> claims;
-    if (first != 0) {
-        m_connection.change(m_claim,
-                            {lease.id(), owner, attempts, first, first + most * idsPerClaim, due, tooFar, most});
-        claims = claimed(lease);
+    int claims = 0;
+    if (after == 0) {
+        claims = m_connection.change(m_claimDue, {id, owner, storedTime(now), most});
+        if (claims == 0)
+            claims = m_connection.change(m_claimTooFar, {id, owner, tooFar, most});
+    } else {
+        claims = m_connection.change(m_claimAskedFor, {id, owner, most});
+        if (claims == 0)
+            claims = m_connection.change(m_claimPushedSince, {id, owner, after, most});
     }
+    std::vector<QueueClaim> taken;
+    if (claims > 0)
+        taken = claimed(lease);
     transaction.commit();
-    return claims;
+    return taken;
 }
 
 std::vector<QueueClaim> QueueStore::claimed(const QueueLease &lease)
 {
     std::vector<QueueClaim> claims;
     m_connection.read(m_claimed, {lease.id()}, [&claims](const QSqlQuery &row) {
-        claims.push_back(
-            {row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toInt() + 1, row.value(3).toByteArray()});
+        claims.push_back({row.value(0).toLongLong(), row.value(1).toString(), row.value(2).toString(),
+                          row.value(3).toInt() + 1, row.value(4).toByteArray()});
     });
     return claims;
 }
 
-// Of drains that have died; and the caller's own, who is sending nothing now: a claim whose commit was stored, but not
-// answered.
+// The caller's own are claims whose commit was stored, but not answered.
 void QueueStore::releaseWhatNobodyIsSending(const QueueLease &lease)
 {
     QList<qint64> found;
@@ -119,47 +146,78 @@ void QueueStore::record(const std::function<void()> &operation)
     transaction.commit();
 }
 
-void QueueStore::accepted(std::span<const QueueClaim> claims, const QueueLease &lease)
+void QueueStore::lockOrders(const QueueLease &lease)
 {
-    if (!claims.empty())
-        settle(queuesql::accepted, {lease.id(), claims.back().id}, claims);
+    m_database->lockOrdersOf(lease);
 }
 
-void QueueStore::failed(const QueueClaim &claim, const QueueLease &lease, const QString &error, QueueTime next)
+void QueueStore::accepted(std::span<const QueueClaim> claims, const QueueLease &lease, QueueTime now)
 {
-    settle(queuesql::failed, {error, number(next), lease.id(), claim.id}, {&claim, 1});
+    if (claims.empty())
+        return;
+    releaseOthers(claims, lease);
+    m_connection.change(queuesql::acceptedFollowers, {lease.id()});
+    m_connection.change(queuesql::acceptedHeads, {lease.id()});
+    const int gone = m_connection.change(queuesql::accepted, {lease.id()});
+    m_connection.change(queuesql::releaseLease, {lease.id()});
+    m_connection.change(queuesql::countAccepted, {gone, storedTime(now), m_database->summaryRow()});
+    if (gone != std::ssize(claims))
+        warnOfChange(claims.front().id, claims.back().id, std::ssize(claims) - gone);
+}
+
+// Nothing may be deleted that was not sent, for instance a claim that was stored although its commit seemed to fail.
+void QueueStore::releaseOthers(std::span<const QueueClaim> claims, const QueueLease &lease)
+{
+    QList<qint64> others;
+    m_connection.read(queuesql::idsOfLease, {lease.id()}, [&](const QSqlQuery &row) {
+        const qint64 id = row.value(0).toLongLong();
+        if (std::ranges::find(claims, id, &QueueClaim::id) == claims.end())
+            others.append(id);
+    });
+    for (const qint64 id : others)
+        m_connection.change(queuesql::release, {lease.id(), id});
+}
+
+void QueueStore::failed(const QueueClaim &claim, const QueueLease &lease, const QString &error, QueueTime now,
+                        QueueTime next)
+{
+    noteError(error, now);
+    if (settle(queuesql::failed, {error, lease.id(), claim.id}, claim))
+        m_connection.change(queuesql::postpone, {storedTime(next), claim.id});
+    release({&claim, 1}, lease);
 }
 
 void QueueStore::refused(const QueueClaim &claim, const QueueLease &lease, const QString &reason, QueueTime now)
 {
-    settle(queuesql::refused, {reason, number(now), lease.id(), claim.id}, {&claim, 1});
+    noteError(reason, now);
+    changeOrder(claim.owner, claim.basket, [&] {
+        settle(queuesql::refused, {reason, storedTime(now), lease.id(), claim.id}, claim);
+    });
+    release({&claim, 1}, lease);
 }
 
-void QueueStore::release(const QueueLease &lease)
+void QueueStore::release(std::span<const QueueClaim> claims, const QueueLease &lease)
 {
-    m_connection.change(queuesql::releaseLease, {lease.id()});
+    for (const QueueClaim &claim : claims)
+        m_connection.change(queuesql::release, {lease.id(), claim.id});
 }
 
-void QueueStore::settle(QStringView sql, const QVariantList &values, std::span<const QueueClaim> claims)
+bool QueueStore::settle(QStringView sql, const QVariantList &values, const QueueClaim &claim)
 {
-    const auto changed = static_cast<std::size_t>(m_connection.change(sql, values));
-    if (changed != claims.size())
-        databaseerror::logger()->warn(u"Очередь запросов: из записей %1–%2 кем-то изменены во время отправки: %3"_s.arg(
-            QString::number(claims.front().id), QString::number(claims.back().id),
-            QString::number(claims.size() - changed)));
+    const bool isOurs = m_connection.change(sql, values) > 0;
+    if (!isOurs)
+        warnOfChange(claim.id, claim.id, 1);
+    return isOurs;
 }
 
-int QueueStore::changeAlone(QStringView sql, const QVariantList &values)
+void QueueStore::noteError(const QString &error, QueueTime now)
 {
-    DatabaseTransaction transaction(m_connection);
-    const int rows = m_connection.change(sql, values);
-    transaction.commit();
-    return rows;
+    m_connection.change(queuesql::noteError, {error, storedTime(now), m_database->summaryRow()});
 }
 
 void QueueStore::endBackOffs(const QString &owner)
 {
-    changeAlone(queuesql::endBackOffs, {owner});
+    record([&] { m_connection.change(queuesql::endBackOffs, {owner}); });
 }
 
 bool QueueStore::hasDeliverable(const QString &owner)
@@ -170,4 +228,44 @@ bool QueueStore::hasDeliverable(const QString &owner)
 qint64 QueueStore::newest()
 {
     return m_connection.value(queuesql::newest).toLongLong();
+}
+
+void QueueStore::changeOrder(const QString &owner, const QString &basket, const std::function<void()> &operation)
+{
+    m_database->lockOrder(owner, basket);
+    const Counts before = measure(owner, basket);
+    operation();
+    const Counts after = measure(owner, basket);
+    correctHead(owner, basket);
+    count({after.waiting - before.waiting, after.blocked - before.blocked});
+}
+
+QueueStore::Counts QueueStore::measure(const QString &owner, const QString &basket)
+{
+    Counts counts;
+    m_connection.read(queuesql::measure, {owner, basket, owner, basket}, [&counts](const QSqlQuery &row) {
+        counts.waiting = row.value(1).toLongLong();
+        counts.blocked = row.value(0).toLongLong() - counts.waiting;
+    });
+    return counts;
+}
+
+void QueueStore::count(const Counts &change)
+{
+    m_connection.change(queuesql::count, {change.waiting, change.blocked, m_database->summaryRow()});
+}
+
+// The head is the order's first event, if that waits.
+void QueueStore::correctHead(const QString &owner, const QString &basket)
+{
+    qint64 first = 0;
+    bool waits = false;
+    m_connection.read(queuesql::firstOfOrder, {owner, basket}, [&](const QSqlQuery &row) {
+        first = row.value(0).toLongLong();
+        waits = row.value(1).toString() == u"waiting";
+    });
+    const QVariant nextAttempt = m_connection.value(queuesql::nextAttempt, {first});
+    m_connection.change(queuesql::removeHeads, {owner, basket, first});
+    if (waits)
+        m_connection.change(queuesql::addHead, {first, owner, nextAttempt.isValid() ? nextAttempt : QVariant(0)});
 }

@@ -1,15 +1,12 @@
-// The stored events: what is done to them, one transaction each. See docs/queue.md for the states.
-// Used on the thread that has made it, and on no other.
+// The stored events: what is done to them, one transaction each. See docs/queue.md for the tables and states.
+// Used on the thread that created it, and on no other.
 #pragma once
 
 #include "queuedatabase.h"
-
-#include <queue/dbqueuebroker.h>
-#include <queue/queueadmin.h>
+#include "queuestatus.h"
 
 #include <chrono>
 #include <functional>
-#include <limits>
 #include <span>
 #include <vector>
 
@@ -18,11 +15,19 @@ using QueueTime = std::chrono::sys_time<std::chrono::milliseconds>;
 /// The system's clock.
 QueueTime currentQueueTime();
 
+/// The time as it is stored, and the other way round; invalid for null and 0.
+qint64 storedTime(QueueTime time);
+QDateTime dateTimeOf(const QVariant &stored);
+
+/// What the orders of events begin with that stand alone: each of these events is an order of its own.
+inline constexpr QStringView loneOrder = u"lone:";
+
 /// An event that a drain has taken, to be sent by nobody else.
 struct QueueClaim
 {
     qint64 id = 0;
-    QString basket;   ///< The order; empty when the event stands alone.
+    QString owner;
+    QString basket;   ///< Its order.
     int attempts = 0; ///< This one included.
     QByteArray event; ///< The JSON text as it was stored.
 };
@@ -35,75 +40,81 @@ public:
     QueueStore(const QueueSettings &settings, DatabaseConnection::Commits commits,
                DatabaseConnection::Missing missing = DatabaseConnection::Missing::IsMade);
 
-    /// False when the database has to be opened again before anything is stored.
-    bool isUsable() { return m_connection.isUsable(); }
+    DatabaseConnection &connection() { return m_connection; }
 
     /// A lease for a drain on this database.
-    std::unique_ptr<QueueLease> newLease() const;
+    std::unique_ptr<QueueLease> newLease() const { return m_database->newLease(); }
 
+    /// `basket`: the order; empty for an event that stands alone.
     void push(const QString &owner, const QString &basket, const QByteArray &event, QueueTime now);
-    DBQueueBroker::Status status();
+    QueueStatus status();
 
-    /// Takes at most `most` events of `owner` that are to be sent next, in order of their ids: such whose order has
-    /// nothing before them and that are not in a back-off, among those with an id above `after`; those that have been
-    /// tried least come first. So no two are of one order. Before that, events whose drain has died are taken from it.
-    /// Not to be called while an event of this lease is being sent.
+    /// Throws unless events can be stored now; a full disk shows only with `commit`, which costs a sync.
+    void requireWritable(bool commit);
+
+    /// Takes at most `most` heads of orders of `owner`, in the order of their sending: those that have been due longest
+    /// first. If `after` is not 0, only events with greater ids and those that somebody has asked for. Before that,
+    /// events whose drain has died are released. Not to be called while an event of this lease is being sent.
     std::vector<QueueClaim> claim(const QString &owner, QueueLease &lease, QueueTime now, qint64 after, int most);
 
-    /// Runs `operation`, which tells by the following operations what has become of the claimed events; all of it is
-    /// stored, or nothing.
+    /// Runs `operation` in a transaction: all that it changes is stored, or nothing. The operations that follow are for
+    /// use in it.
     void record(const std::function<void()> &operation);
 
-    /// The first events of a claim were accepted: deletes them.
-    void accepted(std::span<const QueueClaim> claims, const QueueLease &lease);
+    /// To be called before claims are settled. All locks on orders come before all changes to the summary, as in a push;
+    /// otherwise the two could block each other.
+    void lockOrders(const QueueLease &lease);
+
+    /// All of the lease's claims but those settled before were accepted: deletes their events. `claims` is what they
+    /// should be.
+    void accepted(std::span<const QueueClaim> claims, const QueueLease &lease, QueueTime now);
 
     /// The event could not be sent; not before `next` again.
-    void failed(const QueueClaim &claim, const QueueLease &lease, const QString &error, QueueTime next);
+    void failed(const QueueClaim &claim, const QueueLease &lease, const QString &error, QueueTime now, QueueTime next);
 
-    /// The event was refused for good: sets it aside.
+    /// The event was refused for good: makes it a dead letter.
     void refused(const QueueClaim &claim, const QueueLease &lease, const QString &reason, QueueTime now);
 
-    /// The claim is settled: gives back what was not sent.
-    void release(const QueueLease &lease);
+    /// Gives back claims that were not sent.
+    void release(std::span<const QueueClaim> claims, const QueueLease &lease);
 
     /// Makes all waiting events of `owner` due.
     void endBackOffs(const QString &owner);
 
-    /// True when events of `owner` are left that are not set aside and do not wait behind such a one.
+    /// True when there are events of `owner` that are neither dead letters nor wait behind one.
     bool hasDeliverable(const QString &owner);
 
     /// The id of the event that was pushed last of those that are stored; 0 when there is none.
     qint64 newest();
 
-    /// Makes lazy commits durable, see DatabaseConnection.
-    void checkpoint() { m_connection.checkpoint(); }
+    /// Gives back the claims of drains that have died, and those of `lease` itself. To be called in a transaction.
+    void releaseWhatNobodyIsSending(const QueueLease &lease);
 
-    /// Which events the operations for QueueAdmin are about: by default all.
-    struct IdRange
-    {
-        qint64 first = 0;
-        qint64 last = std::numeric_limits<qint64>::max();
-    };
-
-    /// For QueueAdmin: calls `reader` with each stored event, oldest first.
-    using EntryReader = std::function<void(const QueueAdmin::Entry &entry, const QByteArray &event)>;
-    void readEntries(IdRange ids, const EntryReader &reader);
-
-    /// For QueueAdmin: makes the events that were set aside due anew; returns how many.
-    int retry(IdRange ids);
-
-    /// For QueueAdmin: false when the event does not exist, is being sent, or was discarded before.
-    bool discard(qint64 id, const QString &reason, const QueueLease &lease, QueueTime now);
+    /// In a transaction, runs an operation that changes states within an order, or adds or removes events anywhere in
+    /// it, and keeps head and summary in step.
+    void changeOrder(const QString &owner, const QString &basket, const std::function<void()> &operation);
 
 private:
-    void releaseWhatNobodyIsSending(const QueueLease &lease);
+    struct Counts
+    {
+        qint64 waiting = 0;
+        qint64 blocked = 0;
+    };
+
     std::vector<QueueClaim> claimed(const QueueLease &lease);
-    void settle(QStringView sql, const QVariantList &values, std::span<const QueueClaim> claims);
-    int changeAlone(QStringView sql, const QVariantList &values);
+    void releaseOthers(std::span<const QueueClaim> claims, const QueueLease &lease);
+    Counts measure(const QString &owner, const QString &basket);
+    void count(const Counts &change);
+    void correctHead(const QString &owner, const QString &basket);
+    bool settle(QStringView sql, const QVariantList &values, const QueueClaim &claim);
+    void noteError(const QString &error, QueueTime now);
 
     std::unique_ptr<QueueDatabase> m_database;
     DatabaseConnection &m_connection;
-    QString m_firstDue; // statements as this kind of database has them
-    QString m_claim;
+    // Statements as this kind of database has them:
+    QString m_claimDue;
+    QString m_claimTooFar;
+    QString m_claimAskedFor;
+    QString m_claimPushedSince;
     QString m_claimed;
 };

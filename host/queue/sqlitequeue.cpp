@@ -18,14 +18,21 @@ namespace {
 
 // AUTOINCREMENT: an id is never given twice, so the order of ids is the order of pushes for good. What differs most
 // comes first in an index: SQLite compares the first column faster than the others.
-constexpr std::array<QStringView, 4> tables = {
-    u"CREATE TABLE event (id INTEGER PRIMARY KEY AUTOINCREMENT, owner TEXT NOT NULL, basket TEXT, state TEXT NOT NULL, "
-    u"attempts INTEGER NOT NULL DEFAULT 0, created INTEGER NOT NULL, next_attempt INTEGER NOT NULL DEFAULT 0, "
-    u"rejected INTEGER, last_error TEXT, discarded INTEGER, discard_reason TEXT, event TEXT NOT NULL)",
+constexpr std::array<QStringView, 8> tables = {
+    u"CREATE TABLE event (id INTEGER PRIMARY KEY AUTOINCREMENT, owner TEXT NOT NULL, basket TEXT NOT NULL, "
+    u"state TEXT NOT NULL, attempts INTEGER NOT NULL DEFAULT 0, created INTEGER NOT NULL, rejected INTEGER, "
+    u"last_error TEXT, event TEXT NOT NULL)",
     u"CREATE INDEX event_order ON event (basket, owner, id)",
-    u"CREATE INDEX event_next ON event (state, owner, attempts, id)",
-    // Apart from the event, whose text would be written again with each claim.
+    u"CREATE INDEX event_dead ON event (basket, owner, id) WHERE state = 'dead'",
+    // Apart from the event, whose text would be written again with each change.
+    u"CREATE TABLE head (id INTEGER PRIMARY KEY, owner TEXT NOT NULL, next_attempt INTEGER NOT NULL)",
+    u"CREATE INDEX head_due ON head (owner, next_attempt, id)",
     u"CREATE TABLE claim (id INTEGER PRIMARY KEY, lease INTEGER NOT NULL)",
+    u"CREATE TABLE discarded (id INTEGER PRIMARY KEY, owner TEXT NOT NULL, basket TEXT NOT NULL, "
+    u"attempts INTEGER NOT NULL, created INTEGER NOT NULL, last_error TEXT, rejected INTEGER, "
+    u"discarded INTEGER NOT NULL, discard_reason TEXT NOT NULL, event TEXT NOT NULL)",
+    u"CREATE TABLE summary AS SELECT 0 AS id, 0 AS waiting, 0 AS blocked, NULL AS last_success, NULL AS last_error, "
+    u"NULL AS last_error_time",
 };
 
 // Checkpoints are the drain's work; where none runs, pushes make one at 64 MiB.
@@ -107,7 +114,11 @@ public:
 
     DatabaseConnection &connection() override { return m_connection; }
     std::unique_ptr<QueueLease> newLease() const override { return std::make_unique<FileLease>(m_connection); }
-    QStringView rowLock() const override { return {}; } // one writer at a time
+    // One writer at a time:
+    QStringView rowLock() const override { return {}; }
+    void lockOrder(const QString &, const QString &) override {}
+    void lockOrdersOf(const QueueLease &) override {}
+    int summaryRow() const override { return 0; }
     QStringView eventColumn() const override { return u"CAST(e.event AS BLOB)"; }
 
 private:

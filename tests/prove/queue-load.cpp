@@ -1,7 +1,8 @@
-// A long queue, drained into a real HTTP server: what arrives, in which order, what is set aside, and how fast, beside
+// A long queue, drained into a real HTTP server: what arrives, in which order, what is refused, and how fast, beside
 // the same bytes sent by bare libcurl in the same run. Exit status 1: a count or an order was wrong.
 #include "bench/barecurl.h"
 #include "client/interface.h"
+#include "client/refusal.h"
 #include "simulator/loopbackserver.h"
 #include "tests/support/fakeconfig.h"
 
@@ -118,7 +119,13 @@ void drain()
 {
     const kvo::Interface client;
     QueueDrain drain;
-    drain.setHandler(u"kvo"_s, [&client](const QJsonObject &event) { client.requestFromQueue(event); });
+    drain.setHandler(u"kvo"_s, [&client](const QJsonObject &event) {
+        try {
+            client.requestFromQueue(event);
+        } catch (const kvo::Refusal &refusal) {
+            throw QueueRefusal(refusal.text());
+        }
+    });
     drain.start();
     if (!drain.waitUntilDrained(longestDrain))
         std::cout << "FAILED: the queue was not drained in time\n";
@@ -139,17 +146,17 @@ void sendByBareCurl(const QList<QJsonObject> &events, const QByteArray &url)
 /// Each order's events have come exactly once and in their order, and what was refused is all that is left.
 bool judge(const Load &load, const Receiver &receiver)
 {
-    QStringList setAside;
+    QStringList deadLetters;
     const QList<QueueAdmin::Entry> left = QueueAdmin().list();
     for (const QueueAdmin::Entry &entry : left)
-        if (entry.state == QueueAdmin::State::SetAside && entry.attempts == 1)
-            setAside.append(entry.order);
-    setAside.sort();
+        if (entry.state == QueueAdmin::State::DeadLetter && entry.attempts == 1)
+            deadLetters.append(entry.order);
+    deadLetters.sort();
     std::cout << "orders complete and in order: " << (receiver.accepted == load.accepted ? "all" : "NOT all") << " of "
-              << load.accepted.size() << ", set aside " << setAside.size() << " of " << load.refused.size()
+              << load.accepted.size() << ", dead letters " << deadLetters.size() << " of " << load.refused.size()
               << ", left in the queue " << left.size() << '\n';
-    return receiver.accepted == load.accepted && receiver.refused == load.refused && setAside == load.refused.keys() &&
-           left.size() == load.refused.size();
+    return receiver.accepted == load.accepted && receiver.refused == load.refused &&
+           deadLetters == load.refused.keys() && left.size() == load.refused.size();
 }
 
 QVariantHash settings(const QString &folder, const QString &address)

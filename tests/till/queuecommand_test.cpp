@@ -19,18 +19,22 @@ TEST(QueueCommand, ListsShowsAndDiscardsWithoutSecrets)
     const QTemporaryDir folder;
     const FakeConfig config{{{u"Host:dataFolder"_s, folder.path()}}};
     const auto answer = [](const till::QueueRequest &request) {
-        return till::answerTo(request, QDateTime::currentDateTime().addSecs(7200));
+        return till::answerTo(request, QDateTime::currentDateTime().addSecs(7200)).text;
     };
     const QJsonObject event{{u"op"_s, 4},
                             {u"url"_s, u"http://127.0.0.1/api/postOrder"_s},
                             {u"headers"_s, QJsonObject{{u"Authorization"_s, u"Basic c2VjcmV0"_s}}},
-                            {u"payload"_s, QJsonObject{{u"basket"_s, u"b-1"_s}, {u"phone"_s, u"+79001234567"_s}}}};
+                            {u"payload"_s, QJsonObject{{u"basket"_s, u"b-1"_s},
+                                                       {u"phone"_s, u"+79001234567"_s},
+                                                       {u"cardNumber"_s, u"7770000000001"_s},
+                                                       {u"orderID"_s, u"7\u001b[2J\nX\u202e"_s}}}};
     DBQueueBroker().push(u"kvo"_s, event, {});
 
-    EXPECT_EQ(answer({}), u"№  ВОЗРАСТ  ЗАКАЗ  ОПЕРАЦИЯ   ПОПЫТОК  СОСТОЯНИЕ  ПРИЧИНА\n"
-                          u"1  2 ч      b-1    postOrder  0        ожидает\n");
+    EXPECT_EQ(answer({}), u"№  ВОЗРАСТ  ЗАКАЗ  ЧЕК  КАРТА          ОПЕРАЦИЯ   ПОПЫТОК  СОСТОЯНИЕ  ПРИЧИНА\n"
+                          u"1  2 ч      b-1    7 X  *********0001  postOrder  0        ожидает\n");
     const QString shown = answer({.action = Action::Show, .id = 1, .json = true});
     EXPECT_EQ(QJsonDocument::fromJson(shown.toUtf8()).object().value("event"_L1)["payload"_L1]["basket"_L1], u"b-1"_s);
+    EXPECT_FALSE(shown.contains(QChar(0x1b)) || shown.contains(QChar(0x202e))) << "JSON escapes";
     EXPECT_FALSE(shown.contains(u"c2VjcmV0"_s) || shown.contains(u"79001234"_s)) << shown.toStdString();
 
     EXPECT_THROW(answer({.action = Action::Discard, .id = 1}), BasicException);
@@ -38,4 +42,18 @@ TEST(QueueCommand, ListsShowsAndDiscardsWithoutSecrets)
     const QJsonValue entry = QJsonDocument::fromJson(answer({.json = true}).toUtf8())["entries"_L1][0];
     EXPECT_EQ(entry["state"_L1], u"discarded"_s);
     EXPECT_EQ(entry["discardReason"_L1], u"чек отменён"_s);
+    answer({.action = Action::Restore, .id = 1});
+    EXPECT_TRUE(answer({.state = u"discarded"_s}).startsWith(u"Таких запросов нет"_s));
+    EXPECT_TRUE(answer({.state = u"waiting"_s}).contains(u"postOrder"_s));
+
+    const std::pair<till::QueueRequest, bool> thresholds[] = {
+        {{.action = Action::Status}, true},
+        {{.action = Action::Status, .maxWaiting = 1, .maxAgeMinutes = 121}, true},
+        {{.action = Action::Status, .maxWaiting = 0}, false},
+        {{.action = Action::Status, .maxAgeMinutes = 119}, false},
+    };
+    for (const auto &[request, isFine] : thresholds)
+        EXPECT_EQ(till::answerTo(request, QDateTime::currentDateTime().addSecs(7200)).isFine, isFine)
+            << request.maxWaiting << ' ' << request.maxAgeMinutes;
+    EXPECT_EQ(till::progressBar(0, 0), u""_s);
 }

@@ -22,7 +22,7 @@ Outcome send(const QJsonObject &event)
     try {
         makeLoyaltySender()(event);
         return Outcome::Delivered;
-    } catch (const RejectionException &) {
+    } catch (const QueueRefusal &) {
         return Outcome::DeadLetter;
     } catch (const BasicException &) {
         return Outcome::Kept;

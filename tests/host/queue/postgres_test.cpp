@@ -1,5 +1,4 @@
-// What only a server can do to the queue. Run by scripts/with-postgres, as all tests of this folder are but those about
-// files.
+// What only a server can do to the queue. Run by scripts/with-postgres.
 #include "queuefixture.h"
 
 #include <queue/queuedrain.h>

@@ -124,7 +124,7 @@ void PowerCutTill::open()
         m_broker.emplace();
         m_delivery.emplace(
             QueueSettings{.database = m_database},
-            QHash<QString, QueueDrain::Handler>{{u"kvo"_s, [this](const QJsonObject &event) { receive(event); }}},
+            QHash<QString, QueueHandler>{{u"kvo"_s, [this](const QJsonObject &event) { receive(event); }}},
             QueueDelivery::Environment{
                 [this] { return m_now; }, [this] { return std::generate_canonical<double, 32>(m_random); }, {}});
         if (m_sabotage == Sabotage::None && chance(0.5))

@@ -20,17 +20,48 @@ protected:
 
 TEST_F(QueueAdminTest, ListTellsWhatEachEventIsAndWhyItIsThere)
 {
-    const QList<QueueAdmin::Entry> entries = QueueAdmin().list();
-    ASSERT_EQ(entries.size(), 3);
+    QJsonObject named = eventNamed(u"d1"_s);
+    named.insert(
+        u"payload"_s,
+        QJsonObject{{u"basket"_s, u"a"_s}, {u"cardNumber"_s, u"7770000000001"_s}, {u"orderID"_s, u"check-7"_s}});
+    broker.push(u"kvo"_s, named, {});
+    broker.push(u"kvo"_s, {}, {});
+    QueueAdmin admin;
+    const QList<QueueAdmin::Entry> entries = admin.list();
+    ASSERT_EQ(entries.size(), 5);
     EXPECT_EQ(entries[0].operation, u"a1"_s);
     EXPECT_EQ(entries[0].order, u"a"_s);
     EXPECT_EQ(entries[0].owner, u"kvo"_s);
-    EXPECT_EQ(entries[0].state, QueueAdmin::State::SetAside);
+    EXPECT_EQ(entries[0].state, QueueAdmin::State::DeadLetter);
     EXPECT_EQ(entries[0].attempts, 1);
     EXPECT_EQ(entries[0].lastError, u"заказ не найден"_s);
     EXPECT_EQ(entries[0].refused.toMSecsSinceEpoch(), now.time_since_epoch().count());
     EXPECT_EQ(entries[1].state, QueueAdmin::State::Waiting);
     EXPECT_EQ(entries[2].operation, u"c1"_s);
+    EXPECT_EQ(entries[3].card, u"*********0001"_s);
+    EXPECT_EQ(entries[4].order, u""_s);
+
+    const std::pair<QueueAdmin::Filter, qsizetype> filters[] = {
+        {{}, 5},
+        {{.limit = 2}, 2},
+        {{.state = QueueAdmin::State::Waiting}, 4},
+        {{.order = u"a"_s}, 3},
+        {{.check = u"check-7"_s}, 3}, // the whole order is the check's
+        {{.order = u"a"_s, .limit = 1}, 1},
+        {{.state = QueueAdmin::State::DeadLetter, .order = u"c"_s}, 0},
+    };
+    for (const auto &[filter, count] : filters)
+        EXPECT_EQ(admin.list(filter).size(), count) << &filter - &filters[0].first;
+}
+
+TEST_F(QueueAdminTest, StatusTellsCountsAndTheLastSuccessAndError)
+{
+    const QueueStatus status = QueueAdmin().status();
+    EXPECT_EQ(status.waiting, 1);
+    EXPECT_EQ(status.deadLetters, 2);
+    EXPECT_EQ(status.lastSuccess.toMSecsSinceEpoch(), now.time_since_epoch().count());
+    EXPECT_EQ(status.lastError, u"заказ не найден"_s);
+    EXPECT_EQ(status.oldest, QueueAdmin().list().constFirst().stored);
 }
 
 TEST_F(QueueAdminTest, RetriedEventIsSentBeforeTheRestOfItsOrder)
@@ -42,47 +73,94 @@ TEST_F(QueueAdminTest, RetriedEventIsSentBeforeTheRestOfItsOrder)
     EXPECT_EQ(admin.retryAll(), 0);
 }
 
-TEST_F(QueueAdminTest, DiscardedEventIsKeptWithItsReasonAndFreesItsOrder)
+TEST_F(QueueAdminTest, WaitingEventIsSentNowEvenWhileTheServiceIsTakenToBeDown)
+{
+    QueueAdmin admin;
+    push(u"d1 d2"_s);
+    serviceDown = true;
+    EXPECT_EQ(drain(), u"c1 d1"_s);
+    EXPECT_EQ(drain(), u""_s);
+    admin.retry(admin.list({.order = u"d"_s}).constFirst().id);
+    EXPECT_THROW(admin.retry(admin.list({.order = u"d"_s}).constLast().id), BasicException) << "behind d1";
+    serviceDown = false;
+    EXPECT_EQ(drain(), u"d1 d2"_s) << "c1 is still in its back-off";
+}
+
+TEST_F(QueueAdminTest, DiscardedEventIsKeptWithItsReasonFreesItsOrderAndCanBeTakenBack)
 {
     QueueAdmin admin;
     const qint64 id = admin.list().constFirst().id;
-    admin.discard(id, u"заказ отменён вручную"_s);
-    EXPECT_EQ(drain(), u"a2 c1"_s);
+    admin.discard(id, u"отменён вручную, карта 7770000000001"_s);
+    EXPECT_EQ(broker.status().deadLetters, 0);
+    EXPECT_EQ(broker.status().waiting, 2);
     EXPECT_EQ(admin.entry(id).state, QueueAdmin::State::Discarded);
-    EXPECT_EQ(admin.entry(id).discardReason, u"заказ отменён вручную"_s);
+    EXPECT_EQ(admin.entry(id).discardReason, u"отменён вручную, карта *********0001"_s);
     EXPECT_EQ(nameOf(admin.event(id)), u"a1"_s);
-    EXPECT_EQ(broker.status().setAside, 0);
     EXPECT_EQ(admin.retryAll(), 0);
+    admin.restore(id);
+    EXPECT_EQ(admin.entry(id).state, QueueAdmin::State::DeadLetter);
+    EXPECT_EQ(broker.status().deadLetters, 2);
+    admin.discard(id, u"x"_s);
+    EXPECT_EQ(drain(), u"a2 c1"_s);
+    admin.restore(id);
+    EXPECT_EQ(drain(), u""_s);
+    refused.clear();
+    EXPECT_EQ(admin.retryAll(), 1);
+    EXPECT_EQ(drain(), u"a1"_s);
+}
+
+TEST_F(QueueAdminTest, OperationsKeepTheOrderAndTheCountsOfAnOrderWithSeveralDeadLetters)
+{
+    QueueAdmin admin;
+    const QList<QueueAdmin::Entry> order = admin.list({.order = u"a"_s});
+    admin.discard(order[0].id, u"x"_s);
+    refused = {u"a2"_s};
+    EXPECT_EQ(drain(), u"a2 c1"_s);
+    push(u"a3"_s);
+    admin.restore(order[0].id);
+    EXPECT_EQ(broker.status().deadLetters, 3);
+    EXPECT_THROW(admin.retry(order[1].id), BasicException) << "behind another dead letter";
+    admin.retry(order[0].id);
+    EXPECT_EQ(broker.status().waiting, 1);
+    refused = {u"a1"_s};
+    EXPECT_EQ(drain(), u"a1"_s);
+    EXPECT_EQ(admin.retryAll(), 2);
+    refused.clear();
+    EXPECT_EQ(drain(), u"a1 a2 a3"_s);
 }
 
 TEST_F(QueueAdminTest, OperationsThatMakeNoSenseAreRefused)
 {
     QueueAdmin admin;
-    const qint64 aside = admin.list().constFirst().id;
+    const qint64 dead = admin.list().constFirst().id;
     const qint64 waiting = admin.list().constLast().id;
-    EXPECT_THROW(admin.retry(waiting), BasicException);
-    EXPECT_THROW(admin.discard(aside, u"  "_s), BasicException);
+    EXPECT_THROW(admin.restore(waiting), BasicException);
+    EXPECT_THROW(admin.discard(dead, u"  "_s), BasicException);
     EXPECT_THROW(admin.discard(4711, u"x"_s), BasicException);
     EXPECT_THROW(admin.event(4711), BasicException);
-    whileSending = [&] { EXPECT_THROW(admin.discard(waiting, u"x"_s), BasicException); };
-    EXPECT_EQ(drain(), u"c1"_s);
+    admin.discard(dead, u"x"_s);
+    EXPECT_THROW(admin.retry(dead), BasicException);
+    whileSending = [&] {
+        const QueueAdmin::Entry sending = admin.list({.state = QueueAdmin::State::Sending}).constFirst();
+        EXPECT_THROW(admin.discard(sending.id, u"x"_s), BasicException);
+        EXPECT_THROW(admin.retry(sending.id), BasicException);
+        if (sending.order == u"a") {
+            EXPECT_THROW(admin.restore(dead), BasicException) << "it would overtake what is being sent";
+        }
+    };
+    EXPECT_EQ(drain(), u"a2 c1"_s);
 }
 
-TEST_F(QueueAdminTest, QueueThatDoesNotExistIsNotMade)
-{
-    QFile::rename(folder.filePath(u"data"_s), folder.filePath(u"elsewhere"_s));
-    EXPECT_THROW(QueueAdmin(), BasicException);
-    EXPECT_FALSE(QFile::exists(file));
-}
-
-TEST(EventMaskTest, HidesCredentialsAndPhonesAndNothingElse)
+TEST(EventMaskTest, HidesCredentialsPhonesAndCardsAndNothingElse)
 {
     const QByteArray event = R"({"headers":{"authorization":"Basic abc","X-Id":"1"},"op":4,"payload":{
         "basket":"550e8400-e29b-41d4-a716-446655440000","Phone":"916 123-45-67","n":79161234567,
-        "list":[{"text":"клиент 8 (916) 123-45-67, карта 2000000000017"}]},"url":"http://h/x?p=%2B79161234567"})";
+        "cardNumber":"7770000000001","barcode":"4601234567893",
+        "list":[{"text":"клиент 8 (916) 123-45-67"}]},"url":"http://till:p@ss@h/x?p=%2B79161234567"})";
     const QByteArray shown = R"({"headers":{"authorization":"***","X-Id":"1"},"op":4,"payload":{
         "basket":"550e8400-e29b-41d4-a716-446655440000","Phone":"*** ***-45-67","n":"*******4567",
-        "list":[{"text":"клиент * (***) ***-45-67, карта 2000000000017"}]},"url":"http://h/x?p=%2B*******4567"})";
+        "cardNumber":"*********0001","barcode":"4601234567893",
+        "list":[{"text":"клиент * (***) ***-45-67"}]},"url":"http://till:***@h/x?p=%2B*******4567"})";
     EXPECT_EQ(QJsonDocument(eventmask::masked(QJsonDocument::fromJson(event).object())).toJson().toStdString(),
               QJsonDocument::fromJson(shown).toJson().toStdString());
 }

@@ -52,13 +52,47 @@ TEST_F(QueueDeliveryTest, BackOffsEndOnRequestAndWhenTheClockIsPutBack)
     EXPECT_FALSE(delivery.hasDeliverable());
 }
 
+TEST_F(QueueDeliveryTest, BackOffsGrowWithTheAttemptsOfTheEventAndThePausesWithTheFailuresOfTheService)
+{
+    push(u"a1"_s);
+    serviceDown = true;
+    const QueueTime start = now;
+    QList<qint64> attempts;
+    for (; attempts.size() < 9; now += 50ms)
+        if (!drain().isEmpty())
+            attempts.append((now - start).count());
+    // Half of 0.5, 1, 2, ... 32, 60 s each; the service's pause is never longer than the event's own.
+    const QList<qint64> expected{0, 250, 750, 1750, 3750, 7750, 15'750, 31'750, 61'750};
+    EXPECT_EQ(attempts, expected);
+    EXPECT_EQ(QueueAdmin().list().constFirst().attempts, 9);
+    EXPECT_EQ(QueueAdmin().list().constFirst().nextAttempt,
+              QDateTime::fromMSecsSinceEpoch((start + 91'750ms).time_since_epoch().count()));
+}
+
+TEST_F(QueueDeliveryTest, OwnersTakeTurns)
+{
+    QStringList turns;
+    const auto note = [&turns](const QString &owner) {
+        return [&turns, owner](const QJsonObject &) { turns.append(owner); };
+    };
+    QueueDelivery both(settings, {{u"kvo"_s, note(u"kvo"_s)}, {u"other"_s, note(u"other"_s)}},
+                       {[this] { return now += 10ms; }, {}, {}}); // slow: one event at a time
+    push(u"a1 b1 c1"_s);
+    push(u"a1 b1 c1"_s, u"other"_s);
+    while (both.step())
+        ;
+    ASSERT_EQ(turns.size(), 6);
+    for (qsizetype turn = 1; turn < turns.size(); ++turn)
+        EXPECT_NE(turns[turn], turns[turn - 1]) << turn;
+}
+
 TEST_F(QueueDeliveryTest, RefusedEventStopsItsOrderOnlyAndShowsThatTheServiceIsUp)
 {
     push(u"a1 a2 b1 a3 c1"_s);
     refused = {u"a2"_s};
     unreachable = {u"b1"_s};
     EXPECT_EQ(drain(), u"a1 a2 b1 c1"_s);
-    EXPECT_EQ(broker.status().setAside, 2);
+    EXPECT_EQ(broker.status().deadLetters, 2);
     EXPECT_EQ(broker.status().waiting, 1);
     now += BackOff::longest;
     unreachable.clear();
@@ -71,7 +105,7 @@ TEST_F(QueueDeliveryTest, DamagedEventIsKeptAndNotSent)
     push(u"a1 b1"_s);
     sql(u"UPDATE event SET event = '{' WHERE id = 1"_s);
     EXPECT_EQ(drain(), u"b1"_s);
-    EXPECT_EQ(broker.status().setAside, 1);
+    EXPECT_EQ(broker.status().deadLetters, 1);
 }
 
 TEST_F(QueueDeliveryTest, TextsComeThroughTheDatabaseAsTheyWere)
@@ -81,7 +115,7 @@ TEST_F(QueueDeliveryTest, TextsComeThroughTheDatabaseAsTheyWere)
     QList<QJsonObject> arrived;
     QueueDelivery receiver(settings, {{u"kvo"_s, [&](const QJsonObject &received) {
                                            arrived.append(received);
-                                           throw RejectionException(event.value(u"text").toString());
+                                           throw QueueRefusal(event.value(u"text").toString());
                                        }}});
     broker.push(u"kvo"_s, event, {});
     EXPECT_TRUE(receiver.step());
@@ -110,7 +144,7 @@ TEST_F(QueueDeliveryTest, RunGrowsUntilSomethingEndsItAndTheRestIsGivenBack)
 {
     const std::pair<const char *, std::function<void()>> endings[] = {
         {"failure", [] { throw std::runtime_error("no answer"); }},
-        {"refusal", [] { throw RejectionException(u"заказ не найден"_s); }},
+        {"refusal", [] { throw QueueRefusal(u"заказ не найден"_s); }},
         {"time", [this] { now += 10ms; }},
         {"clock put back", [this] { now -= 1h; }},
         {"stop", [this] { stopping = true; }},
@@ -130,7 +164,9 @@ TEST_F(QueueDeliveryTest, RunGrowsUntilSomethingEndsItAndTheRestIsGivenBack)
         }
         EXPECT_EQ(sql(u"SELECT COUNT(*) FROM event WHERE basket > 'e' AND attempts = 0"_s), 2);
         EXPECT_EQ(sql(u"SELECT COUNT(*) FROM claim"_s), 0);
-        sql(u"DELETE FROM event"_s);
+        for (const QueueAdmin::Entry &entry : QueueAdmin().list())
+            if (entry.state != QueueAdmin::State::Discarded)
+                QueueAdmin().discard(entry.id, u"end of the case"_s);
     }
 }
 

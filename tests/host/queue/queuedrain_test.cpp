@@ -96,6 +96,19 @@ TEST_F(QueueDrainTest, WhatAnotherProcessIsSendingIsLeftToItUntilItDies)
     EXPECT_EQ(drain(), u"a1 a2"_s);
 }
 
+TEST_F(QueueDrainTest, BeingSentWhenTheDrainIsKilledCountsAsAnAttempt)
+{
+    push(u"a1"_s);
+    for (int kills = 1; kills <= 2; ++kills) {
+        Child child(u"hang"_s, iniFile);
+        ASSERT_EQ(child.nextLine(), u"sent a1"_s);
+        child.kill();
+    }
+    unreachable = {u"a1"_s};
+    EXPECT_EQ(drain(), u"a1"_s);
+    EXPECT_EQ(sql(u"SELECT attempts FROM event"_s), 3);
+}
+
 TEST_F(QueueDrainTest, KilledAtAnyMomentNothingIsLostAndNothingOvertakes)
 {
     const unsigned seed = std::random_device()();

@@ -43,6 +43,8 @@ class QueueTest : public testing::Test
 protected:
     ~QueueTest() override
     {
+        if (!expectsDamage && QFile::exists(file) == postgresFolder().isEmpty())
+            expectConsistency();
         Singleton<Config>::replace(nullptr);
         if (!postgresFolder().isEmpty())
             sql(u"postgres"_s, u"DROP DATABASE \"%1\" WITH (FORCE)"_s.arg(database));
@@ -82,6 +84,24 @@ protected:
         while (delivery.step())
             ;
         return sent.join(u' ');
+    }
+
+    /// What is kept is what could be counted: the summary, and the first event of each order if it waits.
+    void expectConsistency()
+    {
+        EXPECT_EQ(sql(u"SELECT COUNT(*) FROM (SELECT id, owner FROM head EXCEPT SELECT e.id, owner FROM event e WHERE "
+                      u"state = 'waiting' AND NOT EXISTS (SELECT 1 FROM event p WHERE p.owner = e.owner AND "
+                      u"p.basket = e.basket AND p.id < e.id)) AS wrong"_s),
+                  0);
+        EXPECT_EQ(sql(u"SELECT COUNT(*) FROM head"_s),
+                  sql(u"SELECT COUNT(*) FROM event WHERE state = 'waiting' AND id IN "
+                      u"(SELECT MIN(id) FROM event GROUP BY owner, basket)"_s));
+        const QString behind = u"EXISTS (SELECT 1 FROM event p WHERE p.owner = e.owner AND p.basket = e.basket AND "
+                               u"p.id <= e.id AND p.state = 'dead')"_s;
+        EXPECT_EQ(sql(u"SELECT SUM(blocked) FROM summary"_s).toInt(),
+                  sql(u"SELECT COUNT(*) FROM event e WHERE "_s + behind).toInt());
+        EXPECT_EQ(sql(u"SELECT SUM(waiting) FROM summary"_s).toInt(),
+                  sql(u"SELECT COUNT(*) FROM event e WHERE NOT "_s + behind).toInt());
     }
 
     /// What somebody with a database tool does.
@@ -141,6 +161,7 @@ protected:
     QSet<QString> refused;     ///< Names of events that are rejected.
     bool serviceDown = false;
     bool stopping = false;
+    bool expectsDamage = false; ///< The test damages the database or has changed it by hand.
     std::function<void()> whileSending = [] {};
     QueueDelivery delivery{settings,
                            {{u"kvo"_s, [this](const QJsonObject &event) { receive(event); }}},
@@ -155,6 +176,6 @@ private:
         if (serviceDown || unreachable.contains(name))
             throw std::runtime_error("connection refused");
         if (refused.contains(name))
-            throw RejectionException(u"заказ не найден"_s);
+            throw QueueRefusal(u"заказ не найден"_s);
     }
 };

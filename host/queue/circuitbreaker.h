@@ -1,18 +1,18 @@
-// How fast one receiver of events is tried while it fails.
+// Stops sending to a receiver that is down.
 #pragma once
 
 #include "backoff.h"
 #include "queuestore.h"
 
 /// A failure may be the fault of one event or of the whole service; only the next event tells. So after a first failure
-/// one other event is sent at once, as a probe. If it gets through, the fault was the event's own. If it fails too, the
-/// service is taken to be down, and all events stored so far are held back for a time that grows with each further
-/// failure; then one of them is the next probe. An event pushed during that time is a probe of its own: that costs one
-/// request for each new event and finds out at the next sale that the service is back.
-class ServicePace
+/// another event is sent at once, as a probe. If it gets through, the first event was at fault. If it fails too, the
+/// service is taken to be down and the circuit opens: everything stored so far is held back for a time that grows with
+/// each further failure, then one event is the next probe. An event pushed meanwhile is a probe of its own: one request
+/// per new event, to find out at the next sale that the service is back.
+class CircuitBreaker
 {
 public:
-    explicit ServicePace(const BackOff &backOff) : m_backOff(backOff) {}
+    explicit CircuitBreaker(const BackOff &backOff) : m_backOff(backOff) {}
 
     /// The service has answered, with success or with a refusal.
     void answered();
@@ -23,6 +23,7 @@ public:
     /// Events up to this id are not to be sent now; 0 when all may be.
     qint64 heldBack(QueueTime now) const;
 
+    /// Lets the next event through.
     void endPause() { m_until = {}; }
 
 private:

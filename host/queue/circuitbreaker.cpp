@@ -1,13 +1,13 @@
 // Probing a failing receiver instead of hammering it.
-#include "servicepace.h"
+#include "circuitbreaker.h"
 
-void ServicePace::answered()
+void CircuitBreaker::answered()
 {
     m_failures = 0;
     m_until = {};
 }
 
-void ServicePace::failed(QueueTime now, qint64 newest)
+void CircuitBreaker::failed(QueueTime now, qint64 newest)
 {
     ++m_failures;
     m_newest = newest;
@@ -15,7 +15,7 @@ void ServicePace::failed(QueueTime now, qint64 newest)
         m_until = now + m_backOff.delay(m_failures - 1);
 }
 
-qint64 ServicePace::heldBack(QueueTime now) const
+qint64 CircuitBreaker::heldBack(QueueTime now) const
 {
     // An end further away than the longest back-off was computed before somebody put the clock back.
     const bool pausing = m_until > now && m_until <= now + BackOff::longest;
