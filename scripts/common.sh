@@ -10,6 +10,7 @@ readonly build_packages=(
     libgtest-dev libgmock-dev
 )
 readonly lint_packages=(clang-format clang-tidy)
+readonly package_packages=(dpkg-dev fakeroot help2man lintian debootstrap)
 readonly bench_packages=(libbenchmark-dev gnuplot-nox jq)
 
 say() {
