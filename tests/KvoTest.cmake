@@ -8,5 +8,7 @@ function(kvo_add_test)
     add_executable(${arg_NAME} ${arg_SOURCES})
     target_include_directories(${arg_NAME} PRIVATE "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/..")
     target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBRARIES} GTest::gmock_main Kvo::options)
+    # The frameworks' templates take twice as long to compile when they are optimised, for tests that run no faster.
+    target_compile_options(${arg_NAME} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O0>)
     gtest_discover_tests(${arg_NAME} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
 endfunction()
