@@ -37,6 +37,13 @@ install_packages() {
     "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
 }
 
+# Installs Node.js with npm from Debian, unless another source has provided them.
+install_node() {
+    if ! command -v node >/dev/null || ! command -v npm >/dev/null; then
+        install_packages nodejs npm
+    fi
+}
+
 # Configures a preset. Quick when nothing has changed.
 configure() {
     say "Configuring build/$1"

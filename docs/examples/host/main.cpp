@@ -67,8 +67,8 @@ void sell(BasicLoyaltySystem &loyalty, const QString &cardNumber)
     loyalty.setDocument(nullptr);
 }
 
-// Sends one queued event as it was stored. It counts as delivered when the service itself says so; anything else throws,
-// and the queue tries again later.
+// Sends one queued event as it was stored. It counts as delivered when the service itself says so; anything else
+// throws, and the queue tries again later.
 void send(const QJsonObject &event)
 {
     QHash<QString, QString> headers;
