@@ -9,9 +9,10 @@ readonly build_packages=(
     libcpp-httplib-dev libcli11-dev nlohmann-json3-dev libsqlitecpp-dev libsqlite3-dev
     libgtest-dev libgmock-dev
 )
-# For the tests of the simulator's page.
+# For the tests of the simulator's page, which are skipped without it.
 readonly page_packages=(chromium)
 readonly lint_packages=(clang-format clang-tidy)
+readonly package_packages=(dpkg-dev fakeroot help2man lintian debootstrap)
 readonly bench_packages=(libbenchmark-dev gnuplot-nox jq)
 
 say() {
@@ -38,13 +39,11 @@ install_packages() {
     "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
 }
 
-# Installs what the tests of the page need. Without it they are skipped, so a failure is reported and passed over.
-install_page_packages() {
-    local packages=("${page_packages[@]}")
-    if ! command -v npm >/dev/null; then # others than Debian's will do
-        packages+=(nodejs npm)
+# Installs Node.js with npm from Debian, unless another source has provided them.
+install_node() {
+    if ! command -v node >/dev/null || ! command -v npm >/dev/null; then
+        install_packages nodejs npm
     fi
-    (install_packages "${packages[@]}") || echo "The page cannot be tested: no browser or no node" >&2
 }
 
 # Configures a preset. Quick when nothing has changed.

@@ -8,6 +8,7 @@
 
 #include <gmock/gmock.h>
 
+#include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
@@ -65,6 +66,7 @@ protected:
 
     void stopService()
     {
+        recordExchanges();
         m_service.terminate();
         EXPECT_TRUE(m_service.waitForFinished(patience));
     }
@@ -166,6 +168,18 @@ private:
         return client.response().json().object();
     }
 
+    /// Keeps what was exchanged for the check of the contract.
+    void recordExchanges()
+    {
+        const QString records = qEnvironmentVariable("KVO_RECORDS");
+        if (records.isEmpty() || m_service.state() != QProcess::Running || !QDir().mkpath(records))
+            return;
+        const auto *test = testing::UnitTest::GetInstance()->current_test_info();
+        const QString name =
+            u"%1-%2.json"_s.arg(QString::fromLatin1(test->name()).replace(u'/', u'-'), QString::number(++m_records));
+        writeFile(QDir(records).filePath(name), QJsonDocument(exchange("GET", u"/sim/requests"_s)).toJson());
+    }
+
     static void expectSuccess(const QString &program, const QStringList &arguments)
     {
         QProcess process;
@@ -182,4 +196,5 @@ private:
     int m_port = 0;
     QString m_password;
     int m_scenarios = 0;
+    int m_records = 0;
 };
