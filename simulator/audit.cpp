@@ -3,7 +3,7 @@
 
 #include "customers.h"
 #include "database.h"
-#include "orderstore.h"
+#include "order_store.h"
 
 namespace sim {
 

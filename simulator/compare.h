@@ -2,7 +2,7 @@
 #pragma once
 
 #include "journal.h"
-#include "orderstore.h"
+#include "order_store.h"
 
 #include <set>
 #include <string>

@@ -1,4 +1,4 @@
-// Typed reading of JSON fields.
+// Typed reading of JSON fields; the texts reach the cashier.
 #include "fields.h"
 
 #include "refusal.h"
@@ -9,24 +9,19 @@
 
 namespace sim {
 
-void refuseField(const std::string &field, const std::string &forCashier, const std::string &problem)
-{
-    throw Refusal(Refusal::Kind::BadRequest, "Поле " + field + ": " + forCashier, field + ": " + problem);
-}
-
 void refuseField(const std::string &field, const std::string &problem)
 {
-    refuseField(field, problem, problem);
+    throw Refusal(Refusal::Kind::BadRequest, "Поле " + field + ": " + problem);
 }
 
 Fields::Fields(const Json &object, std::string where, std::initializer_list<const char *> names)
     : m_object(object), m_where(std::move(where))
 {
     if (!object.is_object())
-        refuseField(m_where, "ожидается объект", "expected an object");
+        refuseField(m_where, "ожидается объект");
     for (const auto &[key, value] : object.items())
         if (std::find(names.begin(), names.end(), key) == names.end())
-            refuseField(path(key), "неизвестное поле", "unknown field");
+            refuseField(path(key), "неизвестное поле");
 }
 
 std::string Fields::path(const std::string &name) const
@@ -38,7 +33,7 @@ const Json &Fields::value(const char *name) const
 {
     const auto found = m_object.find(name);
     if (found == m_object.end())
-        refuseField(path(name), "отсутствует", "missing");
+        refuseField(path(name), "отсутствует");
     return *found;
 }
 
@@ -46,7 +41,7 @@ const Json &Fields::array(const char *name) const
 {
     const Json &found = value(name);
     if (!found.is_array())
-        refuseField(path(name), "ожидается массив", "expected an array");
+        refuseField(path(name), "ожидается массив");
     return found;
 }
 
@@ -54,7 +49,7 @@ std::string Fields::text(const char *name) const
 {
     const Json &found = value(name);
     if (!found.is_string())
-        refuseField(path(name), "ожидается строка", "expected text");
+        refuseField(path(name), "ожидается строка");
     return found.get<std::string>();
 }
 
@@ -62,7 +57,7 @@ std::string Fields::filledText(const char *name) const
 {
     std::string found = text(name);
     if (found.empty())
-        refuseField(path(name), "не заполнено", "must not be empty");
+        refuseField(path(name), "не заполнено");
     return found;
 }
 
@@ -70,8 +65,7 @@ Kopecks Fields::money(const char *name) const
 {
     const auto amount = parseHundredths(text(name));
     if (!amount)
-        refuseField(path(name), "ожидается сумма с двумя знаками после точки",
-                    "expected a sum with two decimals, like 91.00");
+        refuseField(path(name), "ожидается сумма с двумя знаками после точки");
     return *amount;
 }
 
@@ -82,7 +76,7 @@ int Fields::positiveNumber(const char *name) const
     int number = 0;
     const auto [end, error] = std::from_chars(digits.data(), last, number);
     if (error != std::errc() || end != last || number < 1)
-        refuseField(path(name), "ожидается целое число больше нуля", "expected a whole number above 0, as text");
+        refuseField(path(name), "ожидается целое число больше нуля");
     return number;
 }
 
@@ -91,7 +85,7 @@ int Fields::number(const char *name) const
     const Json &found = value(name);
     constexpr std::int64_t limit = std::numeric_limits<int>::max();
     if (!found.is_number_integer() || found.get<std::int64_t>() > limit || found.get<std::int64_t>() < -limit)
-        refuseField(path(name), "ожидается целое число", "expected a whole number");
+        refuseField(path(name), "ожидается целое число");
     return found.get<int>();
 }
 
@@ -99,7 +93,7 @@ bool Fields::flag(const char *name) const
 {
     const Json &found = value(name);
     if (!found.is_boolean())
-        refuseField(path(name), "ожидается true или false", "expected true or false");
+        refuseField(path(name), "ожидается true или false");
     return found.get<bool>();
 }
 

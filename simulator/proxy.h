@@ -1,10 +1,9 @@
 // The fault proxy: does to the exchanges of a till and its service what networks and gateways do.
 #pragma once
 
-#include "adminroutes.h"
-#include "loopbackserver.h"
-#include "proxyfault.h"
-#include "proxyrecord.h"
+#include "loopback_server.h"
+#include "proxy_fault.h"
+#include "proxy_record.h"
 
 namespace sim {
 
@@ -16,9 +15,6 @@ public:
     /// Both must outlive the proxy.
     Proxy(int servicePort, ProxyFaults &faults, ProxyRecord &record);
 
-protected:
-    bool admit(const httplib::Request &request, httplib::Response &response) override;
-
 private:
     void carry(const httplib::Request &request, httplib::Response &response);
     bool ask(const httplib::Request &request, httplib::Response &response);
@@ -29,7 +25,6 @@ private:
     ProxyFaults &m_faults;
     ProxyRecord &m_record;
     std::mutex m_mutex;
-    AdminRoutes m_routes{m_server};
     std::set<int> m_tillsPorts; ///< Of connections that have carried requests.
 };
 

@@ -1,7 +1,7 @@
 // The "serve" command: a server process from its start to its signal.
 #pragma once
 
-#include "httpserver.h"
+#include "http_server.h"
 
 #include <filesystem>
 

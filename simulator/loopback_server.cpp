@@ -1,0 +1,69 @@
+// The packaged HTTP library, set up for clients that keep their connections.
+#include "loopback_server.h"
+
+#include <sys/socket.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace sim {
+
+namespace {
+
+constexpr std::size_t threads = 64; // each open connection keeps one
+constexpr std::size_t requestsPerConnection = 1'000'000;
+constexpr time_t keepAliveSeconds = 15;
+
+/// The library's own choice would let two servers share a port unnoticed.
+void setSocketOptions(socket_t socket)
+{
+    const int on = 1;
+    ::setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+}
+
+} // namespace
+
+LoopbackServer::LoopbackServer()
+{
+    m_server.new_task_queue = [this] {
+        m_started.set_value(); // the library makes its threads once it can be stopped
+        return new httplib::ThreadPool(threads);
+    };
+    m_server.set_tcp_nodelay(true);
+    m_server.set_socket_options(setSocketOptions);
+    m_server.set_keep_alive_max_count(requestsPerConnection);
+    m_server.set_keep_alive_timeout(keepAliveSeconds);
+    m_server.set_pre_routing_handler([this](const auto &request, auto &) {
+        m_connections.begin(request.remote_port);
+        return httplib::Server::HandlerResponse::Unhandled;
+    });
+    m_server.set_logger([this](const auto &request, const auto &) { m_connections.end(request.remote_port); });
+}
+
+int LoopbackServer::bind(int port)
+{
+    const std::string loopback = "127.0.0.1";
+    const int bound = port == 0                               ? m_server.bind_to_any_port(loopback)
+                      : m_server.bind_to_port(loopback, port) ? port
+                                                              : -1;
+    if (bound <= 0)
+        throw std::runtime_error("port " + std::to_string(port) + " on " + loopback + " cannot be used; is it taken?");
+    m_connections.setLocalPort(bound);
+    return bound;
+}
+
+bool LoopbackServer::run()
+{
+    return m_server.listen_after_bind();
+}
+
+void LoopbackServer::stop()
+{
+    std::call_once(m_stopped, [this] {
+        m_started.get_future().wait();
+        m_server.stop();
+        m_connections.stopIdle();
+    });
+}
+
+} // namespace sim

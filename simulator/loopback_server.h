@@ -1,0 +1,41 @@
+// What the servers of this folder have in common: an HTTP server on 127.0.0.1 whose connections can be broken.
+#pragma once
+
+#include "connections.h"
+
+#include <httplib.h>
+
+#include <future>
+#include <mutex>
+
+namespace sim {
+
+/// run() serves on threads of its own; stop() may come from any thread.
+class LoopbackServer
+{
+public:
+    LoopbackServer();
+    virtual ~LoopbackServer() = default;
+    LoopbackServer(const LoopbackServer &) = delete;
+    LoopbackServer &operator=(const LoopbackServer &) = delete;
+
+    /// Binds the port (0: a free one) and returns it; connections wait from here on.
+    /// Throws std::runtime_error naming the port when it is taken.
+    int bind(int port);
+
+    /// Serves until stop(); running requests are finished before it returns. False when accepting failed.
+    bool run();
+
+    /// From another thread than run(); waits until run() has begun. From here on connections are refused.
+    virtual void stop();
+
+protected:
+    httplib::Server m_server;
+    Connections m_connections;
+
+private:
+    std::promise<void> m_started;
+    std::once_flag m_stopped;
+};
+
+} // namespace sim

@@ -1,0 +1,52 @@
+// Orders as rows: reading and writing them, without any judgement of what may follow what.
+#pragma once
+
+#include "wire.h"
+
+#include <SQLiteCpp/Database.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sim {
+
+enum class State { Calculated, Created, Updated, Posted, Bound, Cancelled };
+
+/// The state's word in the ledger, e.g. "created".
+const char *toText(State state);
+
+struct StoredLine
+{
+    int lineId = 0;
+    Kopecks amount = 0;
+    Kopecks paymentDiscount = 0;
+    Points points = 0; ///< offered while calculated, reserved while created, spent once posted; otherwise 0
+};
+
+struct Order
+{
+    std::string basket;
+    std::string account;
+    std::string card;
+    State state = State::Calculated;
+    std::string body;    ///< the accepted body, canonical; empty when cancelled before it was calculated
+    std::string orderId; ///< the check's identifier once bound
+    Points earned = 0;
+    std::vector<StoredLine> lines;
+
+    Kopecks amount() const; ///< before points and payment discounts
+    Points points() const;  ///< of all lines
+    /// Points taken from the balance and not spent yet.
+    Points reserved() const { return state == State::Created ? points() : 0; }
+};
+
+std::optional<Order> findOrder(const SQLite::Database &database, const std::string &basket);
+
+/// All orders, oldest first.
+std::vector<Order> allOrders(const SQLite::Database &database);
+
+/// Writes the order and its lines in place of what is stored for its basket.
+void storeOrder(const SQLite::Database &database, const Order &order);
+
+} // namespace sim

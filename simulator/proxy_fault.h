@@ -1,0 +1,58 @@
+// What can go wrong between a till and its service, and when it does.
+#pragma once
+
+#include <cstdint>
+#include <mutex>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace sim {
+
+struct ProxyFault
+{
+    /// What the till gets instead of a good answer at once.
+    enum class Answer {
+        Late,     ///< The request is held up on its way; then all is well.
+        Slow,     ///< All of the answer, at a low bandwidth.
+        Dripping, ///< The answer byte by byte, for longer than a till waits.
+        Nothing,  ///< None; the connection stays.
+        Cut,      ///< Half of it, then the end of the connection.
+        Halved,   ///< Half of the JSON, as a complete answer.
+        Reset,    ///< The connection is reset.
+        Closed,   ///< The connection ends.
+        Refused,  ///< All connections end, and new ones are refused for a while.
+        Replaced, ///< `body` with `status`, which the service has never said.
+    };
+
+    std::string name;
+    bool processed = false; ///< The service gets the request.
+    Answer answer = Answer::Late;
+    bool needsKept = false; ///< For a connection that has carried requests before.
+    int status = 0;
+    std::string type = {};
+    std::string body = {};
+};
+
+/// Every kind of fault. Where a till cannot see whether the service has processed its request, both are in it.
+const std::vector<ProxyFault> &allProxyFaults();
+
+/// Draws faults. May be used from any thread.
+class ProxyFaults
+{
+public:
+    /// `rate`: the part of all exchanges that meet with a fault, 0 to 1. `only`: the name of the one kind that there
+    /// is; empty for all kinds. Throws std::runtime_error for an unknown name.
+    ProxyFaults(std::uint64_t seed, double rate, const std::string &only);
+
+    /// A fault for the next exchange, null for none. `kept`: its connection has carried requests before.
+    const ProxyFault *draw(bool kept);
+
+private:
+    std::mutex m_mutex;
+    std::vector<ProxyFault> m_faults;
+    std::mt19937_64 m_random;
+    double m_rate;
+};
+
+} // namespace sim
