@@ -20,31 +20,32 @@ Answer answerFor(const Refusal &reason)
 {
     switch (reason.kind()) {
     case Refusal::Kind::BadRequest:
-        return refusal(400, reason.what());
+        return refusal(400, reason.forCashier(), reason.what());
     case Refusal::Kind::NotFound:
-        return refusal(404, reason.what());
+        return refusal(404, reason.forCashier(), reason.what());
     case Refusal::Kind::Rule:
         break;
     }
-    return {
-        200,
-        {{"success", true}, {"error", {{"errorCode", reason.code()}, {"description", std::string(reason.what())}}}}};
+    return {200,
+            {{"success", true}, {"error", {{"errorCode", reason.code()}, {"description", reason.forCashier()}}}},
+            "error " + std::to_string(reason.code()) + ": " + reason.what()};
 }
 
 Answer guarded(const char *member, const std::function<Json()> &step)
 try {
-    return {200, {{"success", true}, {member, step()}}};
+    return {200, {{"success", true}, {member, step()}}, {}};
 } catch (const Refusal &reason) {
     return answerFor(reason);
 } catch (const std::exception &error) {
     std::cerr << "loyalty-sim: " << error.what() << std::endl;
-    return refusal(500, "Внутренняя ошибка сервиса");
+    return refusal(500, "Внутренняя ошибка сервиса", std::string("internal error: ") + error.what());
 }
 
 const std::string &parameter(const Api::Parameters &parameters, const std::string &name)
 {
     if (parameters.count(name) != 1)
-        throw Refusal(Refusal::Kind::BadRequest, "Параметр " + name + ": ожидается один раз");
+        throw Refusal(Refusal::Kind::BadRequest, "Параметр " + name + ": ожидается один раз",
+                      "parameter " + name + ": expected once");
     return parameters.find(name)->second;
 }
 
@@ -52,7 +53,8 @@ void allowOnly(const Api::Parameters &parameters, std::initializer_list<const ch
 {
     for (const auto &[name, value] : parameters)
         if (std::find(names.begin(), names.end(), name) == names.end())
-            throw Refusal(Refusal::Kind::BadRequest, "Параметр " + name + ": неизвестный параметр");
+            throw Refusal(Refusal::Kind::BadRequest, "Параметр " + name + ": неизвестный параметр",
+                          "parameter " + name + ": unknown");
 }
 
 Json searchCustomer(const SQLite::Database &database, const Api::Parameters &parameters)
@@ -65,7 +67,8 @@ Json searchCustomer(const SQLite::Database &database, const Api::Parameters &par
     // Without the phone: the text reaches logs, which must not hold whole telephone numbers.
     if (!found)
         throw Refusal(Refusal::Kind::NotFound,
-                      byPhone ? "Клиент с таким телефоном не найден" : "Карта «" + value + "» не найдена");
+                      byPhone ? "Клиент с таким телефоном не найден" : "Карта «" + value + "» не найдена",
+                      byPhone ? "no customer has this phone" : "card " + value + " is unknown");
     return {{"CustAccount", found->account},
             {"LastName", found->lastName},
             {"FirstName", found->firstName},
@@ -84,7 +87,8 @@ Customer customerOf(const SQLite::Database &database, const Api::Parameters &par
     const std::string &account = parameter(parameters, "CustAccountNum");
     const auto found = findByCard(database, card);
     if (!found || found->account != account)
-        throw Refusal(Refusal::Kind::NotFound, "Карта «" + card + "» клиента «" + account + "» не найдена");
+        throw Refusal(Refusal::Kind::NotFound, "Карта «" + card + "» клиента «" + account + "» не найдена",
+                      "customer " + account + " has no card " + card);
     return *found;
 }
 
@@ -107,9 +111,17 @@ Json orderResult(const Order &order)
 
 } // namespace
 
-Answer refusal(int status, const std::string &text)
+Answer refusal(int status, const std::string &message, const std::string &reason)
 {
-    return {status, {{"success", false}, {"message", text}}};
+    return {status, {{"success", false}, {"message", message}}, reason};
+}
+
+std::vector<std::string> Api::methods()
+{
+    std::vector<std::string> names(queries.begin(), queries.end());
+    names.insert(names.end(), orderMethods.begin(), orderMethods.end());
+    names.emplace_back(messageMethod);
+    return names;
 }
 
 Answer Api::query(const std::string &method, const Parameters &parameters)
@@ -169,7 +181,8 @@ Json Api::runMessage(const Json &body)
 void Api::checkBrand(const std::string &brand) const
 {
     if (!m_brand.empty() && brand != m_brand)
-        throw Refusal(Refusal::Kind::BadRequest, "Бренд «" + brand + "» не обслуживается");
+        throw Refusal(Refusal::Kind::BadRequest, "Бренд «" + brand + "» не обслуживается",
+                      "brand " + brand + " is not served");
 }
 
 } // namespace sim

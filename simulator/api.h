@@ -7,6 +7,7 @@
 #include <array>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace sim {
 
@@ -15,10 +16,11 @@ struct Answer
 {
     int status = 200;
     Json body;
+    std::string reason = {}; ///< of a refusal, in English; empty otherwise
 };
 
-/// {"success": false, "message": text}
-Answer refusal(int status, const std::string &text);
+/// {"success": false, "message": message}
+Answer refusal(int status, const std::string &message, const std::string &reason = {});
 
 /// Thread-safe. Every call is one transaction, committed before it returns. Throws nothing but std::bad_alloc:
 /// refusals and failures of the database (status 500, the reason on stderr) are answers.
@@ -33,6 +35,9 @@ public:
     static constexpr std::array orderMethods{"calculateOrder", "createOrder", "updateOrder",
                                              "postOrder",      "bindOrderId", "cancelOrder"};
     static constexpr const char *messageMethod = "send";
+
+    /// The names of all methods.
+    static std::vector<std::string> methods();
 
     /// Answers requests of this brand only; of every brand when it is empty. The database must outlive the object.
     Api(Database &database, std::string brand) : m_database(database), m_brand(std::move(brand)) {}

@@ -3,7 +3,7 @@
 
 #include "customers.h"
 #include "database.h"
-#include "order_store.h"
+#include "orderstore.h"
 
 namespace sim {
 

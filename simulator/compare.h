@@ -2,7 +2,7 @@
 #pragma once
 
 #include "journal.h"
-#include "order_store.h"
+#include "orderstore.h"
 
 #include <set>
 #include <string>

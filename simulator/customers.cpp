@@ -61,6 +61,11 @@ std::optional<Customer> findByPhone(const SQLite::Database &database, const std:
     return find(database, "WHERE phone = ?", phone);
 }
 
+std::optional<Customer> findByAccount(const SQLite::Database &database, const std::string &account)
+{
+    return find(database, "WHERE account = ?", account);
+}
+
 std::optional<Customer> findByCard(const SQLite::Database &database, const std::string &card)
 {
     return find(database, "WHERE account = (SELECT account FROM cards WHERE number = ?)", card);
@@ -79,7 +84,7 @@ int addCustomers(const SQLite::Database &database, const std::vector<Customer> &
 {
     int added = 0;
     for (const Customer &customer : customers) {
-        if (find(database, "WHERE account = ?", customer.account))
+        if (findByAccount(database, customer.account))
             continue;
         if (findByPhone(database, customer.phone))
             throw std::runtime_error("customer " + customer.account + ": the phone belongs to another customer");

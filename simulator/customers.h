@@ -32,8 +32,9 @@ struct Customer
     std::vector<Tier> tiers;
 };
 
-/// The customer with this telephone number or this card; nothing when there is none.
+/// The customer with this telephone number, account or card; nothing when there is none.
 std::optional<Customer> findByPhone(const SQLite::Database &database, const std::string &phone);
+std::optional<Customer> findByAccount(const SQLite::Database &database, const std::string &account);
 std::optional<Customer> findByCard(const SQLite::Database &database, const std::string &card);
 
 /// All customers, by account.

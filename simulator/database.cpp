@@ -14,7 +14,7 @@ namespace sim {
 namespace {
 
 constexpr int applicationId = 0x4C53494D; // marks the file as this program's
-constexpr int schemaVersion = 1;
+constexpr int schemaVersion = 2;
 constexpr int busyMilliseconds = 5000;
 
 // points of a line: offered while calculated, reserved while created, spent once posted; otherwise 0.
@@ -37,9 +37,13 @@ CREATE TABLE order_lines (
     basket TEXT NOT NULL REFERENCES orders, position INTEGER NOT NULL, line_id INTEGER NOT NULL,
     amount INTEGER NOT NULL, payment_discount INTEGER NOT NULL, points INTEGER NOT NULL CHECK (points >= 0),
     PRIMARY KEY (basket, position)) STRICT;
+CREATE TABLE order_steps (
+    id INTEGER PRIMARY KEY AUTOINCREMENT, basket TEXT NOT NULL REFERENCES orders, state TEXT NOT NULL,
+    amount INTEGER NOT NULL, points INTEGER NOT NULL, earned INTEGER NOT NULL, at TEXT NOT NULL) STRICT;
+CREATE INDEX order_steps_by_basket ON order_steps (basket);
 CREATE TABLE movements (
     id INTEGER PRIMARY KEY AUTOINCREMENT, account TEXT NOT NULL REFERENCES customers, basket TEXT REFERENCES orders,
-    kind TEXT NOT NULL CHECK (kind IN ('opening', 'reserve', 'release', 'spend', 'earn')),
+    kind TEXT NOT NULL CHECK (kind IN ('opening', 'adjust', 'reserve', 'release', 'spend', 'earn')),
     points INTEGER NOT NULL, at TEXT NOT NULL) STRICT;
 CREATE TABLE messages (
     id INTEGER PRIMARY KEY AUTOINCREMENT, at TEXT NOT NULL, brand TEXT NOT NULL, phone TEXT NOT NULL,

@@ -43,6 +43,13 @@ public:
         return step(m_connection);
     }
 
+    /// How many rows this object has changed so far; the same number again means the same ledger.
+    int changes()
+    {
+        const std::scoped_lock lock(m_mutex);
+        return m_connection.getTotalChanges();
+    }
+
 private:
     std::mutex m_mutex;
     SQLite::Database m_connection;

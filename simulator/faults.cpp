@@ -2,31 +2,33 @@
 #include "faults.h"
 
 #include <algorithm>
-#include <map>
 
 namespace sim {
 
 namespace {
 
-Fault::Kind readKind(const Fields &fields)
-{
-    static const std::map<std::string, Fault::Kind> kinds{{"status", Fault::Kind::Status},
-                                                          {"close", Fault::Kind::Close},
-                                                          {"close-before", Fault::Kind::CloseBefore},
-                                                          {"delay", Fault::Kind::Delay},
-                                                          {"malformed", Fault::Kind::Malformed}};
-    const auto found = kinds.find(fields.text("kind"));
-    if (found == kinds.end())
-        refuseField("kind", "ожидается status, close, close-before, delay или malformed");
-    return found->second;
-}
-
 int readNumber(const Fields &fields, const char *name, int fallback, int minimum, int maximum)
 {
     const int number = fields.has(name) ? fields.number(name) : fallback;
     if (number < minimum || number > maximum)
-        refuseField(name, "ожидается число от " + std::to_string(minimum) + " до " + std::to_string(maximum));
+        refuseField(name, "expected a number from " + std::to_string(minimum) + " to " + std::to_string(maximum));
     return number;
+}
+
+double readShare(const Fields &fields)
+{
+    const Json &share = fields.value("share");
+    if (!share.is_number() || !(share.get<double>() > 0 && share.get<double>() <= 1))
+        refuseField("share", "expected a number above 0, up to 1");
+    return share.get<double>();
+}
+
+/// A field that the kind has no use for is a mistake.
+void allowOnlyFor(const char *kind, const Fields &fields, std::initializer_list<const char *> names)
+{
+    for (const char *name : names)
+        if (fields.has(name) && fields.text("kind") != kind)
+            refuseField(name, std::string("goes only with the kind ") + kind);
 }
 
 std::string readAnswer(const Fields &fields)
@@ -37,44 +39,130 @@ std::string readAnswer(const Fields &fields)
     return body.is_string() ? body.get<std::string>() : body.dump();
 }
 
+std::string joined(const std::vector<std::string> &names)
+{
+    std::string text;
+    for (const std::string &name : names)
+        text += (text.empty() ? "" : ", ") + name;
+    return text;
+}
+
+Json toJson(const Fault &fault)
+{
+    Json json{{"id", fault.id}, {"method", fault.method}, {"kind", fault.kind}, {"hits", fault.hits}};
+    if (fault.times)
+        json["times"] = *fault.times;
+    else
+        json["share"] = fault.share;
+    if (fault.kind == "status")
+        json.update({{"status", fault.status}, {"body", fault.body}});
+    if (fault.kind == "delay")
+        json["milliseconds"] = fault.delay.count();
+    return json;
+}
+
 } // namespace
 
-Fault readFault(const Json &body)
+Faults::Faults(std::vector<std::string> methods, std::vector<FaultKind> kinds, Feed &feed, std::uint64_t seed)
+    : m_methods(std::move(methods)), m_kinds(std::move(kinds)), m_feed(feed), m_random(seed)
+{}
+
+int Faults::add(const Json &fault)
 {
-    const Fields fields(body, "", {"method", "kind", "times", "status", "body", "milliseconds"});
+    Fault added = read(fault);
+    const std::scoped_lock lock(m_mutex);
+    added.id = ++m_lastId;
+    m_faults.push_back(added);
+    m_feed.touch();
+    return added.id;
+}
+
+Fault Faults::read(const Json &body) const
+{
+    const Fields fields(body, "", {"method", "kind", "times", "share", "status", "body", "milliseconds"});
     Fault fault;
-    fault.method = fields.filledText("method");
+    fault.method = readMethod(fields);
     fault.kind = readKind(fields);
-    fault.times = readNumber(fields, "times", 1, 1, 1'000'000);
+    if (fields.has("share") && fields.has("times"))
+        refuseField("share", "goes without times");
+    if (fields.has("share"))
+        fault.share = readShare(fields);
+    else
+        fault.times = readNumber(fields, "times", 1, 1, 1'000'000);
+    allowOnlyFor("status", fields, {"status", "body"});
     fault.status = readNumber(fields, "status", 500, 200, 599);
     fault.body = readAnswer(fields);
-    fault.delay = std::chrono::milliseconds(readNumber(fields, "milliseconds", 0, 0, 600'000));
+    allowOnlyFor("delay", fields, {"milliseconds"});
+    fault.delay = std::chrono::milliseconds(readNumber(fields, "milliseconds", 1000, 0, 600'000));
     return fault;
 }
 
-void Faults::add(const Fault &fault)
+std::string Faults::readMethod(const Fields &fields) const
+{
+    std::string method = fields.text("method");
+    if (method != "*" && std::ranges::find(m_methods, method) == m_methods.end())
+        refuseField("method", "unknown; expected * or one of " + joined(m_methods));
+    return method;
+}
+
+std::string Faults::readKind(const Fields &fields) const
+{
+    std::string kind = fields.text("kind");
+    std::vector<std::string> known;
+    for (const FaultKind &each : m_kinds)
+        known.push_back(each.name);
+    if (std::ranges::find(known, kind) == known.end())
+        refuseField("kind", "unknown; expected one of " + joined(known));
+    return kind;
+}
+
+bool Faults::remove(int id)
 {
     const std::scoped_lock lock(m_mutex);
-    m_faults.push_back(fault);
+    const bool found = std::erase_if(m_faults, [id](const Fault &fault) { return fault.id == id; }) > 0;
+    m_feed.touch();
+    return found;
 }
 
 void Faults::clear()
 {
     const std::scoped_lock lock(m_mutex);
     m_faults.clear();
+    m_feed.touch();
 }
 
-std::optional<Fault> Faults::take(const std::string &method)
+std::optional<Fault> Faults::take(const std::string &method,
+                                  const std::function<bool(const std::string &kind)> &possible)
 {
     const std::scoped_lock lock(m_mutex);
-    const auto found = std::find_if(m_faults.begin(), m_faults.end(),
-                                    [&](const Fault &fault) { return fault.method == "*" || fault.method == method; });
+    const auto found = std::ranges::find_if(m_faults, [&](const Fault &fault) {
+        return (fault.method == "*" || fault.method == method) && (!possible || possible(fault.kind)) && hits(fault);
+    });
     if (found == m_faults.end())
         return std::nullopt;
+    ++found->hits;
     const Fault fault = *found;
-    if (--found->times == 0)
+    if (found->times && --*found->times == 0)
         m_faults.erase(found);
+    m_feed.touch();
     return fault;
+}
+
+bool Faults::hits(const Fault &fault)
+{
+    return std::bernoulli_distribution(fault.share)(m_random);
+}
+
+Json Faults::toJson() const
+{
+    Json kinds = Json::array();
+    for (const FaultKind &kind : m_kinds)
+        kinds.push_back({{"name", kind.name}, {"does", kind.does}});
+    const std::scoped_lock lock(m_mutex);
+    Json faults = Json::array();
+    for (const Fault &fault : m_faults)
+        faults.push_back(sim::toJson(fault));
+    return {{"methods", m_methods}, {"kinds", kinds}, {"faults", faults}};
 }
 
 void Faults::wait(std::chrono::milliseconds delay)

@@ -1,48 +1,62 @@
-// Faults on demand: what the service is told to do wrong with the next requests.
+// Faults on demand: what a server is told to do wrong, with which requests. Listed, added and removed while it runs.
 #pragma once
 
+#include "feed.h"
 #include "fields.h"
 
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <optional>
+#include <random>
 #include <string>
 #include <vector>
 
 namespace sim {
 
-struct Fault
+struct FaultKind
 {
-    enum class Kind {
-        Status,      ///< answer `status` and `body`, without processing
-        Close,       ///< process, then close the connection without an answer
-        CloseBefore, ///< close the connection without processing
-        Delay,       ///< wait `delay`, then process and answer
-        Malformed    ///< process, then answer broken JSON
-    };
-
-    std::string method; ///< the API method, "*" for every one
-    Kind kind = Kind::Status;
-    int times = 1; ///< requests still to be hit
-    int status = 500;
-    std::string body;
-    std::chrono::milliseconds delay{};
+    std::string name;
+    std::string does; ///< in one sentence, for people
 };
 
-/// Reads {"method", "kind", "times", "status", "body", "milliseconds"}; the last four are optional.
-/// Throws Refusal naming the field.
-Fault readFault(const Json &body);
+struct Fault
+{
+    int id = 0;
+    std::string method; ///< the API method, "*" for every one
+    std::string kind;
+    std::optional<int> times; ///< requests still to be hit; without a number the fault stays
+    double share = 1;         ///< the part of the requests that it hits, above 0, up to 1
+    int hits = 0;
+    int status = 500; ///< of kind "status", like the body
+    std::string body;
+    std::chrono::milliseconds delay{}; ///< of kind "delay"
+};
 
 /// Thread-safe.
 class Faults
 {
 public:
-    void add(const Fault &fault);
+    /// The known methods and kinds; touches `feed`, which must outlive the object, with each change. The same `seed`
+    /// hits the same requests of the same sequence.
+    Faults(std::vector<std::string> methods, std::vector<FaultKind> kinds, Feed &feed, std::uint64_t seed = 0);
+
+    /// Adds {"method", "kind", "times" or "share"} and, for the kind "status", "status" and "body", for "delay"
+    /// "milliseconds". Returns the id. Throws Refusal naming the field, with the known methods or kinds.
+    int add(const Json &fault);
+
+    /// False when there is no such fault.
+    bool remove(int id);
     void clear();
 
-    /// The oldest fault for the method, used up by one; nothing when there is none.
-    std::optional<Fault> take(const std::string &method);
+    /// The oldest fault that hits a request to the method, used up by one; nothing when none does. Passes over kinds
+    /// that are not `possible`.
+    std::optional<Fault> take(const std::string &method,
+                              const std::function<bool(const std::string &kind)> &possible = nullptr);
+
+    /// {"methods": [...], "kinds": [{"name", "does"}], "faults": [{"id", "method", "kind", "hits", ...}]}
+    Json toJson() const;
 
     /// Waits out a delay; returns early after release().
     void wait(std::chrono::milliseconds delay);
@@ -51,9 +65,19 @@ public:
     void release();
 
 private:
-    std::mutex m_mutex;
+    Fault read(const Json &body) const;
+    std::string readMethod(const Fields &fields) const;
+    std::string readKind(const Fields &fields) const;
+    bool hits(const Fault &fault);
+
+    const std::vector<std::string> m_methods;
+    const std::vector<FaultKind> m_kinds;
+    Feed &m_feed;
+    mutable std::mutex m_mutex;
     std::condition_variable m_released;
     bool m_stopping = false;
+    std::mt19937_64 m_random;
+    int m_lastId = 0;
     std::vector<Fault> m_faults;
 };
 

@@ -1,4 +1,4 @@
-// Typed reading of JSON fields; the texts reach the cashier.
+// Typed reading of JSON fields.
 #include "fields.h"
 
 #include "refusal.h"
@@ -9,19 +9,24 @@
 
 namespace sim {
 
+void refuseField(const std::string &field, const std::string &forCashier, const std::string &problem)
+{
+    throw Refusal(Refusal::Kind::BadRequest, "Поле " + field + ": " + forCashier, field + ": " + problem);
+}
+
 void refuseField(const std::string &field, const std::string &problem)
 {
-    throw Refusal(Refusal::Kind::BadRequest, "Поле " + field + ": " + problem);
+    refuseField(field, problem, problem);
 }
 
 Fields::Fields(const Json &object, std::string where, std::initializer_list<const char *> names)
     : m_object(object), m_where(std::move(where))
 {
     if (!object.is_object())
-        refuseField(m_where, "ожидается объект");
+        refuseField(m_where, "ожидается объект", "expected an object");
     for (const auto &[key, value] : object.items())
         if (std::find(names.begin(), names.end(), key) == names.end())
-            refuseField(path(key), "неизвестное поле");
+            refuseField(path(key), "неизвестное поле", "unknown field");
 }
 
 std::string Fields::path(const std::string &name) const
@@ -33,7 +38,7 @@ const Json &Fields::value(const char *name) const
 {
     const auto found = m_object.find(name);
     if (found == m_object.end())
-        refuseField(path(name), "отсутствует");
+        refuseField(path(name), "отсутствует", "missing");
     return *found;
 }
 
@@ -41,7 +46,7 @@ const Json &Fields::array(const char *name) const
 {
     const Json &found = value(name);
     if (!found.is_array())
-        refuseField(path(name), "ожидается массив");
+        refuseField(path(name), "ожидается массив", "expected an array");
     return found;
 }
 
@@ -49,7 +54,7 @@ std::string Fields::text(const char *name) const
 {
     const Json &found = value(name);
     if (!found.is_string())
-        refuseField(path(name), "ожидается строка");
+        refuseField(path(name), "ожидается строка", "expected text");
     return found.get<std::string>();
 }
 
@@ -57,7 +62,7 @@ std::string Fields::filledText(const char *name) const
 {
     std::string found = text(name);
     if (found.empty())
-        refuseField(path(name), "не заполнено");
+        refuseField(path(name), "не заполнено", "must not be empty");
     return found;
 }
 
@@ -65,7 +70,8 @@ Kopecks Fields::money(const char *name) const
 {
     const auto amount = parseHundredths(text(name));
     if (!amount)
-        refuseField(path(name), "ожидается сумма с двумя знаками после точки");
+        refuseField(path(name), "ожидается сумма с двумя знаками после точки",
+                    "expected a sum with two decimals, like 91.00");
     return *amount;
 }
 
@@ -76,7 +82,7 @@ int Fields::positiveNumber(const char *name) const
     int number = 0;
     const auto [end, error] = std::from_chars(digits.data(), last, number);
     if (error != std::errc() || end != last || number < 1)
-        refuseField(path(name), "ожидается целое число больше нуля");
+        refuseField(path(name), "ожидается целое число больше нуля", "expected a whole number above 0, as text");
     return number;
 }
 
@@ -85,7 +91,7 @@ int Fields::number(const char *name) const
     const Json &found = value(name);
     constexpr std::int64_t limit = std::numeric_limits<int>::max();
     if (!found.is_number_integer() || found.get<std::int64_t>() > limit || found.get<std::int64_t>() < -limit)
-        refuseField(path(name), "ожидается целое число");
+        refuseField(path(name), "ожидается целое число", "expected a whole number");
     return found.get<int>();
 }
 
@@ -93,7 +99,7 @@ bool Fields::flag(const char *name) const
 {
     const Json &found = value(name);
     if (!found.is_boolean())
-        refuseField(path(name), "ожидается true или false");
+        refuseField(path(name), "ожидается true или false", "expected true or false");
     return found.get<bool>();
 }
 

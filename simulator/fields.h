@@ -14,7 +14,10 @@ namespace sim {
 
 using Json = nlohmann::json;
 
-/// Throws Refusal (BadRequest) "Поле <field>: <problem>".
+/// Throws Refusal (BadRequest): "Поле <field>: <forCashier>", "<field>: <problem>".
+[[noreturn]] void refuseField(const std::string &field, const std::string &forCashier, const std::string &problem);
+
+/// The same for what no cashier sees.
 [[noreturn]] void refuseField(const std::string &field, const std::string &problem);
 
 /// Refers to the object, which must outlive it. Every reading operation refuses a missing or wrongly typed field.
@@ -57,7 +60,7 @@ std::vector<Line> readLines(const Json &array, const std::string &name,
         const std::string where = name + "[" + std::to_string(lines.size()) + "]";
         const Line line = readLine(object, where);
         if (std::any_of(lines.begin(), lines.end(), [&](const Line &other) { return other.lineId == line.lineId; }))
-            refuseField(where, "номер строки повторяется");
+            refuseField(where, "номер строки повторяется", "this line number occurs twice");
         lines.push_back(line);
     }
     return lines;

@@ -4,6 +4,7 @@
 #include "fields.h"
 
 #include <fstream>
+#include <iostream>
 #include <stdexcept>
 
 namespace sim {
@@ -23,7 +24,7 @@ JournalCheck readCheck(const Json &object)
     check.check = fields.filledText("check");
     const std::string outcome = fields.text("outcome");
     if (outcome != "closed" && outcome != "voided")
-        refuseField("outcome", "ожидается closed или voided");
+        refuseField("outcome", "expected closed or voided");
     check.closed = outcome == "closed";
     check.card = fields.text("card");
     check.basket = fields.text("basket");
@@ -33,13 +34,8 @@ JournalCheck readCheck(const Json &object)
     return check;
 }
 
-} // namespace
-
-std::map<std::string, JournalCheck> readJournal(const std::filesystem::path &file)
+std::map<std::string, JournalCheck> readChecks(std::istream &stream, const std::string &name)
 {
-    std::ifstream stream(file == "-" ? "/dev/stdin" : file);
-    if (!stream)
-        throw std::runtime_error(file.string() + ": cannot be read");
     std::map<std::string, JournalCheck> checks;
     std::string text;
     for (int number = 1; std::getline(stream, text); ++number) {
@@ -47,12 +43,24 @@ std::map<std::string, JournalCheck> readJournal(const std::filesystem::path &fil
             JournalCheck check = readCheck(Json::parse(text));
             checks.insert_or_assign(check.check, check);
         } catch (const std::exception &error) {
-            throw std::runtime_error(file.string() + ":" + std::to_string(number) + ": " + error.what());
+            throw std::runtime_error(name + ":" + std::to_string(number) + ": " + error.what());
         }
     }
     if (stream.bad())
-        throw std::runtime_error(file.string() + ": cannot be read to its end");
+        throw std::runtime_error(name + ": cannot be read to its end");
     return checks;
+}
+
+} // namespace
+
+std::map<std::string, JournalCheck> readJournal(const std::filesystem::path &file)
+{
+    if (file == "-")
+        return readChecks(std::cin, "standard input");
+    std::ifstream stream(file);
+    if (!stream)
+        throw std::runtime_error(file.string() + ": cannot be read");
+    return readChecks(stream, file.string());
 }
 
 } // namespace sim

@@ -1,12 +1,13 @@
 // Command line of loyalty-sim.
 #include "audit.h"
+#include "commandline.h"
 #include "compare.h"
 #include "database.h"
 #include "outbox.h"
+#include "plaintext.h"
 #include "report.h"
 #include "serve.h"
-
-#include <CLI/CLI.hpp>
+#include "tail.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -33,6 +34,7 @@ void addServe(CLI::App &app, sim::ServeOptions &options)
     command->add_option("--password", options.server.password, "Its password; better given in the environment")
         ->envname("LOYALTY_SIM_PASSWORD");
     command->add_option("--brand", options.server.brand, "Refuse requests of other brands");
+    command->add_flag("--admin", options.server.admin, "Serve a page to watch and steer the service at /");
     command->add_option("--customers", options.customers, "JSON file of customers to add");
 }
 
@@ -48,14 +50,16 @@ int printOutbox(const std::filesystem::path &file, const OutboxOptions &options)
     if (options.last || options.code)
         found.erase(found.begin(), found.end() - 1);
     for (const sim::SentMessage &message : found)
-        std::cout << (options.code ? sim::codeIn(message.text) : message.text) << '\n';
+        std::cout << (options.code ? sim::codeIn(message.text) : sim::plainText(message.text)) << '\n';
     return 0;
 }
 
 int printLedger(const std::filesystem::path &file, bool json)
 {
     sim::Database database(file, sim::Database::Access::Inspect);
-    std::cout << (json ? database.read(sim::ledgerJson).dump(2) + "\n" : database.read(sim::ledgerText));
+    std::cout << (json
+                      ? database.read([](const auto &connection) { return sim::ledgerJson(connection); }).dump(2) + "\n"
+                      : database.read(sim::ledgerText));
     return 0;
 }
 
@@ -85,6 +89,14 @@ int compareWithTill(const std::filesystem::path &file, const CompareOptions &opt
     return std::all_of(rows.begin(), rows.end(), [](const auto &row) { return row.differences.empty(); }) ? 0 : 1;
 }
 
+void addTail(CLI::App &app, sim::TailOptions &options)
+{
+    CLI::App *const command = app.add_subcommand("tail", "Print a server's requests as they come");
+    command->add_option("--port", options.port, "Port of the server")->required()->check(CLI::Range(1, 65535));
+    command->add_option("--last", options.last, "Requests of the past to begin with")->capture_default_str();
+    command->add_flag("--json", options.json, "Everything known of each request, as JSON lines");
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -93,6 +105,8 @@ try {
     app.require_subcommand(1);
     sim::ServeOptions serveOptions;
     addServe(app, serveOptions);
+    sim::TailOptions tailOptions;
+    addTail(app, tailOptions);
 
     std::filesystem::path file;
     const auto addInspection = [&](const char *name, const char *description) {
@@ -112,11 +126,12 @@ try {
     CompareOptions compareOptions;
     CLI::App *const compare =
         addInspection("compare", "Compare a till's journal with the ledger; exit status 1 when they differ");
-    compare->add_option("--journal", compareOptions.journal, "The journal, JSON lines; - for standard input")
+    compare->add_option("--journal", compareOptions.journal, "The journal, JSON lines; - reads standard input")
         ->required();
     compare->add_option("--open", compareOptions.open, "Baskets of checks that are still open");
 
-    CLI11_PARSE(app, argc, argv);
+    if (const auto status = sim::startProgram(app, argc, argv))
+        return *status;
     if (outbox->parsed())
         return printOutbox(file, outboxOptions);
     if (ledger->parsed())
@@ -125,6 +140,8 @@ try {
         return checkLedger(file);
     if (compare->parsed())
         return compareWithTill(file, compareOptions);
+    if (app.got_subcommand("tail"))
+        return tail(tailOptions);
     return serve(serveOptions);
 } catch (const std::exception &error) {
     std::cerr << "loyalty-sim: " << error.what() << std::endl;

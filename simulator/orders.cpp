@@ -13,17 +13,20 @@ namespace {
 [[noreturn]] void refuseState(const std::string &basket, State state)
 {
     if (state == State::Cancelled)
-        throw Refusal(Refusal::Kind::Rule, "Заказ " + basket + " отменён", rule::cancelled);
+        throw Refusal(Refusal::Kind::Rule, "Заказ " + basket + " отменён", "order " + basket + " is cancelled",
+                      rule::cancelled);
     if (state == State::Calculated)
-        throw Refusal(Refusal::Kind::Rule, "Заказ " + basket + " рассчитан, но не создан", rule::notCreated);
-    throw Refusal(Refusal::Kind::Rule, "Заказ " + basket + " уже проведён", rule::posted);
+        throw Refusal(Refusal::Kind::Rule, "Заказ " + basket + " рассчитан, но не создан",
+                      "order " + basket + " is calculated but not created", rule::notCreated);
+    throw Refusal(Refusal::Kind::Rule, "Заказ " + basket + " уже проведён", "order " + basket + " is posted already",
+                  rule::posted);
 }
 
 Customer cardHolder(const SQLite::Database &database, const std::string &card)
 {
     const auto customer = findByCard(database, card);
     if (!customer)
-        throw Refusal(Refusal::Kind::NotFound, "Карта " + card + " не найдена");
+        throw Refusal(Refusal::Kind::NotFound, "Карта " + card + " не найдена", "card " + card + " is unknown");
     return *customer;
 }
 
@@ -32,7 +35,8 @@ std::optional<Order> knownOrder(const SQLite::Database &database, const std::str
 {
     auto order = findOrder(database, basket);
     if (order && order->card != card)
-        throw Refusal(Refusal::Kind::Rule, "Заказ " + basket + " оформлен на другую карту", rule::otherCard);
+        throw Refusal(Refusal::Kind::Rule, "Заказ " + basket + " оформлен на другую карту",
+                      "order " + basket + " belongs to card " + order->card, rule::otherCard);
     return order;
 }
 
@@ -41,7 +45,7 @@ Order existingOrder(const SQLite::Database &database, const std::string &basket,
     cardHolder(database, card);
     auto order = knownOrder(database, basket, card);
     if (!order)
-        throw Refusal(Refusal::Kind::NotFound, "Заказ " + basket + " не найден");
+        throw Refusal(Refusal::Kind::NotFound, "Заказ " + basket + " не найден", "order " + basket + " is unknown");
     return *order;
 }
 
@@ -129,7 +133,8 @@ Order postOrder(const SQLite::Database &database, const OrderRequest &request)
     if (!isOpen(order.state) && !isPosted(order.state))
         refuseState(request.basket, order.state);
     if (order.body != request.body)
-        throw Refusal(Refusal::Kind::Rule, "Заказ " + request.basket + " был принят в другом виде", rule::otherBody);
+        throw Refusal(Refusal::Kind::Rule, "Заказ " + request.basket + " был принят в другом виде",
+                      "the body differs from the one last accepted for order " + request.basket, rule::otherBody);
     if (isPosted(order.state))
         return order;
     release(database, order);
@@ -146,9 +151,11 @@ Order bindOrderId(const SQLite::Database &database, const BasketRequest &request
     if (order.state == State::Cancelled)
         refuseState(request.basket, order.state);
     if (!isPosted(order.state))
-        throw Refusal(Refusal::Kind::Rule, "Заказ " + request.basket + " ещё не проведён", rule::notPosted);
+        throw Refusal(Refusal::Kind::Rule, "Заказ " + request.basket + " ещё не проведён",
+                      "order " + request.basket + " is not posted yet", rule::notPosted);
     if (order.state == State::Bound && order.orderId != request.orderId)
-        throw Refusal(Refusal::Kind::Rule, "Заказ " + request.basket + " привязан к другому чеку", rule::otherOrderId);
+        throw Refusal(Refusal::Kind::Rule, "Заказ " + request.basket + " привязан к другому чеку",
+                      "order " + request.basket + " is bound to check " + order.orderId, rule::otherOrderId);
     if (order.state == State::Bound)
         return order;
     order.state = State::Bound;

@@ -1,7 +1,7 @@
 // The life of an order: what each operation does in each state. The table is in README.md.
 #pragma once
 
-#include "order_store.h"
+#include "orderstore.h"
 
 namespace sim {
 

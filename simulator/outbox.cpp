@@ -3,6 +3,8 @@
 
 #include "database.h"
 
+#include <algorithm>
+
 namespace sim {
 
 std::int64_t keepMessage(const SQLite::Database &database, const MessageRequest &message)
@@ -13,14 +15,16 @@ std::int64_t keepMessage(const SQLite::Database &database, const MessageRequest 
     return database.getLastInsertRowid();
 }
 
-std::vector<SentMessage> messages(const SQLite::Database &database, const std::string &phone)
+std::vector<SentMessage> messages(const SQLite::Database &database, const std::string &phone, int last)
 {
     std::vector<SentMessage> found;
-    auto row =
-        prepare(database, "SELECT id, at, phone, text FROM messages WHERE ?1 = '' OR phone = ?1 ORDER BY id", phone);
+    auto row = prepare(database,
+                       "SELECT id, at, phone, text FROM messages WHERE ?1 = '' OR phone = ?1 ORDER BY id DESC LIMIT ?2",
+                       phone, last);
     while (row.executeStep())
         found.push_back({row.getColumn(0).getInt64(), row.getColumn(1).getString(), row.getColumn(2).getString(),
                          row.getColumn(3).getString()});
+    std::ranges::reverse(found);
     return found;
 }
 

@@ -5,6 +5,7 @@
 
 #include <SQLiteCpp/Database.h>
 
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -21,8 +22,9 @@ struct SentMessage
 /// Keeps the message; its number.
 std::int64_t keepMessage(const SQLite::Database &database, const MessageRequest &message);
 
-/// The messages to a number, or all with an empty one; oldest first.
-std::vector<SentMessage> messages(const SQLite::Database &database, const std::string &phone);
+/// The `last` newest messages to a number, or to all with an empty one; oldest first.
+std::vector<SentMessage> messages(const SQLite::Database &database, const std::string &phone,
+                                  int last = std::numeric_limits<int>::max());
 
 /// The confirmation code in a text: its last run of digits, empty when there is none.
 std::string codeIn(const std::string &text);

@@ -36,13 +36,23 @@ Proxy::Proxy(int servicePort, ProxyFaults &faults, ProxyRecord &record)
     : m_servicePort(servicePort), m_faults(faults), m_record(record)
 {
     const auto handler = [this](const auto &request, auto &response) { carry(request, response); };
+    m_routes.addFaults("/proxy/faults", faults.list()); // before the handler of everything
     m_server.Get(".*", handler);
     m_server.Post(".*", handler);
 }
 
+bool Proxy::admit(const httplib::Request &request, httplib::Response &response)
+{
+    const std::string reason = request.path.starts_with("/proxy/") ? foreignness(request) : std::string();
+    if (!reason.empty())
+        write(refusal(403, reason), response);
+    return reason.empty();
+}
+
 void Proxy::carry(const httplib::Request &request, httplib::Response &response)
 {
-    const ProxyFault *fault = m_faults.draw(isKept(request.remote_port));
+    const ProxyFault *fault =
+        m_faults.draw(request.path.substr(request.path.rfind('/') + 1), isKept(request.remote_port));
     if (fault && fault->answer == ProxyFault::Answer::Late)
         std::this_thread::sleep_for(latency);
     if ((!fault || fault->processed) && !ask(request, response))
@@ -78,30 +88,30 @@ bool Proxy::ask(const httplib::Request &request, httplib::Response &response)
 
 void Proxy::spoil(const ProxyFault &fault, int tillsPort, httplib::Response &response)
 {
-    using Answer = ProxyFault::Answer;
+    using enum ProxyFault::Answer;
     const std::size_t size = response.body.size();
     switch (fault.answer) {
-    case Answer::Late:
+    case Late:
         return;
-    case Answer::Slow:
+    case Slow:
         return trickle(response, size, 32, 5ms);
-    case Answer::Dripping:
+    case Dripping:
         return trickle(response, size, 1, 100ms);
-    case Answer::Cut:
+    case Cut:
         return trickle(response, size / 2, size / 2, 0ms);
-    case Answer::Halved:
+    case Halved:
         return response.body.resize(size / 2);
-    case Answer::Nothing:
+    case Nothing:
         m_connections.waitForHangUp(tillsPort, longestSilence);
         return m_connections.cut(tillsPort);
-    case Answer::Reset:
+    case Reset:
         return m_connections.reset(tillsPort);
-    case Answer::Closed:
+    case Closed:
         return m_connections.cut(tillsPort);
-    case Answer::Refused:
+    case Refused:
         stop();                        // first: when the till sees the end of its connection, it finds nobody any more
         return m_connections.cutAll(); // a kept one would hold up the end of the outage
-    case Answer::Replaced:
+    case Replaced:
         response.status = fault.status;
         return response.set_content(fault.body, fault.type);
     }

@@ -1,9 +1,10 @@
 // The fault proxy: does to the exchanges of a till and its service what networks and gateways do.
 #pragma once
 
-#include "loopback_server.h"
-#include "proxy_fault.h"
-#include "proxy_record.h"
+#include "adminroutes.h"
+#include "loopbackserver.h"
+#include "proxyfault.h"
+#include "proxyrecord.h"
 
 namespace sim {
 
@@ -15,6 +16,9 @@ public:
     /// Both must outlive the proxy.
     Proxy(int servicePort, ProxyFaults &faults, ProxyRecord &record);
 
+protected:
+    bool admit(const httplib::Request &request, httplib::Response &response) override;
+
 private:
     void carry(const httplib::Request &request, httplib::Response &response);
     bool ask(const httplib::Request &request, httplib::Response &response);
@@ -25,6 +29,7 @@ private:
     ProxyFaults &m_faults;
     ProxyRecord &m_record;
     std::mutex m_mutex;
+    AdminRoutes m_routes{m_server};
     std::set<int> m_tillsPorts; ///< Of connections that have carried requests.
 };
 

@@ -1,4 +1,4 @@
-// Why the service does not do what it was asked. The text is for the cashier.
+// Why the service does not do what it was asked: in Russian for the cashier, in English for who watches the service.
 #pragma once
 
 #include <stdexcept>
@@ -16,14 +16,19 @@ public:
         Rule        ///< understood, but the order's life does not allow it: status 200, "error" with a code
     };
 
-    Refusal(Kind kind, const std::string &text, int code = 0) : std::runtime_error(text), m_kind(kind), m_code(code) {}
+    Refusal(Kind kind, std::string forCashier, const std::string &reason, int code = 0)
+        : std::runtime_error(reason), m_kind(kind), m_forCashier(std::move(forCashier)), m_code(code)
+    {}
 
     Kind kind() const { return m_kind; }
+    /// The text of the answer; what() is the reason in English.
+    const std::string &forCashier() const { return m_forCashier; }
     /// The "errorCode" of a broken rule, above 0; 0 for the other kinds.
     int code() const { return m_code; }
 
 private:
     Kind m_kind;
+    std::string m_forCashier;
     int m_code;
 };
 

@@ -3,8 +3,9 @@
 
 #include "customers.h"
 #include "database.h"
-#include "order_store.h"
+#include "orderstore.h"
 #include "outbox.h"
+#include "plaintext.h"
 
 #include <algorithm>
 
@@ -14,12 +15,29 @@ namespace {
 
 Json toJson(const Customer &customer)
 {
-    return {{"CustAccount", customer.account}, {"LastName", customer.lastName},
-            {"FirstName", customer.firstName}, {"Phone", customer.phone},
-            {"Cards", customer.cards},         {"Balance", formatHundredths(customer.balance)}};
+    Json tiers = Json::array();
+    for (const Tier &tier : customer.tiers)
+        tiers.push_back({{"Name", tier.name}, {"Discount", tier.discount}});
+    return {{"CustAccount", customer.account},
+            {"LastName", customer.lastName},
+            {"FirstName", customer.firstName},
+            {"MiddleName", customer.middleName},
+            {"Phone", customer.phone},
+            {"Cards", customer.cards},
+            {"Tiers", tiers},
+            {"Balance", formatHundredths(customer.balance)}};
 }
 
-Json toJson(const Order &order)
+Json toJson(const OrderStep &step)
+{
+    return {{"state", step.state},
+            {"amount", formatHundredths(step.amount)},
+            {"points", formatHundredths(step.points)},
+            {"earned", formatHundredths(step.earned)},
+            {"at", step.at}};
+}
+
+Json toJson(const Order &order, const std::vector<OrderStep> &steps)
 {
     Json lines = Json::array();
     for (const StoredLine &line : order.lines)
@@ -27,6 +45,9 @@ Json toJson(const Order &order)
                          {"amount", formatHundredths(line.amount)},
                          {"paymentDiscount", formatHundredths(line.paymentDiscount)},
                          {"points", formatHundredths(line.points)}});
+    Json life = Json::array();
+    for (const OrderStep &step : steps)
+        life.push_back(toJson(step));
     return {{"basket", order.basket},
             {"account", order.account},
             {"card", order.card},
@@ -35,7 +56,8 @@ Json toJson(const Order &order)
             {"amount", formatHundredths(order.amount())},
             {"points", formatHundredths(order.points())},
             {"earned", formatHundredths(order.earned)},
-            {"lines", lines}};
+            {"lines", lines},
+            {"steps", life}};
 }
 
 /// Characters, not bytes: names are Cyrillic.
@@ -79,14 +101,17 @@ std::vector<std::vector<std::string>> orderRows(const SQLite::Database &database
 
 } // namespace
 
-Json ledgerJson(const SQLite::Database &database)
+Json ledgerJson(const SQLite::Database &database, int last)
 {
     Json ledger{{"customers", Json::array()}, {"orders", Json::array()}, {"movements", Json::array()}};
     for (const Customer &customer : allCustomers(database))
         ledger["customers"].push_back(toJson(customer));
-    for (const Order &order : allOrders(database))
-        ledger["orders"].push_back(toJson(order));
-    auto row = prepare(database, "SELECT id, account, ifnull(basket, ''), kind, points, at FROM movements ORDER BY id");
+    for (const Order &order : lastOrders(database, last))
+        ledger["orders"].push_back(toJson(order, stepsOf(database, order.basket)));
+    auto row = prepare(database,
+                       "SELECT * FROM (SELECT id, account, ifnull(basket, ''), kind, points, at FROM movements"
+                       " ORDER BY id DESC LIMIT ?) ORDER BY id",
+                       last);
     while (row.executeStep())
         ledger["movements"].push_back({{"id", row.getColumn(0).getInt64()},
                                        {"account", row.getColumn(1).getString()},
@@ -97,11 +122,15 @@ Json ledgerJson(const SQLite::Database &database)
     return ledger;
 }
 
-Json outboxJson(const SQLite::Database &database, const std::string &phone)
+Json outboxJson(const SQLite::Database &database, const std::string &phone, int last)
 {
     Json found = Json::array();
-    for (const SentMessage &message : messages(database, phone))
-        found.push_back({{"id", message.id}, {"at", message.at}, {"phone", message.phone}, {"text", message.text}});
+    for (const SentMessage &message : messages(database, phone, last))
+        found.push_back({{"id", message.id},
+                         {"at", message.at},
+                         {"phone", message.phone},
+                         {"text", message.text},
+                         {"code", codeIn(message.text)}});
     return {{"messages", found}};
 }
 
@@ -110,8 +139,10 @@ std::string ledgerText(const SQLite::Database &database)
     return table(customerRows(database)) + "\n" + table(orderRows(database));
 }
 
-std::string table(const std::vector<std::vector<std::string>> &rows)
+std::string table(std::vector<std::vector<std::string>> rows)
 {
+    for (auto &row : rows)
+        std::ranges::transform(row, row.begin(), plainText);
     std::vector<std::size_t> widths;
     for (const auto &row : rows) {
         widths.resize(std::max(widths.size(), row.size()));

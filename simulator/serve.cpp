@@ -1,7 +1,7 @@
 // Start, announcement and orderly end of the server process.
 #include "serve.h"
 
-#include "customer_file.h"
+#include "customerfile.h"
 
 #include <unistd.h>
 
@@ -41,6 +41,7 @@ void writePortFile(const std::filesystem::path &file, int port)
 {
     std::filesystem::path draft = file;
     draft += ".new";
+    std::filesystem::remove(draft); // its mode may be another
     std::ofstream stream(draft);
     stream << port << '\n';
     stream.close();

@@ -1,7 +1,7 @@
 // The "serve" command: a server process from its start to its signal.
 #pragma once
 
-#include "http_server.h"
+#include "httpserver.h"
 
 #include <filesystem>
 

@@ -25,7 +25,7 @@ OrderLine readLine(const Json &object, const std::string &where)
     line.noEarn = fields.flag("noEarnAllowed");
     line.paymentDiscount = fields.money("paymentDiscAmount");
     if (line.paymentDiscount > line.amount)
-        refuseField(fields.path("paymentDiscAmount"), "больше суммы строки");
+        refuseField(fields.path("paymentDiscAmount"), "больше суммы строки", "more than lineAmount");
     return line;
 }
 
@@ -39,7 +39,7 @@ void checkDate(const std::string &text)
         text.size() == 10 && std::sscanf(text.c_str(), "%4d-%2u-%2u%c", &year, &month, &day, &rest) == 3;
     using namespace std::chrono;
     if (!shaped || !year_month_day(std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)).ok())
-        refuseField("basketDatetime", "ожидается дата вида ГГГГ-ММ-ДД");
+        refuseField("basketDatetime", "ожидается дата вида ГГГГ-ММ-ДД", "expected a date like 2024-02-29");
 }
 
 BasketRequest readBasket(const Fields &fields)
@@ -55,7 +55,8 @@ Json parseObject(const std::string &body)
 {
     Json object = Json::parse(body, nullptr, false);
     if (!object.is_object())
-        throw Refusal(Refusal::Kind::BadRequest, "Тело запроса не является объектом JSON");
+        throw Refusal(Refusal::Kind::BadRequest, "Тело запроса не является объектом JSON",
+                      "the body is not a JSON object");
     return object;
 }
 
@@ -72,7 +73,8 @@ OrderRequest readOrder(const Json &body)
     for (const OrderLine &line : order.lines)
         sum += line.paymentDiscount;
     if (fields.money("paymentDiscAmount") != sum)
-        refuseField("paymentDiscAmount", "не равно сумме по строкам " + formatHundredths(sum));
+        refuseField("paymentDiscAmount", "не равно сумме по строкам " + formatHundredths(sum),
+                    "differs from the sum of the lines, " + formatHundredths(sum));
     return order;
 }
 
@@ -93,10 +95,10 @@ MessageRequest readMessage(const Json &body)
 {
     const Fields fields(body, "", {"brand", "phone", "text", "channel"});
     if (fields.text("channel") != "sms")
-        refuseField("channel", "поддерживается только sms");
+        refuseField("channel", "поддерживается только sms", "only sms is supported");
     MessageRequest message{fields.text("brand"), phoneKey(fields.text("phone")), fields.filledText("text")};
     if (message.phone.empty())
-        refuseField("phone", "ожидается номер вида +79001234567");
+        refuseField("phone", "ожидается номер вида +79001234567", "expected a number like +79001234567");
     return message;
 }
 

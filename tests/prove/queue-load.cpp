@@ -2,7 +2,7 @@
 // the same bytes sent by bare libcurl in the same run. Exit status 1: a count or an order was wrong.
 #include "bench/barecurl.h"
 #include "client/interface.h"
-#include "simulator/loopback_server.h"
+#include "simulator/loopbackserver.h"
 #include "tests/support/fakeconfig.h"
 
 #include <core/basicexception.h>

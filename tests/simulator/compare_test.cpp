@@ -1,6 +1,6 @@
 // The comparison of till and ledger: each kind of difference is found, and nothing else is.
 #include "compare.h"
-#include "simulator_fixture.h"
+#include "simulatorfixture.h"
 
 #include <functional>
 

@@ -1,6 +1,6 @@
 // The files that the program reads: errors name file, place and field, and a ledger is judged by the exit status.
 #include "journal.h"
-#include "simulator_fixture.h"
+#include "simulatorfixture.h"
 
 #include <QtCore/QProcess>
 

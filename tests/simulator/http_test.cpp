@@ -1,5 +1,5 @@
 // The service as a client sees it: authentication, queries, refusals of what is malformed, and faults on demand.
-#include "simulator_fixture.h"
+#include "simulatorfixture.h"
 
 namespace sim {
 

@@ -1,7 +1,7 @@
 // The life of an order over HTTP: what is allowed when, what repeats, what is booked; and the rules of its points.
 #include "audit.h"
 #include "pricing.h"
-#include "simulator_fixture.h"
+#include "simulatorfixture.h"
 
 namespace sim {
 

@@ -1,6 +1,6 @@
 // The fault proxy does what its faults are called: what a till's client sees, and whether the service got the request.
 #include "proxy.h"
-#include "simulator_fixture.h"
+#include "simulatorfixture.h"
 #include "tests/support/file.h"
 
 #include <net/restclient.h>

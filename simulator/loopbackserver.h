@@ -30,6 +30,9 @@ public:
     virtual void stop();
 
 protected:
+    /// False when the request is answered already and is not to be routed. From any thread.
+    virtual bool admit(const httplib::Request &, httplib::Response &) { return true; }
+
     httplib::Server m_server;
     Connections m_connections;
 

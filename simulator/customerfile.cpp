@@ -1,5 +1,5 @@
 // Reading of the customers' JSON form; field names are those of the service's answers.
-#include "customer_file.h"
+#include "customerfile.h"
 
 #include "wire.h"
 
@@ -33,11 +33,11 @@ void readCards(const Fields &fields, Customer &customer)
 {
     for (const Json &card : fields.array("Cards")) {
         if (!card.is_string() || card.get<std::string>().empty())
-            refuseField(fields.path("Cards"), "ожидаются номера карт");
+            refuseField(fields.path("Cards"), "expected card numbers");
         customer.cards.push_back(card.get<std::string>());
     }
     if (customer.cards.empty())
-        refuseField(fields.path("Cards"), "нужна хотя бы одна карта");
+        refuseField(fields.path("Cards"), "expected at least one card");
 }
 
 void readTiers(const Fields &fields, Customer &customer)
@@ -47,9 +47,21 @@ void readTiers(const Fields &fields, Customer &customer)
                           {"Name", "Discount"});
         customer.tiers.push_back({tier.filledText("Name"), tier.number("Discount")});
         if (customer.tiers.back().discount > 100)
-            refuseField(tier.path("Discount"), "больше 100 процентов");
+            refuseField(tier.path("Discount"), "more than 100 percent");
     }
 }
+
+std::vector<Customer> readCustomers(const Json &array)
+{
+    if (!array.is_array())
+        throw std::runtime_error("not a JSON array of customers");
+    std::vector<Customer> customers;
+    for (const Json &object : array)
+        customers.push_back(readCustomer(object, "[" + std::to_string(customers.size()) + "]"));
+    return customers;
+}
+
+} // namespace
 
 Customer readCustomer(const Json &object, const std::string &where)
 {
@@ -66,25 +78,13 @@ Customer readCustomer(const Json &object, const std::string &where)
     customer.email = textOr(fields, "Email");
     customer.phone = phoneKey(fields.text("Phone"));
     if (customer.phone.empty())
-        refuseField(fields.path("Phone"), "ожидается номер вида +79001234567");
+        refuseField(fields.path("Phone"), "expected a number like +79001234567");
     customer.balance = fields.has("Balance") ? fields.money("Balance") : 0;
     readCards(fields, customer);
     if (fields.has("Tiers"))
         readTiers(fields, customer);
     return customer;
 }
-
-std::vector<Customer> readCustomers(const Json &array)
-{
-    if (!array.is_array())
-        throw std::runtime_error("not a JSON array of customers");
-    std::vector<Customer> customers;
-    for (const Json &object : array)
-        customers.push_back(readCustomer(object, "[" + std::to_string(customers.size()) + "]"));
-    return customers;
-}
-
-} // namespace
 
 std::vector<Customer> readCustomerFile(const std::filesystem::path &file)
 try {

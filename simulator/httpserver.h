@@ -1,12 +1,12 @@
-// The HTTP side: routes, authentication, faults and the requests kept for tests.
+// The HTTP side of the service's two APIs: authentication, faults and the log of requests.
 #pragma once
 
+#include "admin.h"
 #include "api.h"
 #include "faults.h"
-#include "loopback_server.h"
-#include "request_log.h"
+#include "loopbackserver.h"
+#include "requestlog.h"
 
-#include <map>
 #include <string>
 
 namespace sim {
@@ -15,7 +15,8 @@ struct ServerOptions
 {
     std::string user; ///< of HTTP Basic authentication, like the password
     std::string password;
-    std::string brand; ///< empty: every brand is served
+    std::string brand;  ///< empty: every brand is served
+    bool admin = false; ///< serve the page
 };
 
 class HttpServer : public LoopbackServer
@@ -26,32 +27,29 @@ public:
 
     void stop() override;
 
+protected:
+    bool admit(const httplib::Request &request, httplib::Response &response) override;
+
 private:
     using Call = Answer (HttpServer::*)(const std::string &method, const httplib::Request &request);
 
-    void addRoutes();
-    void addGet(const std::string &path, const httplib::Server::Handler &handler);
-    void addPost(const std::string &path, const httplib::Server::Handler &handler);
+    void addApiRoutes();
     void serveMethod(const std::string &method, Call call, const httplib::Request &request,
                      httplib::Response &response);
-    void serveWithFault(const std::string &method, Call call, const Fault *fault, const httplib::Request &request,
-                        httplib::Response &response);
+    Outcome serveWithFault(const std::string &method, Call call, const Fault *fault, const httplib::Request &request,
+                           httplib::Response &response);
     Answer process(const std::string &method, Call call, const httplib::Request &request);
     Answer query(const std::string &method, const httplib::Request &request);
     Answer post(const std::string &method, const httplib::Request &request);
-    Answer addFault(const httplib::Request &request);
-    Answer clearFaults(const httplib::Request &request);
-    Answer outbox(const httplib::Request &request);
-    Answer ledger(const httplib::Request &request);
-    Answer requests(const httplib::Request &request);
     void answerUnrouted(const httplib::Request &request, httplib::Response &response) const;
 
-    Database &m_database;
     Api m_api;
     std::string m_authorization;
+    Feed m_feed;
     Faults m_faults;
-    RequestLog m_log;
-    std::map<std::string, std::string> m_allowed; ///< the HTTP methods of each path
+    RequestLog m_log{m_feed};
+    AdminRoutes m_routes{m_server};
+    Admin m_admin;
 };
 
 } // namespace sim

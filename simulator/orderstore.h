@@ -46,7 +46,23 @@ std::optional<Order> findOrder(const SQLite::Database &database, const std::stri
 /// All orders, oldest first.
 std::vector<Order> allOrders(const SQLite::Database &database);
 
-/// Writes the order and its lines in place of what is stored for its basket.
+/// The `last` newest of them, oldest first.
+std::vector<Order> lastOrders(const SQLite::Database &database, int last);
+
+/// A change in the life of an order, with its sums from then on.
+struct OrderStep
+{
+    std::string state;
+    Kopecks amount = 0;
+    Points points = 0;
+    Points earned = 0;
+    std::string at; ///< UTC
+};
+
+/// The order's life so far, oldest first.
+std::vector<OrderStep> stepsOf(const SQLite::Database &database, const std::string &basket);
+
+/// Writes the order and its lines in place of what is stored for its basket, and the step.
 void storeOrder(const SQLite::Database &database, const Order &order);
 
 } // namespace sim

@@ -1,6 +1,8 @@
 // What can go wrong between a till and its service, and when it does.
 #pragma once
 
+#include "faults.h"
+
 #include <cstdint>
 #include <mutex>
 #include <random>
@@ -37,22 +39,25 @@ struct ProxyFault
 /// Every kind of fault. Where a till cannot see whether the service has processed its request, both are in it.
 const std::vector<ProxyFault> &allProxyFaults();
 
-/// Draws faults. May be used from any thread.
+/// Draws faults from a list. May be used from any thread.
 class ProxyFaults
 {
 public:
-    /// `rate`: the part of all exchanges that meet with a fault, 0 to 1. `only`: the name of the one kind that there
-    /// is; empty for all kinds. Throws std::runtime_error for an unknown name.
+    /// Begins with a fault for the part `rate` of all exchanges, 0 to 1: of the kind `only`, of any kind when it is
+    /// empty. Throws Refusal for an unknown kind.
     ProxyFaults(std::uint64_t seed, double rate, const std::string &only);
 
     /// A fault for the next exchange, null for none. `kept`: its connection has carried requests before.
-    const ProxyFault *draw(bool kept);
+    const ProxyFault *draw(const std::string &method, bool kept);
+
+    /// To list, add and remove faults while the proxy runs.
+    Faults &list() { return m_list; }
 
 private:
     std::mutex m_mutex;
-    std::vector<ProxyFault> m_faults;
     std::mt19937_64 m_random;
-    double m_rate;
+    Feed m_feed;
+    Faults m_list;
 };
 
 } // namespace sim

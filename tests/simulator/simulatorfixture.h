@@ -1,9 +1,9 @@
 // A simulator on a free port inside the test process, and the words in which the tests speak to it.
 #pragma once
 
-#include "customer_file.h"
+#include "customerfile.h"
 #include "database.h"
-#include "http_server.h"
+#include "httpserver.h"
 
 #include <gmock/gmock.h>
 #include <httplib.h>

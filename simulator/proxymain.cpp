@@ -1,7 +1,6 @@
 // Command line of fault-proxy.
+#include "commandline.h"
 #include "proxy.h"
-
-#include <CLI/CLI.hpp>
 
 #include <iostream>
 #include <thread>
@@ -25,7 +24,8 @@ try {
         ->capture_default_str();
     app.add_option("--only", only, "The one kind of fault to draw");
     app.add_option("--record", recordFile, "File to append to what was done and seen, as JSON lines");
-    CLI11_PARSE(app, argc, argv);
+    if (const auto status = sim::startProgram(app, argc, argv))
+        return *status;
     sim::ProxyFaults faults(seed, rate, only);
     sim::ProxyRecord record(recordFile);
     for (bool isFirst = true;; isFirst = false) {

@@ -1,9 +1,11 @@
 // Orders in the ledger's tables.
-#include "order_store.h"
+#include "orderstore.h"
 
 #include "database.h"
 
+#include <algorithm>
 #include <array>
+#include <limits>
 #include <stdexcept>
 
 namespace sim {
@@ -75,11 +77,28 @@ std::optional<Order> findOrder(const SQLite::Database &database, const std::stri
 
 std::vector<Order> allOrders(const SQLite::Database &database)
 {
+    return lastOrders(database, std::numeric_limits<int>::max());
+}
+
+std::vector<Order> lastOrders(const SQLite::Database &database, int last)
+{
     std::vector<Order> orders;
-    auto row = prepare(database, (std::string(columns) + "ORDER BY rowid").c_str());
+    auto row = prepare(database, (std::string(columns) + "ORDER BY rowid DESC LIMIT ?").c_str(), last);
     while (row.executeStep())
         orders.push_back(readRow(database, row));
+    std::ranges::reverse(orders);
     return orders;
+}
+
+std::vector<OrderStep> stepsOf(const SQLite::Database &database, const std::string &basket)
+{
+    std::vector<OrderStep> steps;
+    auto row = prepare(
+        database, "SELECT state, amount, points, earned, at FROM order_steps WHERE basket = ? ORDER BY id", basket);
+    while (row.executeStep())
+        steps.push_back({row.getColumn(0).getString(), row.getColumn(1).getInt64(), row.getColumn(2).getInt64(),
+                         row.getColumn(3).getInt64(), row.getColumn(4).getString()});
+    return steps;
 }
 
 void storeOrder(const SQLite::Database &database, const Order &order)
@@ -89,6 +108,12 @@ void storeOrder(const SQLite::Database &database, const Order &order)
             " ON CONFLICT (basket) DO UPDATE SET state = excluded.state, body = excluded.body,"
             " order_id = excluded.order_id, earned = excluded.earned, changed_at = excluded.changed_at",
             order.basket, order.account, order.card, toText(order.state), order.body, order.orderId, order.earned);
+    execute(database,
+            "INSERT INTO order_steps (basket, state, amount, points, earned, at)"
+            " SELECT ?1, ?2, ?3, ?4, ?5, strftime('%Y-%m-%d %H:%M:%f', 'now') WHERE NOT EXISTS ("
+            "  SELECT 1 FROM (SELECT * FROM order_steps WHERE basket = ?1 ORDER BY id DESC LIMIT 1)"
+            "  WHERE state = ?2 AND amount = ?3 AND points = ?4 AND earned = ?5)",
+            order.basket, toText(order.state), order.amount(), order.points(), order.earned);
     execute(database, "DELETE FROM order_lines WHERE basket = ?", order.basket);
     for (int position = 0; const StoredLine &line : order.lines)
         execute(database, "INSERT INTO order_lines VALUES (?, ?, ?, ?, ?, ?)", order.basket, position++, line.lineId,

@@ -1,5 +1,5 @@
 // The record as JSON lines.
-#include "proxy_record.h"
+#include "proxyrecord.h"
 
 #include <nlohmann/json.hpp>
 

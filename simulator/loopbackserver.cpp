@@ -1,5 +1,5 @@
 // The packaged HTTP library, set up for clients that keep their connections.
-#include "loopback_server.h"
+#include "loopbackserver.h"
 
 #include <sys/socket.h>
 
@@ -10,7 +10,7 @@ namespace sim {
 
 namespace {
 
-constexpr std::size_t threads = 64; // each open connection keeps one
+constexpr std::size_t threads = 80; // each open connection keeps one; 16 of them may be event streams
 constexpr std::size_t requestsPerConnection = 1'000'000;
 constexpr time_t keepAliveSeconds = 15;
 
@@ -33,9 +33,10 @@ LoopbackServer::LoopbackServer()
     m_server.set_socket_options(setSocketOptions);
     m_server.set_keep_alive_max_count(requestsPerConnection);
     m_server.set_keep_alive_timeout(keepAliveSeconds);
-    m_server.set_pre_routing_handler([this](const auto &request, auto &) {
+    m_server.set_pre_routing_handler([this](const auto &request, auto &response) {
         m_connections.begin(request.remote_port);
-        return httplib::Server::HandlerResponse::Unhandled;
+        return admit(request, response) ? httplib::Server::HandlerResponse::Unhandled
+                                        : httplib::Server::HandlerResponse::Handled;
     });
     m_server.set_logger([this](const auto &request, const auto &) { m_connections.end(request.remote_port); });
 }

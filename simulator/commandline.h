@@ -1,0 +1,27 @@
+// What the command lines of this folder's programs have in common.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <sys/stat.h>
+
+#include <optional>
+#include <string>
+
+namespace sim {
+
+/// Parses the arguments. Returns the status to exit with at once: 0 after --help and --version, 2 for a usage error,
+/// which is reported on stderr; nothing when the program is to go on. From here on everything the process creates is
+/// readable by its owner only.
+inline std::optional<int> startProgram(CLI::App &app, int argc, char **argv)
+{
+    ::umask(S_IRWXG | S_IRWXO);
+    app.set_version_flag("--version", app.get_name() + " " KVO_SIMULATOR_VERSION);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError &error) {
+        return app.exit(error) == 0 ? 0 : 2;
+    }
+    return std::nullopt;
+}
+
+} // namespace sim

@@ -1,0 +1,96 @@
+// A stream writes what has changed since it last looked, so a slow reader gets fewer events and never a longer queue.
+#include "eventstream.h"
+
+#include "adminroutes.h"
+
+#include <charconv>
+#include <memory>
+#include <utility>
+
+namespace sim {
+
+namespace {
+
+/// Also the time after which a reader that has gone is noticed.
+constexpr auto heartbeat = std::chrono::seconds(2);
+
+std::string event(const char *name, const Json &data)
+{
+    return std::string("event: ") + name + "\ndata: " + data.dump(-1, ' ', false, Json::error_handler_t::replace) +
+           "\n\n";
+}
+
+std::uint64_t numberIn(const std::string &text, std::uint64_t fallback)
+{
+    std::uint64_t number = fallback;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+} // namespace
+
+/// How far a reader has got.
+struct EventStream::Watcher
+{
+    std::uint64_t touches = 0;
+    std::uint64_t requests = 0;
+    std::uint64_t last = RequestLog::kept;
+    std::int64_t ledger = -1;
+    Json faults;
+    bool greeted = false;
+};
+
+EventStream::EventStream(Database &database, const RequestLog &log, const Faults &faults, Feed &feed)
+    : m_database(database),
+      m_log(log),
+      m_faults(faults),
+      m_feed(feed),
+      m_run(std::to_string(std::chrono::system_clock::now().time_since_epoch().count()))
+{}
+
+void EventStream::serve(const httplib::Request &request, httplib::Response &response)
+{
+    if (++m_streams > mostStreams) {
+        --m_streams;
+        return write(refusal(503, "too many open streams; close a page"), response);
+    }
+    auto watcher = std::make_shared<Watcher>();
+    watcher->last = numberIn(request.get_param_value("last"), RequestLog::kept);
+    const std::string seen = request.get_header_value("Last-Event-ID"); // after a break; of this run or another
+    if (seen.starts_with(m_run + "-"))
+        watcher->requests = numberIn(seen.substr(m_run.size() + 1), 0);
+    response.set_chunked_content_provider(
+        "text/event-stream",
+        [this, watcher](std::size_t, httplib::DataSink &sink) {
+            const std::string text = next(*watcher);
+            if (m_feed.isClosed()) {
+                sink.done();
+                return true;
+            }
+            return sink.write(text.data(), text.size());
+        },
+        [this](bool) { --m_streams; });
+}
+
+std::string EventStream::next(Watcher &watcher)
+{
+    std::string text;
+    if (!std::exchange(watcher.greeted, true))
+        text = event("hello", {{"run", m_run}});
+    else
+        watcher.touches = m_feed.wait(watcher.touches, heartbeat);
+    const auto requests = m_log.changes(watcher.requests, watcher.last);
+    for (const Json &request : requests)
+        text += event("request", request);
+    if (!requests.empty())
+        text += "id: " + m_run + "-" + std::to_string(watcher.requests) + "\nevent: seen\ndata: {}\n\n";
+    const Json faults = m_faults.toJson();
+    if (std::exchange(watcher.faults, faults) != faults)
+        text += event("faults", faults);
+    const std::int64_t ledger = m_database.changes();
+    if (std::exchange(watcher.ledger, ledger) != ledger)
+        text += event("ledger", ledger);
+    return text.empty() ? ": alive\n\n" : text;
+}
+
+} // namespace sim

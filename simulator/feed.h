@@ -1,0 +1,52 @@
+// Wakes those who watch the service when there is something new to see.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+
+namespace sim {
+
+/// Thread-safe.
+class Feed
+{
+public:
+    /// Wakes all that wait.
+    void touch()
+    {
+        const std::scoped_lock lock(m_mutex);
+        ++m_touches;
+        m_changed.notify_all();
+    }
+
+    /// Waits until touch() has been called more than `seen` times, or for `time`. Returns the number of calls so far.
+    std::uint64_t wait(std::uint64_t seen, std::chrono::milliseconds time)
+    {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait_for(lock, time, [&] { return m_closed || m_touches > seen; });
+        return m_touches;
+    }
+
+    /// Ends all present and future waits, so that a stopping server can finish.
+    void close()
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_closed = true;
+        m_changed.notify_all();
+    }
+
+    bool isClosed()
+    {
+        const std::scoped_lock lock(m_mutex);
+        return m_closed;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::uint64_t m_touches = 0;
+    bool m_closed = false;
+};
+
+} // namespace sim
