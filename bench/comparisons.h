@@ -24,7 +24,8 @@ void saleVsCurl(Pairs &pairs, int lines);
 void saleVsFloor(Pairs &pairs, int lines);
 void floorVsCurl(Pairs &pairs, int lines);
 void unchangedVsBody(Pairs &pairs);
-void saveVsFsync(Pairs &pairs);
+void saveVsSqlite(Pairs &pairs);
+void saveGrowth(Pairs &pairs);
 
 // queue.cpp: the persistent queue, filled and drained; and its requests sent by the client without the queue.
 void pushVsSqlite(Pairs &pairs);

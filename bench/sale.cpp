@@ -1,18 +1,18 @@
-// Whole sales with the real libKvo.so, and saving the check that they leave.
+// Whole sales with the real libKvo.so, and saving a check as it grows.
 #include "barecurl.h"
 #include "comparisons.h"
 #include "samples.h"
 #include "tests/support/fakeconfig.h"
 
 #include <cashier/savetofilelogic.h>
+#include <checks/checkrows.h>
+#include <checks/checkstore.h>
 #include <core/activitynotifier.h>
 #include <core/mockfactory.h>
-#include <document/documentstore.h>
 #include <loyalty/basicloyaltysystem.h>
 #include <queue/dbqueuebroker.h>
 
-#include <fcntl.h>
-#include <unistd.h>
+#include <sqlite3.h>
 
 #include <QtCore/QFile>
 #include <QtCore/QPluginLoader>
@@ -152,18 +152,74 @@ Side withBodies(const QList<Exchange> &exchanges)
     });
 }
 
-/// A new file beside the old one, on the disk before it takes its name, and the name on the disk as well.
-void writeDurably(const QByteArray &file, const QByteArray &bytes)
+/// Writes and removes a row by SQLite's C interface, with the durability of the till's own saves.
+class RowWriter
 {
-    const QByteArray draft = file + ".new";
-    const int descriptor = ::open(draft.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    const bool written = ::write(descriptor, bytes.constData(), static_cast<std::size_t>(bytes.size())) == bytes.size();
-    require(written && ::fsync(descriptor) == 0 && ::close(descriptor) == 0 &&
-                ::rename(draft.constData(), file.constData()) == 0,
-            "the peer cannot write");
-    const int folder = ::open(file.left(file.lastIndexOf('/')).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    require(::fsync(folder) == 0 && ::close(folder) == 0, "the peer cannot sync its folder");
-}
+public:
+    explicit RowWriter(const QString &file)
+    {
+        require(sqlite3_open(QFile::encodeName(file).constData(), &m_database) == SQLITE_OK, "SQLite: not opened");
+        for (const char *sql : {"PRAGMA journal_mode = WAL", "PRAGMA synchronous = FULL",
+                                "CREATE TABLE part (key INTEGER PRIMARY KEY, content BLOB NOT NULL)"})
+            require(sqlite3_exec(m_database, sql, nullptr, nullptr, nullptr) == SQLITE_OK, "SQLite: not set up");
+        constexpr auto sql = "INSERT INTO part (key, content) VALUES (?, ?)";
+        require(sqlite3_prepare_v2(m_database, sql, -1, &m_insert, nullptr) == SQLITE_OK, "SQLite: not prepared");
+    }
+    ~RowWriter()
+    {
+        sqlite3_finalize(m_insert);
+        sqlite3_close(m_database);
+    }
+    Q_DISABLE_COPY_MOVE(RowWriter)
+
+    void insert(const QByteArray &row)
+    {
+        sqlite3_bind_int(m_insert, 1, ++m_key);
+        sqlite3_bind_blob(m_insert, 2, row.constData(), static_cast<int>(row.size()), SQLITE_STATIC);
+        require(sqlite3_step(m_insert) == SQLITE_DONE, "SQLite: row not written");
+        sqlite3_reset(m_insert);
+    }
+
+private:
+    sqlite3 *m_database = nullptr;
+    sqlite3_stmt *m_insert = nullptr;
+    int m_key = 0;
+};
+
+/// A priced check in a store on the disk, which takes one line more and gives it back.
+class SavedCheck
+{
+public:
+    explicit SavedCheck(int lines)
+    {
+        Till till(lines); // one at a time: a process has one plugin
+        till.price();
+        m_check = till.check;
+        m_store.save(*m_check);
+    }
+
+    /// The seconds until a line more is on the disk.
+    double addLine()
+    {
+        const auto item = GoodsItem::fromMap(m_check->getGoodsItems().first()->toMap());
+        const double seconds = secondsOf([&] {
+            m_check->addGoodsItem(item);
+            m_store.save(*m_check);
+        });
+        m_check->removeGoodsItem(item->getPosnum());
+        m_store.save(*m_check);
+        return seconds;
+    }
+
+    /// What is stored of a line.
+    QByteArray row() const { return CheckRows().update(*m_check).written.at(1).content; }
+
+    const QTemporaryDir folder{diskFolder()};
+
+private:
+    QSharedPointer<SaleDocument> m_check;
+    CheckStore m_store{folder.path()};
+};
 
 } // namespace
 
@@ -202,24 +258,19 @@ void unchangedVsBody(Pairs &pairs)
     pairs.run(calls(repetitions, notify), calls(repetitions, body));
 }
 
-void saveVsFsync(Pairs &pairs)
+void saveVsSqlite(Pairs &pairs)
 {
-    Till till(20);
-    till.check = makePlainCheck(20); // its lines are to have room for the points
-    till.price();
-    till.spend();
-    const BonusImpactPtrList impacts = till.system->getBonusImpactsForSpend();
-    for (const auto &impact : impacts)
-        till.check->addImpact(impact);
+    SavedCheck check(20);
+    const QByteArray row = check.row();
+    RowWriter writer(check.folder.filePath(u"peer.db"_s));
+    pairs.run([&] { return check.addLine(); }, calls(1, [&] { writer.insert(row); }));
+}
 
-    const QTemporaryDir folder(diskFolder());
-    const DocumentStore store(folder.path());
-    store.save(*till.check);
-    QFile saved(store.openCheckFile());
-    require(saved.open(QFile::ReadOnly), "the check was not saved");
-    const QByteArray bytes = saved.readAll();
-    const QByteArray peer = QFile::encodeName(folder.filePath(u"peer.json"_s));
-    pairs.run(calls(1, [&] { store.save(*till.check); }), calls(1, [&] { writeDurably(peer, bytes); }));
+void saveGrowth(Pairs &pairs)
+{
+    SavedCheck large(1000);
+    SavedCheck small(20);
+    pairs.run([&] { return large.addLine(); }, [&] { return small.addLine(); });
 }
 
 } // namespace bench

@@ -1,6 +1,8 @@
 // The memory of a real till over a day's sales.
 #include "comparisons.h"
 
+#include <checks/checkstore.h>
+
 #include <nlohmann/json.hpp>
 
 #include <QtCore/QProcess>
@@ -9,7 +11,6 @@
 #include <algorithm>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -53,15 +54,6 @@ double peakKilobytes(qint64 process)
     return kilobytes;
 }
 
-/// How many more checks are in the till's books than before. A line may still be on its way.
-int newSales(std::ifstream &books, const std::string &journal)
-{
-    if (!books.is_open())
-        books.open(journal);
-    books.clear();
-    return static_cast<int>(std::count(std::istreambuf_iterator<char>(books), {}, '\n'));
-}
-
 } // namespace
 
 double tillMemory(const QString &url)
@@ -75,19 +67,18 @@ double tillMemory(const QString &url)
     till.setStandardOutputFile(folder.filePath(u"receipts.txt"_s));
     till.start(QString::fromUtf8(KVO_TILL_FILE), commandLine(folder));
     require(till.waitForStarted(), "kvo-till does not start");
-    std::ifstream books;
-    int sales = 0;
+    CheckStore books(folder.filePath(u"data"_s), CheckStore::Access::Look);
+    bool isEarly = true;
     double first = 0;
     double last = 0;
     while (!till.waitForFinished(1)) {
-        sales += newSales(books, folder.filePath(u"data/journal.jsonl"_s).toStdString());
         last = std::max(last, peakKilobytes(till.processId()));
-        if (sales <= firstSales)
+        isEarly = isEarly && books.journal().size() <= firstSales;
+        if (isEarly)
             first = last;
     }
-    sales += newSales(books, folder.filePath(u"data/journal.jsonl"_s).toStdString());
     require(till.exitCode() == 0, "kvo-till has failed");
-    require(sales == allSales, "kvo-till has not made its sales");
+    require(books.journal().size() == allSales, "kvo-till has not made its sales");
     std::cerr << "peak memory of kvo-till: " << first << " kB after " << firstSales << " sales, " << last
               << " kB after " << allSales << '\n';
     return last / first;

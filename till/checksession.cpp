@@ -12,8 +12,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace till {
 
-CheckSession::CheckSession(BasicLoyaltySystem &system, EndingQueue &queue, Journal &journal)
-    : m_system(system), m_queue(queue), m_journal(journal)
+CheckSession::CheckSession(BasicLoyaltySystem &system, EndingQueue &queue) : m_system(system), m_queue(queue)
 {}
 
 CheckSession::~CheckSession()
@@ -55,7 +54,7 @@ void CheckSession::adopt(const QSharedPointer<SaleDocument> &document)
 void CheckSession::revert()
 {
     try {
-        if (const auto saved = m_store.restore())
+        if (const auto saved = m_store->restore())
             adopt(saved);
     } catch (const BasicException &) {
         // The disk that refused the change cannot be read either: the caller reports why.

@@ -4,9 +4,10 @@
 #include "checkresult.h"
 #include "tillstate.h"
 
+#include <checks/checkstore.h>
 #include <core/eventcode.h>
+#include <core/singleton.h>
 #include <core/tr.h>
-#include <document/documentstore.h>
 #include <loyalty/ecardnumbertype.h>
 
 #include <functional>
@@ -15,7 +16,6 @@
 namespace till {
 
 class EndingQueue;
-class Journal;
 
 /// Used on the check thread only. Every operation that changes the check returns with the check on the disk, so that a
 /// kill at any instant loses at most the operation that was under way.
@@ -23,14 +23,13 @@ class Journal;
 /// How a check ends. The ending is noted on the check before its first step, then:
 ///
 ///     noted -> commit() or rollback(), requests held back -> state and requests on the check, in one write
-///           -> requests on the queue -> journal -> file of the open check removed
+///           -> requests on the queue -> journal entered and check removed, in one write
 ///
-/// A kill in between leaves the file, and resume() goes on from what it says. Because the ending is noted first, nobody
-/// changes a check whose order may be posted. Until the state is on the check nothing can have been posted (see
-/// EndingQueue), so commit() may run again, and even the card may still be removed. Afterwards only steps follow that
-/// are safe to repeat: the service's operations are idempotent by basket, and the journal takes a check once. The
-/// journal comes after the queue: what is in the books is certain to be sent. The file goes last: while it is there,
-/// nothing is forgotten.
+/// A kill in between leaves the check in the store, and resume() goes on from what it says. Because the ending is noted
+/// first, nobody changes a check whose order may be posted. Until the state is on the check nothing can have been
+/// posted (see EndingQueue), so commit() may run again, and even the card may still be removed. Afterwards only steps
+/// follow that are safe to repeat: the service's operations are idempotent by basket. The journal comes after the
+/// queue: what is in the books is certain to be sent.
 ///
 /// Operations throw BasicException with the text for the cashier when they are refused or cannot be saved; the check
 /// then is as it was before. Only an order that the service may have stays noted, and is settled by the next operation.
@@ -38,7 +37,7 @@ class CheckSession
 {
 public:
     /// All of them must live longer than the session; `queue` must be in place as Singleton<DBQueueBroker>.
-    CheckSession(BasicLoyaltySystem &system, EndingQueue &queue, Journal &journal);
+    CheckSession(BasicLoyaltySystem &system, EndingQueue &queue);
     ~CheckSession();
     Q_DISABLE_COPY_MOVE(CheckSession)
 
@@ -127,8 +126,7 @@ private:
 
     BasicLoyaltySystem &m_system;
     EndingQueue &m_queue;
-    Journal &m_journal;
-    DocumentStore m_store;
+    QSharedPointer<CheckStore> m_store = Singleton<CheckStore>::instance();
     QSharedPointer<SaleDocument> m_document;
     TillState m_state;
 };

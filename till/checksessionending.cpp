@@ -1,7 +1,6 @@
 // The end of a check, and going on after a kill.
 #include "checksession.h"
 #include "endingqueue.h"
-#include "journal.h"
 
 #include <cashier/cashierui.h>
 #include <core/basicexception.h>
@@ -16,7 +15,7 @@ namespace till {
 
 std::optional<CheckResult> CheckSession::resume()
 {
-    const auto saved = m_store.restore();
+    const auto saved = m_store->restore();
     if (!saved)
         return std::nullopt;
     adopt(saved);
@@ -71,8 +70,7 @@ CheckResult CheckSession::completeEnding()
         endWithLoyaltySystem();
     m_queue.store(m_state.requests);
     const CheckResult ended = result();
-    m_journal.enter(ended.toJournal());
-    m_store.remove();
+    m_store->finish(*m_document, ended.toJournal());
     m_system.cancel();
     m_system.clearAfterClose();
     m_system.setDocument(nullptr);

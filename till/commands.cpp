@@ -70,8 +70,7 @@ ExitStatus play(const QList<Scenario> &scenarios, const Options &options, const 
     QueueDrain drain;
     drain.setHandler(loyaltyQueueOwner, makeLoyaltySender());
     drain.start();
-    Journal journal(host.journalFile());
-    CheckSession session(plugin.system(), host.queue(), journal);
+    CheckSession session(plugin.system(), host.queue());
     ScenarioPlayer player(session, cashier, drain);
     player.recover(firstCheck(scenarios));
     for (const Scenario &scenario : scenarios)
@@ -118,6 +117,22 @@ ExitStatus drainQueue(const Options &options)
                                ? QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact))
                                : statusText(left));
         return delivered && left.deadLetters == 0 ? Succeeded : Differed;
+    } catch (const BasicException &error) {
+        return fail(error, Unusable);
+    }
+}
+
+ExitStatus printJournal(const Options &options)
+{
+    try {
+        const QDateTime since = QDateTime::fromString(options.journalSince, Qt::ISODate);
+        if (!options.journalSince.isEmpty() && !since.isValid())
+            throw BasicException(
+                u"--since %1: a date such as 2026-03-31 or 2026-03-31T18:00 is expected"_s.arg(options.journalSince));
+        const TillHost host(options.configFile, TillHost::Access::Look);
+        CheckStore store(host.dataFolder(), CheckStore::Access::Look);
+        console::print(journalText(store.journal(since), options.json));
+        return Succeeded;
     } catch (const BasicException &error) {
         return fail(error, Unusable);
     }

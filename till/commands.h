@@ -24,6 +24,8 @@ struct Options
     QString codeCommand; ///< See ScriptedCashier.
     std::chrono::seconds drainTime{5};
     QueueRequest queueRequest;
+    bool json = false;    ///< Of the journal, see journalText().
+    QString journalSince; ///< An ISO date or date and time; empty: from the beginning.
 };
 
 /// Plays the scenarios, then gives the queue `drainTime` to deliver what the checks have left in it. Without scenarios
@@ -37,5 +39,8 @@ ExitStatus drainQueue(const Options &options);
 /// Tells what is queued and changes it; also while a till works with the queue. Differed when the queue's status is not
 /// fine.
 ExitStatus manageQueue(const Options &options);
+
+/// Prints the journal; also while a till works.
+ExitStatus printJournal(const Options &options);
 
 } // namespace till

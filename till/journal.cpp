@@ -1,17 +1,10 @@
-// Appends to the journal so that a kill at any instant leaves each check in it once or not yet.
+// Prints the journal. What its entries hold is in checkresult.cpp.
 #include "journal.h"
 
-#include <core/basicexception.h>
+#include <core/money.h>
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
+#include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
-
-#include <cerrno>
-#include <cstring>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -19,105 +12,42 @@ namespace till {
 
 namespace {
 
-constexpr int ownerOnly = 0600;
-
-[[noreturn]] void fail(const QString &fileName)
+QString masked(const QString &card)
 {
-    const QString reason = QString::fromLocal8Bit(std::strerror(errno));
-    throw BasicException(u"Журнал %1: %2"_s.arg(fileName, reason));
+    constexpr qsizetype shown = 4;
+    return card.isEmpty() ? u"без карты"_s : u"карта …"_s + card.right(shown);
 }
 
-/// An open file or folder; closed at the end of the block.
-class Descriptor
+QString sumOf(const QJsonArray &lines)
 {
-public:
-    Descriptor(const QString &fileName, int flags)
-        : m_fileName(fileName),
-          m_descriptor(::open(QFile::encodeName(fileName).constData(), flags | O_CLOEXEC, ownerOnly))
-    {
-        if (m_descriptor < 0)
-            fail(fileName);
-    }
-    ~Descriptor() { ::close(m_descriptor); }
-    Q_DISABLE_COPY_MOVE(Descriptor)
-
-    int get() const { return m_descriptor; }
-
-    void sync() const
-    {
-        if (::fsync(m_descriptor) != 0)
-            fail(m_fileName);
-    }
-
-    void write(QByteArray data) const
-    {
-        while (!data.isEmpty()) {
-            const ssize_t written = ::write(m_descriptor, data.constData(), static_cast<size_t>(data.size()));
-            if (written < 0 && errno != EINTR)
-                fail(m_fileName);
-            data.remove(0, qMax<ssize_t>(written, 0));
-        }
-    }
-
-private:
-    QString m_fileName;
-    int m_descriptor;
-};
-
-/// The end of a journal: its last complete line, and where that line ends.
-struct Tail
-{
-    QByteArray lastLine;
-    qint64 end = 0;
-};
-
-/// The bytes from `offset` to the end of the file.
-QByteArray readFrom(const QString &fileName, const Descriptor &file, qint64 offset, qint64 size)
-{
-    QByteArray bytes(size - offset, Qt::Uninitialized);
-    for (qint64 done = 0; done < bytes.size();) {
-        const ssize_t count = ::pread(file.get(), bytes.data() + done, static_cast<size_t>(bytes.size() - done),
-                                      static_cast<off_t>(offset + done));
-        if (count == 0 || (count < 0 && errno != EINTR))
-            fail(fileName);
-        done += qMax<ssize_t>(count, 0);
-    }
-    return bytes;
+    Money sum;
+    for (const auto &line : lines)
+        sum += Money::fromRubles(line.toObject().value(u"amount"_s).toString().toDouble());
+    return sum.toText();
 }
 
-Tail readTail(const QString &fileName, const Descriptor &file)
+QString lineOf(const CheckStore::JournalEntry &entry)
 {
-    const qint64 size = ::lseek(file.get(), 0, SEEK_END);
-    if (size < 0)
-        fail(fileName);
-    for (qint64 window = 1 << 16;; window *= 4) {
-        const qint64 offset = qMax<qint64>(0, size - window);
-        const QByteArray bytes = readFrom(fileName, file, offset, size);
-        const qsizetype end = bytes.lastIndexOf('\n') + 1;
-        const qsizetype start = end > 1 ? bytes.lastIndexOf('\n', end - 2) + 1 : 0;
-        if (start > 0 || offset == 0)
-            return {bytes.mid(start, end - start), offset + end};
-    }
+    const auto text = [&entry](QLatin1StringView key) { return entry.entry.value(key).toString(); };
+    return u"%1  %2  сумма %3, списано %4, начислено %5  %6  чек %7\n"_s.arg(
+        entry.entered.toString(u"dd.MM.yyyy HH:mm:ss"_s),
+        text("outcome"_L1) == u"closed" ? u"закрыт"_s : u"аннулирован"_s,
+        sumOf(entry.entry.value("lines"_L1).toArray()), text("spent"_L1), text("earned"_L1), masked(text("card"_L1)),
+        text("check"_L1));
 }
 
 } // namespace
 
-Journal::Journal(const QString &fileName) : m_fileName(fileName)
-{}
-
-void Journal::enter(const QJsonObject &check)
+QString journalText(const QList<CheckStore::JournalEntry> &entries, bool json)
 {
-    const Descriptor file(m_fileName, O_RDWR | O_CREAT | O_APPEND);
-    const Tail tail = readTail(m_fileName, file);
-    // A till has one check at a time: only the last line can be the one of this check.
-    const QJsonObject last = QJsonDocument::fromJson(tail.lastLine).object();
-    if (last.value(u"check"_s) != check.value(u"check"_s)) {
-        if (::ftruncate(file.get(), tail.end) != 0)
-            fail(m_fileName);
-        file.write(QJsonDocument(check).toJson(QJsonDocument::Compact) + '\n');
+    QString text;
+    for (const CheckStore::JournalEntry &entry : entries) {
+        if (json)
+            text += QString::fromUtf8(QJsonDocument(entry.entry).toJson(QJsonDocument::Compact)) + u'\n';
+        else
+            text += lineOf(entry);
     }
-    file.sync(); // Also a line that was found may not have reached the disk before the crash.
-    Descriptor(QFileInfo(m_fileName).absolutePath(), O_RDONLY | O_DIRECTORY).sync();
+    return text;
 }
 
 } // namespace till

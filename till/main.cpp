@@ -33,6 +33,7 @@ struct Arguments
     qint64 maxAgeMinutes = -1;
     bool json = false;
     std::string phone;
+    std::string since;
 };
 
 till::Options toOptions(const Arguments &arguments)
@@ -53,6 +54,8 @@ till::Options toOptions(const Arguments &arguments)
     options.queueRequest.maxWaiting = arguments.maxWaiting;
     options.queueRequest.maxAgeMinutes = arguments.maxAgeMinutes;
     options.queueRequest.json = arguments.json;
+    options.json = arguments.json;
+    options.journalSince = QString::fromStdString(arguments.since);
     return options;
 }
 
@@ -169,6 +172,9 @@ int main(int argc, char *argv[])
     addDrainTime(run, "--drain-seconds", "How long to deliver queued requests at the end", arguments);
     CLI::App *drain = addCommand(program, "drain", "The same as queue drain", arguments);
     addDrainTime(drain, "--seconds", "How long to try", arguments);
+    CLI::App *journal = addCommand(program, "journal", "Print the journal of finished checks", arguments);
+    journal->add_flag("--json", arguments.json, "One JSON object in a line for each check");
+    journal->add_option("--since", arguments.since, "Only checks finished since then: 2026-03-31 or 2026-03-31T18:00");
     const QueueCommands queue(program, arguments);
     CLI::App *doctor = addCommand(
         program, "doctor", "Find out why the till does not sell; status 1 with warnings, 2 with failures", arguments);
@@ -190,6 +196,8 @@ int main(int argc, char *argv[])
     till::Options options = toOptions(arguments);
     if (*run)
         return till::runScenarios(options);
+    if (*journal)
+        return till::printJournal(options);
     if (*drain || *queue.drain)
         return till::drainQueue(options);
     options.queueRequest.action = queue.action(arguments);

@@ -37,7 +37,10 @@ void ScenarioPlayer::recover(const ScenarioCheck *next)
 {
     if (next && next->continued)
         begin(*next);
-    if (const std::optional<CheckResult> ended = m_session.resume()) {
+    const std::optional<CheckResult> ended = m_session.resume();
+    for (const QStringList notices = Singleton<CheckStore>::instance()->takeNotices(); const QString &notice : notices)
+        m_cashier.show(tr::Tr(notice));
+    if (ended) {
         console::printLine(u"\nЗавершён чек, прерванный при закрытии"_s);
         printReceipt(*ended);
     } else if (m_session.isOpen()) {

@@ -3,6 +3,7 @@
 
 #include "configuration.h"
 
+#include <checks/checkstore.h>
 #include <core/basicexception.h>
 #include <core/logsetup.h>
 #include <core/session.h>
@@ -52,6 +53,7 @@ TillHost::TillHost(const QString &configFile, Access access) : m_config(readConf
 TillHost::~TillHost()
 {
     // Databases are closed here and not with the process's last static objects, when Qt is gone.
+    Singleton<CheckStore>::replace(nullptr);
     Singleton<DBQueueBroker>::replace(nullptr);
     m_queue.clear();
 }
@@ -76,11 +78,6 @@ void TillHost::lockDataFolder()
         throw BasicException(
             u"Папка данных %1 занята: с ней работает процесс %2"_s.arg(m_dataFolder, QString::number(lock.l_pid)));
     throw BasicException(u"Папка данных %1 не может быть занята: %2"_s.arg(m_dataFolder, reason));
-}
-
-QString TillHost::journalFile() const
-{
-    return QDir(m_dataFolder).absoluteFilePath(m_config->getString(u"Till:journal"_s, u"journal.jsonl"_s));
 }
 
 QString TillHost::goodsFile() const

@@ -15,14 +15,14 @@ class TillHost
 public:
     enum class Access { Work, Look };
 
-    /// Reads the INI file. To work, it takes the data folder for this process: two tills on one open check, one journal
-    /// and one queue would undo each other's work. Throws BasicException that says what is wrong.
+    /// Reads the INI file. To work, it takes the data folder for this process: two tills on one store of checks and
+    /// one queue would undo each other's work. Throws BasicException that says what is wrong.
     TillHost(const QString &configFile, Access access);
     ~TillHost();
     Q_DISABLE_COPY_MOVE(TillHost)
 
     EndingQueue &queue() const { return *m_queue; }
-    QString journalFile() const;
+    const QString &dataFolder() const { return m_dataFolder; }
     QString pluginFolder() const;
     /// The catalogue of goods.
     QString goodsFile() const;

@@ -1,14 +1,15 @@
 // Saving the check at the moments when a plugin asks for it.
 #include "savetofilelogic.h"
 
+#include <checks/checkstore.h>
 #include <core/basicexception.h>
-#include <document/documentstore.h>
+#include <core/singleton.h>
 
 using namespace Qt::Literals::StringLiterals;
 
 SaveToFileLogic::~SaveToFileLogic() = default;
 
-void SaveToFileLogic::save(const QSharedPointer<AbstractDocument> &document, const QString &fileName, double)
+void SaveToFileLogic::save(const QSharedPointer<AbstractDocument> &document, const QString &, double)
 {
     if (!document)
         return;
@@ -16,5 +17,5 @@ void SaveToFileLogic::save(const QSharedPointer<AbstractDocument> &document, con
     if (!sale)
         throw BasicException(
             u"Документ %1 не сохранён: сохраняются только чеки продажи"_s.arg(document->getIdentifier()));
-    DocumentStore().save(*sale, fileName);
+    Singleton<CheckStore>::instance()->save(*sale);
 }

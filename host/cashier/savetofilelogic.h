@@ -9,9 +9,9 @@ class POSHOST_EXPORT SaveToFileLogic
 public:
     virtual ~SaveToFileLogic();
 
-    /// Saves the check with its plugin data, durably and in one step. An empty `fileName` means the open check's own
-    /// file; `paid` is the sum already paid, in rubles, and not stored: this host takes a check's payments in one step.
-    /// A null document is nothing to save. Throws BasicException when the check cannot be written, and for any document
-    /// that is not a SaleDocument.
+    /// Saves the check with its plugin data, durably and in one step, in Singleton<CheckStore>. `fileName` and `paid`,
+    /// the sum already paid in rubles, are not stored: this host keeps all checks in one place and takes a check's
+    /// payments in one step. A null document is nothing to save. Throws BasicException when the check cannot be
+    /// written, and for any document that is not a SaleDocument.
     virtual void save(const QSharedPointer<AbstractDocument> &document, const QString &fileName, double paid);
 };

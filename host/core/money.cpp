@@ -1,9 +1,15 @@
 // Arithmetic of whole kopecks. Wide integers hold the products, so that no sum that fits can overflow on the way.
+#include <core/basicexception.h>
 #include <core/money.h>
+
+#include <log4qt/logger.h>
+#include <log4qt/logmanager.h>
 
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+
+using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
@@ -44,6 +50,15 @@ Money Money::fromRubles(double rubles)
     const qint64 scale = powerOfTen(std::abs(shift));
     const qint64 kopecks = shift >= 0 ? digits * scale : (digits + scale / 2) / scale;
     return Money(rubles < 0 ? -kopecks : kopecks);
+}
+
+void Money::requireSum(double rubles, const QString &field)
+{
+    if (isSum(rubles))
+        return;
+    Log4Qt::LogManager::logger(u"poshost.document"_s)
+        ->error(u"%1: недопустимая сумма %2"_s.arg(field, QString::number(rubles)));
+    throw BasicException(u"Получена недопустимая сумма. Повторите операцию или продолжите без карты"_s);
 }
 
 QString Money::toText() const

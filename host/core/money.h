@@ -16,6 +16,16 @@ public:
 
     static constexpr Money fromKopecks(qint64 kopecks) { return Money(kopecks); }
 
+    /// Whether `rubles` can be a sum on a check: finite, not negative, and at most 10^12.
+    static constexpr bool isSum(double rubles)
+    {
+        constexpr double largest = 1e12; // kopecks stay exact in a double, and any number of lines in a whole number
+        return rubles >= 0 && rubles <= largest;
+    }
+
+    /// Throws BasicException with a text for the cashier, and logs `field`, unless isSum(rubles).
+    static void requireSum(double rubles, const QString &field);
+
     /// Rounds to the nearest kopeck, halves away from zero: 0.125 and 1.005 become 13 and 101 kopecks. Not a number and
     /// amounts beyond the range become zero.
     static Money fromRubles(double rubles);

@@ -1,6 +1,7 @@
-// Takes values apart into plain variants and puts them together again.
+// Takes values apart into plain variants.
 #include <core/basicexception.h>
 #include <core/serder.h>
+#include <core/tr.h>
 
 #include <QtCore/QDateTime>
 #include <QtCore/QJsonArray>
@@ -76,50 +77,9 @@ QVariant plainList(const QVariant &value)
     return plain;
 }
 
-// What `value`, as toPlain() made it and JSON may have kept it, is as a value of `type`; invalid when it is not one.
-QVariant fromPlain(const QVariant &value, QMetaType type)
+QVariantMap trToMap(const tr::Tr &text)
 {
-    if (type == QMetaType::fromType<tr::Tr>())
-        return QVariant::fromValue(toTr(value));
-    if (type.flags().testFlag(QMetaType::IsGadget)) {
-        QVariant gadget(type);
-        mapToGadget(*type.metaObject(), gadget.data(), value.toMap());
-        return gadget;
-    }
-    if (isDateOrTime(type) && value.toString().isEmpty())
-        return QVariant(type);
-    QVariant converted = value;
-    // Enumerations convert from integers only, and JSON has kept a floating-point number.
-    if (type.flags().testFlag(QMetaType::IsEnumeration) && !converted.convert(QMetaType(QMetaType::LongLong)))
-        return {};
-    return converted.convert(type) ? converted : QVariant();
-}
-
-} // namespace
-
-QVariant toVariant(const tr::Tr &text)
-{
-    return QVariantMap{{u"key"_s, text.key()}, {u"ru"_s, text.ru()}};
-}
-
-tr::Tr toTr(const QVariant &value)
-{
-    if (value.metaType() == QMetaType::fromType<tr::Tr>())
-        return value.value<tr::Tr>();
-    if (value.metaType().id() == QMetaType::QString)
-        return tr::Tr(value.toString());
-    const QVariantMap map = value.toMap();
-    return {map.value(u"key"_s).toString(), map.value(u"ru"_s).toString()};
-}
-
-QVariant toVariant(const QStringList &texts)
-{
-    return QVariantList(texts.cbegin(), texts.cend());
-}
-
-QStringList toStringList(const QVariant &value)
-{
-    return value.toStringList();
+    return {{u"key"_s, text.key()}, {u"ru"_s, text.ru()}};
 }
 
 QVariantMap gadgetToMap(const QMetaObject &type, const void *gadget)
@@ -132,22 +92,7 @@ QVariantMap gadgetToMap(const QMetaObject &type, const void *gadget)
     return map;
 }
 
-void mapToGadget(const QMetaObject &type, void *gadget, const QVariantMap &map)
-{
-    for (auto entry = map.cbegin(); entry != map.cend(); ++entry) {
-        const int index = type.indexOfProperty(entry.key().toUtf8().constData());
-        if (index == -1)
-            continue;
-        const QMetaProperty property = type.property(index);
-        const bool holdsAnything = property.metaType() == QMetaType::fromType<QVariant>();
-        // What was null is null again, and not a variant that holds JSON's null.
-        const QVariant stored = entry->isNull() ? QVariant() : *entry;
-        const QVariant value = holdsAnything ? stored : fromPlain(*entry, property.metaType());
-        if ((!holdsAnything && !value.isValid()) || !property.writeOnGadget(gadget, value))
-            throw BasicException(u"Поле %1 записи %2 содержит непонятное значение"_s.arg(
-                entry.key(), QString::fromLatin1(type.className())));
-    }
-}
+} // namespace
 
 QVariant toPlain(const QVariant &value)
 {
@@ -159,7 +104,7 @@ QVariant toPlain(const QVariant &value)
     if (isDateOrTime(type))
         return value.toString(); // ISO 8601 with milliseconds.
     if (type == QMetaType::fromType<tr::Tr>())
-        return toVariant(value.value<tr::Tr>());
+        return trToMap(value.value<tr::Tr>());
     if (type.flags().testFlag(QMetaType::IsEnumeration))
         return value.toLongLong();
     // Before maps: any JSON value converts to a map, of nothing where it is no object.

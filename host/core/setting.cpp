@@ -33,7 +33,7 @@ QList<Setting> hostSettings()
     using Kind = Setting::Kind;
     return {
         {.key = u"Host:dataFolder"_s,
-         .meaning = u"Folder of the open check, the journal and the queue. It is created when missing, for its owner "
+         .meaning = u"Folder of the checks, the journal and the queue. It is created when missing, for its owner "
                     "only; one till at a time works with it. Default: the folder in which the program is started."_s,
          .example = u"/var/lib/kvo-till"_s},
         {.key = u"Queue:driver"_s,

@@ -97,9 +97,13 @@ void DatabaseConnection::expect(QStringView question, QStringView answer)
 
 void DatabaseConnection::fail(QStringView sql, const QSqlError &error) const
 {
-    throw databaseerror::make(m_title, problemText(error),
-                              u"%1 %2: %3, %4"_s.arg(database().driverName(), error.nativeErrorCode(),
-                                                     error.databaseText().simplified(), sql.toString().simplified()));
+    const BasicException failure =
+        databaseerror::make(m_title, problemText(error),
+                            u"%1 %2: %3, %4"_s.arg(database().driverName(), error.nativeErrorCode(),
+                                                   error.databaseText().simplified(), sql.toString().simplified()));
+    if (isUnusable(error))
+        throw UnusableDatabase(failure.text());
+    throw failure;
 }
 
 DatabaseTransaction::DatabaseTransaction(DatabaseConnection &connection) : m_connection(connection)

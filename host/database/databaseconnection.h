@@ -63,6 +63,9 @@ protected:
     /// The error as a text for people, to follow the title.
     virtual QString problemText(const QSqlError &error) const = 0;
 
+    /// Whether the error says that the database is damaged or is none. UnusableDatabase is thrown then.
+    virtual bool isUnusable(const QSqlError &) const { return false; }
+
     QSqlDatabase database() const { return QSqlDatabase::database(m_registration.name, false); }
 
     /// Databases ignore some settings silently: throws when the answer to `question` is a different one.

@@ -7,6 +7,13 @@
 
 #include <QtCore/QString>
 
+/// The file is damaged, was written by a newer version, or belongs to another program. Trying again will not help.
+class UnusableDatabase : public BasicException
+{
+public:
+    using BasicException::BasicException;
+};
+
 namespace databaseerror {
 
 /// The logger "poshost.database".

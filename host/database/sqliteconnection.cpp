@@ -77,12 +77,16 @@ int SqliteConnection::foundVersion()
              isForeign = row.value(1).toInt() != m_schema.applicationId && (version != 0 || row.value(2).toBool());
          });
     if (isForeign)
-        throw databaseerror::make(title(), u"файл принадлежит другой программе; проверьте %1"_s.arg(m_schema.settings),
-                                  u"another application_id, user_version %1"_s.arg(version));
+        throw UnusableDatabase(
+            databaseerror::make(title(), u"файл принадлежит другой программе; проверьте %1"_s.arg(m_schema.settings),
+                                u"another application_id, user_version %1"_s.arg(version))
+                .text());
     if (version != 0 && version != m_schema.version)
-        throw databaseerror::make(
-            title(), u"файл записан более новой версией программы, обновите программу"_s,
-            u"user_version %1, known %2"_s.arg(QString::number(version), QString::number(m_schema.version)));
+        throw UnusableDatabase(
+            databaseerror::make(
+                title(), u"файл записан более новой версией программы, обновите программу"_s,
+                u"user_version %1, known %2"_s.arg(QString::number(version), QString::number(m_schema.version)))
+                .text());
     return version;
 }
 
@@ -150,4 +154,11 @@ QString SqliteConnection::problemText(const QSqlError &error) const
         if (problem.code == primaryCode(error))
             return problem.text.toString().replace(u"%1"_s, m_schema.settings.toString());
     return u"ошибка базы данных"_s;
+}
+
+bool SqliteConnection::isUnusable(const QSqlError &error) const
+{
+    constexpr int corrupt = 11;
+    constexpr int notADatabase = 26;
+    return primaryCode(error) == corrupt || primaryCode(error) == notADatabase;
 }

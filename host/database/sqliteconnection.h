@@ -41,6 +41,7 @@ protected:
     void begin() override { change(u"BEGIN IMMEDIATE"); }
     void commit() override { change(u"COMMIT"); }
     QString problemText(const QSqlError &error) const override;
+    bool isUnusable(const QSqlError &error) const override;
 
 private:
     void configure(Commits commits);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <document/client.h>
+#include <document/storedfield.h>
 #include <poshost_export.h>
 
 #include <QtCore/QSharedPointer>
@@ -12,6 +13,8 @@ public:
     /// Null until the customer is known.
     QSharedPointer<Client> getClient() const { return m_client; }
     void setClient(const QSharedPointer<Client> &client) { m_client = client; }
+
+    static constexpr auto storedFields() { return std::tuple{StoredField("client", &Card::m_client)}; }
 
 private:
     QSharedPointer<Client> m_client;

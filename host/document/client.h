@@ -1,28 +1,18 @@
 // A customer as the host knows one.
 #pragma once
 
+#include <document/storedfield.h>
 #include <poshost_export.h>
 
 #include <QtCore/QDate>
-#include <QtCore/QObject>
 #include <QtCore/QString>
 
-class POSHOST_EXPORT Client : public QObject
+class POSHOST_EXPORT Client
 {
-    Q_OBJECT
-    Q_PROPERTY(QString idClient READ getIdClient WRITE setIdClient)
-    Q_PROPERTY(QString name READ getName WRITE setName)
-    Q_PROPERTY(QDate birthday READ getBirthday WRITE setBirthday)
-    Q_PROPERTY(int sex READ sexCode WRITE setSexCode)
-    Q_PROPERTY(QString email READ getEmail WRITE setEmail)
-    Q_PROPERTY(QString phoneNumber READ getPhoneNumber WRITE setPhoneNumber)
-
 public:
     enum class Sex : int { Male = 0, Female = 1 };
-    Q_ENUM(Sex)
 
-    explicit Client(QObject *parent = nullptr);
-    ~Client() override;
+    virtual ~Client();
 
     /// The customer's account number in the loyalty service.
     QString getIdClient() const { return m_idClient; }
@@ -44,10 +34,15 @@ public:
     QString getPhoneNumber() const { return m_phoneNumber; }
     void setPhoneNumber(const QString &phoneNumber) { m_phoneNumber = phoneNumber; }
 
-private:
-    int sexCode() const { return static_cast<int>(m_sex); }
-    void setSexCode(int code) { m_sex = static_cast<Sex>(code); }
+    static constexpr auto storedFields()
+    {
+        return std::tuple{
+            StoredField("idClient", &Client::m_idClient), StoredField("name", &Client::m_name),
+            StoredField("birthday", &Client::m_birthday), StoredField("sex", &Client::m_sex),
+            StoredField("email", &Client::m_email),       StoredField("phoneNumber", &Client::m_phoneNumber)};
+    }
 
+private:
     QString m_idClient;
     QString m_name;
     QDate m_birthday;

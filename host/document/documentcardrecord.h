@@ -1,12 +1,14 @@
 // A card on a check, with what a loyalty system keeps about it.
 #pragma once
 
+#include <core/money.h>
 #include <document/card.h>
+#include <document/storedfield.h>
 #include <poshost_export.h>
 
 #include <QtCore/QVariant>
 
-class JsonWriter;
+#include <optional>
 
 class POSHOST_EXPORT DocumentCardRecord
 {
@@ -36,28 +38,45 @@ public:
     QVariant getOperationInfo() const { return m_operationInfo; }
     void setOperationInfo(const QVariant &info) { m_operationInfo = info; }
 
-    /// Points that may be spent on this check.
+    /// Points that may be spent on this check. The setters of points throw BasicException with a text for the cashier,
+    /// and log the field, when they are given what is not finite or beyond what Money may be; points to spend and to
+    /// earn cannot be negative either. The record is unchanged then.
     double getPointsForSpend() const { return m_pointsForSpend; }
-    void setPointsForSpend(double points) { m_pointsForSpend = points; }
+    void setPointsForSpend(double points);
 
     /// Points that this check earns; a double, or null while unknown.
-    QVariant getPointsForEarn() const { return m_pointsForEarn; }
-    void setPointsForEarn(const QVariant &points) { m_pointsForEarn = points; }
+    QVariant getPointsForEarn() const { return variant(m_pointsForEarn); }
+    void setPointsForEarn(const QVariant &points);
 
     /// The card's balance of points; a double, or null while unknown.
-    QVariant getBonusBalance() const { return m_bonusBalance; }
-    void setBonusBalance(const QVariant &balance) { m_bonusBalance = balance; }
+    QVariant getBonusBalance() const { return variant(m_bonusBalance); }
+    void setBonusBalance(const QVariant &balance);
 
     /// A map with what else a loyalty system tells about the card, such as "loyaltyStatus" and "loyaltyTier".
     QVariant getExtendedOptions() const { return m_extendedOptions; }
     void setExtendedOptions(const QVariant &options) { m_extendedOptions = options; }
 
-    /// All of the record, its client included, to a file, and back. fromMap() throws BasicException that names the
-    /// entry that is missing or of a wrong type.
-    void writeTo(JsonWriter &json) const;
-    static QSharedPointer<DocumentCardRecord> fromMap(const QVariantMap &map);
+    static constexpr auto storedFields()
+    {
+        using Record = DocumentCardRecord;
+        return std::tuple{
+            StoredField("number", &Record::m_number),
+            StoredField("codeInternal", &Record::m_codeInternal),
+            StoredField("loyaltySystemCode", &Record::m_loyaltySystemCode),
+            StoredField("card", &Record::m_card, [](const QSharedPointer<Card> &card) { return !card.isNull(); }),
+            StoredField("operationId", &Record::m_operationId),
+            StoredField("operationInfo", &Record::m_operationInfo),
+            StoredField("pointsForSpend", &Record::m_pointsForSpend,
+                        [](const double &points) { return Money::isSum(points); }),
+            StoredField("pointsForEarn", &Record::m_pointsForEarn,
+                        [](const std::optional<double> &points) { return Money::isSum(points.value_or(0)); }),
+            StoredField("bonusBalance", &Record::m_bonusBalance),
+            StoredField("extendedOptions", &Record::m_extendedOptions)};
+    }
 
 private:
+    static QVariant variant(const std::optional<double> &number) { return number ? QVariant(*number) : QVariant(); }
+
     QVariant m_number;
     int m_codeInternal = 0;
     int m_loyaltySystemCode = 0;
@@ -65,7 +84,7 @@ private:
     QString m_operationId;
     QVariant m_operationInfo;
     double m_pointsForSpend = 0;
-    QVariant m_pointsForEarn;
-    QVariant m_bonusBalance;
+    std::optional<double> m_pointsForEarn;
+    std::optional<double> m_bonusBalance;
     QVariant m_extendedOptions;
 };

@@ -6,8 +6,6 @@
 
 #include <QtCore/QList>
 
-class JsonWriter;
-
 class POSHOST_EXPORT DocumentImpact
 {
 public:
@@ -30,14 +28,13 @@ public:
     QSharedPointer<DocumentCardRecord> getCardRecord() const { return m_totals->getCardRecord(); }
     void setCardRecord(const QSharedPointer<DocumentCardRecord> &cardRecord);
 
-    /// Totals and shares as plain variants, all but the pointer to the card, which getCardIndex() stands for: of the
-    /// totals what is not as in a new object, and of a share what is not as in the totals. writeTo() adds the same to a
-    /// file.
-    QVariantMap toMap() const;
-    void writeTo(JsonWriter &json) const;
-
-    /// Replaces totals and shares by what toMap() wrote.
-    void readMap(const QVariantMap &map);
+    static constexpr auto storedFields()
+    {
+        using Totals = QSharedPointer<DocumentImpactDetail>;
+        return std::tuple{
+            StoredField("totals", &DocumentImpact::m_totals, [](const Totals &totals) { return !totals.isNull(); }),
+            StoredField("details", &DocumentImpact::m_details)};
+    }
 
 private:
     QSharedPointer<DocumentImpactDetail> m_totals;

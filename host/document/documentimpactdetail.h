@@ -6,28 +6,14 @@
 #include <document/ediscountobject.h>
 #include <document/ediscounttype.h>
 #include <document/eimpactsource.h>
+#include <document/storedfield.h>
 #include <poshost_export.h>
 
 #include <QtCore/QDateTime>
-#include <QtCore/QObject>
 #include <QtCore/QSharedPointer>
 
 class POSHOST_EXPORT DocumentImpactDetail
 {
-    Q_GADGET
-    Q_PROPERTY(QVariant cardIndex READ getCardIndex WRITE setCardIndex)
-    Q_PROPERTY(QDateTime dateTime READ getDateTime WRITE setDateTime)
-    Q_PROPERTY(int discountType READ discountTypeCode WRITE setDiscountTypeCode)
-    Q_PROPERTY(int discountMode READ discountModeCode WRITE setDiscountModeCode)
-    Q_PROPERTY(QString discountName READ getDiscountName WRITE setDiscountName)
-    Q_PROPERTY(int discountObject READ discountObjectCode WRITE setDiscountObjectCode)
-    Q_PROPERTY(int position READ getPosition WRITE setPosition)
-    Q_PROPERTY(QVariant discountRate READ getDiscountRate WRITE setDiscountRate)
-    Q_PROPERTY(double discountSum READ getDiscountSum WRITE setDiscountSum)
-    Q_PROPERTY(int impactSource READ impactSourceCode WRITE setImpactSourceCode)
-    Q_PROPERTY(bool minPriceIgnored READ isMinPriceIgnored WRITE setMinPriceIgnored)
-    Q_PROPERTY(QVariant valutCode READ getValutCode WRITE setValutCode)
-
 public:
     virtual ~DocumentImpactDetail() = default;
     DocumentImpactDetail() = default;
@@ -66,9 +52,13 @@ public:
     QVariant getDiscountRate() const { return m_discountRate; }
     void setDiscountRate(const QVariant &rate) { m_discountRate = rate; }
 
-    /// In rubles, as it was given. The check takes it to the nearest kopeck.
+    /// In rubles, as it was given. The check rounds it to whole kopecks.
     virtual double getDiscountSum() const { return m_discountSum; }
-    void setDiscountSum(double rubles) { m_discountSum = rubles; }
+    void setDiscountSum(double rubles) { m_discountSum = m_givenSum = rubles; }
+
+    /// The sum as it was given, in rubles: what getDiscountSum() was before the check rounded it.
+    double getGivenSum() const { return m_givenSum; }
+    void roundDiscountSum(Money sum) { m_discountSum = sum.toRubles(); }
 
     EImpactSource getImpactSource() const { return m_impactSource; }
     void setImpactSource(EImpactSource source) { m_impactSource = source; }
@@ -81,16 +71,26 @@ public:
     virtual QVariant getValutCode() const { return m_valutCode; }
     void setValutCode(const QVariant &code) { m_valutCode = code; }
 
-private:
-    int discountTypeCode() const { return static_cast<int>(m_discountType); }
-    void setDiscountTypeCode(int code) { m_discountType = static_cast<EDiscountType>(code); }
-    int discountModeCode() const { return static_cast<int>(m_discountMode); }
-    void setDiscountModeCode(int code) { m_discountMode = static_cast<EDiscountMode>(code); }
-    int discountObjectCode() const { return static_cast<int>(m_discountObject); }
-    void setDiscountObjectCode(int code) { m_discountObject = static_cast<EDiscountObject>(code); }
-    int impactSourceCode() const { return static_cast<int>(m_impactSource); }
-    void setImpactSourceCode(int code) { m_impactSource = static_cast<EImpactSource>(code); }
+    static constexpr auto storedFields()
+    {
+        using Detail = DocumentImpactDetail;
+        return std::tuple{
+            StoredField("cardIndex", &Detail::m_cardIndex),
+            StoredField("dateTime", &Detail::m_dateTime),
+            StoredField("discountType", &Detail::m_discountType),
+            StoredField("discountMode", &Detail::m_discountMode),
+            StoredField("discountName", &Detail::m_discountName),
+            StoredField("discountObject", &Detail::m_discountObject),
+            StoredField("position", &Detail::m_position),
+            StoredField("discountRate", &Detail::m_discountRate),
+            StoredField("discountSum", &Detail::m_discountSum, [](const double &sum) { return Money::isSum(sum); }),
+            StoredField("givenSum", &Detail::m_givenSum, [](const double &sum) { return Money::isSum(sum); }),
+            StoredField("impactSource", &Detail::m_impactSource),
+            StoredField("minPriceIgnored", &Detail::m_minPriceIgnored),
+            StoredField("valutCode", &Detail::m_valutCode)};
+    }
 
+private:
     QSharedPointer<DocumentCardRecord> m_cardRecord;
     QVariant m_cardIndex;
     QDateTime m_dateTime;
@@ -101,6 +101,7 @@ private:
     int m_position = 0;
     QVariant m_discountRate;
     double m_discountSum = 0;
+    double m_givenSum = 0;
     EImpactSource m_impactSource = EImpactSource::Undefined;
     bool m_minPriceIgnored = false;
     QVariant m_valutCode;

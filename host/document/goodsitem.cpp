@@ -1,13 +1,10 @@
 // A line of a check: its sums, and its form as plain variants.
 #include "goodsitem.h"
 
-#include "jsonwriter.h"
-#include "storedmap.h"
+#include "storedrow.h"
 
 #include <algorithm>
 #include <cmath>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
@@ -20,24 +17,6 @@ Money multiply(Money price, double quantity)
     const long double kopecks =
         std::round(static_cast<long double>(price.kopecks()) * std::round(quantity * parts) / parts);
     return std::abs(kopecks) < limit ? Money::fromKopecks(static_cast<qint64>(kopecks)) : Money();
-}
-
-void write(const Tmc &tmc, JsonWriter &json)
-{
-    json.add("code"_L1, tmc.getCode());
-    json.add("name"_L1, tmc.getName());
-    json.add("minPrice"_L1, tmc.getMinPrice().kopecks());
-    json.add("priceSourceType"_L1, tmc.getPriceSourceType());
-}
-
-QSharedPointer<Tmc> readTmc(const StoredMap &map)
-{
-    const auto tmc = QSharedPointer<Tmc>::create();
-    tmc->setCode(map.text(u"code"_s));
-    tmc->setName(map.text(u"name"_s));
-    tmc->setMinPrice(map.money(u"minPrice"_s));
-    tmc->setPriceSourceType(static_cast<EPriceSourceType>(map.integer(u"priceSourceType"_s)));
-    return tmc;
 }
 
 } // namespace
@@ -58,34 +37,22 @@ double GoodsItem::getDiscountApplyLimit(bool respectMinPrice) const
     return std::max(getTotal() - kept, Money()).toRubles();
 }
 
-QVariantMap GoodsItem::toMap() const
+bool GoodsItem::isSaleable(double quantity, Money price)
 {
-    return JsonWriter::toMap(JsonWriter::of([this](JsonWriter &json) { writeTo(json); }));
+    constexpr double largestQuantity = 1'000'000;
+    // A quantity that is no number fails as well.
+    return quantity > 0 && quantity <= largestQuantity && Money::isSum(price.toRubles()) &&
+           Money::isSum(price.toRubles() * quantity);
 }
 
-void GoodsItem::writeTo(JsonWriter &json) const
+QVariantMap GoodsItem::toMap() const
 {
-    json.add("posnum"_L1, m_posnum);
-    json.addObject("tmc"_L1, [&] { write(*m_tmc, json); });
-    json.add("additionalBarcode"_L1, m_additionalBarcode);
-    json.add("quantity"_L1, m_quantity);
-    json.add("price"_L1, m_price.kopecks());
-    json.add("allowDiscount"_L1, m_allowDiscount);
-    json.add("allowBonusEarn"_L1, m_allowBonusEarn);
-    json.add("campaignLabels"_L1, m_campaignLabels);
+    return storedrow::write(*this).toVariantMap();
 }
 
 QSharedPointer<GoodsItem> GoodsItem::fromMap(const QVariantMap &map)
 {
-    const StoredMap stored(map);
     const auto item = QSharedPointer<GoodsItem>::create();
-    item->setPosnum(stored.integer(u"posnum"_s));
-    item->setTmc(readTmc(StoredMap(stored.map(u"tmc"_s))));
-    item->setAdditionalBarcode(stored.text(u"additionalBarcode"_s));
-    item->setQuantity(stored.number(u"quantity"_s));
-    item->setPrice(stored.money(u"price"_s));
-    item->setAllowDiscount(stored.flag(u"allowDiscount"_s));
-    item->setAllowBonusEarn(stored.flag(u"allowBonusEarn"_s));
-    item->setCampaignLabels(stored.list(u"campaignLabels"_s));
+    storedrow::read(QJsonObject::fromVariantMap(map), *item);
     return item;
 }

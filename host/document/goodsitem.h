@@ -8,8 +8,6 @@
 #include <QtCore/QSharedPointer>
 #include <QtCore/QVariant>
 
-class JsonWriter;
-
 class POSHOST_EXPORT GoodsItem
 {
 public:
@@ -60,11 +58,28 @@ public:
     virtual QVariantList getCampaignLabels() const { return m_campaignLabels; }
     void setCampaignLabels(const QVariantList &labels) { m_campaignLabels = labels; }
 
-    /// All of the line but its discounts as plain variants, and back. fromMap() throws BasicException that names the
-    /// entry that is missing or of a wrong type. writeTo() adds the same to a file.
+    /// Whether a line may have this quantity and price: more than 0 and at most a million of them, not below 0, and a
+    /// sum that money can hold.
+    static bool isSaleable(double quantity, Money price);
+
+    /// All of the line but its discounts as plain variants, and back; what Tmc is to a line, it shares with no other.
+    /// fromMap() throws BasicException that names the field that is missing or wrong.
     QVariantMap toMap() const;
-    void writeTo(JsonWriter &json) const;
     static QSharedPointer<GoodsItem> fromMap(const QVariantMap &map);
+
+    static constexpr auto storedFields()
+    {
+        return std::tuple{
+            StoredField("posnum", &GoodsItem::m_posnum, [](const int &number) { return number > 0; }),
+            StoredField("tmc", &GoodsItem::m_tmc, [](const QSharedPointer<Tmc> &tmc) { return !tmc.isNull(); }),
+            StoredField("additionalBarcode", &GoodsItem::m_additionalBarcode),
+            StoredField("quantity", &GoodsItem::m_quantity,
+                        [](const double &quantity) { return isSaleable(quantity, Money()); }),
+            StoredField("price", &GoodsItem::m_price, [](const Money &price) { return isSaleable(1, price); }),
+            StoredField("allowDiscount", &GoodsItem::m_allowDiscount),
+            StoredField("allowBonusEarn", &GoodsItem::m_allowBonusEarn),
+            StoredField("campaignLabels", &GoodsItem::m_campaignLabels)};
+    }
 
 private:
     int m_posnum = 0;

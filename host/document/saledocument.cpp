@@ -33,19 +33,22 @@ Money limitOf(const GoodsItem &item, const DocumentImpactDetail &discount)
     return Money::fromRubles(item.getDiscountApplyLimit(!discount.isMinPriceIgnored()));
 }
 
-// A quantity that is no number fails as well.
 void requireSaleable(double quantity, Money price)
 {
-    constexpr double largestQuantity = 1'000'000;
-    if (!(quantity > 0 && quantity <= largestQuantity))
-        throw BasicException(u"Количество товара должно быть больше нуля и не больше миллиона"_s);
-    if (price < Money())
-        throw BasicException(u"Цена товара не может быть отрицательной"_s);
+    if (!GoodsItem::isSaleable(quantity, price))
+        throw BasicException(u"Товар нельзя продать: количество должно быть больше нуля и не больше миллиона, цена — "
+                             u"не меньше нуля, сумма — не больше триллиона"_s);
+}
+
+bool isPoints(const DocumentImpact &impact)
+{
+    return impact.getTotals()->getDiscountType() == EDiscountType::Bonus;
 }
 
 ImpactShares distribute(const QSharedPointer<DocumentImpactDetail> &totals,
                         const QList<QSharedPointer<GoodsItem>> &goods)
 {
+    Money::requireSum(totals->getDiscountSum(), u"Скидка на чек, поле discountSum"_s);
     QList<int> positions;
     QList<Money> limits;
     for (const auto &item : goods) {
@@ -117,9 +120,9 @@ int SaleDocument::addGoodsItem(const QSharedPointer<GoodsItem> &item)
 
 QSharedPointer<GoodsItem> SaleDocument::findGoodsItem(int posnum) const
 {
-    const auto found = std::find_if(m_goods.cbegin(), m_goods.cend(),
-                                    [posnum](const auto &item) { return item->getPosnum() == posnum; });
-    return found == m_goods.cend() ? nullptr : *found;
+    const auto found = std::lower_bound(m_goods.cbegin(), m_goods.cend(), posnum,
+                                        [](const auto &item, int number) { return item->getPosnum() < number; });
+    return found == m_goods.cend() || (*found)->getPosnum() != posnum ? nullptr : *found;
 }
 
 QSharedPointer<GoodsItem> SaleDocument::requireGoodsItem(int posnum) const
@@ -151,6 +154,7 @@ void SaleDocument::removeGoodsItem(int posnum)
         return !reduce(*impact, [posnum](const auto &share) { return share.getPosition() != posnum; });
     });
     m_goods.removeOne(item);
+    updateDiscounts();
 }
 
 void SaleDocument::putBackGoodsItem(const QSharedPointer<GoodsItem> &item)
@@ -180,15 +184,36 @@ void SaleDocument::removeCard(const QSharedPointer<DocumentCardRecord> &card)
     m_cards.removeOne(card);
 }
 
-void SaleDocument::requireFits(const ImpactShares &shares) const
+// Each share of points gets what all points up to it come to in kopecks, less what the shares before it have got: so
+// many fractions of a kopeck neither vanish nor add up.
+QList<Money> SaleDocument::roundShares(const DocumentImpact &impact, const ImpactShares &shares) const
+{
+    QList<Money> sums;
+    double given = m_pointsGiven;
+    Money taken = m_pointsTaken;
+    for (const auto &share : shares) {
+        Money::requireSum(share->getDiscountSum(),
+                          u"Скидка на строку %1, поле discountSum"_s.arg(share->getPosition()));
+        if (!isPoints(impact)) {
+            sums.append(sumOf(*share));
+            continue;
+        }
+        given += share->getGivenSum();
+        sums.append(std::max(Money::fromRubles(given) - taken, Money()));
+        taken += sums.last();
+    }
+    return sums;
+}
+
+void SaleDocument::requireFits(const ImpactShares &shares, const QList<Money> &sums) const
 {
     QHash<int, Money> taken;
-    for (const auto &share : shares) {
-        const int posnum = share->getPosition();
+    for (qsizetype i = 0; i < shares.size(); ++i) {
+        const int posnum = shares[i]->getPosition();
         const auto item = requireGoodsItem(posnum);
-        const Money limit = item->isAllowDiscount() ? limitOf(*item, *share) : Money();
-        taken[posnum] += sumOf(*share);
-        if (sumOf(*share) < Money() || taken[posnum] > limit)
+        const Money limit = item->isAllowDiscount() ? limitOf(*item, *shares[i]) : Money();
+        taken[posnum] += sums[i];
+        if (sums[i] < Money() || taken[posnum] > limit)
             throw BasicException(u"Скидка %2 на строку %1 невозможна: допустимо от 0.00 до %3"_s.arg(
                 QString::number(posnum), taken[posnum].toText(), limit.toText()));
     }
@@ -199,18 +224,19 @@ void SaleDocument::addImpact(const QSharedPointer<DocumentImpact> &impact)
     if (m_impacts.contains(impact))
         return;
     const ImpactShares shares = sharesOf(*impact, m_goods);
-    requireFits(shares);
+    const QList<Money> sums = roundShares(*impact, shares);
+    requireFits(shares, sums);
 
     // Nothing throws from here on.
-    for (const auto &share : shares)
-        share->setDiscountSum(sumOf(*share).toRubles());
+    for (qsizetype i = 0; i < shares.size(); ++i)
+        shares[i]->roundDiscountSum(sums[i]);
     impact->setDetails(shares);
     const auto totals = impact->getTotals();
-    totals->setDiscountSum(sumOf(shares).toRubles());
+    totals->roundDiscountSum(sumOf(shares));
     if (const auto card = impact->getCardRecord(); card && totals->getCardIndex().isNull())
         totals->setCardIndex(card->getCodeInternal());
     m_impacts.append(impact);
-    updateLineDiscounts();
+    countDiscounts(*impact);
 }
 
 void SaleDocument::removeImpactsOf(const QSharedPointer<DocumentCardRecord> &card)
@@ -218,7 +244,7 @@ void SaleDocument::removeImpactsOf(const QSharedPointer<DocumentCardRecord> &car
     if (!card)
         return;
     m_impacts.removeIf([&](const auto &impact) { return isGivenBy(*impact, card); });
-    updateLineDiscounts();
+    updateDiscounts();
 }
 
 Money SaleDocument::getSum() const
@@ -233,14 +259,58 @@ Money SaleDocument::getDiscountSum() const
                            [](Money sum, const auto &impact) { return sum + sumOf(*impact->getTotals()); });
 }
 
-void SaleDocument::updateLineDiscounts()
+void SaleDocument::updateDiscounts()
 {
-    QHash<int, Money> discounts;
-    for (const auto &impact : std::as_const(m_impacts)) {
-        const ImpactShares shares = impact->getDetails();
-        for (const auto &share : shares)
-            discounts[share->getPosition()] += sumOf(*share);
-    }
+    m_pointsGiven = 0;
+    m_pointsTaken = {};
     for (const auto &item : std::as_const(m_goods))
-        item->setDiscountSum(discounts.value(item->getPosnum()));
+        item->setDiscountSum({});
+    for (const auto &impact : std::as_const(m_impacts))
+        countDiscounts(*impact);
+}
+
+void SaleDocument::countDiscounts(const DocumentImpact &impact)
+{
+    for (const auto shares = impact.getDetails(); const auto &share : shares) {
+        const Money sum = sumOf(*share);
+        if (const auto item = findGoodsItem(share->getPosition()))
+            item->setDiscountSum(item->getDiscountSum() + sum);
+        if (isPoints(impact)) {
+            m_pointsGiven += share->getGivenSum();
+            m_pointsTaken += sum;
+        }
+    }
+}
+
+void SaleDocument::assemble(const QList<QSharedPointer<GoodsItem>> &goods,
+                            const QList<QSharedPointer<DocumentCardRecord>> &cards,
+                            const QList<QSharedPointer<DocumentImpact>> &impacts)
+{
+    m_goods = goods;
+    m_cards = cards;
+    m_impacts = impacts;
+    for (const auto &impact : impacts) {
+        const auto card = std::find_if(cards.cbegin(), cards.cend(), [&](const auto &record) {
+            return record->getCodeInternal() == impact->getTotals()->getCardIndex();
+        });
+        if (card != cards.cend())
+            impact->setCardRecord(*card);
+    }
+    updateDiscounts();
+    requireConsistent();
+}
+
+void SaleDocument::requireConsistent() const
+{
+    Money ofLines;
+    int lastPosnum = 0;
+    for (const auto &item : m_goods) {
+        ofLines += item->getDiscountSum();
+        const int posnum = item->getPosnum();
+        if (posnum <= std::exchange(lastPosnum, posnum) || posnum > m_lastPosnum || item->getTotal() < Money())
+            throw BasicException(u"строка чека %1 не сходится с чеком"_s.arg(posnum));
+    }
+    if (ofLines != getDiscountSum())
+        throw BasicException(
+            u"скидки строк (%1) не сходятся со скидкой чека (%2)"_s.arg(ofLines.toText(), getDiscountSum().toText()));
 }

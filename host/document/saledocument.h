@@ -53,10 +53,11 @@ public:
     /// Puts a card on the check and gives the record its number within the check; one that is on it already stays.
     void addCard(const QSharedPointer<DocumentCardRecord> &card);
 
-    /// Puts an impact on the check; one that is on it already stays. Shares that are given are taken to the nearest
-    /// kopeck, and the totals become their sum. Without shares, an impact on a position takes its line, and one on the
-    /// check is distributed over the lines that allow discounts, in proportion to what discounts may still take of
-    /// them. Throws BasicException, with check and impact unchanged, when a share names no line, is negative, or
+    /// Puts an impact on the check; one that is on it already stays. Shares that are given are rounded to the nearest
+    /// kopeck, and the totals become their sum; shares of points are rounded so that all points on the check together
+    /// are their exact sum, rounded once. Without shares, an impact on a position takes its line, and one on the check
+    /// is distributed over the lines that allow discounts, in proportion to what discounts may still take of them.
+    /// Throws BasicException, with check and impact unchanged, when a share names no line, is negative or no number, or
     /// exceeds what discounts may still take of the line: nothing where it allows none, and only what is above the
     /// minimum price unless the share ignores that.
     void addImpact(const QSharedPointer<DocumentImpact> &impact);
@@ -69,18 +70,32 @@ public:
     Money getDiscountSum() const;
     Money getTotal() const { return getSum() - getDiscountSum(); }
 
-    /// Everything, plugin data included, as the JSON text of a file, and back from what is in such a text. Plugin data
-    /// comes back as maps and lists. toJson() throws BasicException when plugin data holds a type that
-    /// serder::toPlain() cannot take apart; fromMap() throws BasicException that names the entry that is missing, of a
-    /// wrong type, or at odds with the others.
-    QByteArray toJson() const;
-    static QSharedPointer<SaleDocument> fromMap(const QVariantMap &map);
+    /// The check itself; its lines, cards and impacts are stored by rows of their own.
+    static constexpr auto storedFields()
+    {
+        using Sale = SaleDocument;
+        return std::tuple{
+            StoredField("type", &Sale::m_type),
+            StoredField("state", &Sale::m_state),
+            StoredField("identifier", &Sale::m_identifier, [](const QString &text) { return !text.isEmpty(); }),
+            StoredField("dateTime", &Sale::m_dateTime, [](const QDateTime &time) { return time.isValid(); }),
+            StoredField("lastPosnum", &Sale::m_lastPosnum, [](const int &number) { return number >= 0; }),
+            StoredField("lastCardCode", &Sale::m_lastCardCode, [](const int &number) { return number >= 0; })};
+    }
+
+    /// What a stored check consists of beside its own fields. Links impacts to their cards and computes what they take
+    /// off the lines. Throws BasicException when the parts are at odds with each other.
+    void assemble(const QList<QSharedPointer<GoodsItem>> &goods, const QList<QSharedPointer<DocumentCardRecord>> &cards,
+                  const QList<QSharedPointer<DocumentImpact>> &impacts);
 
 private:
     QSharedPointer<GoodsItem> requireGoodsItem(int posnum) const;
-    void requireFits(const QList<QSharedPointer<DocumentImpactDetail>> &shares) const;
+    QList<Money> roundShares(const DocumentImpact &impact,
+                             const QList<QSharedPointer<DocumentImpactDetail>> &shares) const;
+    void requireFits(const QList<QSharedPointer<DocumentImpactDetail>> &shares, const QList<Money> &sums) const;
     void requireConsistent() const;
-    void updateLineDiscounts();
+    void updateDiscounts();
+    void countDiscounts(const DocumentImpact &impact);
 
     EDocumentType m_type;
     State m_state = State::Open;
@@ -91,4 +106,6 @@ private:
     QList<QSharedPointer<GoodsItem>> m_goods;
     QList<QSharedPointer<DocumentCardRecord>> m_cards;
     QList<QSharedPointer<DocumentImpact>> m_impacts;
+    double m_pointsGiven = 0; ///< By all impacts of points, exactly.
+    Money m_pointsTaken;      ///< The same on the lines.
 };

@@ -3,6 +3,7 @@
 
 #include <core/money.h>
 #include <document/epricesourcetype.h>
+#include <document/storedfield.h>
 #include <poshost_export.h>
 
 #include <QtCore/QString>
@@ -24,6 +25,14 @@ public:
 
     virtual EPriceSourceType getPriceSourceType() const { return m_priceSourceType; }
     void setPriceSourceType(EPriceSourceType type) { m_priceSourceType = type; }
+
+    static constexpr auto storedFields()
+    {
+        return std::tuple{
+            StoredField("code", &Tmc::m_code), StoredField("name", &Tmc::m_name),
+            StoredField("minPrice", &Tmc::m_minPrice, [](const Money &price) { return price >= Money(); }),
+            StoredField("priceSourceType", &Tmc::m_priceSourceType)};
+    }
 
 private:
     QString m_code;

@@ -161,6 +161,7 @@ bool BasicLoyaltySystem::removeEarnAfterClose()
 QList<DocumentBonusRecord> BasicLoyaltySystem::distributeBonusRecord(const QSharedPointer<AbstractDocument> &document,
                                                                      const DocumentBonusRecord &record) const
 {
+    Money::requireSum(record.amount, u"Начисление баллов, поле amount"_s);
     QList<int> positions;
     QList<Money> weights;
     const auto items = document ? document->getGoodsItems() : QList<QSharedPointer<GoodsItem>>();

@@ -1,7 +1,6 @@
 // What all loyalty systems share: registration with the host, the life of a check, and the data stored with it.
 #include "basicloyaltysystem.h"
 
-#include <core/serder.h>
 #include <core/singleton.h>
 #include <loyalty/loyaltysystems.h>
 

@@ -138,7 +138,7 @@ public:
     virtual bool revealCheck();
     /// Spreads a record over the lines that allow earning, in proportion to what the customer pays for them; the parts
     /// add up to the record's amount to a hundredth of a point. A null document, or one on which no line earns, gives
-    /// the record itself for the whole check.
+    /// the record itself for the whole check. Throws BasicException when the amount is not Money::isSum().
     virtual QList<DocumentBonusRecord> distributeBonusRecord(const QSharedPointer<AbstractDocument> &document,
                                                              const DocumentBonusRecord &record) const;
     /// By position, how much of each line points may still pay, in rubles: nothing of a line without discounts.

@@ -5,7 +5,6 @@
 #include "queuesignal.h"
 
 #include <core/jsontext.h>
-
 #include <database/databaseerror.h>
 
 #include <utility>

@@ -3,6 +3,7 @@
 
 #include <database/databaseerror.h>
 #include <database/sqliteconnection.h>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>

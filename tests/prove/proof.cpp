@@ -83,11 +83,17 @@ void Proof::startWork()
 /// Notes what the till must restore.
 void Proof::sell(const QJsonObject &shift)
 {
-    const QJsonObject open = m_shop.openCheck();
+    const auto open = m_shop.openCheck();
     const QJsonArray steps = shift.value(u"checks")[0][u"steps"].toArray();
     const bool keepsLines = std::ranges::none_of(
         steps, [](const QJsonValue step) { return step == u"restore"_s || step.toObject().contains(u"remove"); });
-    m_restored[open.value(u"identifier").toString()] = keepsLines ? open.value(u"goods").toArray() : QJsonArray();
+    if (open && keepsLines) {
+        m_restored[open->getIdentifier()].clear();
+        for (const auto goods = open->getGoodsItems(); const auto &item : goods)
+            m_restored[open->getIdentifier()].append(item->getPosnum());
+    } else if (open) {
+        m_restored.remove(open->getIdentifier());
+    }
     m_shop.sell(shift);
 }
 
@@ -136,7 +142,7 @@ void Proof::finish()
     for (const QJsonValue entry : undelivered())
         m_findings.append(u"%1 of order %2 is left in the queue: %3"_s.arg(
             entry[u"operation"].toString(), entry[u"order"].toString(), entry[u"lastError"].toString()));
-    if (!m_shop.openCheck().isEmpty())
+    if (m_shop.openCheck())
         m_findings.append(u"a check is left open at the till"_s);
 }
 
@@ -182,7 +188,8 @@ void Proof::judge()
         judgeRestored(check);
     const Books books = prove::judge(journal, QJsonDocument::fromJson(ledger).object());
     m_findings += books.findings;
-    for (const QStringList &command : {QStringList{u"check"_s}, {u"compare"_s, u"--journal"_s, m_shop.journalFile()}}) {
+    for (const QStringList &command :
+         {QStringList{u"check"_s}, {u"compare"_s, u"--journal"_s, m_shop.writeJournal()}}) {
         const auto [output, status] = m_shop.inspect(command);
         if (status != 0)
             m_findings.append(u"loyalty-sim %1: %2"_s.arg(command.first(), QString::fromUtf8(output)));
@@ -218,10 +225,9 @@ void Proof::judgeRestored(const QJsonObject &check)
     QSet<int> lines;
     for (const QJsonValue line : check.value(u"lines").toArray())
         lines.insert(line[u"lineId"].toInt());
-    for (const QJsonValue goods : m_restored.value(name))
-        if (!lines.contains(goods[u"posnum"].toInt()))
-            m_findings.append(
-                u"check %1 has lost its line %2 in a restart"_s.arg(name, QString::number(goods[u"posnum"].toInt())));
+    for (const int line : m_restored.value(name))
+        if (!lines.contains(line))
+            m_findings.append(u"check %1 has lost its line %2 in a restart"_s.arg(name, QString::number(line)));
 }
 
 } // namespace prove

@@ -48,7 +48,7 @@ private:
     QDeadlineTimer m_nextKill;
     int m_killed = 0;
     int m_sentAgain = 0;                   ///< Requests that were set aside after a refusal.
-    QHash<QString, QJsonArray> m_restored; ///< By check: its goods when a till last found it open.
+    QHash<QString, QList<int>> m_restored; ///< By check: its lines when a till last found it open.
     QStringList m_findings;
 };
 

@@ -201,9 +201,31 @@ void Shop::noteEndOfTill()
     }
 }
 
+QList<QJsonObject> Shop::journal() const
+{
+    QList<QJsonObject> entries;
+    for (const auto &[entered, entry] : m_checks.journal())
+        entries.append(entry);
+    return entries;
+}
+
+QString Shop::writeJournal() const
+{
+    QByteArray lines;
+    for (const QJsonObject &entry : journal())
+        lines += QJsonDocument(entry).toJson(QJsonDocument::Compact) + '\n';
+    writeFile(path(u"journal.jsonl"), lines);
+    return path(u"journal.jsonl");
+}
+
 int Shop::sold() const
 {
-    return static_cast<int>(readFile(journalFile()).count('\n'));
+    return static_cast<int>(journal().size());
+}
+
+QSharedPointer<SaleDocument> Shop::openCheck() const
+{
+    return m_checks.restore();
 }
 
 qsizetype Shop::cardsRemoved() const

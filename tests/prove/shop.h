@@ -1,6 +1,8 @@
 // The shop: the service's stand-in, the fault proxy before it, and the till, each a process that may be killed.
 #pragma once
 
+#include <checks/checkstore.h>
+
 #include <QtCore/QDeadlineTimer>
 #include <QtCore/QDir>
 #include <QtCore/QJsonObject>
@@ -53,13 +55,13 @@ public:
     const QStringList &crashes() const { return m_crashes; }
 
     /// The checks that the till has finished.
-    QList<QJsonObject> journal() const { return readLines(journalFile()); }
+    QList<QJsonObject> journal() const;
 
     /// How many there are.
     int sold() const;
 
-    /// The check that a till at rest has left open; empty when there is none.
-    QJsonObject openCheck() const { return readLines(path(u"data/open-check.json")).value(0); }
+    /// The check that a till at rest has left open; null when there is none.
+    QSharedPointer<SaleDocument> openCheck() const;
 
     /// How often a cashier took a card off a check; they are asked after a failure only.
     qsizetype cardsRemoved() const;
@@ -73,7 +75,8 @@ public:
     /// Runs `kvo-till queue` and returns its answer.
     QJsonObject askQueue(const QStringList &arguments) const;
 
-    QString journalFile() const { return path(u"data/journal.jsonl"); }
+    /// Writes the journal as `loyalty-sim compare` reads it, and returns the file's name.
+    QString writeJournal() const;
 
 private:
     struct Part
@@ -92,6 +95,7 @@ private:
     bool isRunning(const QString &name);
 
     QDir m_folder;
+    mutable CheckStore m_checks{path(u"data"), CheckStore::Access::Look};
     quint64 m_seed;
     double m_faultRate;
     QString m_postgres = qEnvironmentVariable("KVO_POSTGRES"); ///< Of the socket's folder; empty: a file is the queue.

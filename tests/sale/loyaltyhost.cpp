@@ -5,12 +5,12 @@
 
 #include <cashier/cardaddlogic.h>
 #include <cashier/savetofilelogic.h>
+#include <checks/checkstore.h>
 #include <core/activitynotifier.h>
 #include <core/config.h>
 #include <core/logsetup.h>
 #include <core/mockfactory.h>
 #include <core/singleton.h>
-#include <document/documentstore.h>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -81,6 +81,7 @@ LoyaltyHost::~LoyaltyHost()
     MockFactory<Dialog>::clear();
     MockFactory<RestClient>::clear();
     Singleton<DBQueueBroker>::replace({});
+    Singleton<CheckStore>::replace({});
     Singleton<Config>::replace({});
 }
 
@@ -194,7 +195,7 @@ void LoyaltyHost::restart()
     check.clear();
     m_plugin.reset();
     m_plugin = std::make_unique<till::LoyaltyPlugin>(m_pluginFolder);
-    check = DocumentStore().restore();
+    check = Singleton<CheckStore>::instance()->restore();
     system().setDocument(check);
     system().restoreLoyaltySystem();
 }
@@ -212,7 +213,7 @@ till::CheckResult LoyaltyHost::end(SaleDocument::State state)
 {
     check->setState(state);
     auto result = till::resultOf(*check, system());
-    DocumentStore().remove();
+    Singleton<CheckStore>::instance()->finish(*check, result.toJournal());
     system().cancel();
     system().setDocument({});
     return result;

@@ -139,8 +139,9 @@ protected:
     /// Expects the till's journal and the service's ledger to agree, with this many checks in the journal.
     void expectEqualBooks(int checks)
     {
-        EXPECT_EQ(checksInJournal(), checks);
-        compareBooks(folder.filePath(u"data/journal.jsonl"_s));
+        EXPECT_EQ(journal().count('\n'), checks);
+        writeFile(folder.filePath(u"journal.jsonl"_s), journal());
+        compareBooks(folder.filePath(u"journal.jsonl"_s));
     }
 
     void compareBooks(const QString &journalFile)
@@ -150,9 +151,14 @@ protected:
         expectSuccess(m_simulator, QStringList{u"check"_s} + ledger);
     }
 
-    int checksInJournal() const
+    /// The till's journal as JSON lines.
+    QByteArray journal() const
     {
-        return static_cast<int>(readFile(folder.filePath(u"data/journal.jsonl"_s)).count('\n'));
+        QProcess process;
+        process.start(m_till, {u"journal"_s, u"--json"_s, u"--config"_s, folder.filePath(u"till.ini"_s)});
+        EXPECT_TRUE(process.waitForFinished(patience));
+        EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+        return process.readAllStandardOutput();
     }
 
     QTemporaryDir folder;

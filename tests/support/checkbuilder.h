@@ -1,10 +1,9 @@
 // The vocabulary of the tests that need a check: lines, cards and discounts in one line each.
 #pragma once
 
-#include <document/saledocument.h>
+#include <checks/checkrows.h>
 
-#include <QtCore/QJsonDocument>
-#include <QtCore/QJsonObject>
+#include <algorithm>
 
 namespace builder {
 
@@ -59,15 +58,26 @@ inline QSharedPointer<DocumentImpact> shares(const QList<QPair<int, double>> &ru
     return impact;
 }
 
-inline QByteArray toJson(const QVariantMap &map)
+/// All rows of the check.
+inline QList<CheckRow> rows(const SaleDocument &check)
 {
-    return QJsonDocument(QJsonObject::fromVariantMap(map)).toJson();
+    return CheckRows().update(check).written;
 }
 
-/// The check as it comes back from a file.
-inline QVariantMap stored(const SaleDocument &check)
+/// For comparing: all that is stored.
+inline QByteArray text(const SaleDocument &check)
 {
-    return QJsonDocument::fromJson(check.toJson()).object().toVariantMap();
+    QByteArrayList lines;
+    for (const CheckRow &row : rows(check))
+        lines.append(row.kind.toUtf8() + ' ' + row.key.toByteArray() + ' ' + row.content);
+    std::sort(lines.begin(), lines.end());
+    return lines.join('\n');
+}
+
+/// The check as it comes back from the store.
+inline QSharedPointer<SaleDocument> restored(const SaleDocument &check)
+{
+    return CheckRows().read(rows(check));
 }
 
 } // namespace builder

@@ -1,6 +1,7 @@
 // Settings of a test, in place of an INI file. They hold until the object goes.
 #pragma once
 
+#include <checks/checkstore.h>
 #include <core/config.h>
 #include <core/singleton.h>
 
@@ -12,8 +13,13 @@ public:
     explicit FakeConfig(const QVariantHash &values)
     {
         Singleton<Config>::replace(QSharedPointer<Values>::create(values));
+        Singleton<CheckStore>::replace({});
     }
-    ~FakeConfig() { Singleton<Config>::replace({}); }
+    ~FakeConfig()
+    {
+        Singleton<CheckStore>::replace({}); // its folder was a setting
+        Singleton<Config>::replace({});
+    }
     Q_DISABLE_COPY_MOVE(FakeConfig)
 
 private:

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <limits>
 #include <random>
 
 namespace {
@@ -42,7 +43,7 @@ public:
             check->removeCard(card);
             break;
         case 5:
-            EXPECT_NO_THROW(check = SaleDocument::fromMap(builder::stored(*check)));
+            EXPECT_NO_THROW(check = builder::restored(*check));
             break;
         case 6: {
             const auto impact = builder::discount(upTo(2000000) / 10000.0, card);
@@ -94,13 +95,13 @@ TEST(SaleDocumentSums, DiscountsOfLinesAddUpAfterAnySequenceOfOperations)
         SCOPED_TRACE(seed);
         RandomCheck random(seed);
         for (int i = 0; i < 250 && !testing::Test::HasFailure(); ++i) {
-            const QByteArray before = random.check->toJson();
+            const QByteArray before = builder::text(*random.check);
             const Money sumBefore = random.check->getDiscountSum();
             try {
                 const Money added = random.act();
                 EXPECT_TRUE(added.isZero() || random.check->getDiscountSum() == sumBefore + added);
             } catch (const BasicException &) {
-                EXPECT_EQ(random.check->toJson(), before) << "a refused operation has changed the check";
+                EXPECT_EQ(builder::text(*random.check), before) << "a refused operation has changed the check";
                 ++refused;
             }
             random.expectSumsAgree();
@@ -148,6 +149,8 @@ TEST(SaleDocumentSums, RefusesDiscountsThatDoNotFit)
         {"no such line", {{7, 1.00}}, true, false},
         {"a line without discounts", {{2, 0.01}}, true, false},
         {"a negative share", {{1, 10.00}, {1, -1.00}}, true, false},
+        {"more than money can be", {{1, 9e16}}, true, false},
+        {"no number", {{1, std::nan("")}}, true, false},
     };
     for (const auto &[label, given, minPriceIgnored, fits] : cases) {
         SCOPED_TRACE(label);
@@ -162,6 +165,41 @@ TEST(SaleDocumentSums, RefusesDiscountsThatDoNotFit)
         EXPECT_THAT([&] { check.addImpact(impact); }, testing::Conditional(fits, testing::Not(refused), refused));
         EXPECT_EQ(check.getDiscountImpacts().size(), fits ? 1 : 0);
     }
+}
+
+TEST(SaleDocumentSums, TakesPointsOffAsOftenAsTheServiceCountsThem)
+{
+    const auto check = builder::check(QList<qint64>(10'000, 100));
+    const auto spend = [](SaleDocument &on, int first, int last) {
+        for (int position = first; position <= last; ++position) {
+            const auto points = builder::shares({{position, 0.006}});
+            points->getTotals()->setDiscountType(EDiscountType::Bonus);
+            on.addImpact(points);
+        }
+    };
+    spend(*check, 1, 333);
+    EXPECT_EQ(check->getDiscountSum().kopecks(), 200); // 199.8
+    const auto restored = builder::restored(*check);
+    spend(*restored, 334, 10'000);
+    EXPECT_EQ(restored->getDiscountSum().kopecks(), 6000);
+    for (const auto items = restored->getGoodsItems(); const auto &item : items)
+        ASSERT_LE(item->getDiscountSum().kopecks(), 1);
+}
+
+TEST(DocumentCardRecordPoints, AreRefusedUnlessMoneyCanHoldThem)
+{
+    DocumentCardRecord card;
+    const double infinite = std::numeric_limits<double>::infinity();
+    for (const double points : {infinite, std::nan(""), 8.9e16, -500.0}) {
+        EXPECT_THROW(card.setPointsForSpend(points), BasicException) << points;
+        EXPECT_THROW(card.setPointsForEarn(points), BasicException) << points;
+        if (points != -500.0) {
+            EXPECT_THROW(card.setBonusBalance(points), BasicException) << points;
+        }
+    }
+    card.setBonusBalance(-500.0);
+    EXPECT_EQ(card.getBonusBalance(), -500.0);
+    EXPECT_TRUE(card.getPointsForEarn().isNull());
 }
 
 TEST(SaleDocumentSums, RemovesACardWithItsImpactsOnly)
@@ -182,7 +220,7 @@ TEST(SaleDocumentSums, NeverGivesAPositionNumberTwice)
 {
     const auto check = builder::check({100, 200});
     check->removeGoodsItem(2);
-    const auto restored = SaleDocument::fromMap(builder::stored(*check));
+    const auto restored = builder::restored(*check);
     EXPECT_EQ(restored->addGoodsItem(builder::line(300)), 3);
 }
 

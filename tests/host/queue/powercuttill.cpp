@@ -1,16 +1,10 @@
 // The till's life: pushes, deliveries and restarts at random until the power fails.
 #include "powercuttill.h"
 
+#include "powercutfiles.h"
 #include "powercutvfs.h"
 
 #include <core/basicexception.h>
-
-#include <support/file.h>
-
-#include <QtCore/QDir>
-#include <QtCore/QFile>
-#include <QtSql/QSqlDatabase>
-#include <QtSql/QSqlQuery>
 
 #include <algorithm>
 #include <iostream>
@@ -24,47 +18,14 @@ constexpr int orders = 6;
 constexpr int longestLife = 250; // file operations: some twenty pushes and deliveries
 constexpr auto longerThanAnyBackOff = std::chrono::minutes(2);
 
-// For the connection that was opened first.
-void commitWithoutSync()
-{
-    QSqlQuery query(QSqlDatabase::database(QSqlDatabase::connectionNames().constFirst(), false));
-    if (!query.exec(u"PRAGMA synchronous = NORMAL"_s))
-        throw std::runtime_error("PRAGMA synchronous = NORMAL");
-}
-
-/// Makes the files in the folder what they are in `contents`; a log or a journal that is not in there is removed.
-void put(const PowerCutDisk::Contents &contents, const QString &folder)
-{
-    const QDir directory(folder);
-    for (const QString &old : directory.entryList({u"*-wal"_s, u"*-journal"_s}, QDir::Files))
-        QFile::remove(directory.filePath(old));
-    for (const auto &[name, bytes] : contents)
-        writeFile(directory.filePath(QFileInfo(QString::fromStdString(name)).fileName()),
-                  QByteArray::fromStdString(bytes));
-}
-
-bool isSound(const QString &fileName)
-{
-    bool sound = false;
-    {
-        QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"check"_s);
-        database.setDatabaseName(fileName);
-        sound = database.open();
-        QSqlQuery check(u"PRAGMA integrity_check"_s, database);
-        sound = sound && check.next() && check.value(0) == u"ok"_s;
-    }
-    QSqlDatabase::removeDatabase(u"check"_s);
-    return sound;
-}
-
 /// What a machine finds that starts after a power cut, played on a copy of its disk: the events in the sequence of
 /// their sending; none when the database is corrupt.
 std::optional<QList<QJsonObject>> eventsIn(const PowerCutDisk::Contents &contents)
 {
     const QTemporaryDir folder;
-    put(contents, folder.path());
+    powercut::put(contents, folder.path());
     const QString database = folder.filePath(u"queue.db"_s);
-    if (!isSound(database))
+    if (!powercut::isSound(database))
         return {};
     QList<QJsonObject> events;
     try {
@@ -133,7 +94,7 @@ void PowerCutTill::open()
         if (!m_disk.hasSeen(m_database.toStdString()))
             throw std::runtime_error("Qt's SQLite driver does not use the SQLite library of this program");
         if (m_sabotage == Sabotage::SynchronousNormal)
-            commitWithoutSync();
+            powercut::commitWithoutSync();
     });
 }
 
@@ -222,7 +183,7 @@ bool PowerCutTill::judgeRemains()
     PowerCutDisk::Contents contents = m_disk.cut();
     if (chance(0.3)) // the index of the log is never synced: anything may be in there
         contents[m_database.toStdString() + "-shm"] = std::string(40'000, '\x5a');
-    put(contents, m_folder.path());
+    powercut::put(contents, m_folder.path());
     const auto left = eventsIn(contents);
     if (left)
         m_ledger.afterCut(*left);

@@ -1,0 +1,72 @@
+// A check as rows of the check store, and which of them have changed since they were stored.
+#pragma once
+
+#include <document/saledocument.h>
+#include <poshost_export.h>
+
+#include <QtCore/QHash>
+
+/// By kind: "goods" has the line's number as key, "card" the card's number within the check, "impact" a number that
+/// says what came first, "data " with the store key of plugin data the entry's key. The check's own fields are of kind
+/// "check".
+struct CheckRow
+{
+    QString kind;
+    QVariant key;
+    QByteArray content = {}; ///< Compact JSON.
+};
+
+/// What is stored of one check. It keeps a copy of every object, because comparing is so much cheaper than writing.
+class POSHOST_EXPORT CheckRows
+{
+public:
+    /// Nothing is stored yet.
+    CheckRows() = default;
+
+    /// What has to be removed, and then written, so that `check` is stored; from then on it counts as stored. Throws
+    /// BasicException when plugin data holds what serder::toPlain() cannot take apart. When this throws, or when the
+    /// rows cannot be stored, the object is of no further use.
+    struct Changes
+    {
+        QList<CheckRow> removed; ///< Without content.
+        QList<CheckRow> written;
+    };
+    Changes update(const SaleDocument &check);
+
+    /// Makes a check of rows that are sorted by kind and key; they count as stored. Plugin data comes back as plain
+    /// values. Throws BasicException that names row and field when something is missing, of a wrong type, outside its
+    /// limits or at odds with the rest.
+    QSharedPointer<SaleDocument> read(const QList<CheckRow> &rows);
+
+private:
+    template <class T>
+    struct Kept
+    {
+        QSharedPointer<T> object;
+        QSharedPointer<T> copy;
+        qint64 key;
+    };
+    template <class T>
+    using KeptList = QList<Kept<T>>;
+    struct KeptValue
+    {
+        QVariant value;
+        QByteArray content;
+    };
+    using KeptData = QHash<QString, QHash<QString, KeptValue>>; // by store key and key
+
+    template <class T>
+    void updateList(const QString &kind, KeptList<T> &kept, const QList<QSharedPointer<T>> &objects, Changes &changes);
+    void updateData(const SaleDocument &check, Changes &changes);
+    qint64 keyOf(const GoodsItem &item) { return item.getPosnum(); }
+    qint64 keyOf(const DocumentCardRecord &card) { return card.getCodeInternal(); }
+    qint64 keyOf(const DocumentImpact &) { return ++m_lastImpact; }
+    void readRow(const CheckRow &row, SaleDocument &check);
+
+    QByteArray m_check;
+    KeptList<GoodsItem> m_goods;
+    KeptList<DocumentCardRecord> m_cards;
+    KeptList<DocumentImpact> m_impacts;
+    KeptData m_data;
+    qint64 m_lastImpact = 0;
+};

@@ -1,0 +1,270 @@
+// A stored object as JSON. Private to the host.
+//
+// Reading is strict: a field that is missing, of another type or outside its limits throws BasicException that names
+// it. Money is a whole number of kopecks, an enumeration its number, a time ISO 8601 text, a null pointer null.
+#pragma once
+
+#include "ediscountmode.h"
+#include "ediscountobject.h"
+#include "ediscounttype.h"
+#include "edocumenttype.h"
+#include "eimpactsource.h"
+#include "epricesourcetype.h"
+#include "storedfield.h"
+
+#include <core/basicexception.h>
+#include <core/money.h>
+#include <document/client.h>
+#include <document/saledocument.h>
+
+#include <QtCore/QDateTime>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonObject>
+#include <QtCore/QSharedPointer>
+
+#include <optional>
+#include <type_traits>
+
+namespace storedrow {
+
+template <class T>
+concept Stored = requires
+{
+    T::storedFields();
+};
+
+QJsonValue toJson(const QVariant &value); ///< Throws BasicException for a value that serder::toPlain() refuses.
+QJsonValue toJson(const QString &value);
+QJsonValue toJson(bool value);
+QJsonValue toJson(int value);
+QJsonValue toJson(double value);
+QJsonValue toJson(Money value);
+QJsonValue toJson(const QDate &value);
+QJsonValue toJson(const QDateTime &value);
+QJsonValue toJson(const QVariantList &value);
+
+void fromJson(const QJsonValue &json, QVariant &value);
+void fromJson(const QJsonValue &json, QString &value);
+void fromJson(const QJsonValue &json, bool &value);
+void fromJson(const QJsonValue &json, int &value);
+void fromJson(const QJsonValue &json, double &value);
+void fromJson(const QJsonValue &json, Money &value);
+void fromJson(const QJsonValue &json, QDate &value);
+void fromJson(const QJsonValue &json, QDateTime &value);
+void fromJson(const QJsonValue &json, QVariantList &value);
+
+/// The exception for a field, with the name of the one that it is part of in front.
+BasicException fieldError(const QString &name, const BasicException &error);
+[[noreturn]] void fail(const QString &problem);
+
+constexpr bool isWithin(int code, auto first, auto last)
+{
+    return code >= static_cast<int>(first) && code <= static_cast<int>(last);
+}
+constexpr bool isKnown(EDiscountMode value)
+{
+    return isWithin(static_cast<int>(value), EDiscountMode::Undefined, EDiscountMode::Payment);
+}
+constexpr bool isKnown(EDiscountObject value)
+{
+    return isWithin(static_cast<int>(value), EDiscountObject::Check, EDiscountObject::Position);
+}
+constexpr bool isKnown(EDiscountType value)
+{
+    return isWithin(static_cast<int>(value), EDiscountType::None, EDiscountType::Bonus);
+}
+constexpr bool isKnown(EDocumentType value)
+{
+    return value == EDocumentType::Sale || value == EDocumentType::Refund || value == EDocumentType::RefundBySale;
+}
+constexpr bool isKnown(EImpactSource value)
+{
+    return isWithin(static_cast<int>(value), EImpactSource::Undefined, EImpactSource::Cashier);
+}
+constexpr bool isKnown(EPriceSourceType value)
+{
+    return isWithin(static_cast<int>(value), EPriceSourceType::Undefined, EPriceSourceType::Promotion);
+}
+constexpr bool isKnown(Client::Sex value)
+{
+    return isWithin(static_cast<int>(value), Client::Sex::Male, Client::Sex::Female);
+}
+constexpr bool isKnown(SaleDocument::State value)
+{
+    return isWithin(static_cast<int>(value), SaleDocument::State::Open, SaleDocument::State::Voided);
+}
+
+template <Stored T>
+QJsonObject write(const T &object);
+template <Stored T>
+void read(const QJsonObject &row, T &object);
+/// Field by field; what pointers point to is compared, not the pointers.
+template <Stored T>
+bool isSame(const T &a, const T &b);
+/// A copy that shares no stored object with the original.
+template <Stored T>
+QSharedPointer<T> copy(const T &object);
+
+namespace detail {
+
+template <class Enum>
+requires std::is_enum_v<Enum> QJsonValue write(Enum value)
+{
+    return static_cast<int>(value);
+}
+template <class T>
+QJsonValue write(const std::optional<T> &value)
+{
+    return value ? toJson(*value) : QJsonValue();
+}
+template <Stored T>
+QJsonValue write(const QSharedPointer<T> &value)
+{
+    return value ? QJsonValue(storedrow::write(*value)) : QJsonValue();
+}
+template <Stored T>
+QJsonValue write(const QList<QSharedPointer<T>> &values)
+{
+    QJsonArray array;
+    for (const auto &value : values)
+        array.append(write(value));
+    return array;
+}
+template <class T>
+QJsonValue write(const T &value) requires requires
+{
+    storedrow::toJson(value);
+} &&(!std::is_enum_v<T>)
+{
+    return storedrow::toJson(value);
+}
+
+template <class Enum>
+requires std::is_enum_v<Enum>
+void read(const QJsonValue &json, Enum &value)
+{
+    int code = 0;
+    fromJson(json, code);
+    value = static_cast<Enum>(code);
+    if (!isKnown(value))
+        fail(QStringLiteral("неизвестное значение ") + QString::number(code));
+}
+template <class T>
+void read(const QJsonValue &json, std::optional<T> &value)
+{
+    value.reset();
+    if (!json.isNull())
+        fromJson(json, value.emplace());
+}
+template <Stored T>
+void read(const QJsonValue &json, QSharedPointer<T> &value)
+{
+    value.reset();
+    if (json.isNull())
+        return;
+    if (!json.isObject())
+        fail(QStringLiteral("ожидается объект"));
+    value = QSharedPointer<T>::create();
+    storedrow::read(json.toObject(), *value);
+}
+template <Stored T>
+void read(const QJsonValue &json, QList<QSharedPointer<T>> &values)
+{
+    if (!json.isArray())
+        fail(QStringLiteral("ожидается список"));
+    values.clear();
+    for (const auto array = json.toArray(); const auto &element : array)
+        read(element, values.emplaceBack());
+}
+template <class T>
+void read(const QJsonValue &json, T &value) requires requires
+{
+    storedrow::fromJson(json, value);
+} &&(!std::is_enum_v<T>)
+{
+    fromJson(json, value);
+}
+
+template <class T>
+bool isSame(const T &a, const T &b)
+{
+    return a == b;
+}
+inline bool isSame(const QVariant &a, const QVariant &b)
+{
+    return a.metaType() == b.metaType() && a == b; // 5 and 5.0 are equal, and read back as different types
+}
+template <Stored T>
+bool isSame(const QSharedPointer<T> &a, const QSharedPointer<T> &b)
+{
+    return a.isNull() || b.isNull() ? a == b : storedrow::isSame(*a, *b);
+}
+template <Stored T>
+bool isSame(const QList<QSharedPointer<T>> &a, const QList<QSharedPointer<T>> &b)
+{
+    return a.size() == b.size() && std::equal(a.cbegin(), a.cend(), b.cbegin(),
+                                              [](const auto &left, const auto &right) { return isSame(left, right); });
+}
+
+template <class T>
+void unshare(T &)
+{}
+template <Stored T>
+void unshare(QSharedPointer<T> &value)
+{
+    if (value)
+        value = storedrow::copy(*value);
+}
+template <Stored T>
+void unshare(QList<QSharedPointer<T>> &values)
+{
+    for (auto &value : values)
+        unshare(value);
+}
+
+} // namespace detail
+
+template <Stored T>
+QJsonObject write(const T &object)
+{
+    QJsonObject row;
+    std::apply(
+        [&](const auto &...field) {
+            (row.insert(QLatin1StringView(field.name), detail::write(object.*field.member)), ...);
+        },
+        T::storedFields());
+    return row;
+}
+
+template <Stored T>
+void read(const QJsonObject &row, T &object)
+{
+    const auto readField = [&](const auto &field) {
+        try {
+            auto &value = object.*field.member;
+            detail::read(row.value(QLatin1StringView(field.name)), value);
+            if (field.isAllowed && !field.isAllowed(value))
+                fail(QStringLiteral("недопустимое значение"));
+        } catch (const BasicException &error) {
+            throw fieldError(QString::fromLatin1(field.name), error);
+        }
+    };
+    std::apply([&](const auto &...field) { (readField(field), ...); }, T::storedFields());
+}
+
+template <Stored T>
+bool isSame(const T &a, const T &b)
+{
+    return std::apply([&](const auto &...field) { return (detail::isSame(a.*field.member, b.*field.member) && ...); },
+                      T::storedFields());
+}
+
+template <Stored T>
+QSharedPointer<T> copy(const T &object)
+{
+    const auto result = QSharedPointer<T>::create(object);
+    std::apply([&](const auto &...field) { (detail::unshare((*result).*field.member), ...); }, T::storedFields());
+    return result;
+}
+
+} // namespace storedrow
