@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include <QtCore/QDeadlineTimer>
+#include <QtCore/QJsonDocument>
 
 #include <algorithm>
 #include <cstdio>

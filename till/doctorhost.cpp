@@ -5,7 +5,6 @@
 
 #include <core/basicexception.h>
 #include <core/singleton.h>
-#include <document/documentstore.h>
 #include <loyalty/basicloyaltysystem.h>
 #include <queue/queueadmin.h>
 

@@ -57,10 +57,10 @@ Finding checkQueue(Entries &entries)
 Finding checkRefused(const Entries &entries)
 {
     const auto refused = std::count_if(entries.cbegin(), entries.cend(),
-                                       [](const QueueAdmin::Entry &entry) { return entry.state == State::SetAside; });
+                                       [](const QueueAdmin::Entry &entry) { return entry.state == State::DeadLetter; });
     if (refused == 0)
         return {Verdict::Ok, u"none"_s};
-    return {Verdict::Warning, u"%1 set aside"_s.arg(refused),
+    return {Verdict::Warning, u"%1 refused for good"_s.arg(refused),
             u"kvo-till queue says why; then kvo-till queue retry or discard"_s};
 }
 

@@ -206,7 +206,7 @@ bool LoyaltyHost::deliver()
     drain.setHandler(till::loyaltyQueueOwner, till::makeLoyaltySender());
     drain.start();
     return drain.waitUntilDrained(std::chrono::seconds(25)) &&
-           Singleton<DBQueueBroker>::instance()->status().setAside == 0;
+           Singleton<DBQueueBroker>::instance()->status().deadLetters == 0;
 }
 
 till::CheckResult LoyaltyHost::end(SaleDocument::State state)

@@ -325,8 +325,8 @@ TEST_F(DoctorTest, NamesWhatIsWrongWithTheQueue)
     };
     sql(u"UPDATE event SET created = created - 7200000"_s);
     expect(examineQueue({}), u"queue"_s, warning, "1 wait", "kvo-till drain");
-    sql(u"UPDATE event SET state = 'aside'"_s);
-    expect(examineQueue({}), u"refused requests"_s, warning, "1 set aside", "retry or discard");
+    sql(u"UPDATE event SET state = 'dead', rejected = 1"_s);
+    expect(examineQueue({}), u"refused requests"_s, warning, "1 refused for good", "retry or discard");
     writeFile(m_folder.filePath(u"data/other.db"_s), QByteArray(9999, 'x'));
     const auto damaged = examineQueue("database = other.db");
     expect(damaged, u"queue"_s, failure, "other.db cannot be used", "docs/queue.md");
