@@ -123,6 +123,17 @@ TEST_F(QueueDeliveryTest, TextsComeThroughTheDatabaseAsTheyWere)
     EXPECT_EQ(QueueAdmin().list().constFirst().lastError, event.value(u"text").toString().remove(QChar::Null));
 }
 
+TEST_F(QueueDeliveryTest, ErrorsAreStoredWithoutSecrets)
+{
+    QueueDelivery receiver(settings, {{u"kvo"_s, [](const QJsonObject &) {
+                                           throw std::runtime_error("+79161234567, 7770000000001, http://u:p@h/x");
+                                       }}});
+    push(u"a1"_s);
+    EXPECT_TRUE(receiver.step());
+    EXPECT_EQ(QueueAdmin().list().constFirst().lastError, u"+*******4567, *********0001, http://u:***@h/x"_s);
+    EXPECT_EQ(broker.status().lastError, QueueAdmin().list().constFirst().lastError);
+}
+
 TEST_F(QueueDeliveryTest, EventsOfUnknownOwnersStay)
 {
     push(u"a1"_s, u"somebody"_s);
