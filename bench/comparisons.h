@@ -32,8 +32,8 @@ void pushVsSqlite(Pairs &pairs);
 void drainVsCurl(Pairs &pairs);
 void replayVsCurl(Pairs &pairs);
 
-// With 100,000 events beside 1,000: the till's status line, a push, a look for the next event while all are backing off,
-// and while the service is down after a failed probe. Run by scripts/with-postgres, they use its server.
+// With 100,000 events beside 1,000: the till's status line, a push, a look for the next event while all are backing
+// off, and while the service is down after a failed probe. Run by scripts/with-postgres, they use its server.
 void queueStatusGrowth(Pairs &pairs);
 void queuePushGrowth(Pairs &pairs);
 void queueDueGrowth(Pairs &pairs);

@@ -61,8 +61,8 @@ public:
     /// use in it.
     void record(const std::function<void()> &operation);
 
-    /// To be called before claims are settled. All locks on orders come before all changes to the summary, as in a push;
-    /// otherwise the two could block each other.
+    /// To be called before claims are settled. All locks on orders come before all changes to the summary, as in a
+    /// push; otherwise the two could block each other.
     void lockOrders(const QueueLease &lease);
 
     /// All of the lease's claims but those settled before were accepted: deletes their events. `claims` is what they
