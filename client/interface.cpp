@@ -33,7 +33,7 @@ bool isLoopback(const QString &host)
     return host == "localhost"_L1 || QHostAddress(host).isLoopback();
 }
 
-// Once per process: a till has a client in the plugin and one at its queue.
+// Once per process: a till has two clients, one in the plugin and one for its queue.
 void warnOfPlainHttp(const QUrl &url, Log4Qt::Logger &logger)
 {
     static std::atomic_flag warned;

@@ -26,11 +26,11 @@ namespace kvo {
 class Interface
 {
 public:
-    /// Reads the settings "Kvo:..." from Singleton<Config>, once. Does not contact the service and checks nothing: a
-    /// wrong setting shows in the first exchange. Plain HTTP to another machine is a warning in the log.
+    /// Reads the settings "Kvo:..." from Singleton<Config>, once. Does not contact the service and validates nothing: a
+    /// wrong setting makes the first exchange fail. Logs a warning for plain HTTP to another machine.
     Interface();
 
-    /// Reads nothing: no addresses, no headers, only the logger.
+    /// For test doubles: sets the logger and reads no settings.
     explicit Interface(utils::ForMock);
 
     virtual ~Interface();
@@ -69,11 +69,11 @@ public:
     virtual Request cancelOrderRequest(const QSharedPointer<AbstractDocument> &document,
                                        const QSharedPointer<DocumentCardRecord> &card) const;
 
-    /// Has the service send `text` by SMS to `phone` (POST send of the message API). Both go out as they are.
+    /// Has the service send `text` by SMS to `phone` (POST send of the message API). Neither is changed.
     virtual void verification(const QString &text, const QString &phone) const;
 
-    /// Sends an event of the host's queue (Request::toQueueEvent()). A refusal with status 200, 400 or 500 is an error
-    /// line and no exception, see checkForError().
+    /// Sends an event of the host's queue (Request::toQueueEvent()). Logs a refusal with status 200, 400 or 500 as an
+    /// error instead of throwing, see checkForError().
     virtual void requestFromQueue(const QJsonObject &event) const;
 
     /// Sends a request now; the response is made from the "result" of the answer.
@@ -82,9 +82,9 @@ public:
     /// A new random UUID: 36 characters, lower case, without braces.
     virtual QString createUuid() const;
 
-    /// The body of an order: the check's lines with what its discounts and payments mean for them, and whose order it
-    /// is. The card's operation id names the order; a card without one gets a new identifier at every call.
-    /// `forbidDiscount`: no line may be paid with points.
+    /// The body of an order: the check's lines with their discounts and payments, and the customer. The card's
+    /// operation id names the order; a card without one gets a new identifier at every call. `forbidDiscount`: no line
+    /// may be paid with points.
     virtual QJsonObject createOrderBody(const QSharedPointer<AbstractDocument> &document,
                                         const QSharedPointer<DocumentCardRecord> &card, bool forbidDiscount) const;
 

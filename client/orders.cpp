@@ -52,7 +52,7 @@ Request Interface::cancelOrderRequest(const QSharedPointer<AbstractDocument> & /
     return orderRequest(u"cancelOrder"_s, orderReference(*card));
 }
 
-/// Names an existing order: whose it is, which one, and which till speaks.
+/// Identifies an existing order: customer, order and till.
 QJsonObject Interface::orderReference(const DocumentCardRecord &card) const
 {
     return {{u"brand"_s, brand},

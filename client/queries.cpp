@@ -1,4 +1,4 @@
-// What the service client asks about a customer and a card, and the message to a customer.
+// Queries about a customer and a card, and text messages to a customer.
 #include "client/interface.h"
 
 #include <log4qt/logger.h>
@@ -9,7 +9,7 @@ namespace kvo {
 
 namespace {
 
-/// Percent-encodes the value, because most servers read a "+" in a query as a blank. An empty value keeps its "=".
+/// Percent-encodes the value, because most servers decode a "+" in a query as a space. An empty value keeps its "=".
 void addValue(QUrlQuery &query, const QString &name, const QString &value)
 {
     // A null value would be sent without its "=".

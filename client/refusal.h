@@ -1,11 +1,11 @@
-// The service's word that it will not have a request.
+// Thrown when the service refuses a request for good.
 #pragma once
 
 #include <core/basicexception.h>
 
 namespace kvo {
 
-/// The service has judged this very request and refused it: sending it again will not help.
+/// The service has processed this very request and refused it: sending it again will not help.
 class Refusal : public BasicException
 {
 public:

@@ -1,4 +1,4 @@
-// The queue form of a request. Events that an earlier run of the till has stored are read back here.
+// The queue form of a request. Also reads events that an earlier run of the till stored.
 #include "client/request.h"
 
 #include <QtCore/QVariant>
@@ -9,7 +9,7 @@ namespace kvo {
 
 namespace {
 
-// A number outside the enumeration's range must never be loaded as one of its values.
+// Never load a number outside the range of the enumeration.
 QNetworkAccessManager::Operation operationFrom(int number)
 {
     const bool known =

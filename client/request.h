@@ -1,4 +1,4 @@
-// One request to the loyalty service as a plain value, and the form in which it waits in the host's queue.
+// A request to the loyalty service as a plain value, and its form in the host's queue.
 #pragma once
 
 #include <QtCore/QHash>

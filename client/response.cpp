@@ -1,4 +1,4 @@
-// Reading an order's answer. What is missing or of another type counts as nothing.
+// Reading an order's answer. Missing members and members of the wrong type count as absent.
 #include "client/response.h"
 
 #include <numeric>

@@ -1,5 +1,5 @@
-// The plugin's settings: the section [Kvo] of the host's configuration. They are read as they are; a host that wants to
-// refuse wrong values before it sells checks them against this list.
+// The plugin's settings: the section [Kvo] of the host's configuration. The plugin does not validate them; a host that
+// wants to refuse wrong values before selling checks them against this list.
 #pragma once
 
 #include <QtCore/QStringView>

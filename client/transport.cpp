@@ -1,4 +1,4 @@
-// How the service client speaks to the service: URLs, one exchange, and the judgement of its outcome.
+// URLs, a single exchange with the service, and the verdict on its outcome.
 #include "client/interface.h"
 #include "client/refusal.h"
 
@@ -19,7 +19,8 @@ QUrl methodUrl(const QString &host, const std::filesystem::path &prefix, const Q
                const QUrlQuery &query = QUrlQuery())
 {
     QUrl url(host, QUrl::TolerantMode);
-    // A path would clear the error, and the request would go to the default port of what could be parsed.
+    // Setting a path would clear the error, and the request would go to the default port of the part that could be
+    // parsed.
     if (!url.errorString().isEmpty())
         return url;
     url.setPath(QString::fromStdString((prefix / method.toStdString()).native()), QUrl::DecodedMode);
@@ -33,7 +34,7 @@ bool isRefusal(const QJsonObject &body)
     return !success.isUndefined() && !success.toBool();
 }
 
-/// Statuses with which a refusal of a queued request is only logged.
+/// For these statuses the refusal of a queued request is only logged.
 bool isToleratedFromQueue(int status)
 {
     return status == 200 || status == 400 || status == 500;

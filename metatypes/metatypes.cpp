@@ -1,5 +1,5 @@
-// The registrations. Converters that Qt makes by itself when a type is registered (shared pointers to QObject*, lists
-// to sequential containers) are not repeated here.
+// The registrations. Qt itself adds the converters from shared pointers to QObject* and from lists to sequential
+// containers.
 #include "metatypes/metatypes.h"
 
 #include "metatypes/plaindata.h"
@@ -15,14 +15,14 @@ namespace {
 
 bool registerAll()
 {
-    // The names are normalized already; to have Qt do that took a third of the plugin's construction.
+    // The names are already normalized; letting Qt do it took a third of the plugin's construction time.
     qRegisterNormalizedMetaType<Event>("Event");
     qRegisterNormalizedMetaType<QSharedPointer<AbstractDocument>>("QSharedPointer<AbstractDocument>");
     qRegisterNormalizedMetaType<QNetworkAccessManager::Operation>("QNetworkAccessManager::Operation");
     qRegisterNormalizedMetaType<DocumentBonusRecord>("DocumentBonusRecord");
     qRegisterNormalizedMetaType<QList<DocumentBonusRecord>>("QList<DocumentBonusRecord>");
     qRegisterNormalizedMetaType<BonusImpactPtrList>("BonusImpactPtrList");
-    // A converter may be there already when another library of the process has registered the types too.
+    // Another library in the process may have registered the converter already.
     const auto registerConverter = []<class From, class To>(To (*convert)(const From &)) {
         if (!QMetaType::hasRegisteredConverterFunction<From, To>())
             QMetaType::registerConverter<From, To>(convert);

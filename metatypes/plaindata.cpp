@@ -1,5 +1,4 @@
-// Takes bonus records and impacts apart through their own properties, getters and setters, and puts them together
-// again.
+// Converts bonus records and impacts to plain values and back, through their own properties, getters and setters.
 #include "metatypes/plaindata.h"
 
 #include <QtCore/QMetaProperty>
@@ -12,7 +11,7 @@ namespace kvo {
 
 namespace {
 
-/// Calls `visit` with the name, getter and setter of everything that the plugin sets on an impact, but for the card.
+/// Calls `visit` with the name, getter and setter of everything that the plugin sets on an impact, except the card.
 template <class Visit>
 void visitFields(Visit visit)
 {
@@ -39,7 +38,7 @@ QVariant toPlain(const Value &value)
         return value;
 }
 
-/// False, with `value` as it was, when `plain` is not one.
+/// False, with `value` unchanged, when `plain` does not hold one.
 template <class Value>
 bool fromPlain(const QVariant &plain, Value &value)
 {
@@ -61,7 +60,7 @@ QVariantMap toPlainMap(const BonusImpact &impact)
     visitFields([&](const QString &name, auto get, auto) {
         totals.insert(name, toPlain(std::invoke(get, *impact.getTotals())));
     });
-    // A share is a copy of the totals but for these two.
+    // A share differs from the totals in these two only.
     QVariantList shares;
     for (const auto details = impact.getDetails(); const auto &detail : details) {
         shares.append(
@@ -70,7 +69,7 @@ QVariantMap toPlainMap(const BonusImpact &impact)
     return {{u"totals"_s, totals}, {u"shares"_s, shares}};
 }
 
-/// Null when the map is no impact.
+/// Null when the map does not describe an impact.
 QSharedPointer<BonusImpact> bonusImpactFrom(const QVariantMap &map)
 {
     bool good = true;

@@ -13,11 +13,11 @@ namespace kvo {
 /// The record's properties by name.
 QVariantMap toPlainMap(const DocumentBonusRecord &record);
 
-/// A record with what toPlainMap() wrote. Entries that no property has are ignored; a property that cannot take its
-/// entry keeps its default, and its name is appended to `unreadable`.
+/// The record that toPlainMap() wrote. Ignores unknown entries; a property that cannot take its entry keeps its default
+/// and is named in `unreadable`.
 DocumentBonusRecord bonusRecordFrom(const QVariantMap &map, QStringList &unreadable);
 
-/// One map per impact. The card is not part of it; the card index stands for it.
+/// One map per impact. It holds the card's index instead of the card.
 QVariantList toPlainList(const BonusImpactPtrList &impacts);
 
 /// The impacts that toPlainList() wrote; none at all when any of them cannot be read.

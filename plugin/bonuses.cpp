@@ -1,4 +1,4 @@
-// What the service's answer means on the check: points spent become discounts, points earned become records.
+// Turns the service's answer into discounts (points spent) and bonus records (points earned).
 #include "plugin/plugin.h"
 
 #include <core/currenttime.h>
@@ -14,7 +14,7 @@ namespace kvo {
 
 namespace {
 
-/// A line with no more points than this has none.
+/// Points up to this count as none.
 constexpr double pointsTolerance = 0.005;
 
 QSharedPointer<BonusImpact> createBonusImpact(const QSharedPointer<DocumentCardRecord> &card, const QDateTime &now,

@@ -1,4 +1,4 @@
-// Who the card on the check belongs to and what it is worth.
+// Identifies the holder of the card and reads tier and balance.
 #include "plugin/plugin.h"
 
 #include <core/basicexception.h>
@@ -13,7 +13,7 @@ namespace kvo {
 
 namespace {
 
-/// So many of a card number go into the log.
+/// Digits of a card number that the log may show.
 constexpr int shownDigits = 4;
 
 QSharedPointer<Client> createClient(const QJsonObject &customer)

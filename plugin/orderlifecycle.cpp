@@ -17,7 +17,7 @@ namespace {
 
 void enqueue(const Request &request)
 {
-    // Stored without its address, the request could never be delivered.
+    // A request stored without its address could never be delivered.
     if (!request.url.errorString().isEmpty())
         throw BasicException(u"Неверно задан адрес сервиса лояльности, проверьте настройку Kvo:host"_s);
     Singleton<DBQueueBroker>::instance()->push(u"kvo"_s, request.toQueueEvent(), QString());
@@ -55,8 +55,8 @@ void Plugin::forgetOrderOfEarlierCheck(const DocumentCardRecord &card)
         orderCreated = false;
 }
 
-/// Names an order that is created without having been priced. All attempts must name the same one, also after a
-/// restart: an order whose answer was lost may exist on the service. So the name is saved before it is sent.
+/// Gives an identifier to an order that was never priced. Every attempt must use the same one, also after a restart,
+/// because an order whose answer was lost may exist on the service. So it is saved before it is sent.
 void Plugin::nameOrder(DocumentCardRecord &card)
 {
     if (!card.getOperationId().isEmpty())
@@ -68,7 +68,7 @@ void Plugin::nameOrder(DocumentCardRecord &card)
     unnamed.dismiss();
 }
 
-/// Creates the order, with `confirm` before each attempt. Nothing: the card is off the check instead.
+/// Creates the order, calling `confirm` before each attempt. Empty when the card was removed instead.
 std::optional<Response> Plugin::createOrder(const QSharedPointer<AbstractDocument> &document,
                                             const QSharedPointer<DocumentCardRecord> &card, bool forbidDiscount,
                                             const std::function<void()> &confirm)
@@ -98,7 +98,7 @@ bool Plugin::commit(const QSharedPointer<AbstractDocument> &document)
     if (!orderCreated) {
         if (!createOrder(document, card, true))
             return true;
-        // Before the first push: a commit that is repeated must not replace an order that may be posted.
+        // Before the first push: a repeated commit must not replace an order that may already be posted.
         orderCreated = true;
         updatePluginData();
     }

@@ -1,4 +1,4 @@
-// The plugin's frame: construction, the host's events, and what several flows share.
+// Construction, the host's events, and what several flows share.
 #include "plugin/plugin.h"
 
 #include "metatypes/metatypes.h"
@@ -114,8 +114,8 @@ bool Plugin::hasSubject(const QSharedPointer<AbstractDocument> &document,
     return card && document;
 }
 
-/// Repeats `attempt` until it succeeds or the cashier has the card removed. The host may also have taken the card off
-/// the check while the cashier was being asked.
+/// Repeats `attempt` until it succeeds or the cashier chooses to remove the card. The host may also take the card off
+/// the check while the cashier is being asked.
 void Plugin::retryOrRemoveCard(const tr::Tr &question, const QSharedPointer<AbstractDocument> &document,
                                const QSharedPointer<DocumentCardRecord> &card, const std::function<void()> &attempt)
 {

@@ -15,8 +15,8 @@ namespace kvo {
 /// with points, and keeps an order on the service in step with the check. Texts for the cashier and the log are
 /// Russian.
 ///
-/// Without a card on the check the operations have nothing to do and return true. A check that is missing while there
-/// is a card is an error line in the log; nothing is sent then, except that an order is cancelled without its check.
+/// Without a card on the check the operations have nothing to do and return true. A card without a check is logged as
+/// an error and nothing is sent; only cancelling an order needs no check.
 class Plugin : public BaseActivityListener, public BasicLoyaltySystem
 {
     Q_OBJECT
@@ -37,12 +37,12 @@ public:
 
     ~Plugin() override;
 
-    /// Subscribes to the host's events. False, with nothing subscribed, when the host's part of the work fails.
+    /// Subscribes to the host's events. False, with nothing subscribed, when the base class fails to initialise.
     bool init() override;
     bool deinit() override;
 
-    /// Finds the card of the customer with the telephone number that was entered (searchCustomer), and keeps the
-    /// customer for identifyByCard(). Other kinds of input are the host's. Failures are in the result.
+    /// Finds the card of the customer with this telephone number (searchCustomer) and keeps the customer for
+    /// identifyByCard(). Leaves other kinds of input to the host. The result reports failures.
     loyalty::CardNumberResult getCardNumber(const loyalty::CardNumberInputData &data) override;
 
     /// Fills the record, its card and a new client from searchCustomer, cardInfo and loyaltyBalanceInfo. False without
@@ -53,9 +53,9 @@ public:
     /// False after an error of the service, see getLastErrorString(); the points then stay as they were.
     bool request(const QSharedPointer<AbstractDocument> &document) override;
 
-    /// Pays with the points for spending: confirms the customer where that is asked for, creates the order
-    /// (createOrder) and turns the points it redeems into bonus impacts. After an error the cashier retries or removes
-    /// the card. Always true.
+    /// Pays with the points for spending: confirms with the customer if configured, creates the order (createOrder) and
+    /// turns the points it redeems into bonus impacts. After an error the cashier retries or removes the card. Always
+    /// true.
     bool spendPoints() override;
 
     /// Makes sure that the order exists (createOrder without spending points), then queues postOrder and bindOrderId.
@@ -70,7 +70,7 @@ public:
     /// when the queue cannot store.
     bool rollback(const QSharedPointer<AbstractDocument> &document) override;
 
-    /// Reads back what updatePluginData() has written; what cannot be read is passed over with a warning in the log.
+    /// Reads back what updatePluginData() wrote; skips what cannot be read and logs a warning.
     bool restoreLoyaltySystem() override;
 
     /// Writes points, records, impacts and the order's state into the check's plugin data and has the host save the
@@ -81,8 +81,8 @@ public:
     virtual BonusImpactPtrList createBonusImpacts(const QSharedPointer<DocumentCardRecord> &card,
                                                   const Response &response) const;
 
-    /// From the configured amount upwards, sends the customer a code and has the cashier enter it. Throws
-    /// BasicException when the code cannot be sent or is not confirmed. `amount`: points.
+    /// From the configured amount up, sends the customer a code and asks the cashier to enter it. Throws BasicException
+    /// when the code cannot be sent or is not confirmed. `amount`: points.
     virtual void verification(double amount) const;
 
     /// A random code of `length` decimal digits; empty for a length below 1.

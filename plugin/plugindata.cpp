@@ -1,4 +1,4 @@
-// The plugin's state as the check's plugin data: written beside how it is read back after a restart.
+// Writes the plugin's state to the check's plugin data and reads it back after a restart.
 #include "metatypes/plaindata.h"
 #include "plugin/plugin.h"
 
@@ -19,7 +19,7 @@ const QString bonusRecordsKey = u"bonusRecords"_s;
 const QString bonusImpactsKey = u"bonusImpacts"_s;
 const QString orderCreatedKey = u"orderCreated"_s;
 
-/// Whether nothing could be read from what is stored, although it is not an empty list.
+/// Whether something other than an empty list is stored and none of it could be read.
 template <class List>
 bool isDamaged(const QVariant &stored, const List &read)
 {
@@ -66,7 +66,7 @@ bool Plugin::restoreLoyaltySystem()
     bonusImpacts = impacts.value<BonusImpactPtrList>();
     if (isDamaged(impacts, bonusImpacts))
         unreadable.append(bonusImpactsKey);
-    // Plain data keeps the number of an impact's card, not the card.
+    // Plain data holds the card's index, not the card.
     for (const auto card = getCard(); const auto &impact : std::as_const(bonusImpacts)) {
         impact->getTotals()->setCardRecord(card);
         for (const auto details = impact->getDetails(); const auto &detail : details)

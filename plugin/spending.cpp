@@ -57,7 +57,7 @@ void Plugin::verification(double amount) const
     if (code.isEmpty())
         return;
     const QString message = config->getString(u"Kvo:verificationMessage"_s, u"Ваш код подтверждения: %1"_s);
-    // Qt would print the code, in a warning that it could not be put into the text.
+    // Without a place marker Qt would log a warning that contains the code.
     if (!message.contains("%1"_L1))
         throw BasicException(
             u"Код подтверждения не отправлен: в настройке Kvo:verificationMessage нет места для кода (%1)"_s);

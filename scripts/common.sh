@@ -4,7 +4,7 @@
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit
 
 readonly build_packages=(
-    g++ cmake ninja-build ccache pkgconf
+    g++ cmake ninja-build ccache pkgconf python3
     qt6-base-dev libqt6sql6-sqlite libqt6sql6-psql postgresql libcurl4-openssl-dev libssl-dev libspdlog-dev
     libcpp-httplib-dev libcli11-dev nlohmann-json3-dev libsqlitecpp-dev libsqlite3-dev
     libgtest-dev libgmock-dev
@@ -13,6 +13,7 @@ readonly build_packages=(
 readonly page_packages=(chromium)
 readonly lint_packages=(clang-format clang-tidy)
 readonly package_packages=(dpkg-dev fakeroot help2man lintian debootstrap)
+readonly docs_packages=(mscgen)
 readonly bench_packages=(libbenchmark-dev gnuplot-nox jq)
 
 say() {

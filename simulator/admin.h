@@ -1,4 +1,4 @@
-// The addresses below /sim/: looking at the ledger, the messages and the requests, and changing them.
+// The addresses below /sim/, which show and change ledger, messages and faults.
 #pragma once
 
 #include "adminroutes.h"

@@ -1,4 +1,4 @@
-// Routes in JSON, and the check of where a request comes from.
+// JSON routes, and the check of a request's origin.
 #include "adminroutes.h"
 
 #include "refusal.h"
@@ -31,7 +31,7 @@ Answer changed(const httplib::Request &request, const std::function<Json(const J
 void write(const Answer &answer, httplib::Response &response)
 {
     response.status = answer.status;
-    // A text from a URL may be no UTF-8; the answer must be.
+    // Text from a URL may be invalid UTF-8; the answer must not be.
     response.set_content(answer.body.dump(-1, ' ', false, Json::error_handler_t::replace), "application/json");
 }
 

@@ -1,4 +1,4 @@
-// Routes for those who watch and steer a server of this folder, and the fence around them.
+// Routes for watching and controlling a server, and the check of who may use them.
 #pragma once
 
 #include "api.h"
@@ -17,8 +17,8 @@ void write(const Answer &answer, httplib::Response &response);
 
 bool isJson(const httplib::Request &request);
 
-/// Why a request may not come in, empty when it may. Programs on this machine are let in, and pages that the server
-/// has served itself. Pages of other origins are not, nor those that reach 127.0.0.1 by a host name of their own.
+/// Why a request is rejected; empty when it is not. Accepts programs on this machine and pages that this server has
+/// served. Rejects pages of other origins, and pages that reach 127.0.0.1 through a host name of their own.
 std::string foreignness(const httplib::Request &request);
 
 /// Registers handlers and remembers the HTTP methods of each path.

@@ -1,4 +1,4 @@
-// The ledger's invariants. Sums are taken from the movements, not from the code that wrote them.
+// The ledger's invariants. Sums come from the movements, not from the code that wrote them.
 #include "audit.h"
 
 #include "customers.h"

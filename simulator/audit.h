@@ -1,4 +1,4 @@
-// Is the ledger in itself right? Everything that the life cycle promises, looked up in the tables.
+// Checks the ledger against everything that the life cycle promises.
 #pragma once
 
 #include <SQLiteCpp/Database.h>
@@ -8,7 +8,7 @@
 
 namespace sim {
 
-/// One sentence for each thing that is wrong; empty when nothing is.
+/// One sentence for each fault; empty when there is none.
 std::vector<std::string> auditLedger(const SQLite::Database &database);
 
 } // namespace sim

@@ -1,4 +1,4 @@
-// What the command lines of this folder's programs have in common.
+// The common part of the programs' command lines.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -10,7 +10,7 @@
 namespace sim {
 
 /// Parses the arguments. Returns the status to exit with at once: 0 after --help and --version, 2 for a usage error,
-/// which is reported on stderr; nothing when the program is to go on. From here on everything the process creates is
+/// which is reported on stderr; empty when the program is to continue. From here on, everything the process creates is
 /// readable by its owner only.
 inline std::optional<int> startProgram(CLI::App &app, int argc, char **argv)
 {

@@ -1,4 +1,4 @@
-// The comparison's rules. Each finding is a sentence, so that a row says by itself what differs.
+// The comparison's rules. Each finding is a sentence, so a row explains itself.
 #include "compare.h"
 
 #include "report.h"
@@ -95,7 +95,7 @@ ComparedRow compareCheck(const JournalCheck &check, const Order *order, const st
     return row;
 }
 
-/// What is wrong with an order that no check of the journal claims; empty when nothing is.
+/// What is wrong with an order that no check of the journal claims; empty if nothing.
 std::string strayFault(const Order &order, const std::set<std::string> &open)
 {
     if (isPosted(order))

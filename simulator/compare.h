@@ -1,4 +1,4 @@
-// Do the till and the service agree about every check? The proof that nothing was lost or booked twice.
+// Compares till and service check by check, to prove that nothing was lost or booked twice.
 #pragma once
 
 #include "journal.h"
@@ -10,7 +10,7 @@
 
 namespace sim {
 
-/// One order or check, with what both sides say about it.
+/// An order or check as both sides report it.
 struct ComparedRow
 {
     std::string check;

@@ -1,4 +1,4 @@
-// Walks over the process's descriptors to find accepted connections.
+// Finds accepted connections among the process's descriptors.
 #include "connections.h"
 
 #include <netinet/in.h>

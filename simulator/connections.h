@@ -1,5 +1,5 @@
-// A server's TCP connections by their remote ports: the HTTP library hands out no socket, yet a fault must be able to
-// break a connection and a stop must not wait for idle ones.
+// A server's TCP connections by remote port. The HTTP library does not expose sockets, but faults must break
+// connections and a stop must not wait for idle ones.
 #pragma once
 
 #include <chrono>
@@ -13,10 +13,10 @@ namespace sim {
 class Connections
 {
 public:
-    /// Before any other operation: the port that the server listens on.
+    /// The port that the server listens on; call it first.
     void setLocalPort(int port) { m_localPort = port; }
 
-    /// A request has begun on the connection; its answer has left.
+    /// A request has begun on the connection; it has been answered.
     void begin(int remotePort);
     void end(int remotePort);
 

@@ -1,4 +1,3 @@
-// Customers in the ledger's tables.
 #include "customers.h"
 
 #include "database.h"

@@ -1,5 +1,5 @@
-// The ledger's database file and the transactions on it. One connection, one request at a time: the service's
-// answers depend on balances, so requests are serial anyway.
+// The ledger's database file and the transactions on it. One connection, one request at a time: answers depend on
+// balances, so requests are serial anyway.
 #pragma once
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -20,7 +20,7 @@ public:
         Inspect ///< must exist, never written; works beside a serving process
     };
 
-    /// Throws std::runtime_error naming the file when it cannot be opened or is no ledger of this program.
+    /// Throws std::runtime_error naming the file when it cannot be opened or is not a ledger of this program.
     Database(const std::filesystem::path &file, Access access);
 
     /// Runs the step in one transaction, durable before this returns; rolled back when the step throws.
@@ -43,7 +43,7 @@ public:
         return step(m_connection);
     }
 
-    /// How many rows this object has changed so far; the same number again means the same ledger.
+    /// How many rows this object has changed; an unchanged number means an unchanged ledger.
     int changes()
     {
         const std::scoped_lock lock(m_mutex);

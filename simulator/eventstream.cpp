@@ -11,7 +11,7 @@ namespace sim {
 
 namespace {
 
-/// Also the time after which a reader that has gone is noticed.
+/// Also how long it takes to notice that a reader has gone.
 constexpr auto heartbeat = std::chrono::seconds(2);
 
 std::string event(const char *name, const Json &data)

@@ -1,4 +1,4 @@
-// What happens in the service, as server-sent events. See README.md for their form.
+// Reports what happens in the service as server-sent events; README.md describes them.
 #pragma once
 
 #include "database.h"

@@ -23,7 +23,7 @@ double readShare(const Fields &fields)
     return share.get<double>();
 }
 
-/// A field that the kind has no use for is a mistake.
+/// Rejects fields that the kind does not use.
 void allowOnlyFor(const char *kind, const Fields &fields, std::initializer_list<const char *> names)
 {
     for (const char *name : names)

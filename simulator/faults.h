@@ -1,4 +1,4 @@
-// Faults on demand: what a server is told to do wrong, with which requests. Listed, added and removed while it runs.
+// Faults on demand: what a server does wrong to which requests. They are listed, added and removed while it runs.
 #pragma once
 
 #include "feed.h"
@@ -50,8 +50,8 @@ public:
     bool remove(int id);
     void clear();
 
-    /// The oldest fault that hits a request to the method, used up by one; nothing when none does. Passes over kinds
-    /// that are not `possible`.
+    /// The oldest fault that hits a request to the method, counted down by one; empty when none does. Skips kinds that
+    /// are not `possible`.
     std::optional<Fault> take(const std::string &method,
                               const std::function<bool(const std::string &kind)> &possible = nullptr);
 

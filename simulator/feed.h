@@ -1,4 +1,4 @@
-// Wakes those who watch the service when there is something new to see.
+// Wakes watchers of the service when something has changed.
 #pragma once
 
 #include <chrono>
@@ -12,7 +12,7 @@ namespace sim {
 class Feed
 {
 public:
-    /// Wakes all that wait.
+    /// Advances the counter and wakes all waiters.
     void touch()
     {
         const std::scoped_lock lock(m_mutex);

@@ -1,4 +1,3 @@
-// Typed reading of JSON fields.
 #include "fields.h"
 
 #include "refusal.h"

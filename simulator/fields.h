@@ -1,4 +1,4 @@
-// One JSON object that came from outside, read field by field with refusals that name the field.
+// Reads a JSON object from outside field by field; refusals name the field.
 #pragma once
 
 #include "money.h"

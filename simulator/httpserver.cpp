@@ -1,4 +1,4 @@
-// Routes of the two APIs, on the packaged HTTP library.
+// The routes of the two APIs.
 #include "httpserver.h"
 
 #include <iostream>

@@ -1,4 +1,4 @@
-// The till's journal: what the till believes about its finished checks.
+// The till's journal: its own account of finished checks.
 #pragma once
 
 #include "money.h"

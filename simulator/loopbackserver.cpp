@@ -14,7 +14,7 @@ constexpr std::size_t threads = 80; // each open connection keeps one; 16 of the
 constexpr std::size_t requestsPerConnection = 1'000'000;
 constexpr time_t keepAliveSeconds = 15;
 
-/// The library's own choice would let two servers share a port unnoticed.
+/// The library's default would let two servers share a port unnoticed.
 void setSocketOptions(socket_t socket)
 {
     const int on = 1;

@@ -1,4 +1,4 @@
-// What the servers of this folder have in common: an HTTP server on 127.0.0.1 whose connections can be broken.
+// An HTTP server on 127.0.0.1 whose connections can be broken; the base of this folder's servers.
 #pragma once
 
 #include "connections.h"
@@ -26,11 +26,11 @@ public:
     /// Serves until stop(); running requests are finished before it returns. False when accepting failed.
     bool run();
 
-    /// From another thread than run(); waits until run() has begun. From here on connections are refused.
+    /// Call it from a thread other than run()'s; waits until run() has begun. Connections are refused from then on.
     virtual void stop();
 
 protected:
-    /// False when the request is answered already and is not to be routed. From any thread.
+    /// False when the request has been answered and must not be routed. Thread-safe.
     virtual bool admit(const httplib::Request &, httplib::Response &) { return true; }
 
     httplib::Server m_server;

@@ -1,4 +1,3 @@
-// Command line of loyalty-sim.
 #include "audit.h"
 #include "commandline.h"
 #include "compare.h"

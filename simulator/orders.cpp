@@ -1,5 +1,5 @@
-// The order's life cycle and its bookings. A reservation is a movement of its own, so that the balance is at every
-// moment what the customer can still spend.
+// The order's life cycle and its bookings. A reservation is a movement of its own, so the balance is always what the
+// customer can still spend.
 #include "orders.h"
 
 #include "customers.h"
@@ -30,7 +30,7 @@ Customer cardHolder(const SQLite::Database &database, const std::string &card)
     return *customer;
 }
 
-/// The basket's order, nothing for a new basket. A basket belongs to one card for its whole life.
+/// The basket's order; empty for a new basket. A basket belongs to one card for good.
 std::optional<Order> knownOrder(const SQLite::Database &database, const std::string &basket, const std::string &card)
 {
     auto order = findOrder(database, basket);
@@ -84,7 +84,7 @@ Order calculateOrder(const SQLite::Database &database, const OrderRequest &reque
     const auto known = knownOrder(database, request.basket, request.card);
     if (known && known->state != State::Calculated && !isOpen(known->state))
         refuseState(request.basket, known->state);
-    // What the order itself holds is offered again: a creation would release it first.
+    // Offers again what this order has reserved: creating it would release that first.
     const auto offered = redeem(request.lines, customer.balance + (known ? known->reserved() : 0));
     const auto earned = earn(request.lines, std::vector<Points>(request.lines.size()), earnPercent(customer));
     Order order = compose(request, customer.account, State::Calculated, offered, earned);

@@ -1,4 +1,3 @@
-// Orders in the ledger's tables.
 #include "orderstore.h"
 
 #include "database.h"

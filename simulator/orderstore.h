@@ -1,4 +1,4 @@
-// Orders as rows: reading and writing them, without any judgement of what may follow what.
+// Reads and writes orders as rows, without judging which state may follow which.
 #pragma once
 
 #include "wire.h"
@@ -62,7 +62,7 @@ struct OrderStep
 /// The order's life so far, oldest first.
 std::vector<OrderStep> stepsOf(const SQLite::Database &database, const std::string &basket);
 
-/// Writes the order and its lines in place of what is stored for its basket, and the step.
+/// Replaces what is stored for the order's basket, lines included, and adds the step.
 void storeOrder(const SQLite::Database &database, const Order &order);
 
 } // namespace sim

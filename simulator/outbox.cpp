@@ -1,4 +1,3 @@
-// The outbox in the ledger's tables.
 #include "outbox.h"
 
 #include "database.h"

@@ -1,4 +1,4 @@
-// The text messages that the service was asked to send. Nothing leaves the machine: they wait here to be read.
+// Text messages that the service was asked to send. Nothing leaves the machine; they are kept here to be read.
 #pragma once
 
 #include "wire.h"

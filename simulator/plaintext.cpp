@@ -1,4 +1,4 @@
-// Looks at UTF-8 bytewise; the characters that do harm have few forms.
+// Looks at UTF-8 byte by byte; harmful characters have few forms.
 #include "plaintext.h"
 
 #include <array>
@@ -8,7 +8,7 @@ namespace sim {
 
 namespace {
 
-/// The length of the harmful character that the text begins with, 0 for a harmless one.
+/// The length of a harmful character at the start of the text; 0 when it is harmless.
 std::size_t harmful(std::string_view text)
 {
     const auto first = static_cast<unsigned char>(text[0]);

@@ -1,4 +1,4 @@
-// The rules by which an order spends and earns points. Stated for people in README.md.
+// The rules for spending and earning points; README.md states them for people.
 #pragma once
 
 #include "money.h"

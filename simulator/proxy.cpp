@@ -1,4 +1,3 @@
-// The faults, carried out.
 #include "proxy.h"
 
 #include <algorithm>
@@ -15,7 +14,7 @@ using namespace std::chrono_literals;
 constexpr auto latency = 100ms;
 constexpr auto longestSilence = 60s; // longer than a till waits
 
-/// Has the first `size` bytes of the body sent in parts; where that is not all, the connection ends then.
+/// Sends the first `size` bytes of the body in parts; if that is not all of it, ends the connection.
 void trickle(httplib::Response &response, std::size_t size, std::size_t part, std::chrono::milliseconds pause)
 {
     if (response.body.empty())

@@ -1,4 +1,4 @@
-// The fault proxy: does to the exchanges of a till and its service what networks and gateways do.
+// The fault proxy: does what networks and gateways do to the exchanges between a till and its service.
 #pragma once
 
 #include "adminroutes.h"
@@ -9,7 +9,7 @@
 namespace sim {
 
 /// Carries each request to the service at most once: what the service gets twice, the till has sent twice. It stops by
-/// itself when connections are to be refused.
+/// itself to have connections refused.
 class Proxy : public LoopbackServer
 {
 public:

@@ -1,4 +1,4 @@
-// What can go wrong between a till and its service, and when it does.
+// The faults between a till and its service, and when they strike.
 #pragma once
 
 #include "faults.h"
@@ -36,14 +36,15 @@ struct ProxyFault
     std::string body = {};
 };
 
-/// Every kind of fault. Where a till cannot see whether the service has processed its request, both are in it.
+/// Every kind of fault, twice if the till cannot tell whether the service has processed its request: once for each
+/// case.
 const std::vector<ProxyFault> &allProxyFaults();
 
 /// Draws faults from a list. May be used from any thread.
 class ProxyFaults
 {
 public:
-    /// Begins with a fault for the part `rate` of all exchanges, 0 to 1: of the kind `only`, of any kind when it is
+    /// Starts with faults in a share of `rate` of all exchanges, 0 to 1, of the kind `only`, or of any kind if that is
     /// empty. Throws Refusal for an unknown kind.
     ProxyFaults(std::uint64_t seed, double rate, const std::string &only);
 

@@ -1,4 +1,3 @@
-// Command line of fault-proxy.
 #include "commandline.h"
 #include "proxy.h"
 

@@ -1,4 +1,4 @@
-// What the fault proxy has done and seen, in a file that outlives it.
+// The fault proxy's record of faults and requests, in a file.
 #pragma once
 
 #include <httplib.h>
@@ -10,7 +10,8 @@
 
 namespace sim {
 
-/// One JSON line for each entry, written at once: a kill leaves it in the file or not. May be used from any thread.
+/// Each entry is a JSON line, written at once: after a kill it is there whole or not at all. May be used from any
+/// thread.
 class ProxyRecord
 {
 public:

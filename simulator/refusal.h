@@ -1,4 +1,4 @@
-// Why the service does not do what it was asked: in Russian for the cashier, in English for who watches the service.
+// Why the service refuses a request: in Russian for the cashier, in English for developers.
 #pragma once
 
 #include <stdexcept>

@@ -1,5 +1,4 @@
-// What came over the wire and what was answered, for tests that compare it and people who watch. Headers are not kept:
-// they carry the credentials.
+// Requests and their answers, for tests and people. Does not keep headers: they carry the credentials.
 #pragma once
 
 #include "feed.h"

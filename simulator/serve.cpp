@@ -1,4 +1,4 @@
-// Start, announcement and orderly end of the server process.
+// Starts the server, announces its port and shuts it down.
 #include "serve.h"
 
 #include "customerfile.h"
@@ -15,7 +15,7 @@ namespace sim {
 
 namespace {
 
-/// Blocks the signals that end the process, in this thread and all that it starts, so that one place waits for them.
+/// Blocks the signals that end the process in this thread and all its children, so that one place waits for them.
 sigset_t blockEndSignals()
 {
     sigset_t signals;

@@ -1,4 +1,4 @@
-// The "serve" command: a server process from its start to its signal.
+// The "serve" command: runs the server until a signal ends it.
 #pragma once
 
 #include "httpserver.h"

@@ -9,7 +9,7 @@ struct TailOptions
 {
     int port = 0;
     bool json = false;
-    unsigned last = 10; ///< requests of the past to begin with
+    unsigned last = 10; ///< past requests to begin with
 };
 
 /// Prints the requests, once they are answered, until the server ends; the exit status. In colour where standard

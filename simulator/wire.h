@@ -55,7 +55,7 @@ BasketRequest readBinding(const Json &body);
 BasketRequest readCancellation(const Json &body);
 MessageRequest readMessage(const Json &body);
 
-/// A telephone number as it is compared: the leading plus and the digits, without blanks, brackets and hyphens.
+/// Normalizes a telephone number for comparison: the leading plus and the digits, without blanks, brackets and hyphens.
 /// Empty when there is no leading plus, when another character occurs, or when there are not 10 to 15 digits.
 std::string phoneKey(const std::string &text);
 

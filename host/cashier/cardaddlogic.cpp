@@ -1,5 +1,5 @@
-// Taking a card off a check. The order matters: the cancellation of the service's order is stored before anything else
-// changes, because nobody would ask for it again once the card is gone.
+// Removes a card from a check. The cancellation of the service's order must be stored before anything else changes:
+// once the card is gone, nobody knows the order's name.
 #include "cardaddlogic.h"
 
 #include <cashier/savetofilelogic.h>

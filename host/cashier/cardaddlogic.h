@@ -9,11 +9,10 @@ class POSHOST_EXPORT CardAddLogic
 public:
     virtual ~CardAddLogic();
 
-    /// Takes the card off the check together with its impacts. The loyalty system that answers for the card is asked to
-    /// undo its operations first (rollback(), which cancels an order that the service knows, then cancel()), and what
-    /// it has stored with the check is dropped. The check is saved. Nothing is done for a null argument or a card that
-    /// is not on the check. Throws BasicException when that cancellation cannot be stored, and the card then stays on
-    /// the check; also when the check cannot be saved afterwards, with the card gone.
+    /// Removes the card and its impacts. First has the card's loyalty system undo its operations (rollback(), which
+    /// cancels an order at the service, then cancel()), then drops its plugin data and saves the check. Does nothing
+    /// for a null argument or a card that is not on the check. Throws BasicException when the cancellation cannot be
+    /// stored, with the card still on the check, and when the check cannot be saved, with the card gone.
     virtual void removeCard(const QSharedPointer<AbstractDocument> &document,
                             const QSharedPointer<DocumentCardRecord> &card);
 };

@@ -1,4 +1,4 @@
-// The user interface of a program that has none: nobody answers.
+// The default user interface: nobody answers.
 #include "cashierui.h"
 
 CashierUi::~CashierUi() = default;

@@ -1,4 +1,4 @@
-// What the host's dialogs need of the program's user interface.
+// The program's user interface as the host's dialogs need it.
 #pragma once
 
 #include <core/tr.h>
@@ -8,17 +8,17 @@
 #include <optional>
 
 /// One per process through Singleton<CashierUi>; the program puts its own in place with
-/// Singleton<CashierUi>::replace(). Called on the check thread, which waits for the answer. The default has nobody to
-/// ask: it chooses the second button and abandons every code prompt.
+/// Singleton<CashierUi>::replace(). Called on the check thread, which waits for the answer. The default chooses the
+/// second button and abandons every code prompt.
 class POSHOST_EXPORT CashierUi
 {
 public:
     virtual ~CashierUi();
 
-    /// Shows a question with two buttons. True: the first button.
+    /// Asks a question with two buttons; true for the first.
     virtual bool ask(const tr::Tr &message, const tr::Tr &first, const tr::Tr &second);
 
-    /// Asks for the code that the customer has received; nothing when the cashier gives up or the time is over.
+    /// Asks for the code that the customer has received; empty when the cashier gives up or time runs out.
     virtual std::optional<QString> enterCode(const tr::Tr &prompt, std::chrono::milliseconds timeLeft);
 
     /// Shows a text that needs no answer.

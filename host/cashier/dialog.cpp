@@ -1,4 +1,3 @@
-// Questions to the cashier, asked through the program's user interface.
 #include "dialog.h"
 
 #include <cashier/cashierui.h>

@@ -1,4 +1,3 @@
-// Saving the check at the moments when a plugin asks for it.
 #include "savetofilelogic.h"
 
 #include <checks/checkstore.h>

@@ -1,4 +1,4 @@
-// Saving the check at the moments when a plugin asks for it.
+// Saves the check when a plugin asks for it.
 #pragma once
 
 #include <document/abstractdocument.h>
@@ -11,7 +11,7 @@ public:
 
     /// Saves the check with its plugin data, durably and in one step, in Singleton<CheckStore>. `fileName` and `paid`,
     /// the sum already paid in rubles, are not stored: this host keeps all checks in one place and takes a check's
-    /// payments in one step. A null document is nothing to save. Throws BasicException when the check cannot be
-    /// written, and for any document that is not a SaleDocument.
+    /// payments in one step. Ignores a null document. Throws BasicException when the check cannot be written, and for
+    /// any document that is not a SaleDocument.
     virtual void save(const QSharedPointer<AbstractDocument> &document, const QString &fileName, double paid);
 };

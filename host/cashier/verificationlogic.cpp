@@ -17,8 +17,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// Digests have one length whatever was entered, and all of their bytes are looked at: the time taken tells nothing
-// about the code.
+// Compares digests, which all have one length, in full: the time it takes reveals nothing about the code.
 bool isSameCode(const QString &entered, const QString &code)
 {
     const QByteArray a = QCryptographicHash::hash(entered.toUtf8(), QCryptographicHash::Sha256);

@@ -15,9 +15,9 @@ public:
     virtual ~VerificationLogic();
 
     /// Has the cashier enter the code that the customer has received and compares it with `code`, in constant time;
-    /// blanks around it do not matter. After a wrong code the prompt tells how many attempts are left. `prompt`
-    /// replaces the standard prompt when it is not empty; `flags` is reserved and 0. Returns when the code was right;
-    /// throws BasicException when the cashier gave up, after maxAttempts wrong codes, and after timeLimit, also when
-    /// the right code comes too late. An empty `code` is never right.
+    /// ignores blanks around it. After a wrong code the prompt says how many attempts are left. `prompt` replaces the
+    /// standard prompt when it is not empty; `flags` is reserved and 0. Returns when the code was right; throws
+    /// BasicException when the cashier gave up, after maxAttempts wrong codes, and after timeLimit, also when the right
+    /// code comes too late. An empty `code` is never right.
     virtual void verify(const QString &code, const tr::Tr &prompt, int flags);
 };

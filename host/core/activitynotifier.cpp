@@ -27,7 +27,7 @@ bool ActivityNotifier::isSubscribed(const BaseActivityListener *listener, int co
 
 void ActivityNotifier::notify(const Event &event)
 {
-    // Over a copy, since a listener may change the list; but one that has left meanwhile is not called any more.
+    // Iterates over a copy, because a listener may change the list; one that has unsubscribed since is not called.
     const QList<Subscription> subscriptions = m_subscriptions;
     for (const Subscription &subscription : subscriptions) {
         BaseActivityListener *listener = subscription.listener;

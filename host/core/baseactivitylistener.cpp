@@ -1,4 +1,3 @@
-// The base of all listeners.
 #include <core/baseactivitylistener.h>
 
 BaseActivityListener::BaseActivityListener(QObject *parent) : QObject(parent)

@@ -1,4 +1,4 @@
-// Base of everything that receives host events.
+// The base of everything that receives host events.
 #pragma once
 
 #include <core/event.h>

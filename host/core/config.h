@@ -9,7 +9,7 @@
 
 /// Values by key. The key "Kvo:host" is the entry `host` of the section `[Kvo]`; keys are case-sensitive. A value is
 /// the text after "=", trimmed, taken literally (no escapes, no lists); one pair of double quotes around it is removed.
-/// Of several entries with the same key the last one counts. Thread-safe after construction.
+/// The last of several entries with the same key wins. Thread-safe after construction.
 class POSHOST_EXPORT Config
 {
 public:
@@ -24,7 +24,7 @@ public:
         QString key() const { return section.isEmpty() ? name : section + u':' + name; }
     };
 
-    /// An empty configuration: every read gives its default.
+    /// An empty configuration: every read returns its default.
     Config();
 
     /// Reads `fileName` (UTF-8). Throws BasicException that names the file when it cannot be read, and the file and the
@@ -36,8 +36,8 @@ public:
     /// The configured text, also when it is empty; `defaultValue` when the key is missing.
     virtual QString getString(const QString &key, const QString &defaultValue) const;
 
-    /// The configured number; `defaultValue` when the key is missing or the text is not a whole number, the latter with
-    /// one warning line in the log that names the key.
+    /// The configured number; `defaultValue` when the key is missing, or, with a warning that names the key, when the
+    /// text is not a whole number.
     virtual int getInt(const QString &key, int defaultValue) const;
 
     /// The same for a finite number with an optional fraction; the decimal separator is a point in every locale.

@@ -1,4 +1,3 @@
-// The system clock.
 #include <core/currenttime.h>
 
 CurrentTime::~CurrentTime() = default;

@@ -1,7 +1,7 @@
-// JSON text by way of CBOR. A JSON object gives its members one by one and each as a new QString, which is most of
-// what writing it costs. Qt keeps JSON in memory almost as CBOR (RFC 8949) and writes that without, and CBOR has its
-// texts in UTF-8 with their lengths before them: what is left to do is copying. An order of 20 lines takes a third of
-// the time of QJsonDocument::toJson(); members one by one would take four fifths.
+// Writes JSON text by way of CBOR (RFC 8949). Most of the cost of writing a JSON object is that it returns its members
+// one by one, each as a new QString. Qt stores JSON almost as CBOR and writes CBOR without that; CBOR strings are UTF-8
+// with their length in front, so only copying is left. An order of 20 lines takes a third of the time of
+// QJsonDocument::toJson(); member by member it would take four fifths.
 #include <core/jsontext.h>
 
 #include <QtCore/QCborStreamWriter>
@@ -22,7 +22,7 @@ namespace jsontext {
 
 namespace {
 
-/// Is written CBOR to, and has made JSON of it. Only Qt's CBOR of a JSON document comes here, so it is not doubted.
+/// Converts the CBOR written to it into JSON. Trusts its input, which always comes from Qt.
 class Transcoder : public QIODevice
 {
 public:
@@ -50,7 +50,7 @@ protected:
 private:
     enum MajorType { Unsigned = 0, Negative = 1, Text = 3, Array = 4, Map = 5 };
 
-    /// An array or a map whose end has not come.
+    /// An array or a map that is still open.
     struct Level
     {
         char close;
@@ -58,7 +58,7 @@ private:
         bool isEmpty = true;
     };
 
-    /// An item's head is a byte with its type and a small number, or with the length of the number that follows.
+    /// The head of an item is one byte: its type, and a small number or the length of the number that follows.
     std::size_t takeHead(uchar byte)
     {
         constexpr int firstThatFollows = 24;
@@ -86,7 +86,7 @@ private:
         return text.size();
     }
 
-    /// Of an array, a map or a text its beginning.
+    /// Writes a number or a literal, or starts an array, map or string.
     void putItem()
     {
         separate();
@@ -140,7 +140,7 @@ private:
         endItem();
     }
 
-    /// With the last one of an array or a map that ends as well.
+    /// The last item of an array or map also ends that.
     void endItem()
     {
         while (!m_levels.empty() && --m_levels.back().left == 0) {

@@ -1,4 +1,4 @@
-// The text of JSON, as it is sent and stored.
+// Writes JSON as it is sent and stored.
 #pragma once
 
 #include <poshost_export.h>
@@ -8,8 +8,8 @@
 
 namespace jsontext {
 
-/// The compact text of a document, in UTF-8: what QJsonDocument::toJson() gives, in half of its time; empty for a null
-/// document. Only one half of a surrogate pair, which is no character, is replaced instead of escaped.
+/// The compact text of a document, in UTF-8: the same as QJsonDocument::toJson(), in less time (see jsontext.cpp);
+/// empty for a null document. Only lone surrogates differ: they are replaced instead of escaped.
 POSHOST_EXPORT QByteArray compact(const QJsonDocument &json);
 
 } // namespace jsontext

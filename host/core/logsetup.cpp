@@ -26,7 +26,7 @@ constexpr qsizetype longestLine = 4000;
 constexpr auto ownerOnlyFile = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
 constexpr auto ownerOnlyFolder = ownerOnlyFile | QFileDevice::ExeOwner;
 
-// Log lines quote the service and the scanner: whatever they send, a message is one line.
+// Log lines quote the service and the scanner; whatever they send, a message stays one line.
 class OneLineLayout : public Log4Qt::TTCCLayout
 {
 public:
@@ -86,7 +86,7 @@ Log4Qt::Level configuredLevel(const Config &config)
     return Log4Qt::Level::INFO_INT;
 }
 
-// Folders that are there already keep their mode. A failure shows when the file is opened.
+// Existing folders keep their mode. A failure surfaces when the file is opened.
 void makePrivateFolders(const QString &folder)
 {
     if (QFileInfo::exists(folder))
@@ -95,7 +95,7 @@ void makePrivateFolders(const QString &folder)
     QDir().mkdir(folder, ownerOnlyFolder);
 }
 
-// The libraries report a file that cannot be opened on stderr at best; this throws, and sets the mode in advance.
+// The log libraries report a file that cannot be opened on stderr at best. This throws, and sets the mode first.
 void preparePrivateFile(const QString &fileName)
 {
     makePrivateFolders(QFileInfo(fileName).absolutePath());
@@ -126,14 +126,14 @@ Log4Qt::AppenderSharedPtr consoleAppender(const Log4Qt::LayoutSharedPtr &layout)
     return owner;
 }
 
-// Warnings that come before a program sets up its log go to the standard error output.
+// Before a program sets up its log, warnings go to the standard error output.
 [[maybe_unused]] const bool setUpAtStart = (setUpLogging(Config()), true);
 
 } // namespace
 
 void setUpLogging(const Config &config)
 {
-    // Before all else: Log4Qt's layouts and appenders need its manager.
+    // First of all, because Log4Qt's layouts and appenders need its manager.
     Log4Qt::Logger *root = Log4Qt::LogManager::rootLogger();
     const Log4Qt::LayoutSharedPtr layout(new OneLineLayout);
     layout->activateOptions();

@@ -1,4 +1,4 @@
-// Arithmetic of whole kopecks. Wide integers hold the products, so that no sum that fits can overflow on the way.
+// Arithmetic of whole kopecks. Products are computed in wide integers, so that no valid sum overflows on the way.
 #include <core/basicexception.h>
 #include <core/money.h>
 
@@ -17,8 +17,7 @@ __extension__ using Wide = __int128;
 
 constexpr double largestRubles = 9e16;
 
-// The number of decimal digits that a double holds whatever its value: what a person has written with so many digits
-// comes back as it was written.
+// The decimal digits that every double holds: a number written with so many digits comes back unchanged.
 constexpr int significantDigits = 15;
 
 constexpr qint64 powerOfTen(int exponent)
@@ -35,8 +34,8 @@ Money Money::fromRubles(double rubles)
 {
     if (!std::isfinite(rubles) || std::abs(rubles) >= largestRubles)
         return {};
-    // Nearly all amounts are a whole number of kopecks already, up to the last bits. Where they are not near the middle
-    // between two kopecks there is nothing to decide, and their digits, at 0.2 microseconds an amount, are not needed.
+    // Nearly all amounts are a whole number of kopecks up to the last bits. Only close to half a kopeck do the digits
+    // matter; they cost 0.2 microseconds an amount.
     constexpr double largestSurelyRounded = 1e12;
     const double nearest = std::round(rubles * 100);
     if (std::abs(rubles) < largestSurelyRounded && std::abs(rubles * 100 - nearest) < 0.25)
@@ -92,7 +91,7 @@ QList<Money> Money::distribute(Money total, const QList<Money> &weights)
 
     QList<qsizetype> order(weights.size());
     std::iota(order.begin(), order.end(), 0);
-    // Remainders and what is left have the sign of the total.
+    // Remainders have the sign of the total.
     const int sign = total.m_kopecks < 0 ? -1 : 1;
     std::stable_sort(order.begin(), order.end(),
                      [&](qsizetype a, qsizetype b) { return remainders[a] * sign > remainders[b] * sign; });

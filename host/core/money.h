@@ -1,4 +1,4 @@
-// Sums of money inside the host: whole kopecks, so that sums always add up.
+// Money as whole kopecks, so that sums always add up.
 #pragma once
 
 #include <poshost_export.h>
@@ -8,7 +8,7 @@
 
 #include <compare>
 
-/// An amount in kopecks. Converts to and from rubles only at the border of the document model.
+/// An amount in kopecks. Convert to and from rubles only at the border of the document model.
 class POSHOST_EXPORT Money
 {
 public:

@@ -1,5 +1,5 @@
-// Sorts out the characters of texts from outside. Control strings (window titles and the like) that nobody ends are
-// taken to end with their line, so that the rest of the text is still shown.
+// Filters texts from outside. A control string (a window title, say) without a terminator ends with its line, so that
+// the rest of the text is still shown.
 #include <core/plaintext.h>
 
 #include <QtCore/QChar>
@@ -37,7 +37,7 @@ Kind kindOf(char32_t c)
     }
 }
 
-// The first position from `at` on whose character is not between `low` and `high`.
+// The first position, starting at `at`, whose character is not between `low` and `high`.
 qsizetype skip(QStringView text, qsizetype at, char16_t low, char16_t high)
 {
     while (at < text.size() && text[at] >= low && text[at] <= high)
@@ -45,7 +45,7 @@ qsizetype skip(QStringView text, qsizetype at, char16_t low, char16_t high)
     return at;
 }
 
-// A sequence that has at most one character between `low` and '~' at its end.
+// Skips one final character between `low` and '~', if there is one.
 qsizetype withFinal(QStringView text, qsizetype at, char16_t low)
 {
     return at < text.size() && text[at] >= low && text[at] <= u'~' ? at + 1 : at;

@@ -11,7 +11,7 @@ namespace poshost::registry {
 
 namespace {
 
-// Keyed by the type's name and not by its std::type_info, which goes away with the library that asked first.
+// Keyed by the type's name, because its std::type_info goes away with the library that asked first.
 struct Storage
 {
     std::shared_mutex mutex;
@@ -45,7 +45,7 @@ std::shared_ptr<void> findOrCreate(const std::type_info &key, std::shared_ptr<vo
         return object;
     auto made = create();
     const std::unique_lock lock(all.mutex);
-    // Another thread may have stored one meanwhile: that one is already in use.
+    // Another thread may have stored one in the meantime, and it may be in use.
     return all.objects.try_emplace(key.name(), std::move(made)).first->second;
 }
 

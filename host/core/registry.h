@@ -1,5 +1,5 @@
 // The one place per process where Singleton and MockFactory keep their objects. It lives in libPosHost, so that a
-// plugin loaded with hidden visibility sees the same objects as the host and not a copy of its own.
+// plugin with hidden visibility shares the host's objects instead of having copies.
 #pragma once
 
 #include <poshost_export.h>

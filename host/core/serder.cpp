@@ -1,4 +1,3 @@
-// Takes values apart into plain variants.
 #include <core/basicexception.h>
 #include <core/serder.h>
 #include <core/tr.h>

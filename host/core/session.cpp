@@ -1,4 +1,3 @@
-// The cashier at the till.
 #include <core/session.h>
 
 Session::Session() : m_user(QSharedPointer<User>::create())

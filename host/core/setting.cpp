@@ -1,4 +1,3 @@
-// The host's own settings.
 #include <core/setting.h>
 
 #include <climits>

@@ -14,7 +14,7 @@ namespace {
 
 using Kind = SettingFault::Kind;
 
-/// How many letters to add, drop or replace, whatever their capitals.
+/// Edit distance, ignoring case.
 qsizetype distance(const QString &from, const QString &to)
 {
     QList<qsizetype> row(to.size() + 1);
@@ -31,7 +31,7 @@ qsizetype distance(const QString &from, const QString &to)
     return row.last();
 }
 
-/// The nearest candidate, and an empty text if none is near.
+/// The nearest candidate; empty when none is near.
 QString likely(const QString &name, const QStringList &candidates)
 {
     QString nearest;

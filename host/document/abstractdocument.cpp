@@ -1,4 +1,4 @@
-// A document of the till: anchors the class and its meta-object in the library.
+// Anchors the class and its meta-object in the library.
 #include "abstractdocument.h"
 
 AbstractDocument::AbstractDocument(QObject *parent) : QObject(parent)

@@ -29,7 +29,7 @@ public:
     /// When the document was opened, in local time.
     virtual QDateTime getDateTime() const = 0;
 
-    /// The document's own identifier; unique over all tills of the retailer.
+    /// The document's identifier, unique across the retailer's tills.
     virtual QString getIdentifier() const = 0;
 
     virtual EDocumentType getType() const = 0;
@@ -37,7 +37,7 @@ public:
     /// The cards on the document.
     virtual QList<QSharedPointer<DocumentCardRecord>> getCardRecords() const = 0;
 
-    /// Takes a card and all of its impacts off the document. Unknown cards are ignored.
+    /// Removes a card and all of its impacts. Ignores unknown cards.
     virtual void removeCard(const QSharedPointer<DocumentCardRecord> &card) = 0;
 
     /// What the plugin `storeKey` has stored with the document; saved and restored together with it.

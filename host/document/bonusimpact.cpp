@@ -1,4 +1,4 @@
-// Loyalty points spent: anchors the class in the library.
+// Anchors the class in the library.
 #include "bonusimpact.h"
 
 BonusImpact::~BonusImpact() = default;

@@ -1,4 +1,4 @@
-// A customer: anchors the class in the library.
+// Anchors the class in the library.
 #include "client.h"
 
 Client::~Client() = default;

@@ -1,5 +1,5 @@
-// A card on a check. What a service says about points is looked at where it enters the check: what no till could print,
-// add up or store again goes no further.
+// A card on a check. Points are validated where they enter the check, so that nothing gets in that a till cannot print,
+// add up or store.
 #include "documentcardrecord.h"
 
 #include <cmath>

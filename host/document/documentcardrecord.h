@@ -38,9 +38,9 @@ public:
     QVariant getOperationInfo() const { return m_operationInfo; }
     void setOperationInfo(const QVariant &info) { m_operationInfo = info; }
 
-    /// Points that may be spent on this check. The setters of points throw BasicException with a text for the cashier,
-    /// and log the field, when they are given what is not finite or beyond what Money may be; points to spend and to
-    /// earn cannot be negative either. The record is unchanged then.
+    /// Points that may be spent on this check. The setters of points log the field and throw BasicException, with a
+    /// text for the cashier and the record unchanged, for a value that is not finite or too large for Money, or
+    /// negative for points to spend or earn.
     double getPointsForSpend() const { return m_pointsForSpend; }
     void setPointsForSpend(double points);
 
@@ -52,7 +52,7 @@ public:
     QVariant getBonusBalance() const { return variant(m_bonusBalance); }
     void setBonusBalance(const QVariant &balance);
 
-    /// A map with what else a loyalty system tells about the card, such as "loyaltyStatus" and "loyaltyTier".
+    /// A map of what else a loyalty system knows about the card, such as "loyaltyStatus" and "loyaltyTier".
     QVariant getExtendedOptions() const { return m_extendedOptions; }
     void setExtendedOptions(const QVariant &options) { m_extendedOptions = options; }
 

@@ -1,4 +1,3 @@
-// A discount on a check.
 #include "documentimpact.h"
 
 DocumentImpact::DocumentImpact(const QSharedPointer<DocumentImpactDetail> &totals) : m_totals(totals)

@@ -20,11 +20,11 @@ public:
     DocumentImpactDetail(const DocumentImpactDetail &) = default;
     DocumentImpactDetail &operator=(const DocumentImpactDetail &) = default;
 
-    /// The card that gave the discount; null where none did.
+    /// The card that gave the discount; null if none did.
     QSharedPointer<DocumentCardRecord> getCardRecord() const { return m_cardRecord; }
     void setCardRecord(const QSharedPointer<DocumentCardRecord> &cardRecord) { m_cardRecord = cardRecord; }
 
-    /// getCodeInternal() of that card; what remains of it on disk.
+    /// getCodeInternal() of that card, which stands for it on disk.
     QVariant getCardIndex() const { return m_cardIndex; }
     void setCardIndex(const QVariant &index) { m_cardIndex = index; }
 

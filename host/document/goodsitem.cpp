@@ -8,8 +8,8 @@
 
 namespace {
 
-// A quantity such as 1.005 is no exact double: it is taken to the millionth first, so that 1.005 kg at 1.00 cost 1.01
-// and not 1.00. Amounts that no check can hold become zero, as with Money::fromRubles().
+// A quantity such as 1.005 is not exact as a double. It is rounded to the millionth first, so that 1.005 kg at 1.00
+// cost 1.01 and not 1.00. Amounts that no check can hold become zero, as with Money::fromRubles().
 Money multiply(Money price, double quantity)
 {
     constexpr long double parts = 1'000'000;
@@ -40,7 +40,7 @@ double GoodsItem::getDiscountApplyLimit(bool respectMinPrice) const
 bool GoodsItem::isSaleable(double quantity, Money price)
 {
     constexpr double largestQuantity = 1'000'000;
-    // A quantity that is no number fails as well.
+    // Also false for NaN.
     return quantity > 0 && quantity <= largestQuantity && Money::isSum(price.toRubles()) &&
            Money::isSum(price.toRubles() * quantity);
 }

@@ -14,7 +14,7 @@ public:
     GoodsItem();
     virtual ~GoodsItem();
 
-    /// The line's number on the check, 1 and up; it stays when other lines are removed. 0 while it is on no check.
+    /// The line's number on the check, from 1; removing other lines does not change it. 0 while it is on no check.
     virtual int getPosnum() const { return m_posnum; }
     void setPosnum(int posnum) { m_posnum = posnum; }
 
@@ -58,12 +58,12 @@ public:
     virtual QVariantList getCampaignLabels() const { return m_campaignLabels; }
     void setCampaignLabels(const QVariantList &labels) { m_campaignLabels = labels; }
 
-    /// Whether a line may have this quantity and price: more than 0 and at most a million of them, not below 0, and a
-    /// sum that money can hold.
+    /// Whether a line may have this quantity (above 0, at most a million) and price (not negative), with a sum that
+    /// Money can hold.
     static bool isSaleable(double quantity, Money price);
 
-    /// All of the line but its discounts as plain variants, and back; what Tmc is to a line, it shares with no other.
-    /// fromMap() throws BasicException that names the field that is missing or wrong.
+    /// The line without its discounts as plain variants, and back. A line read back has a Tmc of its own. fromMap()
+    /// throws BasicException naming the field that is missing or wrong.
     QVariantMap toMap() const;
     static QSharedPointer<GoodsItem> fromMap(const QVariantMap &map);
 

@@ -87,7 +87,7 @@ bool isGivenBy(const DocumentImpact &impact, const QSharedPointer<DocumentCardRe
     return card->getCodeInternal() > 0 && impact.getTotals()->getCardIndex().toInt() == card->getCodeInternal();
 }
 
-// Keeps the shares for which `keep` holds; false when none is left of an impact that had some.
+// Keeps the shares that satisfy `keep`; false when an impact that had shares has none left.
 template <class Keep>
 bool reduce(DocumentImpact &impact, Keep keep)
 {
@@ -184,8 +184,8 @@ void SaleDocument::removeCard(const QSharedPointer<DocumentCardRecord> &card)
     m_cards.removeOne(card);
 }
 
-// Each share of points gets what all points up to it come to in kopecks, less what the shares before it have got: so
-// many fractions of a kopeck neither vanish nor add up.
+// Rounds shares of points as a running total: each gets the total so far in kopecks, less what earlier shares got. So
+// fractions of a kopeck neither vanish nor add up.
 QList<Money> SaleDocument::roundShares(const DocumentImpact &impact, const ImpactShares &shares) const
 {
     QList<Money> sums;

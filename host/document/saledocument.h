@@ -30,39 +30,39 @@ public:
     State getState() const { return m_state; }
     void setState(State state) { m_state = state; }
 
-    /// Appends a line, gives it the next position number and returns that. Throws BasicException when the quantity is
-    /// not above zero or the price is below it.
+    /// Appends a line, gives it the next position number and returns that. Throws BasicException unless
+    /// GoodsItem::isSaleable().
     int addGoodsItem(const QSharedPointer<GoodsItem> &item);
 
     /// The line with this position number; null where there is none.
     QSharedPointer<GoodsItem> findGoodsItem(int posnum) const;
 
-    /// Changes a line's quantity or price. Impacts stay as they are: the caller takes them off first where they no
-    /// longer fit. Throws BasicException, with the check unchanged, when there is no such line, when the quantity is
-    /// not above zero or the price is below it, or when the line's discounts would exceed its sum.
+    /// Changes a line's quantity or price. Leaves impacts alone: the caller removes those that no longer fit first.
+    /// Throws BasicException, with the check unchanged, when there is no such line, when it would not be
+    /// GoodsItem::isSaleable(), or when its discounts would exceed its sum.
     void changeGoodsItem(int posnum, double quantity, Money price);
 
-    /// Takes a line off the check, with its share of every impact; an impact that had no other share goes with it.
-    /// Throws BasicException when there is no such line.
+    /// Removes a line with its share of every impact, and impacts that have no other share. Throws BasicException when
+    /// there is no such line.
     void removeGoodsItem(int posnum);
 
-    /// Puts a line back that was taken off, with its number and in its place. Throws BasicException when the number is
-    /// taken or was never given, when the quantity is not above zero or the price is below it.
+    /// Puts a removed line back in its place, with its number. Throws BasicException when the number is taken or was
+    /// never assigned, or the line is not GoodsItem::isSaleable().
     void putBackGoodsItem(const QSharedPointer<GoodsItem> &item);
 
-    /// Puts a card on the check and gives the record its number within the check; one that is on it already stays.
+    /// Adds a card and gives the record its number within the check. Does nothing if it is on the check already.
     void addCard(const QSharedPointer<DocumentCardRecord> &card);
 
-    /// Puts an impact on the check; one that is on it already stays. Shares that are given are rounded to the nearest
-    /// kopeck, and the totals become their sum; shares of points are rounded so that all points on the check together
-    /// are their exact sum, rounded once. Without shares, an impact on a position takes its line, and one on the check
-    /// is distributed over the lines that allow discounts, in proportion to what discounts may still take of them.
-    /// Throws BasicException, with check and impact unchanged, when a share names no line, is negative or no number, or
+    /// Adds an impact, unless it is on the check already. Given shares are rounded to the nearest kopeck, and the
+    /// totals become their sum; shares of points are rounded so that all points on the check together are their exact
+    /// sum, rounded once. Without shares, an impact on a position takes its line, and one on the check is distributed
+    /// over the lines that allow discounts, in proportion to what discounts may still take of them. Throws
+    /// BasicException, with check and impact unchanged, when a share names no line, is negative or no number, or
     /// exceeds what discounts may still take of the line: nothing where it allows none, and only what is above the
     /// minimum price unless the share ignores that.
     void addImpact(const QSharedPointer<DocumentImpact> &impact);
 
-    /// Takes off the impacts that the card has given. A null card has given none.
+    /// Removes the impacts that the card has given; none for a null card.
     void removeImpactsOf(const QSharedPointer<DocumentCardRecord> &card);
 
     /// The sum of the lines before discounts, the discounts, and what the customer pays.
@@ -83,8 +83,8 @@ public:
             StoredField("lastCardCode", &Sale::m_lastCardCode, [](const int &number) { return number >= 0; })};
     }
 
-    /// What a stored check consists of beside its own fields. Links impacts to their cards and computes what they take
-    /// off the lines. Throws BasicException when the parts are at odds with each other.
+    /// The parts of a stored check besides its own fields. Links impacts to their cards and computes the lines'
+    /// discounts. Throws BasicException when the parts contradict each other.
     void assemble(const QList<QSharedPointer<GoodsItem>> &goods, const QList<QSharedPointer<DocumentCardRecord>> &cards,
                   const QList<QSharedPointer<DocumentImpact>> &impacts);
 

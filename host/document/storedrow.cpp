@@ -1,4 +1,4 @@
-// The values of stored fields. Texts are never taken for numbers, nor a fraction for a whole number.
+// The values of stored fields. Never accepts a text as a number, or a fraction as a whole number.
 #include "storedrow.h"
 
 #include <core/serder.h>

@@ -53,7 +53,7 @@ void fromJson(const QJsonValue &json, QDate &value);
 void fromJson(const QJsonValue &json, QDateTime &value);
 void fromJson(const QJsonValue &json, QVariantList &value);
 
-/// The exception for a field, with the name of the one that it is part of in front.
+/// The exception for a field, prefixed with the name of the field that it is part of.
 BasicException fieldError(const QString &name, const BasicException &error);
 [[noreturn]] void fail(const QString &problem);
 
@@ -98,7 +98,7 @@ template <Stored T>
 QJsonObject write(const T &object);
 template <Stored T>
 void read(const QJsonObject &row, T &object);
-/// Field by field; what pointers point to is compared, not the pointers.
+/// Compares field by field, and objects instead of pointers to them.
 template <Stored T>
 bool isSame(const T &a, const T &b);
 /// A copy that shares no stored object with the original.

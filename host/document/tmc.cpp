@@ -1,4 +1,4 @@
-// An article of the catalogue: anchors the class in the library.
+// Anchors the class in the library.
 #include "tmc.h"
 
 Tmc::~Tmc() = default;

@@ -1,5 +1,4 @@
-// What all loyalty systems answer when the host asks about them: texts for people, and abilities that a system has
-// unless a plugin says otherwise.
+// Default answers to the host's questions about a loyalty system: texts for people, and abilities.
 #include "basicloyaltysystem.h"
 
 using namespace Qt::Literals::StringLiterals;

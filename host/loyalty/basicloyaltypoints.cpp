@@ -1,5 +1,5 @@
-// What all loyalty systems share about points: the ones that pay for a part of the check and the ones that it earns.
-// Points are counted in hundredths, the way Money counts kopecks, so that parts add up.
+// Points that pay for a part of the check and points that it earns. Points are counted in hundredths, the way Money
+// counts kopecks, so that parts add up.
 #include "basicloyaltysystem.h"
 
 #include <core/currenttime.h>
@@ -18,7 +18,7 @@ Money leftToPay(const GoodsItem &item)
     return Money::fromRubles(item.getDiscountApplyLimit(false));
 }
 
-// Binary fractions make 0.3 / 0.1 a little less than 3: that is three steps all the same.
+// In binary, 0.3 / 0.1 is a little less than 3, but still means three steps.
 double roundDownToStep(double points, double step)
 {
     constexpr double tolerance = 1e-9;

@@ -12,14 +12,14 @@
 
 class LoyaltySystems;
 
-/// What a loyalty plugin derives from. An operation that a plugin does not override works on the state below: the
-/// points, impacts and records of the current check. Used on the check thread only.
+/// The base of loyalty plugins. Operations that a plugin does not override work on the state below: points, impacts and
+/// records of the current check. Used on the check thread only.
 class POSHOST_EXPORT BasicLoyaltySystem : public DocumentWatcher, public virtual BasicPlugin
 {
 public:
     BasicLoyaltySystem();
     explicit BasicLoyaltySystem(utils::ForMock);
-    /// A system that is still registered is removed from the registry.
+    /// Deregisters a system that is still registered.
     ~BasicLoyaltySystem() override;
 
     /// The number under which the host knows the system; card records carry it.
@@ -119,7 +119,7 @@ public:
     /// SpendPoints, EarnPoints and RequestPointsForSpend are on from the start: a system that knows points takes them
     /// and gives them, and lets the customer choose how many. RequestAfterClose costs another exchange and is off.
     virtual bool checkOption(LoyaltySystemOption option) const;
-    /// Whether the system has itself asked how many points to spend, so that the host need not. Here: no.
+    /// Whether the system itself has asked how many points to spend, so the host need not. Here: no.
     virtual bool requestInputPointsForSpendByLoyalty();
     /// The closed check is reported to the system. Here: nothing to do.
     virtual bool registerCheck();
@@ -141,7 +141,7 @@ public:
     /// the record itself for the whole check. Throws BasicException when the amount is not Money::isSum().
     virtual QList<DocumentBonusRecord> distributeBonusRecord(const QSharedPointer<AbstractDocument> &document,
                                                              const DocumentBonusRecord &record) const;
-    /// By position, how much of each line points may still pay, in rubles: nothing of a line without discounts.
+    /// How much of each line points may still pay, in rubles by position: 0 for a line that allows no discounts.
     virtual QHash<int, double> getBonusImpactsLimits(const QSharedPointer<AbstractDocument> &document) const;
     /// This system's card on the current check; null when there is none.
     virtual QSharedPointer<DocumentCardRecord> getCard() const;

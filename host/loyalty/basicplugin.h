@@ -33,7 +33,7 @@ public:
     virtual bool isFeatureMatched(const QString &feature) const;
     virtual void setFeature(const QString &feature, bool enabled = true);
 
-    /// Has the plugin answer the host's call `name`; replaces an earlier handler.
+    /// Registers a handler for the host's call `name`, in place of an earlier one.
     virtual void addHandler(const QString &name, const Handler &handler);
 
     /// Calls a handler. An invalid variant when there is none.

@@ -1,4 +1,3 @@
-// Base of what works on the host's current check.
 #include "documentwatcher.h"
 
 DocumentWatcher::DocumentWatcher() = default;

@@ -1,4 +1,3 @@
-// The loyalty systems that work at this till.
 #include "loyaltysystems.h"
 
 #include <algorithm>

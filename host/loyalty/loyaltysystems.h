@@ -9,8 +9,8 @@
 class POSHOST_EXPORT LoyaltySystems
 {
 public:
-    /// For BasicLoyaltySystem::registerLoyaltySystem(), which also sees to the removal of a system that is destroyed.
-    /// False when the system is registered already.
+    /// For BasicLoyaltySystem::registerLoyaltySystem(), which also removes a destroyed system. False when the system is
+    /// registered already.
     bool add(BasicLoyaltySystem *system);
     /// False when the system is not registered.
     bool remove(BasicLoyaltySystem *system);
