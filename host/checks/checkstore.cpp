@@ -170,6 +170,8 @@ qint64 CheckStore::makeCurrent(const QString &identifier)
 
 QSharedPointer<SaleDocument> CheckStore::restore()
 {
+    if (isMissing())
+        return nullptr;
     return attempt([&]() -> QSharedPointer<SaleDocument> {
         qint64 sale = 0;
         QString identifier;

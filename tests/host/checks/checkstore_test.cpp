@@ -106,6 +106,9 @@ QSharedPointer<SaleDocument> fullCheck()
 TEST_F(CheckStoreTest, BringsBackEverything)
 {
     const auto saved = fullCheck();
+    CheckStore look(folder, CheckStore::Access::Look);
+    EXPECT_FALSE(look.restore() || !look.checks().isEmpty() || !look.journal().isEmpty());
+    EXPECT_FALSE(QFile::exists(folder)) << "looking creates nothing";
     EXPECT_FALSE(store.restore());
     store.save(*saved);
     const auto restored = CheckStore(folder).restore();
