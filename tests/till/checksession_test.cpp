@@ -252,6 +252,26 @@ TEST_F(Session, BringsBackThePluginsStateAfterARestart)
     EXPECT_EQ(takeCalls(), "") << "the order exists already";
 }
 
+TEST_F(Session, RefusesPointsThatMoneyCannotHoldAndSellsOn)
+{
+    const QByteArray good = service.answer.json().toJson();
+    for (const char *result : {R"("earnPoints": -500)", R"("earnPoints": 8.9e16)",
+                               R"("redeemPoints": [{"lineId": 1, "points": 1e308}, {"lineId": 2, "points": 1e308}])",
+                               R"("redeemPoints": [{"lineId": 1, "points": 9e16}])"}) {
+        SCOPED_TRACE(result);
+        session->open();
+        session->addGoods(builder::line(5000));
+        session->addCard(ECardNumberType::Manual, u"777"_s);
+        service.answer = RestExchange::response(200, QByteArray(R"({"success": true, "result": {)") + result + "}}");
+        EXPECT_THROW(session->price(), BasicException);
+        start();
+        EXPECT_EQ(session->result().spent(), Money());
+        service.answer = RestExchange::response(200, good);
+        session->spend();
+        EXPECT_EQ(session->close().spent(), Money::fromKopecks(1234));
+    }
+}
+
 TEST_F(Session, DropsAnOrderThatWasPerhapsCreatedWhenTheTillWasKilled)
 {
     for (int save = 2; save <= 3; ++save) { // Of the loyalty system with the order, and of the till with the impacts.
