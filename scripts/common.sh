@@ -6,7 +6,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit
 readonly build_packages=(
     g++ cmake ninja-build ccache pkgconf python3
     qt6-base-dev libqt6sql6-sqlite libqt6sql6-psql postgresql libcurl4-openssl-dev libssl-dev libspdlog-dev
-    libcpp-httplib-dev libcli11-dev nlohmann-json3-dev libsqlitecpp-dev libsqlite3-dev
+    libcpp-httplib-dev libcli11-dev nlohmann-json3-dev libsqlitecpp-dev libsqlite3-dev libedit-dev
     libgtest-dev libgmock-dev
 )
 # For the tests of the simulator's page, which are skipped without it.

@@ -1,8 +1,8 @@
 // Reads off a check what it came to. Sums are kopecks all the way; text appears only at the border.
 #include "checkresult.h"
 
+#include <core/plaintext.h>
 #include <document/saledocument.h>
-#include <loyalty/basicloyaltysystem.h>
 
 #include <QtCore/QJsonArray>
 
@@ -11,6 +11,9 @@ using namespace Qt::Literals::StringLiterals;
 namespace till {
 
 namespace {
+
+/// Characters of a name or number that are kept for people to read.
+constexpr qsizetype longestName = 200;
 
 QString outcomeOf(const SaleDocument &document)
 {
@@ -45,8 +48,8 @@ QList<ResultLine> linesOf(const SaleDocument &document)
     for (const auto items = document.getGoodsItems(); const auto &item : items) {
         const Money points = spent.value(item->getPosnum());
         const Money otherDiscounts = item->getDiscountSum() - points;
-        lines.append({item->getPosnum(), item->getTmc()->getName(), item->getQuantity(), item->getPrice(),
-                      item->getSum() - otherDiscounts, points});
+        lines.append({item->getPosnum(), plainText(item->getTmc()->getName(), longestName), item->getQuantity(),
+                      item->getPrice(), item->getSum() - otherDiscounts, points});
     }
     return lines;
 }
@@ -56,8 +59,8 @@ void readCard(const DocumentCardRecord &card, CheckResult &result)
     result.card = card.getNumber().toString();
     result.basket = card.getOperationId();
     if (const auto client = card.getCard()->getClient())
-        result.customer = client->getName().simplified();
-    result.tier = card.getExtendedOptions().toMap().value(u"loyaltyStatus"_s).toString();
+        result.customer = plainText(client->getName(), longestName);
+    result.tier = plainText(card.getExtendedOptions().toMap().value(u"loyaltyStatus"_s).toString(), longestName);
     if (!card.getBonusBalance().isNull())
         result.balance = Money::fromRubles(card.getBonusBalance().toDouble());
 }
@@ -81,6 +84,11 @@ Money CheckResult::sum() const
 Money CheckResult::spent() const
 {
     return sumOver(lines, &ResultLine::spent);
+}
+
+std::optional<Money> CheckResult::balanceAfter() const
+{
+    return balance ? std::optional(*balance - spent() + earned) : std::nullopt;
 }
 
 QMap<QString, QString> CheckResult::fields() const
@@ -109,16 +117,16 @@ QJsonObject CheckResult::toJournal() const
             {u"earned"_s, earned.toText()}};
 }
 
-CheckResult resultOf(const SaleDocument &document, const BasicLoyaltySystem &system)
+CheckResult resultOf(const SaleDocument &document, const QSharedPointer<DocumentCardRecord> &card, double earned)
 {
     CheckResult result;
     result.identifier = document.getIdentifier();
     result.dateTime = document.getDateTime();
     result.outcome = outcomeOf(document);
     result.lines = linesOf(document);
-    if (const auto card = system.getCard())
+    if (card)
         readCard(*card, result);
-    result.earned = Money::fromRubles(system.getPointsForEarn());
+    result.earned = Money::fromRubles(earned);
     return result;
 }
 

@@ -7,11 +7,12 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QList>
 #include <QtCore/QMap>
+#include <QtCore/QSharedPointer>
 #include <QtCore/QString>
 
 #include <optional>
 
-class BasicLoyaltySystem;
+class DocumentCardRecord;
 class SaleDocument;
 
 namespace till {
@@ -38,10 +39,13 @@ struct CheckResult
     QString tier;
     std::optional<Money> balance;
     Money earned;
+    QString loyaltyOff; ///< Why no cards are accepted now; empty while they are.
 
     Money sum() const;
     Money spent() const;
     Money total() const { return sum() - spent(); }
+    /// What the balance becomes; nothing where none is known.
+    std::optional<Money> balanceAfter() const;
 
     /// By the keys that a scenario expects them under; sums with two decimals.
     QMap<QString, QString> fields() const;
@@ -50,7 +54,7 @@ struct CheckResult
     QJsonObject toJournal() const;
 };
 
-/// Reads everything off the check and the loyalty system that works on it.
-CheckResult resultOf(const SaleDocument &document, const BasicLoyaltySystem &system);
+/// Reads everything off the check, its card (null: none) and the points that it earns.
+CheckResult resultOf(const SaleDocument &document, const QSharedPointer<DocumentCardRecord> &card, double earned);
 
 } // namespace till

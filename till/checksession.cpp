@@ -1,6 +1,8 @@
 // The session itself: opening a check, and what all groups of operations share.
 #include "checksession.h"
 
+#include "endingqueue.h"
+
 #include <cashier/savetofilelogic.h>
 #include <core/activitynotifier.h>
 #include <core/basicexception.h>
@@ -17,18 +19,30 @@ CheckSession::CheckSession(BasicLoyaltySystem &system, EndingQueue &queue) : m_s
 
 CheckSession::~CheckSession()
 {
+    m_queue.setHolder(nullptr);
     m_system.setDocument(nullptr);
 }
 
 CheckResult CheckSession::result() const
 {
-    return resultOf(*m_document, m_system);
+    CheckResult result = resultOf(*m_document, m_system.getCard(), m_system.getPointsForEarn());
+    result.loyaltyOff = loyaltyOff();
+    return result;
+}
+
+QString CheckSession::loyaltyOff() const
+{
+    // A system without a number answers for no card: there is no plugin.
+    return m_system.getLoyaltySystemCode() == 0 ? m_system.getLastErrorString().ru() : m_queue.knownProblem();
 }
 
 void CheckSession::open()
 {
     if (isOpen())
         throw BasicException(u"Предыдущий чек ещё не закрыт"_s);
+    endWaiting();
+    if (!m_queue.knownProblem().isEmpty())
+        m_queue.findProblem();
     m_document = QSharedPointer<SaleDocument>::create();
     m_state = {};
     try {
@@ -38,12 +52,31 @@ void CheckSession::open()
         throw;
     }
     m_system.setDocument(m_document);
+    takeRequests();
+}
+
+void CheckSession::takeRequests()
+{
+    m_queue.setHolder([this](const QVariant &request) {
+        m_state.requests.append(request);
+        m_state.writeTo(*m_document);
+    });
+}
+
+void CheckSession::leave()
+{
+    m_queue.setHolder(nullptr);
+    m_system.cancel();
+    m_system.clearAfterClose();
+    m_system.setDocument(nullptr);
+    m_document.reset();
 }
 
 void CheckSession::adopt(const QSharedPointer<SaleDocument> &document)
 {
     m_state = TillState::readFrom(*document);
     m_document = document;
+    takeRequests();
     m_system.setDocument(m_document);
     m_system.restoreLoyaltySystem();
     // The loyalty system does not keep that a change was reported to it.

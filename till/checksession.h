@@ -13,6 +13,8 @@
 #include <functional>
 #include <optional>
 
+class BasicLoyaltySystem;
+
 namespace till {
 
 class EndingQueue;
@@ -29,7 +31,8 @@ class EndingQueue;
 /// first, nobody changes a check whose order may be posted. Until the state is on the check nothing can have been
 /// posted (see EndingQueue), so commit() may run again, and even the card may still be removed. Afterwards only steps
 /// follow that are safe to repeat: the service's operations are idempotent by basket. The journal comes after the
-/// queue: what is in the books is certain to be sent.
+/// queue: what is in the books is certain to be sent. Where the queue cannot be used, the check waits in the store with
+/// its requests, and the till goes on selling.
 ///
 /// Operations throw BasicException with the text for the cashier when they are refused or cannot be saved; the check
 /// then is as it was before. Only an order that the service may have stays noted, and is settled by the next operation.
@@ -42,7 +45,8 @@ public:
     Q_DISABLE_COPY_MOVE(CheckSession)
 
     /// Picks up the check that was open when the till ended. Where the check was being closed or voided, the ending is
-    /// completed and its result returned. To be called once, before anything else.
+    /// completed and its result returned. A check that cannot go on is set aside, and the cashier is told why: it never
+    /// keeps the till from selling. To be called once, before anything else.
     std::optional<CheckResult> resume();
 
     bool isOpen() const { return !m_document.isNull(); }
@@ -50,7 +54,20 @@ public:
     /// The check as it stands; isOpen() must hold.
     CheckResult result() const;
 
+    /// Why no card is accepted, as far as is known; empty while cards are.
+    QString loyaltyOff() const;
+
     void open();
+
+    /// Puts the check aside for later.
+    void park();
+
+    /// Goes on with a check that was put aside: its identifier, or its number in keptChecks(), counted from 1. Returns
+    /// the check where it was only waiting to be ended.
+    std::optional<CheckResult> take(const QString &which);
+
+    /// The checks that were put aside, the oldest first.
+    QList<CheckStore::KeptCheck> keptChecks() const;
 
     /// Puts a line on the check and returns its number.
     int addGoods(const QSharedPointer<GoodsItem> &item);
@@ -118,6 +135,17 @@ private:
     /// Calls `attempt` until the check is priced. Where it fails the cashier may retry, or remove the card.
     void priceOrRemoveCard(const std::function<void()> &attempt);
     void spendOffered();
+
+    /// Continues with a check of the store as far as that is possible.
+    std::optional<CheckResult> goOn(const QSharedPointer<SaleDocument> &document);
+    void setAside(const QString &reason);
+    /// Ends the checks that waited for the queue alone.
+    void endWaiting();
+    /// The check is no longer this session's.
+    void leave();
+    /// What the queue hands over goes onto the check at once: when the card is removed on the way, the loyalty system
+    /// saves the check, and the cancellation must be in that write.
+    void takeRequests();
 
     void beginEnding(TillState::Ending ending);
     CheckResult completeEnding();

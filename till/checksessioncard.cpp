@@ -1,5 +1,6 @@
 // The customer's card on the check.
 #include "checksession.h"
+#include "endingqueue.h"
 
 #include <core/basicexception.h>
 #include <loyalty/basicloyaltysystem.h>
@@ -24,6 +25,9 @@ void CheckSession::addCard(ECardNumberType type, const QString &text)
     requireOpen();
     if (card())
         throw BasicException(u"На чеке уже есть карта"_s);
+    // What a card leads to has to be stored at the end of the check.
+    if (m_system.getLoyaltySystemCode() == 0 || !m_queue.findProblem().isEmpty())
+        throw BasicException(u"Карта не принята: бонусы не работают (%1). Продолжите без карты"_s.arg(loyaltyOff()));
     // A customer who was searched for another card must not be taken for the holder of this one.
     m_system.cancel();
     auto record = QSharedPointer<DocumentCardRecord>::create();

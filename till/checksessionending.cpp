@@ -1,4 +1,4 @@
-// The end of a check, and going on after a kill.
+// The end of a check.
 #include "checksession.h"
 #include "endingqueue.h"
 
@@ -13,18 +13,11 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace till {
 
-std::optional<CheckResult> CheckSession::resume()
-{
-    const auto saved = m_store->restore();
-    if (!saved)
-        return std::nullopt;
-    adopt(saved);
-    if (m_state.ending != TillState::Ending::None)
-        return completeEnding();
-    dropUnidentifiedCard();
-    settleOrder();
-    return std::nullopt;
-}
+namespace {
+
+const QString waitsForQueue = u"Чек завершён, его запросы ещё не в очереди: "_s;
+
+} // namespace
 
 CheckResult CheckSession::close()
 {
@@ -60,6 +53,8 @@ CheckResult CheckSession::voidCheck()
 void CheckSession::beginEnding(TillState::Ending ending)
 {
     m_state.ending = ending;
+    // rollback() takes the order off the card; the journal still has to say which one it was.
+    m_state.basket = ending == TillState::Ending::Voiding && card() ? card()->getOperationId() : QString();
     m_state.order = TillState::Order::InStep;
     save();
 }
@@ -68,25 +63,28 @@ CheckResult CheckSession::completeEnding()
 {
     if (m_document->getState() == SaleDocument::State::Open)
         endWithLoyaltySystem();
-    m_queue.store(m_state.requests);
-    const CheckResult ended = result();
-    m_store->finish(*m_document, ended.toJournal());
-    m_system.cancel();
-    m_system.clearAfterClose();
-    m_system.setDocument(nullptr);
-    m_document.reset();
+    CheckResult ended = result();
+    if (ended.basket.isEmpty())
+        ended.basket = m_state.basket;
+    QString problem;
+    try {
+        m_queue.store(m_state.requests);
+    } catch (const BasicException &error) {
+        problem = error.text().ru();
+    }
+    if (problem.isEmpty())
+        m_store->finish(*m_document, ended.toJournal());
+    else
+        m_store->park(waitsForQueue + problem);
+    ended.loyaltyOff = loyaltyOff();
+    leave();
     return ended;
 }
 
 void CheckSession::endWithLoyaltySystem()
 {
     const bool closing = m_state.ending == TillState::Ending::Closing;
-    // A request goes onto the check at once: when the card is removed on the way, the loyalty system saves the check,
-    // and the cancellation must be in that write.
-    m_queue.hold([this](const QVariant &request) {
-        m_state.requests.append(request);
-        m_state.writeTo(*m_document);
-    });
+    m_queue.hold();
     const auto release = qScopeGuard([this] { m_queue.release(); });
     if (!(closing ? m_system.commit(m_document) : m_system.rollback(m_document)))
         throw BasicException(m_system.getLastErrorString());
@@ -94,6 +92,24 @@ void CheckSession::endWithLoyaltySystem()
         m_system.cancel();
     m_document->setState(closing ? SaleDocument::State::Closed : SaleDocument::State::Voided);
     save();
+}
+
+void CheckSession::endWaiting()
+{
+    if (m_system.getLoyaltySystemCode() == 0)
+        return; // Nobody could read the card's part of the check for the journal.
+    for (const CheckStore::KeptCheck &check : keptChecks()) {
+        if (check.standing != CheckStore::Standing::Parked || !check.reason.startsWith(waitsForQueue))
+            continue;
+        try {
+            adopt(m_store->resume(check.identifier));
+            completeEnding();
+        } catch (const BasicException &error) {
+            setAside(error.text().ru());
+        }
+        if (!m_queue.knownProblem().isEmpty())
+            return;
+    }
 }
 
 } // namespace till

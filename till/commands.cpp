@@ -1,17 +1,16 @@
-// The commands of kvo-till. Whatever is wrong with what the program was given comes out before anything is sold.
+// The commands that look after what sales have left.
 #include "commands.h"
 
+#include "checkview.h"
 #include "console.h"
+#include "endingqueue.h"
 #include "journal.h"
-#include "loyaltyplugin.h"
 #include "queuesender.h"
-#include "scenarioplayer.h"
-#include "scenarioreader.h"
-#include "scriptedcashier.h"
+#include "statustext.h"
 #include "tillhost.h"
 
 #include <core/basicexception.h>
-#include <core/singleton.h>
+#include <core/plaintext.h>
 
 #include <unistd.h>
 
@@ -27,11 +26,7 @@ namespace till {
 
 namespace {
 
-ExitStatus fail(const BasicException &error, ExitStatus status)
-{
-    std::fprintf(stderr, "kvo-till: %s\n", error.what());
-    return status;
-}
+constexpr qsizetype longestError = 2000; // characters of a line
 
 /// Waits for the drain, showing how far it is where somebody watches.
 bool waitWithProgress(QueueDrain &drain, std::chrono::seconds time, const EndingQueue &queue)
@@ -50,58 +45,25 @@ bool waitWithProgress(QueueDrain &drain, std::chrono::seconds time, const Ending
     return delivered;
 }
 
-bool deliver(QueueDrain &drain, std::chrono::seconds time, const EndingQueue &queue)
-{
-    drain.wakeUp();
-    return ::isatty(STDERR_FILENO) ? waitWithProgress(drain, time, queue) : drain.waitUntilDrained(time);
-}
-
-const ScenarioCheck *firstCheck(const QList<Scenario> &scenarios)
-{
-    for (const Scenario &scenario : scenarios) {
-        if (!scenario.checks.isEmpty())
-            return &scenario.checks.constFirst();
-    }
-    return nullptr;
-}
-
-ExitStatus play(const QList<Scenario> &scenarios, const Options &options, const TillHost &host,
-                ScriptedCashier &cashier, const LoyaltyPlugin &plugin)
-{
-    QueueDrain drain;
-    drain.setHandler(loyaltyQueueOwner, makeLoyaltySender());
-    drain.start();
-    CheckSession session(plugin.system(), host.queue());
-    ScenarioPlayer player(session, cashier, drain);
-    player.recover(firstCheck(scenarios));
-    for (const Scenario &scenario : scenarios)
-        player.play(scenario);
-    // What could not be delivered in time stays queued: not a failure of the sale.
-    deliver(drain, options.drainTime, host.queue());
-    console::printLine(u'\n' + statusText(host.queue().status()));
-    if (player.differences() > 0)
-        console::printLine(u"Расхождений: %1"_s.arg(player.differences()));
-    return player.differences() > 0 ? Differed : Succeeded;
-}
-
 } // namespace
 
-ExitStatus runScenarios(const Options &options)
+ExitStatus fail(const BasicException &error, ExitStatus status)
 {
-    ExitStatus statusOfError = Unusable;
-    try {
-        QList<Scenario> scenarios;
-        for (const QString &file : options.scenarioFiles)
-            scenarios.append(readScenario(file));
-        const TillHost host(options.configFile, TillHost::Access::Work);
-        const auto cashier = QSharedPointer<ScriptedCashier>::create(options.codeCommand);
-        Singleton<CashierUi>::replace(cashier);
-        const LoyaltyPlugin plugin(host.pluginFolder());
-        statusOfError = Differed;
-        return play(scenarios, options, host, *cashier, plugin);
-    } catch (const BasicException &error) {
-        return fail(error, statusOfError);
+    QStringList lines;
+    for (const QString &line : error.text().ru().split(u'\n'))
+        lines.append(plainText(line, longestError));
+    std::fprintf(stderr, "kvo-till: %s\n", qUtf8Printable(lines.join(u"\n  "_s)));
+    return status;
+}
+
+bool deliver(QueueDrain &drain, std::chrono::seconds time, EndingQueue &queue)
+{
+    if (const QString problem = queue.findProblem(); !problem.isEmpty()) {
+        console::printLine(u"\nОчередь не работает: "_s + plainText(problem, longestReason));
+        return false;
     }
+    drain.wakeUp();
+    return ::isatty(STDERR_FILENO) ? waitWithProgress(drain, time, queue) : drain.waitUntilDrained(time);
 }
 
 ExitStatus drainQueue(const Options &options)
@@ -133,6 +95,18 @@ ExitStatus printJournal(const Options &options)
         const TillHost host(options.configFile, TillHost::Access::Look);
         CheckStore store(host.dataFolder(), CheckStore::Access::Look);
         console::print(journalText(store.journal(since), options.json));
+        return Succeeded;
+    } catch (const BasicException &error) {
+        return fail(error, Unusable);
+    }
+}
+
+ExitStatus showStatus(const Options &options)
+{
+    try {
+        TillHost host(options.configFile, TillHost::Access::Look);
+        CheckStore store(host.dataFolder(), CheckStore::Access::Look);
+        console::print(tillStatusText(host, store, options.configFile));
         return Succeeded;
     } catch (const BasicException &error) {
         return fail(error, Unusable);

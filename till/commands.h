@@ -1,7 +1,11 @@
 // What kvo-till can do.
 #pragma once
 
+#include "endingqueue.h"
 #include "queuecommand.h"
+
+#include <core/basicexception.h>
+#include <queue/queuedrain.h>
 
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -29,8 +33,17 @@ struct Options
 };
 
 /// Plays the scenarios, then gives the queue `drainTime` to deliver what the checks have left in it. Without scenarios
-/// it finishes what an earlier run has left.
+/// it finishes what an earlier run has left, and says what can be done with what stays open.
 ExitStatus runScenarios(const Options &options);
+
+/// Sells by hand: each line of the standard input is a step.
+ExitStatus sellByHand(const Options &options);
+
+/// Voids the check that an earlier run has left open.
+ExitStatus voidOpenCheck(const Options &options);
+
+/// Prints what state the till is in; also while a till works.
+ExitStatus showStatus(const Options &options);
 
 /// Delivers what is queued, for at most `drainTime`, with a progress bar where the standard error output is a terminal.
 /// Differed when something is left.
@@ -42,5 +55,14 @@ ExitStatus manageQueue(const Options &options);
 
 /// Prints the journal; also while a till works.
 ExitStatus printJournal(const Options &options);
+
+// What the commands share.
+
+/// Reports the error on stderr and returns the status.
+ExitStatus fail(const BasicException &error, ExitStatus status);
+
+/// Waits for the drain, at most for this time. False when something is left; the reason is printed where the queue
+/// cannot be used.
+bool deliver(QueueDrain &drain, std::chrono::seconds time, EndingQueue &queue);
 
 } // namespace till

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
 #include <optional>
 
@@ -11,7 +12,18 @@ namespace till::console {
 void print(const QString &text);
 void printLine(const QString &text);
 
-/// A line typed in, without blanks around it; nothing at the end of the input.
-std::optional<QString> readLine();
+/// A line typed in after `prompt`, without blanks around it; nothing at the end of the input. Where both ends are a
+/// terminal the line can be edited, with history and completion.
+std::optional<QString> readLine(const QString &prompt);
+
+/// The words that the tab key completes at the beginning of a line.
+void offer(const QStringList &words);
+
+/// Adds a line to the history. Codes never get there.
+void remember(const QString &line);
+
+/// From now on Ctrl-C prints this, puts the terminal in order and ends the program with status 130. Only for programs
+/// whose every step is on the disk when it is done.
+void sayOnInterrupt(const QString &text);
 
 } // namespace till::console

@@ -1,4 +1,4 @@
-// The till's side of the persistent queue: while a check ends, requests are held back until the check itself is done.
+// The till's side of the persistent queue: requests wait on the check while it ends, and when they cannot be stored.
 #pragma once
 
 #include <queue/dbqueuebroker.h>
@@ -10,7 +10,7 @@
 namespace till {
 
 /// Put in place as Singleton<DBQueueBroker>. Between hold() and release() it hands requests over, otherwise it stores
-/// them at once, like its base.
+/// them at once, like its base, and hands over only what could not be stored.
 ///
 /// Why hold back: the drain may deliver a request the moment it is stored. If a loyalty system's commit() stored the
 /// posting of an order and the till were killed before it has noted that the check is closed, commit() would run again
@@ -19,20 +19,33 @@ namespace till {
 class EndingQueue : public DBQueueBroker
 {
 public:
-    /// Takes a request in plain variants, fit for the check's file and for store().
+    /// Takes a request in plain variants, fit for the check store and for store().
     using Holder = std::function<void(const QVariant &request)>;
 
+    /// Throws BasicException when the request cannot be stored and there is no holder.
     void push(const QString &owner, const QJsonObject &event, const QString &key) override;
 
-    void hold(const Holder &holder) { m_holder = holder; }
-    void release() { m_holder = nullptr; }
+    /// Who takes requests over; null: nobody.
+    void setHolder(const Holder &holder) { m_holder = holder; }
+    void hold() { m_holding = true; }
+    void release() { m_holding = false; }
 
-    /// Stores requests that were held back. Throws BasicException when that fails; what was stored by then stays on the
-    /// queue.
+    /// Stores requests that were handed over. Throws BasicException when that fails; what was stored by then stays on
+    /// the queue.
     void store(const QVariantList &requests);
 
+    /// What problem() says now; kept for knownProblem().
+    const QString &findProblem();
+
+    /// Why requests could not be stored when that was last found out; empty while they can be. Asks nobody.
+    const QString &knownProblem() const { return m_problem; }
+
 private:
+    void pushNow(const QString &owner, const QJsonObject &event, const QString &key);
+
     Holder m_holder;
+    bool m_holding = false;
+    QString m_problem;
 };
 
 } // namespace till

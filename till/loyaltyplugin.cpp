@@ -59,6 +59,11 @@ LoyaltyPlugin::LoyaltyPlugin(const QString &folder) : m_loader(findFile(folder))
         fail(m_loader.fileName(), u"система лояльности не запустилась: %1"_s.arg(m_system->getLastErrorString().ru()));
 }
 
+void LoyaltyPlugin::inspect(const QString &folder)
+{
+    checkMetadata(QPluginLoader(findFile(folder)));
+}
+
 LoyaltyPlugin::~LoyaltyPlugin()
 {
     m_system->deinit();

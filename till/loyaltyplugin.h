@@ -16,6 +16,9 @@ public:
     /// folder, no file, not a plugin, a plugin for something else, cannot be loaded, no loyalty system, not started.
     explicit LoyaltyPlugin(const QString &folder);
     ~LoyaltyPlugin();
+
+    /// Throws BasicException like the constructor for what can be told without running the plugin's code.
+    static void inspect(const QString &folder);
     Q_DISABLE_COPY_MOVE(LoyaltyPlugin)
 
     BasicLoyaltySystem &system() const { return *m_system; }

@@ -170,6 +170,11 @@ int main(int argc, char *argv[])
     run->add_option("--code-command", arguments.codeCommand,
                     "Command line that prints the code which the customer has received");
     addDrainTime(run, "--drain-seconds", "How long to deliver queued requests at the end", arguments);
+    CLI::App *sell = addCommand(program, "sell", "Sell by hand: each line typed is a step", arguments);
+    CLI::App *voidCommand = addCommand(program, "void", "Void the check that was left open", arguments);
+    CLI::App *status = addCommand(program, "status", "Print the open check, kept checks, loyalty and queue", arguments);
+    for (CLI::App *command : {sell, voidCommand})
+        addDrainTime(command, "--drain-seconds", "How long to deliver queued requests at the end", arguments);
     CLI::App *drain = addCommand(program, "drain", "The same as queue drain", arguments);
     addDrainTime(drain, "--seconds", "How long to try", arguments);
     CLI::App *journal = addCommand(program, "journal", "Print the journal of finished checks", arguments);
@@ -196,6 +201,12 @@ int main(int argc, char *argv[])
     till::Options options = toOptions(arguments);
     if (*run)
         return till::runScenarios(options);
+    if (*sell)
+        return till::sellByHand(options);
+    if (*voidCommand)
+        return till::voidOpenCheck(options);
+    if (*status)
+        return till::showStatus(options);
     if (*journal)
         return till::printJournal(options);
     if (*drain || *queue.drain)

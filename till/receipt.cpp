@@ -1,11 +1,18 @@
 // Lays out the receipt: names to the left, sums to the right, nothing wider than the paper.
 #include "receipt.h"
 
+#include "checkview.h"
+
+#include <core/plaintext.h>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace till {
 
 namespace {
+
+/// Characters that a name on the receipt may have, whatever the file or the service says: three lines.
+constexpr qsizetype longestText = 3 * receiptWidth;
 
 /// Characters, not bytes and not UTF-16 units.
 qsizetype widthOf(const QString &text)
@@ -16,20 +23,27 @@ qsizetype widthOf(const QString &text)
 /// Breaks a text into lines of the paper's width, between words where there is a blank.
 QStringList wrap(const QString &text)
 {
+    const QList<uint> characters = plainText(text, longestText).toUcs4();
     QStringList lines;
-    QString rest = text.simplified();
-    while (widthOf(rest) > receiptWidth) {
-        const qsizetype blank = rest.lastIndexOf(u' ', receiptWidth);
-        const qsizetype end = blank > 0 ? blank : receiptWidth;
-        lines.append(rest.left(end));
-        rest = rest.mid(end).trimmed();
+    for (qsizetype start = 0; start < characters.size() || lines.isEmpty();) {
+        qsizetype length = characters.size() - start;
+        if (length > receiptWidth) {
+            const qsizetype blank = characters.lastIndexOf(u' ', start + receiptWidth);
+            length = blank > start ? blank - start : receiptWidth;
+        }
+        const QList<uint> line = characters.mid(start, length);
+        lines.append(QString::fromUcs4(reinterpret_cast<const char32_t *>(line.constData()), line.size()));
+        start += length;
+        if (start < characters.size() && characters[start] == u' ')
+            ++start;
     }
-    return lines << rest;
+    return lines;
 }
 
 /// `left` at the left edge and `right` at the right one; on lines of their own where both do not fit into one.
-QString row(const QString &left, const QString &right)
+QString row(const QString &left, const QString &text)
 {
+    const QString right = plainText(text, longestText);
     const qsizetype gap = receiptWidth - widthOf(left) - widthOf(right);
     if (gap >= 1)
         return left + QString(gap, u' ') + right + u'\n';
@@ -47,15 +61,6 @@ QString rule(QChar character)
 QString centred(const QString &text)
 {
     return QString(qMax<qsizetype>(0, (receiptWidth - widthOf(text)) / 2), u' ') + text + u'\n';
-}
-
-/// "3" or "0.345": no more decimals than there are.
-QString quantityText(double quantity)
-{
-    QString text = QString::number(quantity, 'f', 3);
-    while (text.endsWith(u'0'))
-        text.chop(1);
-    return text.endsWith(u'.') ? text.chopped(1) : text;
 }
 
 QString heading(const QString &outcome)
@@ -84,7 +89,21 @@ QString totalRows(const CheckResult &result)
     return rows + row(u"ИТОГО"_s, result.total().toText());
 }
 
-QString cardRows(const CheckResult &result)
+/// What the points were and what they become; `expected` while the service has not accepted everything.
+QString pointsRows(const CheckResult &result, bool expected)
+{
+    QString rows;
+    if (result.balance)
+        rows += row(u"Баланс баллов до чека"_s, result.balance->toText());
+    if (result.outcome == "voided"_L1)
+        return rows;
+    rows += row(u"Списано баллов"_s, result.spent().toText()) + row(u"Начислено баллов"_s, result.earned.toText());
+    if (const auto after = result.balanceAfter())
+        rows += row(expected ? u"Баланс после чека (ожидается)"_s : u"Баланс баллов после чека"_s, after->toText());
+    return rows;
+}
+
+QString cardRows(const CheckResult &result, bool expected)
 {
     if (result.card.isEmpty())
         return {};
@@ -93,12 +112,15 @@ QString cardRows(const CheckResult &result)
         rows += row(u"Покупатель"_s, result.customer);
     if (!result.tier.isEmpty())
         rows += row(u"Уровень"_s, result.tier);
-    if (result.balance)
-        rows += row(u"Баланс баллов до чека"_s, result.balance->toText());
-    if (result.outcome == "voided"_L1)
-        return rows;
-    return rows + row(u"Списано баллов"_s, result.spent().toText()) +
-           row(u"Начислено баллов"_s, result.earned.toText());
+    return rows + pointsRows(result, expected);
+}
+
+/// Why no points are given or taken.
+QString loyaltyRows(const CheckResult &result)
+{
+    if (result.loyaltyOff.isEmpty())
+        return {};
+    return rule(u'-') + wrap(u"Бонусы не работают: "_s + result.loyaltyOff).join(u'\n') + u'\n';
 }
 
 QString queueRows(const DBQueueBroker::Status &queue)
@@ -122,7 +144,8 @@ QString receiptText(const CheckResult &result, const DBQueueBroker::Status &queu
     text += rule(u'-');
     for (const ResultLine &line : result.lines)
         text += lineRows(line);
-    return text + totalRows(result) + cardRows(result) + queueRows(queue) + rule(u'=');
+    const bool expected = queue.waiting + queue.deadLetters > 0;
+    return text + totalRows(result) + cardRows(result, expected) + loyaltyRows(result) + queueRows(queue) + rule(u'=');
 }
 
 } // namespace till

@@ -16,14 +16,29 @@ namespace till {
 /// One action of the cashier. Only the values that belong to its kind are set.
 struct Step
 {
-    enum class Kind { Add, Change, Remove, Restore, Card, Phone, Price, Subtotal, Spend, Hold, Close, Void };
+    enum class Kind {
+        Add,
+        Change,
+        Remove,
+        Restore,
+        Card,
+        Phone,
+        Price,
+        Subtotal,
+        Spend,
+        Hold,
+        Park,
+        Take,
+        Close,
+        Void
+    };
 
     Kind kind = Kind::Price;
     Goods goods;                    ///< Add
     int line = 0;                   ///< Change, Remove: the line's number on the check.
     std::optional<double> quantity; ///< Change
     std::optional<Money> price;     ///< Change
-    QString number;                 ///< Card, Phone
+    QString number;                 ///< Card, Phone; Take: which check, see CheckSession::take().
     std::chrono::seconds wait{0};   ///< Hold
 };
 

@@ -13,13 +13,8 @@ class ScriptedCashier;
 class ScenarioPlayer
 {
 public:
-    /// All of them must live longer than the player.
-    ScenarioPlayer(CheckSession &session, ScriptedCashier &cashier, QueueDrain &drain);
-
-    /// Picks up the check that was open when the till ended; a check whose ending was interrupted is finished and its
-    /// receipt printed. `next` is the check that is played next, null when there is none: where it goes on with the
-    /// open one, its answers are used from here.
-    void recover(const ScenarioCheck *next);
+    /// All of them must live longer than the player; `waysToGoOn` is printed where an open check is in the way.
+    ScenarioPlayer(CheckSession &session, ScriptedCashier &cashier, QueueDrain &drain, const QString &waysToGoOn);
 
     /// Plays the checks, with a receipt for each. Every difference is printed with its place.
     void play(const Scenario &scenario);
@@ -28,11 +23,8 @@ public:
     int differences() const { return m_differences; }
 
 private:
-    void begin(const ScenarioCheck &check);
     void playCheck(const ScenarioCheck &check);
     void attempt(const ScenarioCheck &check, const std::function<void()> &operation);
-    void perform(const Step &step);
-    void hold(std::chrono::seconds wait) const;
     void compare(const ScenarioCheck &check, const CheckResult &result);
     void compareMessages(const ScenarioCheck &check, const QStringList &expected);
     void report(const ScenarioCheck &check, const QString &key, const QString &expected, const QString &actual);
@@ -40,8 +32,9 @@ private:
     CheckSession &m_session;
     ScriptedCashier &m_cashier;
     QueueDrain &m_drain;
+    QString m_waysToGoOn;
     std::optional<CheckResult> m_ended; ///< The check that the last step has closed or voided.
-    bool m_begun = false;
+    bool m_isFirst = true;
     int m_differences = 0;
 };
 

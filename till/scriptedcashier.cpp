@@ -3,6 +3,8 @@
 
 #include "console.h"
 
+#include <core/plaintext.h>
+
 #include <QtCore/QProcess>
 
 using namespace Qt::Literals::StringLiterals;
@@ -12,20 +14,20 @@ namespace till {
 namespace {
 
 constexpr std::chrono::milliseconds longestCommand{10'000};
+constexpr qsizetype longestMessage = 1000; // characters of one line
 const QString giveUp = u"give-up"_s;
 
 /// Shows the text as the cashier would see it, each of its lines marked.
 void printMarked(const QString &text)
 {
     for (const QString &line : text.split(u'\n'))
-        console::printLine(u"  | "_s + line);
+        console::printLine(u"  | "_s + plainText(line, longestMessage));
 }
 
 bool askInTerminal(const tr::Tr &first, const tr::Tr &second)
 {
     for (;;) {
-        console::print(u"  | 1 - %1, 2 - %2: "_s.arg(first.ru(), second.ru()));
-        const std::optional<QString> line = console::readLine();
+        const std::optional<QString> line = console::readLine(u"  | 1 - %1, 2 - %2: "_s.arg(first.ru(), second.ru()));
         if (!line || line == u"2"_s)
             return false;
         if (line == u"1"_s)
@@ -67,8 +69,7 @@ std::optional<QString> ScriptedCashier::enterCode(const tr::Tr &prompt, std::chr
     if (!m_codeCommand.isEmpty())
         return askCustomer();
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(timeLeft).count();
-    console::print(u"  | Код (пусто - отказ, осталось %1 с): "_s.arg(seconds));
-    const std::optional<QString> line = console::readLine();
+    const std::optional<QString> line = console::readLine(u"  | Код (пусто - отказ, осталось %1 с): "_s.arg(seconds));
     return line && !line->isEmpty() ? line : std::nullopt;
 }
 

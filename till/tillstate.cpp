@@ -30,6 +30,7 @@ TillState TillState::readFrom(const AbstractDocument &document)
     TillState state;
     state.ending = readChoice(data, u"ending"_s, Ending::Voiding);
     state.order = readChoice(data, u"order"_s, Order::Uncertain);
+    state.basket = data.value(u"basket"_s).toString();
     state.undo = data.value(u"undo"_s).toMap();
     state.requests = data.value(u"requests"_s).toList();
     return state;
@@ -39,6 +40,7 @@ void TillState::writeTo(AbstractDocument &document) const
 {
     document.setPluginData(storeKey, {{u"ending"_s, static_cast<int>(ending)},
                                       {u"order"_s, static_cast<int>(order)},
+                                      {u"basket"_s, basket},
                                       {u"undo"_s, undo},
                                       {u"requests"_s, requests}});
 }

@@ -31,6 +31,9 @@ struct TillState
     /// (missing when the change added the line). Empty when there is nothing to take back.
     QVariantMap undo;
 
+    /// The order of a check that is being voided.
+    QString basket;
+
     /// What the ending puts on the queue, see EndingQueue.
     QVariantList requests;
 

@@ -212,7 +212,7 @@ bool LoyaltyHost::deliver()
 till::CheckResult LoyaltyHost::end(SaleDocument::State state)
 {
     check->setState(state);
-    auto result = till::resultOf(*check, system());
+    auto result = till::resultOf(*check, system().getCard(), system().getPointsForEarn());
     Singleton<CheckStore>::instance()->finish(*check, result.toJournal());
     system().cancel();
     system().setDocument({});

@@ -113,6 +113,20 @@ protected:
         return output;
     }
 
+    /// What `kvo-till` prints for another command, with `input` typed in; expects it to succeed.
+    QString askTill(const QStringList &command, const QByteArray &input = {})
+    {
+        QProcess process;
+        process.setProcessChannelMode(QProcess::MergedChannels);
+        process.start(m_till, command + QStringList{u"--config"_s, folder.filePath(u"till.ini"_s)});
+        process.write(input);
+        process.closeWriteChannel();
+        EXPECT_TRUE(process.waitForFinished(patience));
+        const QString output = QString::fromUtf8(process.readAll());
+        EXPECT_EQ(process.exitCode(), 0) << output.toStdString();
+        return output;
+    }
+
     /// Runs `kvo-till drain` and expects it to deliver everything.
     void drain()
     {

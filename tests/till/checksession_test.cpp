@@ -14,8 +14,12 @@
 #include <queue/queuedrain.h>
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 
+#include <QtCore/QFileInfo>
 #include <QtCore/QTemporaryDir>
+
+#include <csignal>
 
 using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
@@ -215,6 +219,67 @@ TEST_F(Session, LeavesTheCheckAsItWasWhenAnOperationIsRefused)
         start();
         EXPECT_EQ(session->result().lines.isEmpty(), session->result().card.isEmpty());
     }
+}
+
+/// A disk on which no file of the process grows beyond this size.
+class FullDisk
+{
+public:
+    explicit FullDisk(qint64 size)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        ::getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{static_cast<rlim_t>(size), m_before.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() { ::setrlimit(RLIMIT_FSIZE, &m_before); }
+    Q_DISABLE_COPY_MOVE(FullDisk)
+
+private:
+    rlimit m_before{};
+};
+
+TEST_F(Session, SellsOnWhileTheQueueIsFullAndDeliversLater)
+{
+    for (int i = 0; i < 300; ++i) // The queue's file is to be larger than that of the checks.
+        queue->push(u"other"_s, {{u"payload"_s, QString(4000, u'x')}}, {});
+    openPriced();
+    session->spend();
+    {
+        const FullDisk full(QFileInfo(folder.filePath(u"queue.db-wal"_s)).size());
+        const till::CheckResult closed = session->close();
+        EXPECT_EQ(closed.outcome, u"closed"_s);
+        EXPECT_FALSE(closed.loyaltyOff.isEmpty());
+        EXPECT_EQ(session->keptChecks().size(), 1);
+        EXPECT_TRUE(booked().isEmpty()) << "what is in the books is certain to be sent";
+    }
+    session->open(); // The disk has room again.
+    EXPECT_EQ(session->loyaltyOff(), QString());
+    EXPECT_TRUE(session->keptChecks().isEmpty());
+    ASSERT_EQ(booked().size(), 1);
+    const QString basket = booked().last().entry.value(u"basket"_s).toString();
+    EXPECT_EQ(deliver(), QStringList({u"postOrder "_s + basket, u"bindOrderId "_s + basket}));
+}
+
+TEST_F(Session, KeepsSeveralChecks)
+{
+    openPriced();
+    session->changeGoods(1, 2, {});
+    const QJsonObject first = session->result().toJournal();
+    session->park();
+    session->open();
+    session->addGoods(builder::line(100));
+    EXPECT_THROW(session->take(u"1"_s), BasicException) << "one check at a time";
+    session->close();
+    takeCalls();
+    start();
+    EXPECT_FALSE(session->isOpen());
+    session->take(u"1"_s);
+    EXPECT_EQ(session->result().toJournal(), first);
+    session->subtotal();
+    EXPECT_EQ(takeCalls(), "createOrder updateOrder") << "the change is still to be reported";
+    session->voidCheck();
+    EXPECT_NE(booked().last().entry.value(u"basket"_s).toString(), QString()) << "the journal names the order";
 }
 
 TEST_F(Session, PutsARemovedLineBackInItsPlace)

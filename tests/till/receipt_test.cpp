@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QtCore/QRegularExpression>
 #include <QtCore/QTimeZone>
 
 using namespace Qt::Literals::StringLiterals;
@@ -25,7 +26,8 @@ TEST(Receipt, HasItsColumnsAndTwoDecimalsInEveryLocale)
                                    u"Константинопольская-Преображенская Александра Владимировна"_s,
                                    u"Золото"_s,
                                    Money::fromKopecks(123456789),
-                                   Money::fromKopecks(5)};
+                                   Money::fromKopecks(5),
+                                   {}};
     const char *expected = "==========================================\n"
                            "               КАССОВЫЙ ЧЕК\n"
                            "Открыт                 05.03.2026 14:03:09\n"
@@ -50,11 +52,29 @@ TEST(Receipt, HasItsColumnsAndTwoDecimalsInEveryLocale)
                            "Баланс баллов до чека           1234567.89\n"
                            "Списано баллов                      110.40\n"
                            "Начислено баллов                      0.05\n"
+                           "Баланс после чека (ожидается)   1234457.54\n"
                            "------------------------------------------\n"
                            "Ожидает отправки                         2\n"
                            "В очереди с            05.03.2026 14:03:09\n"
                            "==========================================\n";
     EXPECT_EQ(till::receiptText(result, {2, 0, opened}).toStdString(), expected);
+}
+
+TEST(Receipt, KeepsTextsFromOutsideInTheirPlace)
+{
+    const QString hostile = u"X\nИТОГО 0.00\u2028ИТОГО 0.00\x1b[2J\u202e"_s;
+    const QString endless(1'000'000, u'Ы');
+    for (const QString &text : {hostile, endless}) {
+        const till::CheckResult result{text, {}, u"closed"_s, {{1, text, 1, {}, {}, {}}}, text, u"b-1"_s, text, text,
+                                       {},   {}, text};
+        const QStringList rows = till::receiptText(result, {}).split(u'\n');
+        EXPECT_LT(rows.size(), 50);
+        EXPECT_EQ(rows.filter(QRegularExpression(u"^ИТОГО"_s)).size(), 1);
+        for (const QString &row : rows) {
+            EXPECT_LE(row.size(), till::receiptWidth);
+            EXPECT_FALSE(row.contains(QRegularExpression(u"[\\p{Cc}\\p{Cf}\u2028]"_s))) << row.toStdString();
+        }
+    }
 }
 
 } // namespace

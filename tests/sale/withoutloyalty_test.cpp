@@ -1,0 +1,145 @@
+// The till sells whatever has become of loyalty: what is broken, what the cashier and `status` say, what is still sold.
+#include "salefixture.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QLibraryInfo>
+
+using testing::HasSubstr;
+
+namespace {
+
+class Broken;
+
+struct Case
+{
+    const char *name;
+    std::function<void(Broken &)> breakIt;
+    const char *status;  ///< Part of what `status` says.
+    bool isOff;          ///< Whether no card is accepted, and why is said.
+    const char *message; ///< Part of what the cashier is told about the card; null: it is accepted.
+};
+
+class Broken : public SaleTest, public testing::WithParamInterface<Case>
+{
+public:
+    using SaleTest::folder;
+    using SaleTest::runTill;
+
+    ~Broken() override
+    {
+        if (m_isStopped)
+            startService();
+    }
+
+    void stopForGood()
+    {
+        stopService();
+        m_isStopped = true;
+    }
+
+    QString data(const char *name) { return folder.filePath(u"data/"_s + QString::fromUtf8(name)); }
+
+    void configure(const QByteArray &lines)
+    {
+        const QString file = folder.filePath(u"till.ini"_s);
+        writeFile(file, readFile(file) + lines);
+    }
+
+    /// Puts bytes into a file that a till has left.
+    void patch(const char *name, qsizetype offset, const QByteArray &bytes)
+    {
+        runTill(plain);
+        QByteArray content = readFile(data(name));
+        ASSERT_GT(content.size(), offset + bytes.size());
+        writeFile(data(name), content.replace(offset, bytes.size(), bytes));
+    }
+
+    void damage(const char *name)
+    {
+        QDir().mkpath(folder.filePath(u"data"_s));
+        writeFile(data(name), QByteArray(8192, 'x'));
+    }
+
+    QByteArray scenarioWithCard(const char *message)
+    {
+        QByteArray scenario = withCard;
+        scenario.replace("CARD", message ? "" : "7770000000001");
+        return scenario.replace("MESSAGES", message ? QByteArray("[\"") + message + "\", \"карты\"]" : "[]");
+    }
+
+    const QByteArray plain = R"({"checks": [{"goods": [{"barcode": "1", "name": "Хлеб", "price": "45.50"}],
+        "steps": ["close"], "expect": {"outcome": "closed", "total": "45.50"}}]})";
+    const QByteArray withCard = R"({"checks": [{"goods": [{"barcode": "1", "name": "Хлеб", "price": "45.50"}],
+        "steps": [{"card": "7770000000001"}, "price", "close"], "expect": {"outcome": "closed", "total": "45.50",
+        "card": "CARD", "messages": MESSAGES}}]})";
+
+private:
+    bool m_isStopped = false;
+};
+
+TEST_P(Broken, LeavesATillThatSells)
+{
+    const auto &[name, breakIt, status, isOff, message] = GetParam();
+    breakIt(*this);
+    const QString output = runTill(plain);
+    EXPECT_EQ(output.contains(u"Бонусы не работают"_s), isOff) << output.toStdString();
+    runTill(scenarioWithCard(message));
+    EXPECT_THAT(askTill({u"status"_s}).toStdString(), HasSubstr(status));
+}
+
+const Case cases[]{
+    {"NoPlugin",
+     [](Broken &shop) { shop.configure("[Till]\npluginFolder = " + QFile::encodeName(shop.folder.path()) + '\n'); },
+     "Till:pluginFolder", true, "не работают"},
+    {"PluginForSomethingElse",
+     [](Broken &shop) {
+         const QString other = QLibraryInfo::path(QLibraryInfo::PluginsPath) + u"/sqldrivers/libqsqlite.so"_s;
+         ASSERT_TRUE(QFile::copy(other, shop.folder.filePath(u"libKvo.so"_s)));
+         shop.configure("[Till]\npluginFolder = " + QFile::encodeName(shop.folder.path()) + '\n');
+     },
+     "а нужен модуль", true, "не работают"},
+    {"DamagedQueue", [](Broken &shop) { shop.damage("queue.db"); }, "Бонусы не работают", true, "не работают"},
+    {"QueueOfANewerVersion", [](Broken &shop) { shop.patch("queue.db", 60, QByteArray("\0\0\x03\xe8", 4)); },
+     "Бонусы не работают", true, "не работают"},
+    {"QueueThatCanOnlyBeRead", [](Broken &shop) { shop.patch("queue.db", 18, "\x03"); }, "Бонусы не работают", true,
+     "не работают"},
+    {"NoServerForTheQueue",
+     [](Broken &shop) { shop.configure("[Queue]\ndriver = QPSQL\nhost = 127.0.0.1\nport = 1\ndatabase = kvo\n"); },
+     "Бонусы не работают", true, "не работают"},
+    {"DamagedCheckStore", [](Broken &shop) { shop.damage("checks.db"); }, "Бонусы работают", false, nullptr},
+    {"NoServiceAndNoNetwork", [](Broken &shop) { shop.stopForGood(); }, "Бонусы работают", false, "Нет связи"},
+};
+
+INSTANTIATE_TEST_SUITE_P(By, Broken, testing::ValuesIn(cases),
+                         [](const auto &instance) { return std::string(instance.param.name); });
+
+TEST_F(SaleTest, GoesOnWithAClockThatWasPutBackAYear)
+{
+    runTill(R"({"checks": [{"goods": [{"barcode": "1", "name": "Хлеб", "price": "45.50"}],
+        "steps": [{"card": "7770000000001"}, "price"]}]})");
+    qputenv("LD_PRELOAD", KVO_LAST_YEAR);
+    qputenv("ASAN_OPTIONS", "verify_asan_link_order=0");
+    runTill(R"({"checks": [{"continue": true, "steps": ["close"],
+        "expect": {"outcome": "closed", "card": "7770000000001", "queued": 0}}]})");
+    qunsetenv("LD_PRELOAD");
+    expectEqualBooks(1);
+}
+
+TEST_F(SaleTest, IsSoldByHandLineByLine)
+{
+    QDir().mkpath(folder.filePath(u"data"_s));
+    writeFile(folder.filePath(u"data/goods.json"_s), R"({"goods": [
+        {"barcode": "1", "name": "Хлеб", "price": "45.50"}, {"barcode": "2", "name": "Молоко", "price": "91.00"}]})");
+    const QString begun = askTill({u"sell"_s}, "1\nмолоко\nphone +79001234567\nremove 1\nrestore\n2*нет\n");
+    EXPECT_THAT(begun.toStdString(), HasSubstr("1. Хлеб  1 x 45.50 = 45.50\n2. Молоко"));
+    EXPECT_THAT(begun.toStdString(), HasSubstr("не найден"));
+    EXPECT_THAT(begun.toStdString(), HasSubstr("Чек сохранён.\nПродолжить вручную: kvo-till sell"));
+    EXPECT_THAT(askTill({u"status"_s}).toStdString(), HasSubstr("Карта *********0001"));
+    const QString sold = askTill({u"sell"_s}, "price\npark\n2\nclose\ntake 1\nclose\n");
+    EXPECT_THAT(sold.toStdString(), HasSubstr("Чек 1: "));
+    EXPECT_EQ(sold.count(u"КАССОВЫЙ ЧЕК"_s), 2);
+    EXPECT_THAT(askTill({u"void"_s}).toStdString(), HasSubstr("Открытого чека нет"));
+    expectEqualBooks(2);
+}
+
+} // namespace

@@ -1,0 +1,54 @@
+// What the cashier types in a terminal.
+#include "till/catalogue.h"
+#include "till/typedstep.h"
+
+#include <core/basicexception.h>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+using Kind = till::Step::Kind;
+
+TEST(TypedStep, IsAWordOfTheScenariosOrGoods)
+{
+    const till::Catalogue catalogue(QStringLiteral(KVO_GOODS));
+    const struct
+    {
+        const char *line;
+        std::optional<Kind> kind; ///< Nothing: refused.
+        std::function<bool(const till::Step &)> holds = [](const till::Step &) { return true; };
+    } cases[]{
+        {"3*4600000000011", Kind::Add, [](const auto &s) { return s.goods.quantity == 3 && s.goods.name.size() > 3; }},
+        {"phone +7 900 123-45-67", Kind::Phone, [](const auto &s) { return s.number == "+7 900 123-45-67"_L1; }},
+        {"card 777", Kind::Card, [](const auto &s) { return s.number == "777"_L1; }},
+        {" change  2 quantity 0,5 ", Kind::Change, [](const auto &s) { return s.line == 2 && s.quantity == 0.5; }},
+        {"change 2 price 45.50 quantity 3", Kind::Change,
+         [](const auto &s) { return s.price == Money::fromKopecks(4550) && s.quantity == 3; }},
+        {"remove 12", Kind::Remove, [](const auto &s) { return s.line == 12; }},
+        {"take 2", Kind::Take, [](const auto &s) { return s.number == "2"_L1; }},
+        {"close", Kind::Close},
+        {"close 1", {}},
+        {"card", {}},
+        {"change 2", {}},
+        {"change 2 quantity five", {}},
+        {"change 2 colour 5", {}},
+        {"remove all", {}},
+        {"масло", {}}, // two articles
+        {"нет такого", {}},
+    };
+    for (const auto &[line, kind, holds] : cases) {
+        SCOPED_TRACE(line);
+        const auto read = [&] { return till::readTypedStep(QString::fromUtf8(line), catalogue); };
+        if (!kind) {
+            EXPECT_THROW(read(), BasicException);
+            continue;
+        }
+        EXPECT_EQ(read().kind, *kind);
+        EXPECT_TRUE(holds(read()));
+    }
+}
+
+} // namespace

@@ -1,0 +1,42 @@
+// Takes the plugin where it can be had.
+#include "loyalty.h"
+
+#include "loyaltyplugin.h"
+
+#include <core/basicexception.h>
+
+namespace till {
+
+namespace {
+
+/// Its code 0 belongs to no loyalty system: it answers for no card on any check.
+class NoLoyalty : public BasicLoyaltySystem
+{
+public:
+    explicit NoLoyalty(const tr::Tr &reason) { lastError = reason; }
+
+    loyalty::CardNumberResult getCardNumber(const loyalty::CardNumberInputData &) override
+    {
+        return {false, {}, lastError};
+    }
+    bool identifyByCard(QSharedPointer<DocumentCardRecord> &, ECardNumberType) override { return false; }
+    void clearLastErrorString() override {}
+    void clearAfterClose() override { setDocument(nullptr); }
+};
+
+} // namespace
+
+Loyalty::Loyalty(const QString &pluginFolder)
+{
+    try {
+        m_plugin = std::make_unique<LoyaltyPlugin>(pluginFolder);
+        m_system = &m_plugin->system();
+    } catch (const BasicException &error) {
+        m_standIn = std::make_unique<NoLoyalty>(error.text());
+        m_system = m_standIn.get();
+    }
+}
+
+Loyalty::~Loyalty() = default;
+
+} // namespace till

@@ -1,0 +1,30 @@
+// The loyalty system that the till sells with.
+#pragma once
+
+#include <loyalty/basicloyaltysystem.h>
+
+#include <memory>
+
+namespace till {
+
+class LoyaltyPlugin;
+
+/// The plugin, or, where it cannot be used, a stand-in that accepts no card and says why: checks without a card are
+/// sold as ever.
+class Loyalty
+{
+public:
+    /// Loads the plugin of the folder; see LoyaltyPlugin.
+    explicit Loyalty(const QString &pluginFolder);
+    ~Loyalty();
+    Q_DISABLE_COPY_MOVE(Loyalty)
+
+    BasicLoyaltySystem &system() const { return *m_system; }
+
+private:
+    std::unique_ptr<LoyaltyPlugin> m_plugin;
+    std::unique_ptr<BasicLoyaltySystem> m_standIn;
+    BasicLoyaltySystem *m_system = nullptr;
+};
+
+} // namespace till

@@ -1,0 +1,18 @@
+// Prints receipts once the service has had a moment to accept what the check has sent.
+#pragma once
+
+#include "checkresult.h"
+
+#include <queue/dbqueuebroker.h>
+#include <queue/queuedrain.h>
+
+namespace till {
+
+/// What is not accepted yet; nothing where the queue cannot be read: it must not keep a receipt from being printed.
+DBQueueBroker::Status queueStatus();
+
+/// Prints the receipt. The drain gets up to two seconds before, where the check has an order, so that only what could
+/// not be sent at once is shown as waiting.
+void printReceipt(const CheckResult &result, QueueDrain &drain);
+
+} // namespace till

@@ -1,0 +1,146 @@
+// The commands that sell. Whatever is wrong with what the program was given comes out before anything is sold.
+#include "catalogue.h"
+#include "checkview.h"
+#include "commands.h"
+#include "console.h"
+#include "receiptprinter.h"
+#include "scenarioplayer.h"
+#include "scenarioreader.h"
+#include "scriptedcashier.h"
+#include "sellingtill.h"
+#include "terminalsale.h"
+
+#include <core/plaintext.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace till {
+
+namespace {
+
+const ScenarioCheck *firstCheck(const QList<Scenario> &scenarios)
+{
+    for (const Scenario &scenario : scenarios) {
+        if (!scenario.checks.isEmpty())
+            return &scenario.checks.constFirst();
+    }
+    return nullptr;
+}
+
+/// Picks up what an earlier run has left, and says so.
+void recover(SellingTill &till)
+{
+    till.host().queue().findProblem();
+    if (const std::optional<CheckResult> ended = till.session().resume()) {
+        console::printLine(u"\nЗавершён чек, прерванный при закрытии"_s);
+        printReceipt(*ended, till.drain());
+    } else if (till.session().isOpen()) {
+        console::printLine(u"\nВосстановлен открытый чек"_s);
+    }
+    if (const QString reason = till.session().loyaltyOff(); !reason.isEmpty())
+        console::printLine(u"Бонусы не работают: "_s + plainText(reason, longestReason));
+}
+
+/// Without a usable file the till still closes and voids what is open.
+Catalogue openCatalogue(const QString &fileName)
+{
+    try {
+        return Catalogue(fileName);
+    } catch (const BasicException &error) {
+        console::printLine(
+            u"Товаров нет: %1; проверьте ключ Till:goods"_s.arg(plainText(error.text().ru(), longestReason)));
+        return {};
+    }
+}
+
+/// What can be done where no scenario says it.
+void explain(SellingTill &till, const Options &options)
+{
+    if (till.session().isOpen())
+        console::print(checkView(till.session().result()) + waysToGoOn(options.configFile));
+    else
+        console::printLine(u"Открытого чека нет. Продать вручную: kvo-till sell, по сценарию: kvo-till run ФАЙЛ"_s);
+    console::print(keptChecksView(till.session().keptChecks()));
+}
+
+/// What cannot be delivered in time stays queued: not a failure of the sale.
+void deliverRest(SellingTill &till, const Options &options)
+{
+    deliver(till.drain(), options.drainTime, till.host().queue());
+    if (till.host().queue().knownProblem().isEmpty())
+        console::printLine(u'\n' + statusText(queueStatus()));
+}
+
+ExitStatus play(const QList<Scenario> &scenarios, SellingTill &till, ScriptedCashier &cashier, const Options &options)
+{
+    ScenarioPlayer player(till.session(), cashier, till.drain(), waysToGoOn(options.configFile));
+    for (const Scenario &scenario : scenarios)
+        player.play(scenario);
+    if (scenarios.isEmpty())
+        explain(till, options);
+    deliverRest(till, options);
+    if (player.differences() > 0)
+        console::printLine(u"Расхождений: %1"_s.arg(player.differences()));
+    return player.differences() > 0 ? Differed : Succeeded;
+}
+
+/// Has `sell` work with a till that has picked up what an earlier run has left. `answers` are for the questions that
+/// come up on the way; whatever fails after that is no longer a matter of the till's use.
+template <class Sell>
+ExitStatus withTill(const Options &options, const Answers &answers, Sell sell)
+{
+    ExitStatus statusOfError = Unusable;
+    try {
+        const auto cashier = QSharedPointer<ScriptedCashier>::create(options.codeCommand);
+        cashier->beginCheck(answers);
+        SellingTill till(options.configFile, cashier);
+        recover(till);
+        statusOfError = Differed;
+        return sell(till, *cashier);
+    } catch (const BasicException &error) {
+        return fail(error, statusOfError);
+    }
+}
+
+} // namespace
+
+ExitStatus runScenarios(const Options &options)
+{
+    QList<Scenario> scenarios;
+    try {
+        for (const QString &file : options.scenarioFiles)
+            scenarios.append(readScenario(file));
+    } catch (const BasicException &error) {
+        return fail(error, Unusable);
+    }
+    // A first check that goes on with the open one has the answers for its recovery as well.
+    const ScenarioCheck *first = firstCheck(scenarios);
+    const Answers answers = first && first->continued ? first->answers : Answers();
+    return withTill(options, answers, [&](SellingTill &till, ScriptedCashier &cashier) {
+        return play(scenarios, till, cashier, options);
+    });
+}
+
+ExitStatus sellByHand(const Options &options)
+{
+    return withTill(options, {}, [&](SellingTill &till, ScriptedCashier &) {
+        const Catalogue catalogue = openCatalogue(till.host().goodsFile());
+        TerminalSale(till.session(), till.drain(), catalogue, waysToGoOn(options.configFile)).run();
+        deliverRest(till, options);
+        return Succeeded;
+    });
+}
+
+ExitStatus voidOpenCheck(const Options &options)
+{
+    return withTill(options, {}, [&](SellingTill &till, ScriptedCashier &) {
+        if (till.session().isOpen())
+            printReceipt(till.session().voidCheck(), till.drain());
+        else
+            console::printLine(u"Открытого чека нет, аннулировать нечего"_s);
+        deliverRest(till, options);
+        return Succeeded;
+    });
+}
+
+} // namespace till

@@ -1,0 +1,61 @@
+// Reads everything beside a till that may be at work, so it changes nothing and runs no foreign code.
+#include "statustext.h"
+
+#include "checkview.h"
+#include "loyaltyplugin.h"
+#include "queuecommand.h"
+#include "receiptprinter.h"
+
+#include <core/basicexception.h>
+#include <core/plaintext.h>
+
+#include <algorithm>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace till {
+
+namespace {
+
+QString loyaltyText(TillHost &host)
+{
+    QString problem = host.queue().findProblem();
+    try {
+        LoyaltyPlugin::inspect(host.pluginFolder());
+    } catch (const BasicException &error) {
+        problem = error.text().ru();
+    }
+    return problem.isEmpty() ? u"Бонусы работают\n"_s
+                             : u"Бонусы не работают: "_s + plainText(problem, longestReason) + u'\n';
+}
+
+QString openCheckText(CheckStore &store, const QString &configFile)
+{
+    const auto document = store.restore();
+    if (!document)
+        return u"Открытого чека нет\n"_s;
+    const auto card = document->getCardRecords().value(0);
+    const CheckResult result = resultOf(*document, card, card ? card->getPointsForEarn().toDouble() : 0);
+    return checkView(result) + waitingFor(TillState::readFrom(*document)) + u'\n' + waysToGoOn(configFile);
+}
+
+QString queueText(TillHost &host)
+{
+    if (!host.queue().knownProblem().isEmpty())
+        return u"Очередь не работает\n"_s;
+    return statusText(queueStatus()) + u'\n';
+}
+
+} // namespace
+
+QString tillStatusText(TillHost &host, CheckStore &store, const QString &configFile)
+{
+    QString text = loyaltyText(host);
+    QList<CheckStore::KeptCheck> checks = store.checks();
+    const bool hasOpen = std::any_of(checks.cbegin(), checks.cend(),
+                                     [](const auto &check) { return check.standing == CheckStore::Standing::Current; });
+    text += hasOpen ? openCheckText(store, configFile) : u"Открытого чека нет\n"_s;
+    return text + keptChecksView(checks) + queueText(host);
+}
+
+} // namespace till
