@@ -22,8 +22,12 @@ struct ResultLine
     QString name;
     double quantity = 1;
     Money price;
-    Money amount; ///< Before the points discount.
-    Money spent;  ///< The points discount.
+    Money amount;            ///< Before the points discount.
+    Money spent;             ///< The points discount.
+    bool takesPoints = true; ///< Points may pay for it.
+    bool earnsPoints = true;
+
+    friend bool operator==(const ResultLine &, const ResultLine &) = default;
 };
 
 struct CheckResult
@@ -38,6 +42,7 @@ struct CheckResult
     QString tier;
     std::optional<Money> balance;
     Money earned;
+    Money offered = {}; ///< Points that can be spent; zero until the check is priced.
 
     Money sum() const;
     Money spent() const;
@@ -49,6 +54,9 @@ struct CheckResult
     /// The line of the journal.
     QJsonObject toJournal() const;
 };
+
+/// A finished check as its entry in the journal tells it.
+CheckResult resultFromJournal(const QJsonObject &entry);
 
 /// Reads everything off the check and the loyalty system that works on it.
 CheckResult resultOf(const SaleDocument &document, const BasicLoyaltySystem &system);

@@ -22,7 +22,10 @@ CheckSession::~CheckSession()
 
 CheckResult CheckSession::result() const
 {
-    return resultOf(*m_document, m_system);
+    CheckResult result = resultOf(*m_document, m_system);
+    if (isPriced())
+        result.offered = Money::fromRubles(m_system.getPointsForSpend(m_document));
+    return result;
 }
 
 void CheckSession::open()
