@@ -38,6 +38,7 @@ ListPage::ListPage(QWidget *parent) : QWidget(parent)
     m_table->setEditTriggers(QTableView::NoEditTriggers);
     m_table->setTabKeyNavigation(false);
     m_table->setShowGrid(false);
+    m_table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // The last column is cut instead.
     m_table->verticalHeader()->hide();
     m_table->verticalHeader()->setDefaultSectionSize(40);
     layout->addWidget(m_table, 1);
