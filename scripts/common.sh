@@ -5,7 +5,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit
 
 readonly build_packages=(
     g++ cmake ninja-build ccache pkgconf python3
-    qt6-base-dev libqt6sql6-sqlite libqt6sql6-psql postgresql libcurl4-openssl-dev libssl-dev libspdlog-dev
+    qt6-base-dev qt6-svg-dev libqt6sql6-sqlite libqt6sql6-psql postgresql libcurl4-openssl-dev libssl-dev libspdlog-dev
     libcpp-httplib-dev libcli11-dev nlohmann-json3-dev libsqlitecpp-dev libsqlite3-dev libedit-dev
     libgtest-dev libgmock-dev
 )

@@ -11,15 +11,18 @@ namespace sim {
 
 namespace {
 
+/// What the till keeps for its own receipts is known, and not looked at.
 JournalLine readLine(const Json &object, const std::string &where)
 {
-    const Fields fields(object, where, {"lineId", "amount", "spent"});
+    const Fields fields(object, where, {"lineId", "name", "quantity", "price", "amount", "spent"});
     return {fields.number("lineId"), fields.money("amount"), fields.money("spent")};
 }
 
 JournalCheck readCheck(const Json &object)
 {
-    const Fields fields(object, "", {"check", "outcome", "card", "basket", "lines", "spent", "earned"});
+    const Fields fields(
+        object, "",
+        {"check", "opened", "outcome", "card", "customer", "tier", "balance", "basket", "lines", "spent", "earned"});
     JournalCheck check;
     check.check = fields.filledText("check");
     const std::string outcome = fields.text("outcome");

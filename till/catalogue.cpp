@@ -21,17 +21,32 @@ QString folded(const QString &text)
     return text.toCaseFolded().replace(u'ё', u'е');
 }
 
-double parseQuantity(const QString &text)
+/// Nothing when the text is not a number with at most so many digits; a point and a comma are the same.
+std::optional<double> readNumber(const QString &text, int decimals)
 {
-    static const QRegularExpression form(u"^\\d{1,6}([.,]\\d{1,3})?$"_s);
-    // QString::toDouble reads a point in every locale.
-    const double quantity = form.match(text).hasMatch() ? QString(text).replace(u',', u'.').toDouble() : 0;
-    if (quantity <= 0)
-        throw BasicException(u"Количество \"%1\" не подходит. Введите, например, 3*код или 1,25*код"_s.arg(text));
-    return quantity;
+    const QRegularExpression form(u"^\\d{1,6}([.,]\\d{1,%1})?$"_s.arg(decimals));
+    if (!form.match(text.trimmed()).hasMatch())
+        return std::nullopt;
+    return text.trimmed().replace(u',', u'.').toDouble(); // reads a point in every locale
 }
 
 } // namespace
+
+double parseQuantity(const QString &text)
+{
+    const double quantity = readNumber(text, 3).value_or(0);
+    if (quantity <= 0)
+        throw BasicException(
+            u"Количество \"%1\" не подходит. Введите число больше нуля, например 3 или 1,25"_s.arg(text));
+    return quantity;
+}
+
+Money parsePrice(const QString &text)
+{
+    if (const std::optional<double> rubles = readNumber(text, 2))
+        return Money::fromRubles(*rubles);
+    throw BasicException(u"Цена \"%1\" не подходит. Введите рубли и копейки, например 45,50"_s.arg(text));
+}
 
 GoodsEntry parseGoodsEntry(const QString &entry)
 {

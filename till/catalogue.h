@@ -15,8 +15,13 @@ struct GoodsEntry
     QString article;
 };
 
+/// A quantity and a price as a cashier types them, with a point or a comma. Throw BasicException for anything but a
+/// number above zero with at most three decimals, and for anything but an amount in rubles and kopecks.
+double parseQuantity(const QString &text);
+Money parsePrice(const QString &text);
+
 /// Takes "barcode", "3*barcode", "1.25*barcode" or "1,25*barcode" apart; a name may stand for the barcode. Throws
-/// BasicException when the quantity is not a number above zero with at most three decimals, or the article is missing.
+/// BasicException when the quantity does not parse, or the article is missing.
 GoodsEntry parseGoodsEntry(const QString &entry);
 
 class Catalogue

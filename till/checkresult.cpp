@@ -48,8 +48,11 @@ QList<ResultLine> linesOf(const SaleDocument &document)
     for (const auto items = document.getGoodsItems(); const auto &item : items) {
         const Money points = spent.value(item->getPosnum());
         const Money otherDiscounts = item->getDiscountSum() - points;
+        const QVariantList labels = item->getCampaignLabels();
         lines.append({item->getPosnum(), plainText(item->getTmc()->getName(), longestName), item->getQuantity(),
-                      item->getPrice(), item->getSum() - otherDiscounts, points});
+                      item->getPrice(), item->getSum() - otherDiscounts, points,
+                      item->isAllowDiscount() && !labels.contains(QVariant(u"NOSPEND"_s)),
+                      item->isAllowBonusEarn() && !labels.contains(QVariant(u"NOBONUS"_s))});
     }
     return lines;
 }
@@ -109,12 +112,44 @@ QJsonObject CheckResult::toJournal() const
 {
     QJsonArray jsonLines;
     for (const ResultLine &line : lines) {
-        jsonLines.append(QJsonObject{
-            {u"lineId"_s, line.lineId}, {u"amount"_s, line.amount.toText()}, {u"spent"_s, line.spent.toText()}});
+        jsonLines.append(QJsonObject{{u"lineId"_s, line.lineId},
+                                     {u"name"_s, line.name},
+                                     {u"quantity"_s, line.quantity},
+                                     {u"price"_s, line.price.toText()},
+                                     {u"amount"_s, line.amount.toText()},
+                                     {u"spent"_s, line.spent.toText()}});
     }
-    return {{u"check"_s, identifier},      {u"outcome"_s, outcome}, {u"card"_s, card},
-            {u"basket"_s, basket},         {u"lines"_s, jsonLines}, {u"spent"_s, spent().toText()},
-            {u"earned"_s, earned.toText()}};
+    QJsonObject entry{{u"check"_s, identifier},       {u"opened"_s, dateTime.toString(Qt::ISODateWithMs)},
+                      {u"outcome"_s, outcome},        {u"card"_s, card},
+                      {u"customer"_s, customer},      {u"tier"_s, tier},
+                      {u"basket"_s, basket},          {u"lines"_s, jsonLines},
+                      {u"spent"_s, spent().toText()}, {u"earned"_s, earned.toText()}};
+    if (balance)
+        entry.insert(u"balance"_s, balance->toText());
+    return entry;
+}
+
+CheckResult resultFromJournal(const QJsonObject &entry)
+{
+    const auto money = [](const QJsonValue &text) { return Money::fromRubles(text.toString().toDouble()); };
+    CheckResult result;
+    result.identifier = entry.value("check"_L1).toString();
+    result.dateTime = QDateTime::fromString(entry.value("opened"_L1).toString(), Qt::ISODateWithMs);
+    result.outcome = entry.value("outcome"_L1).toString();
+    for (const QJsonArray lines = entry.value("lines"_L1).toArray(); const QJsonValue &value : lines) {
+        const QJsonObject line = value.toObject();
+        result.lines.append({line.value("lineId"_L1).toInt(), line.value("name"_L1).toString(),
+                             line.value("quantity"_L1).toDouble(), money(line.value("price"_L1)),
+                             money(line.value("amount"_L1)), money(line.value("spent"_L1))});
+    }
+    result.card = entry.value("card"_L1).toString();
+    result.basket = entry.value("basket"_L1).toString();
+    result.customer = entry.value("customer"_L1).toString();
+    result.tier = entry.value("tier"_L1).toString();
+    if (entry.contains("balance"_L1))
+        result.balance = money(entry.value("balance"_L1));
+    result.earned = money(entry.value("earned"_L1));
+    return result;
 }
 
 CheckResult resultOf(const SaleDocument &document, const QSharedPointer<DocumentCardRecord> &card, double earned)

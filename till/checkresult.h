@@ -23,8 +23,12 @@ struct ResultLine
     QString name;
     double quantity = 1;
     Money price;
-    Money amount; ///< Before the points discount.
-    Money spent;  ///< The points discount.
+    Money amount;            ///< Before the points discount.
+    Money spent;             ///< The points discount.
+    bool takesPoints = true; ///< Points may pay for it.
+    bool earnsPoints = true;
+
+    friend bool operator==(const ResultLine &, const ResultLine &) = default;
 };
 
 struct CheckResult
@@ -40,6 +44,7 @@ struct CheckResult
     std::optional<Money> balance;
     Money earned;
     QString loyaltyOff; ///< Why no cards are accepted now; empty while they are.
+    Money offered = {}; ///< Points that can be spent; zero until the check is priced.
 
     Money sum() const;
     Money spent() const;
@@ -53,6 +58,9 @@ struct CheckResult
     /// The line of the journal.
     QJsonObject toJournal() const;
 };
+
+/// A finished check as its entry in the journal tells it.
+CheckResult resultFromJournal(const QJsonObject &entry);
 
 /// Reads everything off the check, its card (null: none) and the points that it earns.
 CheckResult resultOf(const SaleDocument &document, const QSharedPointer<DocumentCardRecord> &card, double earned);

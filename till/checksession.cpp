@@ -27,6 +27,8 @@ CheckResult CheckSession::result() const
 {
     CheckResult result = resultOf(*m_document, m_system.getCard(), m_system.getPointsForEarn());
     result.loyaltyOff = loyaltyOff();
+    if (isPriced())
+        result.offered = Money::fromRubles(m_system.getPointsForSpend(m_document));
     return result;
 }
 

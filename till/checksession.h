@@ -74,6 +74,8 @@ public:
     void changeGoods(int line, std::optional<double> quantity, std::optional<Money> price);
     void removeGoods(int line);
 
+    bool canRestoreGoods() const { return isOpen() && !m_state.undo.isEmpty(); }
+
     /// Takes the last change of a line back; a removed line gets its number and place again.
     void restoreGoods();
 

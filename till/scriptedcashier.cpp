@@ -56,7 +56,7 @@ bool ScriptedCashier::ask(const tr::Tr &message, const tr::Tr &first, const tr::
     return chosen;
 }
 
-std::optional<QString> ScriptedCashier::enterCode(const tr::Tr &prompt, std::chrono::milliseconds timeLeft)
+std::optional<QString> ScriptedCashier::enterCode(const tr::Tr &prompt, std::chrono::milliseconds timeLeft, int)
 {
     show(prompt);
     if (!m_answers.codes.isEmpty()) {

@@ -23,7 +23,8 @@ public:
     bool ask(const tr::Tr &message, const tr::Tr &first, const tr::Tr &second) override;
 
     /// From the scenario, else from the command, else from the terminal. Codes are never written anywhere.
-    std::optional<QString> enterCode(const tr::Tr &prompt, std::chrono::milliseconds timeLeft) override;
+    std::optional<QString> enterCode(const tr::Tr &prompt, std::chrono::milliseconds timeLeft,
+                                     int attemptsLeft) override;
 
     void show(const tr::Tr &message) override;
 

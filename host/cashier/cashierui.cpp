@@ -8,7 +8,7 @@ bool CashierUi::ask(const tr::Tr &, const tr::Tr &, const tr::Tr &)
     return false;
 }
 
-std::optional<QString> CashierUi::enterCode(const tr::Tr &, std::chrono::milliseconds)
+std::optional<QString> CashierUi::enterCode(const tr::Tr &, std::chrono::milliseconds, int)
 {
     return std::nullopt;
 }

@@ -19,7 +19,9 @@ public:
     virtual bool ask(const tr::Tr &message, const tr::Tr &first, const tr::Tr &second);
 
     /// Asks for the code that the customer has received; empty when the cashier gives up or time runs out.
-    virtual std::optional<QString> enterCode(const tr::Tr &prompt, std::chrono::milliseconds timeLeft);
+    /// `attemptsLeft` counts this one; below VerificationLogic::maxAttempts a wrong code was entered before.
+    virtual std::optional<QString> enterCode(const tr::Tr &prompt, std::chrono::milliseconds timeLeft,
+                                             int attemptsLeft);
 
     /// Shows a text that needs no answer.
     virtual void show(const tr::Tr &message);

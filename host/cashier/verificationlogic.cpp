@@ -49,7 +49,7 @@ void VerificationLogic::verify(const QString &code, const tr::Tr &prompt, int)
         const auto entered =
             timeLeft.count() > 0
                 ? ui->enterCode(attemptsLeft == maxAttempts ? firstPrompt : afterWrongCode(firstPrompt, attemptsLeft),
-                                std::min(timeLeft, milliseconds(timeLimit)))
+                                std::min(timeLeft, milliseconds(timeLimit)), attemptsLeft)
                 : std::nullopt;
         if (clock->currentDateTime() >= deadline)
             throw BasicException(u"Время для ввода кода подтверждения истекло"_s);

@@ -4,6 +4,8 @@
 #include "transfer.h"
 
 #include <core/jsontext.h>
+#include <core/singleton.h>
+#include <net/linkstate.h>
 #include <net/restclient.h>
 
 #include <log4qt/logmanager.h>
@@ -203,6 +205,7 @@ void RestClient::request(QNetworkAccessManager::Operation op, const QUrl &url, c
     if (result.error == QNetworkReply::NoError)
         result = exchange(request, json);
     const bool failed = result.error != QNetworkReply::NoError;
+    Singleton<LinkState>::instance()->report(!failed);
     const int status = !failed || gatewayOf(result.status) ? result.status : 0;
     m_response = http::Response(status, result.error, errorText(result), json);
 

@@ -36,7 +36,7 @@ public:
 
     bool ask(const tr::Tr &, const tr::Tr &, const tr::Tr &) override { return first; }
 
-    std::optional<QString> enterCode(const tr::Tr &, std::chrono::milliseconds) override
+    std::optional<QString> enterCode(const tr::Tr &, std::chrono::milliseconds, int) override
     {
         ++prompts;
         if (answers.isEmpty())

@@ -1,0 +1,149 @@
+// The cashier's window, driven with keys against the real plugin and the service's stand-in.
+#include "iowatch.h"
+#include "windowfixture.h"
+
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QToolButton>
+
+using testing::HasSubstr;
+
+namespace {
+
+std::string text(const QString &text)
+{
+    return text.toStdString();
+}
+
+class Tour : public WindowTest, public testing::WithParamInterface<const char *>
+{
+};
+
+TEST_P(Tour, SellsByPhoneWithPointsAndCode)
+{
+    const QString theme = QString::fromLatin1(GetParam());
+    iowatch::onMainThread = 0;
+    iowatch::onOthers = 0;
+    start("[Till]\ntheme = " + QByteArray(GetParam()) + '\n');
+    for (const char *entry : {"2*4600000000059", "0,345*сыр", "4600000000042", "1.25*4600000000097", "4600000000301"})
+        ASSERT_TRUE(shop->type(QString::fromUtf8(entry)));
+    addCustomer();
+    picture(u"sale-"_s + theme);
+
+    ASSERT_TRUE(shop->press(Qt::Key_F5));
+    ASSERT_TRUE(shop->isAsked());
+    ASSERT_TRUE(shop->type(u"wrong"_s));
+    EXPECT_EQ(shop->till.view().question->attemptsLeft, 2);
+    EXPECT_TRUE(shop->till.view().question->isCodeRefused);
+    const QString first = code();
+    ASSERT_TRUE(shop->press(Qt::Key_F8));
+    ASSERT_TRUE(WindowDriver::waitFor([&] { return code() != first; }));
+    picture(u"code-"_s + theme);
+    ASSERT_TRUE(shop->type(code()));
+    EXPECT_FALSE(shop->till.view().check.spent().isZero());
+
+    ASSERT_TRUE(shop->press(Qt::Key_F12));
+    EXPECT_THAT(text(shop->page()), HasSubstr("КАССОВЫЙ ЧЕК"));
+    picture(u"receipt-"_s + theme);
+    ASSERT_TRUE(shop->press(Qt::Key_Return));
+    ASSERT_TRUE(shop->press(Qt::Key_F11));
+    picture(u"journal-"_s + theme);
+    ASSERT_TRUE(shop->press(Qt::Key_Return));
+    EXPECT_THAT(text(shop->page()), HasSubstr("Сыр Российский")) << "printed again from the journal";
+    EXPECT_EQ(iowatch::onMainThread, 0) << "the window's thread has waited for a disk or a service";
+    EXPECT_GT(iowatch::onOthers, 10);
+    shop.reset();
+    drain();
+    expectEqualBooks(1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Themes, Tour, testing::Values("light", "dark"), [](const auto &theme) { return theme.param; });
+
+TEST_F(WindowTest, AsksWhenTheServiceIsDownAtClosing)
+{
+    start();
+    ASSERT_TRUE(shop->type(u"4600000000059"_s));
+    addCustomer();
+    stopService();
+    ASSERT_TRUE(shop->press(Qt::Key_F12));
+    ASSERT_TRUE(shop->isAsked());
+    EXPECT_THAT(text(shop->till.view().question->text), HasSubstr("Повторить или удалить"));
+    EXPECT_FALSE(shop->till.view().question->reason.isEmpty());
+    picture(u"question-light"_s);
+    ASSERT_TRUE(shop->press(Qt::Key_F5)); // retry
+    ASSERT_TRUE(WindowDriver::waitFor([this] { return shop->isAsked(); }));
+    ASSERT_TRUE(shop->press(Qt::Key_F10)); // remove
+    ASSERT_TRUE(WindowDriver::waitFor([this] { return shop->isIdle(); }));
+    EXPECT_THAT(text(shop->page()), HasSubstr("КАССОВЫЙ ЧЕК"));
+    EXPECT_FALSE(shop->till.view().isServiceReachable);
+    ASSERT_TRUE(shop->press(Qt::Key_Return));
+    picture(u"offline-light"_s);
+    startService();
+}
+
+TEST_F(WindowTest, VoidsACheckOnceItIsConfirmed)
+{
+    start();
+    ASSERT_TRUE(shop->type(u"4600000000059"_s));
+    ASSERT_TRUE(shop->press(Qt::Key_F10));
+    ASSERT_TRUE(shop->press(Qt::Key_F10)); // no
+    EXPECT_TRUE(shop->till.view().isOpen);
+    ASSERT_TRUE(shop->press(Qt::Key_F10));
+    ASSERT_TRUE(shop->press(Qt::Key_Return)); // yes has the focus
+    EXPECT_THAT(text(shop->page()), HasSubstr("АННУЛИРОВАН"));
+}
+
+TEST_F(WindowTest, LivesAndTakesGoodsWhileAnExchangeHangs)
+{
+    start();
+    ASSERT_TRUE(shop->type(u"4600000000059"_s));
+    ASSERT_TRUE(shop->press(Qt::Key_F3));
+    ASSERT_TRUE(shop->type(u"+79001234567"_s));
+    addFault({{u"method"_s, u"calculateOrder"_s}, {u"kind"_s, u"delay"_s}, {u"milliseconds"_s, 1500}});
+    shop->hit(Qt::Key_F4);
+    ASSERT_TRUE(WindowDriver::waitFor([this] { return shop->message().contains(u"Рассчитываем чек: ждём"_s); }));
+    for (const auto *button : shop->window.findChildren<QToolButton *>())
+        EXPECT_FALSE(button->isEnabled() && button->text().contains(u"F12"_s));
+    shop->hit(Qt::Key_F12); // Not now.
+    ASSERT_TRUE(shop->type(u"4600000000011"_s));
+    EXPECT_EQ(shop->till.view().check.lines.size(), 2);
+    EXPECT_TRUE(shop->till.view().isOpen);
+}
+
+TEST_F(WindowTest, GoesOnAfterAKillAndLetsNobodyElseIn)
+{
+    QProcess other;
+    other.start(QCoreApplication::applicationFilePath(), {u"--sell"_s, ini()});
+    ASSERT_TRUE(other.waitForReadyRead(30'000));
+    start();
+    EXPECT_THAT(text(shop->till.view().fault), HasSubstr(std::to_string(other.processId())));
+    EXPECT_EQ(shop->page(), shop->till.view().fault);
+    shop.reset();
+    kill(other);
+    start();
+    EXPECT_EQ(shop->till.view().check.lines.size(), 1);
+    EXPECT_THAT(text(shop->message()), HasSubstr("Чек восстановлен"));
+}
+
+/// Puts something on a check, says so, and sits there.
+int sell(const QString &configFile)
+{
+    WindowDriver shop(configFile);
+    const bool sold = shop.type(u"4600000000059"_s) && shop.till.view().isOpen;
+    std::puts("sold");
+    std::fflush(stdout);
+    return sold ? QApplication::exec() : 1;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    testing::InitGoogleMock(&argc, argv);
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    QLocale::setDefault(QLocale::Russian);
+    if (argc == 3)
+        return sell(QString::fromLocal8Bit(argv[2]));
+    return RUN_ALL_TESTS();
+}

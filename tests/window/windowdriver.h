@@ -1,0 +1,65 @@
+// The real window, driven with keys only: a person at the keyboard, in the same process. Every wait has a condition and
+// a bound, and lets the window live meanwhile.
+#pragma once
+
+#include "till/window/mainwindow.h"
+
+#include <QtTest/QTest>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QPlainTextEdit>
+#include <QtWidgets/QPushButton>
+#include <QtWidgets/QTableView>
+
+using namespace Qt::Literals::StringLiterals;
+
+class WindowDriver
+{
+public:
+    explicit WindowDriver(const QString &configFile) : till(configFile), window(till)
+    {
+        window.show();
+        window.activateWindow(); // keys of buttons belong to the active window
+        till.start();
+        ready = waitFor([this] { return isIdle() || !till.view().fault.isEmpty(); });
+    }
+
+    static bool waitFor(const std::function<bool()> &condition) { return QTest::qWaitFor(condition, 30'000); }
+
+    bool isIdle() const { return !till.isBusy() && till.view().isReady; }
+    bool isAsked() const { return till.view().question.has_value(); }
+
+    /// Presses a key where the focus is.
+    void hit(Qt::Key key) { QTest::keyClick(focus(), key); }
+
+    /// The same, and waits until the till is idle or asks.
+    bool press(Qt::Key key)
+    {
+        hit(key);
+        QCoreApplication::processEvents();
+        return waitFor([this] { return isIdle() || isAsked(); });
+    }
+
+    /// Types a text and Enter.
+    bool type(const QString &text, Qt::Key end = Qt::Key_Return)
+    {
+        for (const QChar letter : text) // QTest::keyClicks() knows no Cyrillic letters
+            QTest::sendKeyEvent(QTest::Click, focus(), Qt::Key_unknown, QString(letter), Qt::NoModifier);
+        return press(end);
+    }
+
+    /// The text of a page over the sale; empty when there is none.
+    QString page() const
+    {
+        const auto *text = window.findChild<QPlainTextEdit *>();
+        return text->isVisible() ? text->toPlainText() : QString();
+    }
+
+    QString message() const { return window.findChild<QLabel *>(u"message"_s)->text(); }
+
+    till::CheckThread till;
+    till::MainWindow window;
+    bool ready = false;
+
+private:
+    QWidget *focus() { return window.focusWidget() ? window.focusWidget() : &window; }
+};

@@ -1,0 +1,35 @@
+// kvo-window: the reference till with a window.
+#include "mainwindow.h"
+#include "texts.h"
+#include "theme.h"
+
+#include <CLI/CLI.hpp>
+
+#include <QtCore/QLocale>
+#include <QtWidgets/QApplication>
+
+int main(int argc, char *argv[])
+{
+    QApplication application(argc, argv);
+    std::string configFile = "kvo-till.ini";
+    std::string language = "ru";
+    CLI::App program("The reference till with a window: sells with the real loyalty plugin.", "kvo-window");
+    program.add_option("--config", configFile, "INI file with the configuration, the same as kvo-till's")
+        ->capture_default_str();
+    program.add_option("--language", language, "Language of the window")
+        ->check(CLI::IsMember({"ru", "en"}))
+        ->capture_default_str();
+    CLI11_PARSE(program, argc, argv);
+
+    till::EnglishTranslator english;
+    if (language == "en")
+        QApplication::installTranslator(&english);
+    QLocale::setDefault(QLocale(language == "en" ? QLocale::English : QLocale::Russian));
+
+    till::CheckThread till(QString::fromStdString(configFile));
+    till::MainWindow window(till);
+    // The first state says how the window is to look.
+    QObject::connect(&till, &till::CheckThread::changed, &window, &QWidget::show, Qt::SingleShotConnection);
+    till.start();
+    return QApplication::exec();
+}

@@ -1,0 +1,34 @@
+// How the window looks: colours for light and dark, one style sheet, icons.
+#pragma once
+
+#include <QtGui/QColor>
+#include <QtGui/QIcon>
+
+class QApplication;
+
+namespace till {
+
+/// Text has a contrast of at least 4.5:1 on every ground it is put on.
+struct Theme
+{
+    QColor ground;
+    QColor surface;
+    QColor text;
+    QColor muted;
+    QColor line;
+    QColor accent;
+    QColor onAccent;
+    QColor warning;
+    QColor good;
+
+    static Theme light();
+    static Theme dark();
+
+    /// Fusion with these colours, for all of the program.
+    void apply(QApplication &application) const;
+
+    /// The icon of that name in icons.svg, in this colour, and muted while it is disabled.
+    QIcon icon(const QString &name, const QColor &colour) const;
+};
+
+} // namespace till
