@@ -17,6 +17,8 @@
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 
+#include <cstdio>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace till {
@@ -187,7 +189,12 @@ bool replayReceipts(const Day &day, const QString &configFile, std::chrono::seco
         console::printLine(QString::fromUtf8(replayed.toJson()));
     }
     drain.wakeUp();
-    return drain.waitUntilDrained(drainTime) && host.queue().status().deadLetters == 0;
+    const bool isDrained = drain.waitUntilDrained(drainTime);
+    const QueueStatus left = host.queue().status();
+    if (left.waiting + left.deadLetters > 0)
+        std::fprintf(stderr, "kvo-till: %d requests wait and %d were refused; see kvo-till queue --config %s\n",
+                     left.waiting, left.deadLetters, qUtf8Printable(configFile));
+    return isDrained && left.deadLetters == 0;
 }
 
 } // namespace till
