@@ -3,7 +3,6 @@
 
 using testing::AllOf;
 using testing::HasSubstr;
-using testing::Not;
 
 namespace {
 
@@ -67,12 +66,6 @@ TEST_F(Replay, ListsWhatWentWrong)
     QFile::remove(folder.filePath(u"data/till-2/checks.db"_s));
     EXPECT_THAT(replay(twoTills, 1),
                 AllOf(HasSubstr("DIFFERENT: posted, but no closed check claims it"), HasSubstr("2 different")));
-}
-
-TEST_F(Replay, SellsNothingWithoutAServiceItCanUse)
-{
-    writeFile(folder.filePath(u"till.ini"_s), "[Kvo]\nhosts = x\n");
-    EXPECT_THAT(replay(twoTills, 2), AllOf(HasSubstr("hosts"), Not(HasSubstr("sold"))));
 }
 
 } // namespace
