@@ -86,6 +86,7 @@ ComparedRow compareCheck(const JournalCheck &check, const Order *order, const st
         row.tillAmount += line.amount;
     row.tillSpent = check.spent;
     row.tillEarned = check.earned;
+    row.counts = check.closed && !check.basket.empty();
     if (order)
         addServiceSide(row, *order);
     compareOutcome(row.differences, check, order);
@@ -110,9 +111,38 @@ ComparedRow strayRow(const Order &order, const std::string &fault)
     ComparedRow row;
     row.check = order.orderId;
     row.basket = order.basket;
+    row.counts = true;
     row.differences = {fault};
     addServiceSide(row, order);
     return row;
+}
+
+std::string verdictOn(const ComparedRow &row)
+{
+    std::string verdict = row.differences.empty() ? "ok" : "DIFFERENT:";
+    for (std::size_t i = 0; i < row.differences.size(); ++i)
+        verdict += (i == 0 ? " " : "; ") + row.differences[i];
+    return verdict;
+}
+
+std::vector<std::string> cellsOf(const ComparedRow &row, const std::string &verdict)
+{
+    std::vector<std::string> cells{row.check, row.basket, row.state};
+    for (const std::int64_t sum :
+         {row.tillAmount, row.serviceAmount, row.tillSpent, row.serviceSpent, row.tillEarned, row.serviceEarned})
+        cells.push_back(formatHundredths(sum));
+    cells.push_back(verdict);
+    return cells;
+}
+
+void addTo(ComparedRow &total, const ComparedRow &row)
+{
+    total.tillAmount += row.tillAmount;
+    total.serviceAmount += row.serviceAmount;
+    total.tillSpent += row.tillSpent;
+    total.serviceSpent += row.serviceSpent;
+    total.tillEarned += row.tillEarned;
+    total.serviceEarned += row.serviceEarned;
 }
 
 } // namespace
@@ -139,19 +169,25 @@ std::vector<ComparedRow> compare(const std::map<std::string, JournalCheck> &jour
     return rows;
 }
 
-std::string comparisonText(const std::vector<ComparedRow> &rows)
+std::string comparisonText(const std::vector<ComparedRow> &rows, bool onlyDifferences)
 {
     std::vector<std::vector<std::string>> cells{
         {"CHECK", "BASKET", "STATE", "SUM till", "service", "SPENT till", "service", "EARNED till", "service", ""}};
+    ComparedRow total;
+    total.check = "TOTAL";
+    int counted = 0;
+    std::size_t different = 0;
     for (const ComparedRow &row : rows) {
-        std::string verdict = row.differences.empty() ? "ok" : "DIFFERENT:";
-        for (std::size_t i = 0; i < row.differences.size(); ++i)
-            verdict += (i == 0 ? " " : "; ") + row.differences[i];
-        cells.push_back({row.check, row.basket, row.state, formatHundredths(row.tillAmount),
-                         formatHundredths(row.serviceAmount), formatHundredths(row.tillSpent),
-                         formatHundredths(row.serviceSpent), formatHundredths(row.tillEarned),
-                         formatHundredths(row.serviceEarned), verdict});
+        if (row.counts) {
+            addTo(total, row);
+            ++counted;
+        }
+        different += row.differences.empty() ? 0 : 1;
+        if (!onlyDifferences || !row.differences.empty())
+            cells.push_back(cellsOf(row, verdictOn(row)));
     }
+    total.state = std::to_string(counted) + " orders";
+    cells.push_back(cellsOf(total, different == 0 ? "all equal" : std::to_string(different) + " different"));
     return table(cells);
 }
 

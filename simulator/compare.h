@@ -19,6 +19,7 @@ struct ComparedRow
     Kopecks tillAmount = 0, serviceAmount = 0;
     Points tillSpent = 0, serviceSpent = 0;
     Points tillEarned = 0, serviceEarned = 0;
+    bool counts = false; ///< in the totals: a closed check with an order, or an order that no check claims
     std::vector<std::string> differences; ///< empty: equal
 };
 
@@ -28,7 +29,8 @@ struct ComparedRow
 std::vector<ComparedRow> compare(const std::map<std::string, JournalCheck> &journal, const std::vector<Order> &orders,
                                  const std::set<std::string> &open);
 
-/// The rows as a table for a terminal, with "ok" or "DIFFERENT: ..." at the end of each.
-std::string comparisonText(const std::vector<ComparedRow> &rows);
+/// The rows as a table for a terminal, with "ok" or "DIFFERENT: ..." at the end of each; or only those that differ. The
+/// totals come last.
+std::string comparisonText(const std::vector<ComparedRow> &rows, bool onlyDifferences = false);
 
 } // namespace sim

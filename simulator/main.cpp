@@ -77,6 +77,7 @@ struct CompareOptions
 {
     std::filesystem::path journal;
     std::set<std::string> open;
+    bool onlyDifferences = false;
 };
 
 int compareWithTill(const std::filesystem::path &file, const CompareOptions &options)
@@ -84,7 +85,7 @@ int compareWithTill(const std::filesystem::path &file, const CompareOptions &opt
     const auto journal = sim::readJournal(options.journal);
     sim::Database database(file, sim::Database::Access::Inspect);
     const auto rows = sim::compare(journal, database.read(sim::allOrders), options.open);
-    std::cout << sim::comparisonText(rows);
+    std::cout << sim::comparisonText(rows, options.onlyDifferences);
     return std::all_of(rows.begin(), rows.end(), [](const auto &row) { return row.differences.empty(); }) ? 0 : 1;
 }
 
@@ -128,6 +129,7 @@ try {
     compare->add_option("--journal", compareOptions.journal, "The journal, JSON lines; - reads standard input")
         ->required();
     compare->add_option("--open", compareOptions.open, "Baskets of checks that are still open");
+    compare->add_flag("--differences", compareOptions.onlyDifferences, "Print only what differs, and the totals");
 
     if (const auto status = sim::startProgram(app, argc, argv))
         return *status;

@@ -5,6 +5,7 @@
 #include "doctorhost.h"
 #include "doctorqueue.h"
 #include "doctorservice.h"
+#include "replay.h"
 
 #include <CLI/CLI.hpp>
 #include <log4qt/logmanager.h>
@@ -34,6 +35,12 @@ struct Arguments
     bool json = false;
     std::string phone;
     std::string since;
+    std::string csvFile;
+    std::vector<std::string> columns;
+    std::string customersFile;
+    std::string ledger;
+    int tills = 1;
+    bool isWorker = false;
 };
 
 till::Options toOptions(const Arguments &arguments)
@@ -142,6 +149,37 @@ struct QueueCommands
     CLI::App *drain = nullptr;
 };
 
+CLI::App *addReplay(CLI::App &program, Arguments &arguments)
+{
+    CLI::App *command = addCommand(program, "replay", "Sell a day of receipts from a CSV file", arguments);
+    command->add_option("FILE", arguments.csvFile, "Columns are found by the first line; see README.md")->required();
+    command->add_option("--map", arguments.columns, "Names of columns: invoice=Bill,price=Net")->delimiter(',');
+    command->add_option("--tills", arguments.tills, "Processes that sell at once")
+        ->check(CLI::Range(1, 100))
+        ->capture_default_str();
+    command->add_option("--ledger", arguments.ledger, "Database of loyalty-sim to compare the journals with");
+    command->add_option("--make-customers", arguments.customersFile,
+                        "Only write the file's customers, for loyalty-sim serve --customers");
+    addDrainTime(command, "--drain-seconds", "How long to deliver queued requests at the end", arguments);
+    command->add_flag("--worker", arguments.isWorker)->group(""); // how the tills are started
+    return command;
+}
+
+int runReplay(const Arguments &arguments)
+{
+    till::ReplayOptions options{.configFile = QString::fromStdString(arguments.configFile),
+                                .csvFile = QString::fromStdString(arguments.csvFile),
+                                .columns = {},
+                                .customersFile = QString::fromStdString(arguments.customersFile),
+                                .ledger = QString::fromStdString(arguments.ledger),
+                                .tills = arguments.tills,
+                                .drainTime = std::chrono::seconds(arguments.drainSeconds),
+                                .isWorker = arguments.isWorker};
+    for (const std::string &column : arguments.columns)
+        options.columns.append(QString::fromStdString(column));
+    return till::replay(options);
+}
+
 int runDoctor(const Arguments &arguments)
 {
     using namespace till::doctor;
@@ -185,6 +223,7 @@ int main(int argc, char *argv[])
         program, "doctor", "Find out why the till does not sell; status 1 with warnings, 2 with failures", arguments);
     doctor->add_flag("--json", arguments.json, "Answer in JSON");
     doctor->add_option("--sms", arguments.phone, "Have the service send a text message to this number");
+    const CLI::App *replay = addReplay(program, arguments);
     const CLI::App *settings = program.add_subcommand("settings", "Print the reference of all settings");
 
     try {
@@ -198,6 +237,8 @@ int main(int argc, char *argv[])
     }
     if (*doctor)
         return runDoctor(arguments);
+    if (*replay)
+        return runReplay(arguments);
     till::Options options = toOptions(arguments);
     if (*run)
         return till::runScenarios(options);

@@ -32,7 +32,7 @@ protected:
     }
 
     /// Starts the service, on the port it had before, or on a free one.
-    void startService()
+    void startService(const QStringList &options = {})
     {
         m_service.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         QStringList arguments{u"serve"_s,
@@ -42,6 +42,7 @@ protected:
                               QString::number(m_port),
                               u"--port-file"_s,
                               folder.filePath(u"port"_s)};
+        arguments += options;
         if (!m_password.isEmpty())
             arguments += {u"--password"_s, m_password};
         m_service.start(m_simulator, arguments);

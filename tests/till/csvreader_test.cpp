@@ -1,0 +1,104 @@
+// CSV files as programs export them, and the day that is read from one.
+#include "tests/support/file.h"
+#include "tests/support/printqt.h"
+#include "till/csvreader.h"
+#include "till/replayday.h"
+
+#include <core/basicexception.h>
+
+#include <gmock/gmock.h>
+
+#include <QtCore/QTemporaryDir>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+/// Each record as "line:field|field", with "!" for one that cannot be read.
+QString textOf(const QList<till::CsvRecord> &records)
+{
+    QStringList texts;
+    for (const till::CsvRecord &record : records)
+        texts.append(QString::number(record.line) + u':' +
+                     (record.fault.isEmpty() ? record.fields.join(u'|') : u"!"_s));
+    return texts.join(u' ');
+}
+
+TEST(CsvReader, ReadsWhatIsExported)
+{
+    const struct
+    {
+        const char *name;
+        QByteArray data;
+        QString records;
+    } cases[]{
+        {"byte order mark, CR LF, no end of the last line",
+         "\xEF\xBB\xBF"
+         "a,b\r\n1,2",
+         u"1:a|b 2:1|2"_s},
+        {"semicolons beside decimal commas", "a;b\n1,5;2,5\n", u"1:a|b 2:1,5|2,5"_s},
+        {"a separator in the heading's quotes", "\"a,b,c\";d\n1;2\n", u"1:a,b,c|d 2:1|2"_s},
+        {"quoted separators and quotes", "a,b\n\"x,y\",\"say \"\"hi\"\"\"\n", u"1:a|b 2:x,y|say \"hi\""_s},
+        {"quoted line ends count as lines", "a,b\n\"x\r\ny\nz\",1\n2,3\n", u"1:a|b 2:x\r\ny\nz|1 5:2|3"_s},
+        {"a quote within a field", "a,b\n7\" disc,1\n", u"1:a|b 2:7\" disc|1"_s},
+        {"empty fields, blank lines, CR", "a,b,c\r\r,,\r\"\",1,\r", u"1:a|b|c 3:|| 4:|1|"_s},
+        {"text after a quote", "a,b\n\"x\"y,1\n2,3\n", u"1:a|b 2:! 3:2|3"_s},
+        {"a quote without end", "a,b\n\"x,1\n2,3\n", u"1:a|b 2:! 3:2|3"_s},
+        {"not UTF-8", "a,b\n\xA3,1\n2,3\xD0\n4,5\n", u"1:a|b 2:! 3:! 4:4|5"_s},
+        {"nothing", "\xEF\xBB\xBF\n", u""_s},
+    };
+    for (const auto &[name, data, records] : cases)
+        EXPECT_EQ(textOf(till::readCsv(data)), records) << name;
+}
+
+/// The day of these lines: receipts as "invoice customer sum", the rest by line and kind.
+QString dayOf(const QByteArray &data, const QHash<QString, QString> &columns = {})
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"day.csv"_s);
+    writeFile(file, data);
+    QString text;
+    const till::Day day = till::readDay(file, columns);
+    for (const till::Receipt &receipt : day.receipts) {
+        Money sum;
+        for (const till::Goods &goods : receipt.goods)
+            sum += Money::fromRubles(goods.price.toRubles() * goods.quantity);
+        text += u"%1 %2 %3\n"_s.arg(receipt.invoice, receipt.customer, sum.toText());
+    }
+    for (const till::LeftOut &left : day.leftOut)
+        text += QString::number(left.line) + QStringLiteral("BRC").at(static_cast<int>(left.kind)) + u'\n';
+    return text;
+}
+
+TEST(ReplayDay, TellsSalesReturnsAndBadLinesApart)
+{
+    EXPECT_EQ(dayOf("InvoiceNo,StockCode,Description,Quantity,InvoiceDate,UnitPrice,CustomerID,Country\n"
+                    "2,A,Cup,1,2010-12-01 09:00:00,10.00,,UK\n"
+                    "1,A,Cup,6,2010-12-01 08:26:00,2.55,17850.0,UK\n"
+                    "C3,A,Cup,-1,2010-12-01 09:41:00,27.50,14527.0,UK\n"
+                    "1,B,,2,2010-12-01 08:26:00,0.45,17850.0,UK\n"
+                    "4,B,,-10,2010-12-01 16:50:00,0.0,,UK\n"
+                    "2,A,Cup,none,2010-12-01 09:00:00,1,,UK\n"
+                    "2,A,Cup,1,yesterday,1,,UK\n"
+                    "2,A,Cup,1,2010-12-01 09:00:00,-1,,UK\n"
+                    "2,A,Cup,0,2010-12-01 09:00:00,1,,UK\n"
+                    ",A,Cup,1,2010-12-01 09:00:00,1,,UK\n"
+                    "2,A,Cup\n"),
+              u"1 17850 16.20\n2  10.00\n4C\n6R\n7B\n8B\n9B\n10B\n11B\n12B\n"_s);
+    EXPECT_EQ(dayOf("Чек;Артикул;Кол-во;Цена;Дата\n7;A;1,5;1 000,50;01.12.2010 8:26\n"), u"7  1500.75\n"_s);
+    EXPECT_EQ(dayOf("Bill,EAN,qty,Net\n7,A,2,0.05\n", {{u"invoice"_s, u"Bill"_s}, {u"price"_s, u"Net"_s}}),
+              u"7  0.10\n"_s);
+}
+
+TEST(ReplayDay, SaysWhichColumnIsMissing)
+{
+    const auto complaint = [](const std::string &text) {
+        return testing::ThrowsMessage<BasicException>(testing::HasSubstr(text));
+    };
+    EXPECT_THAT([] { dayOf("Bill,EAN,qty,price\n"); }, complaint("no column for invoice among Bill, EAN"));
+    EXPECT_THAT([] { dayOf("Check,EAN,qty,price\n", {{u"price"_s, u"Net"_s}}); }, complaint("no column \"Net\""));
+    EXPECT_THAT([] { dayOf("Check,EAN,qty,price\n", {{u"cost"_s, u"price"_s}}); }, complaint("--map cost"));
+    EXPECT_THAT([] { dayOf("Check,EAN,qty,price\n1,A,-1,1\n"); }, complaint("no receipts"));
+}
+
+} // namespace

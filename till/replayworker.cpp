@@ -1,0 +1,200 @@
+// Sells receipts as a cashier would: goods, card, price, points, close; each operation is timed.
+#include "replayworker.h"
+
+#include "checksession.h"
+#include "console.h"
+#include "loyaltyplugin.h"
+#include "queuesender.h"
+#include "tillhost.h"
+
+#include <cashier/cashierui.h>
+#include <core/basicexception.h>
+#include <core/singleton.h>
+#include <loyalty/basicloyaltysystem.h>
+#include <queue/queuedrain.h>
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+
+#include <cstdio>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace till {
+
+namespace {
+
+/// Tries again a few times, then goes on without the card. Has no codes: they are abandoned.
+class ReplayCashier : public CashierUi
+{
+public:
+    bool ask(const tr::Tr &message, const tr::Tr & /*first*/, const tr::Tr & /*second*/) override
+    {
+        show(message);
+        return m_retries-- > 0;
+    }
+    std::optional<QString> enterCode(const tr::Tr &prompt, std::chrono::milliseconds /*timeLeft*/) override
+    {
+        show(prompt);
+        return std::nullopt;
+    }
+    void show(const tr::Tr &message) override { m_messages.append(message.ru().simplified()); }
+
+    /// What was shown since the last call; the next check begins.
+    QStringList takeMessages()
+    {
+        m_retries = retriesPerCheck;
+        return std::exchange(m_messages, {});
+    }
+
+private:
+    static constexpr int retriesPerCheck = 2;
+    int m_retries = retriesPerCheck;
+    QStringList m_messages;
+};
+
+class ReplayTill
+{
+public:
+    ReplayTill(CheckSession &session, BasicLoyaltySystem &system, ReplayCashier &cashier)
+        : m_session(session), m_system(system), m_cashier(cashier)
+    {}
+
+    ReplayedReceipt sell(qsizetype index, const Receipt &receipt)
+    {
+        m_replayed = {};
+        m_replayed.index = index;
+        attempt([&] { sell(receipt); });
+        if (m_session.isOpen()) // Closing has failed; what cannot even be voided ends the till.
+            m_session.voidCheck();
+        m_replayed.messages = m_cashier.takeMessages();
+        if (!receipt.customer.isEmpty() && m_replayed.isClosed && !m_hasCard)
+            m_replayed.messages.append(u"Чек закрыт без карты покупателя"_s);
+        return m_replayed;
+    }
+
+private:
+    void sell(const Receipt &receipt)
+    {
+        m_session.open();
+        for (const Goods &goods : receipt.goods)
+            timed(u"add line"_s, [&] { m_session.addGoods(makeItem(goods)); });
+        if (!receipt.customer.isEmpty())
+            attempt([&] { useCard(cardOf(receipt.customer)); });
+        CheckResult result;
+        timed(u"close"_s, [&] { result = m_session.close(); });
+        m_replayed.isClosed = result.outcome == "closed"_L1;
+        m_hasCard = !result.card.isEmpty();
+        m_replayed.sum = result.sum();
+        m_replayed.spent = result.spent();
+        m_replayed.earned = result.earned;
+    }
+
+    void useCard(const QString &number)
+    {
+        timed(u"identify"_s, [&] { m_session.addCard(ECardNumberType::Scanned, number); });
+        timed(u"price"_s, [&] { m_session.price(); });
+        if (m_system.hasPointsForSpend())
+            timed(u"spend"_s, [&] { m_session.spend(); });
+    }
+
+    template <class Operation>
+    void timed(const QString &name, Operation operation)
+    {
+        QElapsedTimer timer;
+        timer.start();
+        operation();
+        constexpr double nanosecondsPerMillisecond = 1e6;
+        m_replayed.milliseconds[name].append(static_cast<double>(timer.nsecsElapsed()) / nanosecondsPerMillisecond);
+    }
+
+    template <class Operation>
+    void attempt(Operation operation)
+    {
+        try {
+            operation();
+        } catch (const BasicException &error) {
+            m_cashier.show(error.text());
+        }
+    }
+
+    CheckSession &m_session;
+    BasicLoyaltySystem &m_system;
+    ReplayCashier &m_cashier;
+    ReplayedReceipt m_replayed;
+    bool m_hasCard = false;
+};
+
+} // namespace
+
+QByteArray ReplayedReceipt::toJson() const
+{
+    QJsonObject times;
+    for (auto operation = milliseconds.cbegin(); operation != milliseconds.cend(); ++operation) {
+        QJsonArray array;
+        for (const double time : operation.value())
+            array.append(time);
+        times.insert(operation.key(), array);
+    }
+    const QJsonObject object{{u"index"_s, index},
+                             {u"closed"_s, isClosed},
+                             {u"milliseconds"_s, times},
+                             {u"messages"_s, QJsonArray::fromStringList(messages)},
+                             {u"sum"_s, sum.kopecks()},
+                             {u"spent"_s, spent.kopecks()},
+                             {u"earned"_s, earned.kopecks()}};
+    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+}
+
+ReplayedReceipt ReplayedReceipt::fromJson(const QByteArray &line)
+{
+    const QJsonObject object = QJsonDocument::fromJson(line).object();
+    const auto money = [&object](QLatin1StringView key) { return Money::fromKopecks(object.value(key).toInteger()); };
+    ReplayedReceipt receipt;
+    receipt.index = object.value("index"_L1).toInteger(-1);
+    receipt.isClosed = object.value("closed"_L1).toBool();
+    receipt.sum = money("sum"_L1);
+    receipt.spent = money("spent"_L1);
+    receipt.earned = money("earned"_L1);
+    const QJsonObject times = object.value("milliseconds"_L1).toObject();
+    for (auto operation = times.begin(); operation != times.end(); ++operation) {
+        for (const QJsonArray array = operation.value().toArray(); const auto &time : array)
+            receipt.milliseconds[operation.key()].append(time.toDouble());
+    }
+    for (const QJsonArray array = object.value("messages"_L1).toArray(); const auto &message : array)
+        receipt.messages.append(message.toString());
+    return receipt;
+}
+
+bool replayReceipts(const Day &day, const QString &configFile, std::chrono::seconds drainTime)
+{
+    const TillHost host(configFile, TillHost::Access::Work);
+    const auto cashier = QSharedPointer<ReplayCashier>::create();
+    Singleton<CashierUi>::replace(cashier);
+    const LoyaltyPlugin plugin(host.pluginFolder());
+    QueueDrain drain;
+    drain.setHandler(loyaltyQueueOwner, makeLoyaltySender());
+    drain.start();
+    CheckSession session(plugin.system(), host.queue());
+    session.resume();
+    if (session.isOpen())
+        session.voidCheck();
+    std::ignore = cashier->takeMessages();
+    ReplayTill till(session, plugin.system(), *cashier);
+    while (const std::optional<QString> line = console::readLine()) {
+        const qsizetype index = line->toLongLong();
+        const ReplayedReceipt replayed = till.sell(index, day.receipts.at(index));
+        drain.wakeUp();
+        console::printLine(QString::fromUtf8(replayed.toJson()));
+    }
+    drain.wakeUp();
+    const bool isDrained = drain.waitUntilDrained(drainTime);
+    const QueueStatus left = host.queue().status();
+    if (left.waiting + left.deadLetters > 0)
+        std::fprintf(stderr, "kvo-till: %d requests wait and %d were refused; see kvo-till queue --config %s\n",
+                     left.waiting, left.deadLetters, qUtf8Printable(configFile));
+    return isDrained && left.deadLetters == 0;
+}
+
+} // namespace till
