@@ -57,7 +57,7 @@ void Connections::reset(int remotePort) const
     forEach([=](int descriptor, int port) {
         constexpr sockaddr nobody{AF_UNSPEC, {}};
         if (port == remotePort)
-            ::connect(descriptor, &nobody, sizeof nobody); // dissolves the connection
+            static_cast<void>(::connect(descriptor, &nobody, sizeof nobody)); // dissolves the connection
     });
 }
 

@@ -88,8 +88,10 @@ int Fields::positiveNumber(const char *name) const
 int Fields::number(const char *name) const
 {
     const Json &found = value(name);
-    constexpr std::int64_t limit = std::numeric_limits<int>::max();
-    if (!found.is_number_integer() || found.get<std::int64_t>() > limit || found.get<std::int64_t>() < -limit)
+    constexpr int limit = std::numeric_limits<int>::max();
+    // Numbers from 2^63 on would be read as negative ones.
+    const bool tooLarge = found.is_number_unsigned() && found.get<std::uint64_t>() > limit;
+    if (!found.is_number_integer() || tooLarge || found.get<std::int64_t>() < -limit)
         refuseField(path(name), "ожидается целое число", "expected a whole number");
     return found.get<int>();
 }

@@ -192,7 +192,7 @@ QSharedPointer<SaleDocument> CheckStore::read(qint64 sale, const QString &identi
                           rows.append({row.value(0).toString(), row.value(1), row.value(2).toByteArray()});
                       });
     try {
-        const auto check = m_rows->read(rows);
+        auto check = m_rows->read(rows);
         if (check->getIdentifier() != identifier)
             throw BasicException(u"запись «check», поле «identifier»: ожидается "_s + identifier);
         m_identifier = identifier;
@@ -254,7 +254,7 @@ QSharedPointer<SaleDocument> CheckStore::resume(const QString &identifier)
     if (std::none_of(kept.cbegin(), kept.cend(), isWanted))
         throw BasicException(u"Отложенного чека %1 нет"_s.arg(identifier));
     const qint64 sale = connection().value(saleOf, {identifier}).toLongLong();
-    const auto check = read(sale, identifier);
+    auto check = read(sale, identifier);
     if (!check)
         throw BasicException(m_notices.takeLast());
     setStanding(sale, Standing::Current, {});

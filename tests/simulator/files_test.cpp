@@ -31,6 +31,7 @@ TEST_F(Files, NameThePlaceOfAMistake)
     const std::pair<const char *, const char *> customers[] = {
         {R"({"Phone": "79112223344"})", "[0].Phone"},
         {R"({"Tiers": [{"Name": "A"}]})", "[0].Tiers[0].Discount"},
+        {R"({"Tiers": [{"Name": "A", "Discount": 18446744073709551615}]})", "[0].Tiers[0].Discount"},
         {R"({"Ballance": "1.00"})", "[0].Ballance"},
     };
     EXPECT_EQ(readCustomerFile(written(Json{customer}.dump())).size(), 1u);

@@ -24,7 +24,7 @@ private:
     QString m_fileName;
     bool m_append;
     int m_maxBackupIndex = 1;
-    qint64 m_maximumFileSize = 10 * 1024 * 1024;
+    qint64 m_maximumFileSize = qint64{10} * 1024 * 1024;
 };
 
 } // namespace Log4Qt
