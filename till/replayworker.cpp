@@ -34,7 +34,8 @@ public:
         show(message);
         return m_retries-- > 0;
     }
-    std::optional<QString> enterCode(const tr::Tr &prompt, std::chrono::milliseconds /*timeLeft*/) override
+    std::optional<QString> enterCode(const tr::Tr &prompt, std::chrono::milliseconds /*timeLeft*/,
+                                     int /*attemptsLeft*/) override
     {
         show(prompt);
         return std::nullopt;
@@ -182,7 +183,7 @@ bool replayReceipts(const Day &day, const QString &configFile, std::chrono::seco
         session.voidCheck();
     std::ignore = cashier->takeMessages();
     ReplayTill till(session, plugin.system(), *cashier);
-    while (const std::optional<QString> line = console::readLine()) {
+    while (const std::optional<QString> line = console::readLine({})) {
         const qsizetype index = line->toLongLong();
         const ReplayedReceipt replayed = till.sell(index, day.receipts.at(index));
         drain.wakeUp();

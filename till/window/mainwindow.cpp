@@ -163,7 +163,7 @@ QList<MainWindow::Action> MainWindow::actions()
         {Kind::Restore, u"restore"_s, tr("Вернуть"), Qt::Key_F8, send(Kind::Restore)},
         {Kind::Void, u"void"_s, tr("Аннулировать"), Qt::Key_F10, voidCheck},
         {Kind::ShowJournal, u"journal"_s, tr("Журнал"), Qt::Key_F11, send(Kind::ShowJournal)},
-        {Kind::Close, u"close"_s, tr("Закрыть чек"), Qt::Key_F12, send(Kind::Close)},
+        {Kind::Close, u"close"_s, tr("Закрыть"), Qt::Key_F12, send(Kind::Close)},
     };
 }
 
