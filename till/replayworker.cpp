@@ -71,7 +71,7 @@ public:
             m_session.voidCheck();
         m_replayed.messages = m_cashier.takeMessages();
         if (!receipt.customer.isEmpty() && m_replayed.isClosed && !m_hasCard)
-            m_replayed.messages.append(u"Чек закрыт без карты покупателя"_s);
+            m_replayed.messages.append(u"closed without the customer's card"_s);
         return m_replayed;
     }
 
