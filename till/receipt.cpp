@@ -115,12 +115,10 @@ QString cardRows(const CheckResult &result, bool expected)
     return rows + pointsRows(result, expected);
 }
 
-/// Why no points are given or taken.
+/// The customer need not know why; the cashier is told at the start and in the status.
 QString loyaltyRows(const CheckResult &result)
 {
-    if (result.loyaltyOff.isEmpty())
-        return {};
-    return rule(u'-') + wrap(u"Бонусы не работают: "_s + result.loyaltyOff).join(u'\n') + u'\n';
+    return result.loyaltyOff.isEmpty() ? QString() : rule(u'-') + centred(u"Бонусы не работают"_s);
 }
 
 QString queueRows(const DBQueueBroker::Status &queue)

@@ -113,6 +113,20 @@ const Case cases[]{
 INSTANTIATE_TEST_SUITE_P(By, Broken, testing::ValuesIn(cases),
                          [](const auto &instance) { return std::string(instance.param.name); });
 
+TEST_F(SaleTest, SetsACheckWithACardAsideUntilThePluginIsBack)
+{
+    const QByteArray goods = R"({"checks": [{"goods": [{"barcode": "1", "name": "Хлеб", "price": "45.50"}], "steps": )";
+    const QString file = folder.filePath(u"till.ini"_s);
+    const QByteArray configuration = readFile(file);
+    runTill(goods + R"([{"card": "7770000000001"}, "price"]}]})");
+    writeFile(file, configuration + "[Till]\npluginFolder = " + QFile::encodeName(folder.path()) + '\n');
+    EXPECT_THAT(runTill(goods + R"(["close"], "expect": {"outcome": "closed"}}]})").toStdString(),
+                HasSubstr("Чек отложен"));
+    writeFile(file, configuration);
+    EXPECT_THAT(askTill({u"sell"_s}, "take 1\nclose\n").toStdString(), HasSubstr("Начислено баллов"));
+    expectEqualBooks(2);
+}
+
 TEST_F(SaleTest, GoesOnWithAClockThatWasPutBackAYear)
 {
     runTill(R"({"checks": [{"goods": [{"barcode": "1", "name": "Хлеб", "price": "45.50"}],
