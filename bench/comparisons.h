@@ -39,13 +39,18 @@ void queuePushGrowth(Pairs &pairs);
 void queueDueGrowth(Pairs &pairs);
 void queueProbeGrowth(Pairs &pairs);
 
-// loading.cpp: libKvo.so, in a new process each time, to its end; or by Qt's loader only, without an instance.
+// saleondisk.cpp: the same sale as kvo-till makes it, saved at each step and with its requests on the queue and
+// drained, beside one by the plain means of Qt.
+void saleOnDiskVsPlainQt(Pairs &pairs);
+
+// loading.cpp: libKvo.so, and a plugin of the same base classes that does nothing, each in a new process to its end.
 // loadOnce() is what that process runs; it prints the seconds.
-void loadVsDlopen(Pairs &pairs);
-void loaderVsDlopen(Pairs &pairs);
+void loadVsEmptyPlugin(Pairs &pairs);
 void loadOnce(const std::string &side);
 
-// till.cpp: the peak memory of kvo-till after 2,000 sales at the service at `url`, as a multiple of that after 200.
+// till.cpp: kvo-till at the service at `url`. Its peak memory after 2,000 sales as a multiple of that after 200; and
+// how often it and its drain wait for the disk (fsync, fdatasync) for one more sale of 20 lines.
 double tillMemory(const QString &url);
+double syncsPerSale(const QString &url);
 
 } // namespace bench

@@ -1,12 +1,9 @@
 // One exchange as the plugin makes it, beside bare libcurl and beside Qt's own client.
 #include "barecurl.h"
 #include "comparisons.h"
+#include "networkaccess.h"
 #include "samples.h"
 #include "tests/support/fakeconfig.h"
-
-#include <QtCore/QEventLoop>
-#include <QtNetwork/QNetworkProxy>
-#include <QtNetwork/QNetworkReply>
 
 #include <algorithm>
 
@@ -31,31 +28,6 @@ struct Till
     kvo::Interface client;
     Exchange exchange = record([this] { cardInfo(client); }).first();
     Side ours = calls(callsPerRepetition, [this] { benchmark::DoNotOptimize(cardInfo(client)); });
-};
-
-/// The same exchange by QNetworkAccessManager, parsed.
-class NetworkAccess
-{
-public:
-    explicit NetworkAccess(const Exchange &exchange) : m_request(QUrl::fromEncoded(exchange.url))
-    {
-        m_manager.setProxy(QNetworkProxy::NoProxy);
-        for (const QByteArray &line : exchange.headers)
-            m_request.setRawHeader(line.left(line.indexOf(':')), line.mid(line.indexOf(':') + 2));
-    }
-
-    QJsonObject ask()
-    {
-        const std::unique_ptr<QNetworkReply> reply(m_manager.get(m_request));
-        QEventLoop loop;
-        QObject::connect(reply.get(), &QNetworkReply::finished, &loop, &QEventLoop::quit);
-        loop.exec();
-        return QJsonDocument::fromJson(reply->readAll()).object().value("data"_L1).toObject();
-    }
-
-private:
-    QNetworkAccessManager m_manager;
-    QNetworkRequest m_request;
 };
 
 /// A call with its twin, and the slowest of each.
@@ -86,9 +58,12 @@ void exchangeVsCurl(Pairs &pairs)
 void exchangeVsQnam(Pairs &pairs)
 {
     const Till till;
-    NetworkAccess network(till.exchange);
-    require(network.ask() == cardInfo(till.client), "cardInfo: the two clients read different answers");
-    pairs.run(till.ours, calls(callsPerRepetition, [&] { benchmark::DoNotOptimize(network.ask()); }));
+    NetworkAccess network;
+    const auto ask = [&, request = NetworkAccess::requestOf(till.exchange)] {
+        return network.send(request, {}).value("data"_L1).toObject();
+    };
+    require(ask() == cardInfo(till.client), "cardInfo: the two clients read different answers");
+    pairs.run(till.ours, calls(callsPerRepetition, [&] { benchmark::DoNotOptimize(ask()); }));
 }
 
 double stall(const QString &url)

@@ -30,7 +30,7 @@ std::vector<Comparison> comparisons()
     std::vector<Comparison> all = {
         {"exchange_vs_curl", 1.35, 2000, exchangeVsCurl},
         {"exchange_vs_qnam", 0.45, 300, exchangeVsQnam},
-        {"sale_vs_curl_20", 2.0, 2000, [](Pairs &pairs) { saleVsCurl(pairs, 20); }},
+        {"sale_vs_curl_20", 1.85, 2000, [](Pairs &pairs) { saleVsCurl(pairs, 20); }},
         {"sale_vs_floor_1000", 2.0, 100, [](Pairs &pairs) { saleVsFloor(pairs, 1000); }},
         {"body_vs_qjson", 1.25, 1000, [](Pairs &pairs) { bodyVsQJson(pairs, 100); }},
         {"body_vs_nlohmann", 2.3, 1000, [](Pairs &pairs) { bodyVsNlohmann(pairs, 100); }},
@@ -44,9 +44,9 @@ std::vector<Comparison> comparisons()
         {"queue_probe_growth", 2.0, 300, queueProbeGrowth},
         {"save_vs_sqlite", 1.5, 300, saveVsSqlite},
         {"save_growth", 1.5, 200, saveGrowth},
-        {"load_vs_dlopen", 1.5, 100, loadVsDlopen},
+        {"sale_on_disk_vs_plain_qt", 0.5, 60, saleOnDiskVsPlainQt},
+        {"load_vs_empty_plugin", 1.35, 150, loadVsEmptyPlugin},
         {"floor_vs_curl_20", 0, 500, [](Pairs &pairs) { floorVsCurl(pairs, 20); }},
-        {"loader_vs_dlopen", 0, 100, loaderVsDlopen},
         {"replay_vs_curl", 0, 15, replayVsCurl},
     };
     for (const int lines : {1, 10, 100, 1000, 10'000}) {
@@ -113,6 +113,7 @@ int runAll(const QString &service)
     }
     if (!service.isEmpty()) {
         add({"stall_ms_over_twin", 20, 1, [=](Pairs &pairs) { pairs.note(stall(service)); }}, "free");
+        add({"syncs_per_sale", 36, 1, [=](Pairs &pairs) { pairs.note(syncsPerSale(service)); }}, "free");
         add({"till_peak_memory", 1.02, 1, [=](Pairs &pairs) { pairs.note(tillMemory(service)); }}, "free");
     }
     Report report;
@@ -141,7 +142,7 @@ int main(int argc, char *argv[])
                      "1 a limit is exceeded, 2 not usable. Google Benchmark's options select comparisons and write\n"
                      "JSON: --benchmark_filter=REGEX, --benchmark_out=FILE.",
                      "kvo-bench");
-    program.add_option("--service", service, "URL of a loyalty-sim, for stalls and the till's memory");
+    program.add_option("--service", service, "URL of a loyalty-sim, for stalls and for kvo-till's syncs and memory");
     program.add_option("--load-once", loadSide, "For kvo-bench itself")->group("");
     CLI11_PARSE(program, argc, argv);
     try {

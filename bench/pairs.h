@@ -1,4 +1,4 @@
-// How two sides are compared: short repetitions in turn, and the median of the ratios of neighbours over the faster
+// How two sides are compared: short repetitions in turn, and the quartiles of the ratios of neighbours over the faster
 // half of the pairs. Whatever else the machine does then falls on both sides alike, or on pairs that do not count.
 #pragma once
 

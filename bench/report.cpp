@@ -35,11 +35,11 @@ void Report::printTable() const
 {
     std::printf("\nTime of our side as a multiple of the other side's: median of the undisturbed pairs (quartiles).\n"
                 "Pinned: all threads on one processor; free: where the system puts them.\n"
-                "Judged, where there is a limit: %s.\n\n%-20s %6s  %-22s %-22s\n",
+                "Judged, where there is a limit: the lower quartile, %s.\n\n%-24s %6s  %-22s %-22s\n",
                 judgedMode, "comparison", "limit", "pinned", "free");
     for (const std::string &name : m_order) {
         const double limit = judged(name).at("limit");
-        std::printf(limit > 0 ? "%-20s %6.2f" : "%-20s       ", name.c_str(), limit);
+        std::printf(limit > 0 ? "%-24s %6.2f" : "%-24s       ", name.c_str(), limit);
         for (const char *mode : {"pinned", "free"}) {
             const auto found = m_results.at(name).find(mode);
             if (found == m_results.at(name).end())
@@ -57,7 +57,7 @@ bool Report::printRatios() const
 {
     bool good = !m_failed && !m_order.empty();
     for (const std::string &name : m_order) {
-        const double ratio = judged(name).at("ratio");
+        const double ratio = judged(name).at("low");
         const double limit = judged(name).at("limit");
         if (limit <= 0)
             continue;

@@ -1,6 +1,7 @@
 // Whole sales with the real libKvo.so, and saving a check as it grows.
 #include "barecurl.h"
 #include "comparisons.h"
+#include "floor.h"
 #include "samples.h"
 #include "tests/support/fakeconfig.h"
 
@@ -106,35 +107,6 @@ void Till::sell()
     finish();
 }
 
-/// An exchange with what any client must do for it: one build of the body and its text, one parse of the answer.
-class Floor
-{
-public:
-    explicit Floor(const Exchange &exchange)
-        : m_exchange(exchange), m_fields(QJsonDocument::fromJson(exchange.body).object()), m_order(textsOf(m_fields))
-    {
-        require(exchange.body.isEmpty() || text() == exchange.body, "floor: another body");
-    }
-
-    void send(BareCurl &curl)
-    {
-        if (!m_exchange.body.isEmpty())
-            m_exchange.body = text();
-        benchmark::DoNotOptimize(QJsonDocument::fromJson(QByteArray::fromStdString(curl.send(m_exchange))));
-    }
-
-private:
-    // The one body without lines, of the binding, is a handful of strings and counts as built.
-    QByteArray text() const
-    {
-        return QJsonDocument(m_order.lines.isEmpty() ? m_fields : buildByHand(m_order)).toJson(QJsonDocument::Compact);
-    }
-
-    Exchange m_exchange;
-    QJsonObject m_fields;
-    OrderTexts m_order;
-};
-
 /// What a sale sends.
 QList<Exchange> sale(Till &till)
 {
@@ -148,7 +120,7 @@ Side withBodies(const QList<Exchange> &exchanges)
     const auto floors = std::make_shared<std::vector<Floor>>(exchanges.cbegin(), exchanges.cend());
     return calls(1, [floors, curl = std::make_shared<BareCurl>(exchanges.first())] {
         for (Floor &exchange : *floors)
-            exchange.send(*curl);
+            benchmark::DoNotOptimize(Floor::parse(QByteArray::fromStdString(curl->send(exchange.build()))));
     });
 }
 

@@ -9,8 +9,6 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace bench {
 
-namespace {
-
 QSharedPointer<GoodsItem> makeLine(int number)
 {
     const auto item = QSharedPointer<GoodsItem>::create();
@@ -25,8 +23,6 @@ QSharedPointer<GoodsItem> makeLine(int number)
         item->setCampaignLabels({u"NOBONUS"_s});
     return item;
 }
-
-} // namespace
 
 QVariantHash settings(const QString &url)
 {

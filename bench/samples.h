@@ -16,6 +16,9 @@ namespace bench {
 QVariantHash settings(const QString &url);
 QVariantHash settings(const AnswerServer &server);
 
+/// A line as it is sold, on no check yet; the same number makes the same line.
+QSharedPointer<GoodsItem> makeLine(int number);
+
 /// A check of so many lines, and one where every tenth line carries a bonus already, so that the order's body has
 /// impacts to fold.
 QSharedPointer<SaleDocument> makePlainCheck(int lines);

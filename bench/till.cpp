@@ -1,10 +1,12 @@
-// The memory of a real till over a day's sales.
+// A real kvo-till: its memory over a day's sales, and its syncs.
 #include "comparisons.h"
+#include "samples.h"
 
 #include <checks/checkstore.h>
 
 #include <nlohmann/json.hpp>
 
+#include <QtCore/QFile>
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
 
@@ -21,7 +23,7 @@ namespace {
 constexpr int allSales = 2000;
 constexpr int firstSales = 200;
 
-void writeFiles(const std::string &folder, const std::string &url)
+void writeFiles(const std::string &folder, const std::string &url, int sales)
 {
     using Json = nlohmann::json;
     std::ofstream(folder + "/till.ini") << "[Host]\ndataFolder = " << folder << "/data\n[Kvo]\nhost = " << url
@@ -30,14 +32,14 @@ void writeFiles(const std::string &folder, const std::string &url)
     for (int line = 0; line < 20; ++line)
         goods.push_back({{"barcode", std::to_string(4600000000000 + line)}, {"name", "Товар"}, {"price", "49.90"}});
     const Json sale{{"goods", goods}, {"steps", {{{"card", "7770000000001"}}, "price", "spend", "close"}}};
-    std::ofstream(folder + "/scenario.json") << Json{{"checks", Json(firstSales, sale)}};
+    std::ofstream(folder + "/scenario.json") << Json{{"checks", Json(sales, sale)}};
 }
 
 /// The same small file again and again: memory that was used to read a large one could hide what the sales need.
-QStringList commandLine(const QTemporaryDir &folder)
+QStringList commandLine(const QTemporaryDir &folder, int repetitions)
 {
     QStringList line{u"run"_s, u"--config"_s, folder.filePath(u"till.ini"_s)};
-    for (int sales = 0; sales < allSales; sales += firstSales)
+    for (int i = 0; i < repetitions; ++i)
         line.append(folder.filePath(u"scenario.json"_s));
     return line;
 }
@@ -54,7 +56,35 @@ double peakKilobytes(qint64 process)
     return kilobytes;
 }
 
+/// All syncs of a till that starts, makes so many sales and ends.
+int countSyncs(const QTemporaryDir &folder, int sales)
+{
+    const QString trace = folder.filePath(u"syncs.txt"_s);
+    QProcess till;
+    till.setStandardOutputFile(QProcess::nullDevice());
+    till.start(u"strace"_s, QStringList{u"-f"_s, u"-qq"_s, u"-e"_s, u"trace=fsync,fdatasync"_s, u"-o"_s, trace,
+                                        QString::fromUtf8(KVO_TILL_FILE)} +
+                                commandLine(folder, sales));
+    require(till.waitForFinished(-1) && till.exitCode() == 0, "kvo-till has failed, or there is no strace");
+    QFile file(trace);
+    require(file.open(QFile::ReadOnly), "strace has written nothing");
+    // A call that another thread interrupts has a second line, "<... fsync resumed>)".
+    return static_cast<int>(file.readAll().count("sync("));
+}
+
 } // namespace
+
+double syncsPerSale(const QString &url)
+{
+    constexpr int sales = 10;
+    const QTemporaryDir folder(diskFolder());
+    writeFiles(folder.path().toStdString(), url.toStdString(), 1);
+    countSyncs(folder, 1); // makes the databases
+    const int one = countSyncs(folder, 1);
+    const int more = countSyncs(folder, 1 + sales);
+    std::cerr << "syncs of kvo-till: " << one << " with one sale, " << more << " with " << 1 + sales << '\n';
+    return static_cast<double>(more - one) / sales;
+}
 
 double tillMemory(const QString &url)
 {
@@ -62,10 +92,10 @@ double tillMemory(const QString &url)
     const QTemporaryDir inMemory(u"/dev/shm/kvo-bench-XXXXXX"_s);
     const QTemporaryDir onDisk;
     const QTemporaryDir &folder = inMemory.isValid() ? inMemory : onDisk;
-    writeFiles(folder.path().toStdString(), url.toStdString());
+    writeFiles(folder.path().toStdString(), url.toStdString(), firstSales);
     QProcess till;
     till.setStandardOutputFile(folder.filePath(u"receipts.txt"_s));
-    till.start(QString::fromUtf8(KVO_TILL_FILE), commandLine(folder));
+    till.start(QString::fromUtf8(KVO_TILL_FILE), commandLine(folder, allSales / firstSales));
     require(till.waitForStarted(), "kvo-till does not start");
     CheckStore books(folder.filePath(u"data"_s), CheckStore::Access::Look);
     bool isEarly = true;

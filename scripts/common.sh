@@ -14,7 +14,7 @@ readonly page_packages=(chromium)
 readonly lint_packages=(clang-format clang-tidy)
 readonly package_packages=(dpkg-dev fakeroot help2man lintian debootstrap)
 readonly docs_packages=(mscgen)
-readonly bench_packages=(libbenchmark-dev gnuplot-nox jq)
+readonly bench_packages=(libbenchmark-dev gnuplot-nox jq strace)
 
 say() {
     printf '\n== %s\n' "$*"
