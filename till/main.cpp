@@ -128,7 +128,8 @@ struct QueueCommands
         list->add_option("--state", arguments.queueState, "Only those in this state")->check(CLI::IsMember(states));
         list->add_option("--order", arguments.queueOrder, "Only those of this order");
         list->add_option("--check", arguments.queueCheck, "Only those of this check");
-        list->add_option("--limit", arguments.queueLimit, "At most so many, the oldest")->check(CLI::PositiveNumber);
+        list->add_option("--limit", arguments.queueLimit, "At most so many, the oldest")
+            ->check(CLI::Range(1, 1'000'000));
     }
 
     void addStatus(Arguments &arguments)
@@ -136,8 +137,8 @@ struct QueueCommands
         status = queue->add_subcommand("status", "Counts, oldest age, last success and error; for a monitoring system: "
                                                  "status 1 when requests were refused or a threshold is exceeded");
         status->add_option("--max-age", arguments.maxAgeMinutes, "Oldest request, in minutes")
-            ->check(CLI::NonNegativeNumber);
-        status->add_option("--max-waiting", arguments.maxWaiting, "Waiting requests")->check(CLI::NonNegativeNumber);
+            ->check(CLI::Range(0, 1'000'000));
+        status->add_option("--max-waiting", arguments.maxWaiting, "Waiting requests")->check(CLI::Range(0, 1'000'000));
     }
 
     CLI::App *queue;
