@@ -23,6 +23,7 @@ public:
     TillHost &host() { return m_host; }
     QueueDrain &drain() { return m_drain; }
     CheckSession &session() { return *m_session; }
+    const BasicLoyaltySystem &system() const { return m_loyalty.system(); }
 
 private:
     TillHost m_host;

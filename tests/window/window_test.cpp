@@ -80,6 +80,20 @@ TEST_F(WindowTest, AsksWhenTheServiceIsDownAtClosing)
     startService();
 }
 
+TEST_F(WindowTest, ParksACheckAndTakesItBack)
+{
+    start();
+    ASSERT_TRUE(shop->type(u"4600000000059"_s));
+    ASSERT_TRUE(shop->press(Qt::Key_F9));
+    EXPECT_FALSE(shop->till.view().isOpen);
+    ASSERT_TRUE(shop->type(u"4600000000011"_s)); // another customer meanwhile
+    ASSERT_TRUE(shop->press(Qt::Key_F12));
+    ASSERT_TRUE(shop->press(Qt::Key_Return));
+    ASSERT_TRUE(shop->press(Qt::Key_F9));
+    ASSERT_TRUE(shop->press(Qt::Key_Return));
+    EXPECT_EQ(text(shop->till.view().check.lines.value(0).name), "Кофе молотый 250 г");
+}
+
 TEST_F(WindowTest, VoidsACheckOnceItIsConfirmed)
 {
     start();

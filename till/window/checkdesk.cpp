@@ -1,23 +1,17 @@
 // Carries out what the window wants, and shows what came of it.
 #include "checkdesk.h"
 
+#include "checkdeskparts.h"
 #include "listings.h"
-#include "till/catalogue.h"
-#include "till/checksession.h"
-#include "till/loyaltyplugin.h"
-#include "till/queuesender.h"
 #include "till/receipt.h"
-#include "till/tillhost.h"
+#include "till/receiptprinter.h"
 #include "windowcashier.h"
 
 #include <core/basicexception.h>
 #include <core/singleton.h>
 #include <net/linkstate.h>
-#include <queue/queueadmin.h>
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QDir>
-#include <QtCore/QSaveFile>
 #include <QtCore/QTimer>
 
 using namespace Qt::Literals::StringLiterals;
@@ -49,46 +43,7 @@ QString waitingText(Command::Kind kind)
     }
 }
 
-/// The day's finished checks.
-QList<CheckResult> today()
-{
-    QList<CheckResult> finished;
-    for (const auto &entry : Singleton<CheckStore>::instance()->journal(QDate::currentDate().startOfDay()))
-        finished.append(resultFromJournal(entry.entry));
-    return finished;
-}
-
-/// Nothing where the queue cannot be read: it must not keep a receipt from being shown.
-DBQueueBroker::Status queueStatus()
-{
-    try {
-        return Singleton<DBQueueBroker>::instance()->status();
-    } catch (const BasicException &) {
-        return {};
-    }
-}
-
 } // namespace
-
-/// In the order in which they need each other.
-struct CheckDesk::Parts
-{
-    explicit Parts(const QString &configFile)
-        : host(configFile, TillHost::Access::Work),
-          catalogue(host.goodsFile()),
-          plugin(host.pluginFolder()),
-          session(plugin.system(), host.queue())
-    {
-        drain.setHandler(loyaltyQueueOwner, makeLoyaltySender());
-        drain.start();
-    }
-
-    TillHost host;
-    Catalogue catalogue;
-    LoyaltyPlugin plugin;
-    QueueDrain drain;
-    CheckSession session;
-};
 
 CheckDesk::CheckDesk(const QString &configFile)
     : m_configFile(configFile),
@@ -105,23 +60,25 @@ CheckDesk::~CheckDesk() = default;
 void CheckDesk::start()
 {
     try {
-        Singleton<CashierUi>::replace(m_cashier);
-        m_parts = std::make_unique<Parts>(m_configFile);
+        m_parts = std::make_unique<Parts>(m_configFile, m_cashier);
     } catch (const BasicException &error) {
         m_view.fault = error.text().ru();
         Q_EMIT changed(m_view);
         return;
     }
     m_view.isDark = Singleton<Config>::instance()->getString(u"Till:theme"_s, u"light"_s) == "dark"_L1;
-    m_cashier->setLoyaltySystem(&m_parts->plugin.system());
+    m_cashier->setLoyaltySystem(&m_parts->till.system());
     attempt(tr("Проверяем, не остался ли открытый чек"), [this] {
         m_view.isReady = true;
-        if (const std::optional<CheckResult> ended = m_parts->session.resume()) {
+        m_parts->till.host().queue().findProblem();
+        if (const std::optional<CheckResult> ended = m_parts->till.session().resume()) {
             end(*ended);
             warn(tr("Касса была прервана. Чек, который закрывался, завершён."));
-        } else if (m_parts->session.isOpen()) {
+        } else if (m_parts->till.session().isOpen()) {
             warn(tr("Касса была прервана. Чек восстановлен, можно продолжать."));
         }
+        if (const QString reason = m_parts->till.session().loyaltyOff(); !reason.isEmpty())
+            warn(tr("Баллы не работают: %1").arg(reason));
     });
     m_watch->start(timeBetweenLooks);
 }
@@ -131,7 +88,6 @@ void CheckDesk::finish()
     m_watch->stop();
     m_cashier->setLoyaltySystem(nullptr);
     m_parts.reset();
-    Singleton<CashierUi>::replace(nullptr);
 }
 
 void CheckDesk::perform(const Command &command)
@@ -163,7 +119,7 @@ void CheckDesk::attempt(const QString &waitingFor, const std::function<void()> &
 
 void CheckDesk::carryOut(const Command &command)
 {
-    CheckSession &session = m_parts->session;
+    CheckSession &session = m_parts->till.session();
     switch (command.kind) {
     case Command::Kind::Price:
         return session.price();
@@ -173,6 +129,12 @@ void CheckDesk::carryOut(const Command &command)
         return end(session.close());
     case Command::Kind::Void:
         return end(session.voidCheck());
+    case Command::Kind::Park:
+        return session.park();
+    case Command::Kind::Take:
+        if (const std::optional<CheckResult> ended = session.take(command.text))
+            end(*ended);
+        return;
     case Command::Kind::Add:
     case Command::Kind::Change:
     case Command::Kind::Remove:
@@ -187,7 +149,7 @@ void CheckDesk::carryOut(const Command &command)
 
 void CheckDesk::changeCheck(const Command &command)
 {
-    CheckSession &session = m_parts->session;
+    CheckSession &session = m_parts->till.session();
     switch (command.kind) {
     case Command::Kind::Change:
         if (command.text.startsWith(u'='))
@@ -207,29 +169,6 @@ void CheckDesk::changeCheck(const Command &command)
     }
 }
 
-void CheckDesk::look(const Command &command)
-{
-    switch (command.kind) {
-    case Command::Kind::RetryRequest:
-        QueueAdmin().retry(command.text.toLongLong());
-        m_parts->drain.wakeUp();
-        break;
-    case Command::Kind::DiscardRequest:
-        QueueAdmin().discard(command.text.toLongLong(), command.reason);
-        break;
-    case Command::Kind::SaveReceipt:
-        return saveReceipt(command.text);
-    case Command::Kind::ShowJournal:
-        m_view.listing = journalListing(today());
-        return;
-    case Command::Kind::ShowReceipt:
-        return showReceipt(command.text);
-    default:
-        break;
-    }
-    m_view.listing = queueListing(QueueAdmin().list());
-}
-
 void CheckDesk::add(const QString &entry)
 {
     const QList<Goods> found = m_parts->catalogue.find(entry);
@@ -239,35 +178,15 @@ void CheckDesk::add(const QString &entry)
         m_view.listing = goodsListing(found);
         return;
     }
-    if (!m_parts->session.isOpen())
-        m_parts->session.open();
-    m_parts->session.addGoods(makeItem(found.constFirst()));
+    if (!m_parts->till.session().isOpen())
+        m_parts->till.session().open();
+    m_parts->till.session().addGoods(makeItem(found.constFirst()));
 }
 
 void CheckDesk::end(const CheckResult &result)
 {
-    m_parts->drain.wakeUp();
+    m_parts->till.drain().wakeUp();
     m_view.receipt = receiptText(result, queueStatus());
-}
-
-void CheckDesk::showReceipt(const QString &identifier)
-{
-    for (const QList<CheckResult> finished = today(); const CheckResult &check : finished) {
-        if (check.identifier == identifier)
-            m_view.receipt = receiptText(check, {});
-    }
-}
-
-void CheckDesk::saveReceipt(const QString &text)
-{
-    const QDir folder(m_parts->host.dataFolder());
-    const QString name = u"receipt-%1.txt"_s.arg(QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss"_s));
-    QSaveFile file(folder.filePath(name));
-    if (!file.open(QFile::WriteOnly) || file.write(text.toUtf8()) < 0 || !file.commit())
-        throw BasicException(tr("Чек не сохранён: %1").arg(file.errorString()));
-    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
-    m_view.receipt = text;
-    m_view.message = tr("Сохранено: %1").arg(file.fileName());
 }
 
 void CheckDesk::warn(const QString &text)
@@ -288,7 +207,7 @@ void CheckDesk::ask(const std::optional<Question> &question)
 
 void CheckDesk::refresh()
 {
-    const CheckSession &session = m_parts->session;
+    const CheckSession &session = m_parts->till.session();
     m_view.isOpen = session.isOpen();
     m_view.isRestorable = session.canRestoreGoods();
     m_view.check = m_view.isOpen ? session.result() : CheckResult();

@@ -65,6 +65,15 @@ Listing queueListing(const QList<QueueAdmin::Entry> &entries)
     return listing;
 }
 
+Listing parkedListing(const QList<CheckStore::KeptCheck> &checks)
+{
+    Listing listing{Listing::Kind::Parked, {Texts::tr("Отложен"), Texts::tr("Чек"), Texts::tr("Причина")}, {}, {}};
+    for (const CheckStore::KeptCheck &check : checks)
+        listing.rows.append({check.identifier, {timeText(check.since), check.identifier, check.reason}});
+    listing.summary = Texts::tr("Записей: %1").arg(checks.size());
+    return listing;
+}
+
 Listing journalListing(const QList<CheckResult> &finished)
 {
     Listing listing{Listing::Kind::Journal,

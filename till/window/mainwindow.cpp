@@ -161,6 +161,7 @@ QList<MainWindow::Action> MainWindow::actions()
         {Kind::Remove, u"remove"_s, tr("Удалить"), Qt::Key_F7,
          [this] { m_till.send({.kind = Kind::Remove, .line = selectedLine()}); }},
         {Kind::Restore, u"restore"_s, tr("Вернуть"), Qt::Key_F8, send(Kind::Restore)},
+        {Kind::Park, u"park"_s, tr("Отложить"), Qt::Key_F9, [this] { parkOrTake(); }},
         {Kind::Void, u"void"_s, tr("Аннулировать"), Qt::Key_F10, voidCheck},
         {Kind::ShowJournal, u"journal"_s, tr("Журнал"), Qt::Key_F11, send(Kind::ShowJournal)},
         {Kind::Close, u"close"_s, tr("Закрыть"), Qt::Key_F12, send(Kind::Close)},

@@ -68,6 +68,7 @@ private:
     void enter(Mode mode);
     void submit();
     void sendPending();
+    void parkOrTake();
     int selectedLine() const;
     /// Asks before something that cannot be taken back.
     void confirm(const QString &question, const QString &yes, const Command &command);

@@ -23,6 +23,8 @@ void MainWindow::showListing(const Listing &listing)
     };
     if (listing.kind == Listing::Kind::Goods)
         m_list->showListing(tr("Выберите товар"), listing, {{tr("Добавить  Enter"), {}, send(Kind::Add)}});
+    else if (listing.kind == Listing::Kind::Parked)
+        m_list->showListing(tr("Отложенные чеки"), listing, {{tr("Вернуть чек  Enter"), {}, send(Kind::Take)}});
     else if (listing.kind == Listing::Kind::Journal)
         m_list->showListing(tr("Журнал за сегодня"), listing,
                             {{tr("Показать чек  Enter"), {}, send(Kind::ShowReceipt)}});
@@ -54,7 +56,7 @@ void MainWindow::showHelp()
            "F2  карта покупателя\nF3  телефон покупателя\nF4  рассчитать чек в службе лояльности\n"
            "F5  списать баллы\nF6  изменить количество строки, =45,50 – цену\nF7  удалить строку\n"
            "F8  вернуть последнее изменение строки\n"
-           "F10  аннулировать чек\nF11  журнал за день\nF12  закрыть чек\n"
+           "F9  отложить чек или вернуть отложенный\nF10  аннулировать чек\nF11  журнал за день\nF12  закрыть чек\n"
            "Ctrl+L  запросы, которые ждут отправки\nEsc  назад\n\n"
            "Питание можно выключить в любой момент: чек останется на кассе."),
         {});

@@ -68,8 +68,11 @@ void MainWindow::apply()
         m_questions->hide();
     m_actionArea->setVisible(!question && isSale);
     for (const Action &action : std::as_const(m_actions)) {
-        action.button->setText(u"%1  F%2"_s.arg(action.text, QString::number(action.key - Qt::Key_F1 + 1)));
-        action.button->setEnabled(!m_till.isBusy() && view.allows(action.kind));
+        const bool takes = action.kind == Command::Kind::Park && !view.isOpen;
+        const Command::Kind kind = takes ? Command::Kind::ShowParked : action.kind;
+        action.button->setText(
+            u"%1  F%2"_s.arg(takes ? tr("Вернуть чек") : action.text, QString::number(action.key - Qt::Key_F1 + 1)));
+        action.button->setEnabled(!m_till.isBusy() && view.allows(kind));
     }
     if (!m_till.isBusy() && m_shown != view.commandsDone) {
         m_shown = view.commandsDone;
@@ -181,6 +184,11 @@ void MainWindow::sendPending()
         return;
     m_table->setCurrentIndex({});
     m_till.send({.kind = Command::Kind::Add, .text = m_pending.takeFirst()});
+}
+
+void MainWindow::parkOrTake()
+{
+    m_till.send({.kind = m_till.view().isOpen ? Command::Kind::Park : Command::Kind::ShowParked});
 }
 
 int MainWindow::selectedLine() const

@@ -24,8 +24,12 @@ bool TillView::allows(Command::Kind kind) const
         return hasLines;
     case Kind::Restore:
         return isOpen && isRestorable;
+    case Kind::Park:
     case Kind::Void:
         return isOpen;
+    case Kind::Take:
+    case Kind::ShowParked:
+        return !isOpen;
     default:
         return true;
     }

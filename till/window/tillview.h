@@ -25,8 +25,11 @@ struct Command
         Phone, ///< `text` is the telephone number.
         Price,
         Spend,
+        Park,
+        Take, ///< `text` identifies the parked check.
         Close,
         Void,
+        ShowParked,
         ShowQueue,
         RetryRequest,   ///< `text` is the request's number.
         DiscardRequest, ///< `text` is the request's number, `reason` says why.
@@ -67,10 +70,10 @@ struct Answer
     QString code = {};
 };
 
-/// A table to show: goods to choose from, queued requests, the day's journal.
+/// A table to show: goods to choose from, parked checks, queued requests, the day's journal.
 struct Listing
 {
-    enum class Kind { None, Goods, Queue, Journal };
+    enum class Kind { None, Goods, Parked, Queue, Journal };
     struct Row
     {
         QString id;
