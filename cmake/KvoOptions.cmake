@@ -2,7 +2,7 @@
 # Targets link Kvo::options privately; nothing of it reaches a consumer.
 include_guard(GLOBAL)
 
-set(KVO_SANITIZE "" CACHE STRING "Sanitizers to build with: 'address,undefined', 'thread', or empty")
+set(KVO_SANITIZE "" CACHE STRING "Sanitizers to build with: 'address,undefined', 'thread', with ',fuzzer-no-link' for fuzzers, or empty")
 
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)

@@ -12,6 +12,7 @@ readonly build_packages=(
 # For the tests of the simulator's page, which are skipped without it.
 readonly page_packages=(chromium)
 readonly lint_packages=(clang-format clang-tidy)
+readonly fuzz_packages=(clang libclang-rt-14-dev)
 readonly package_packages=(dpkg-dev fakeroot help2man lintian debootstrap)
 readonly docs_packages=(mscgen)
 readonly bench_packages=(libbenchmark-dev gnuplot-nox jq strace)
