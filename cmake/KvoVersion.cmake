@@ -1,2 +1,9 @@
 # The version of everything in this tree. Included before project(), also by the host where it builds alone.
 set(KVO_VERSION 0.1.0)
+# With the commit where the tree is a checkout: what --version prints.
+set(KVO_VERSION_TEXT ${KVO_VERSION})
+execute_process(COMMAND git -C "${CMAKE_CURRENT_LIST_DIR}" rev-parse --short HEAD
+    OUTPUT_VARIABLE kvo_commit OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+if(kvo_commit)
+    string(APPEND KVO_VERSION_TEXT " (${kvo_commit})")
+endif()

@@ -16,6 +16,7 @@ inline std::optional<int> startProgram(CLI::App &app, int argc, char **argv)
 {
     ::umask(S_IRWXG | S_IRWXO);
     app.set_version_flag("--version", app.get_name() + " " KVO_SIMULATOR_VERSION);
+    app.set_help_all_flag("--help-all", "Print help for all commands and exit");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

@@ -202,6 +202,7 @@ int main(int argc, char *argv[])
                      "kvo-till");
     program.require_subcommand(1);
     program.set_version_flag("--version", "kvo-till " KVO_VERSION);
+    program.set_help_all_flag("--help-all", "Print help for all commands and exit");
 
     CLI::App *run =
         addCommand(program, "run", "Play scenario files; without one, finish what an earlier run left", arguments);

@@ -10,7 +10,6 @@
 
 int main(int argc, char *argv[])
 {
-    QApplication application(argc, argv);
     std::string configFile = "kvo-till.ini";
     std::string language = "ru";
     CLI::App program("The reference till with a window: sells with the real loyalty plugin.", "kvo-window");
@@ -19,7 +18,15 @@ int main(int argc, char *argv[])
     program.add_option("--language", language, "Language of the window")
         ->check(CLI::IsMember({"ru", "en"}))
         ->capture_default_str();
-    CLI11_PARSE(program, argc, argv);
+    program.set_version_flag("--version", "kvo-window " KVO_VERSION);
+    program.set_help_all_flag("--help-all", "Print all help and exit");
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::ParseError &error) {
+        constexpr int unusable = 2;
+        return program.exit(error) == 0 ? 0 : unusable;
+    }
+    QApplication application(argc, argv);
 
     till::EnglishTranslator english;
     if (language == "en")
