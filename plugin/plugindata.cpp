@@ -28,6 +28,16 @@ bool isDamaged(const QVariant &stored, const List &read)
     return stored.typeId() != QMetaType::QVariantList || !stored.toList().isEmpty();
 }
 
+/// Plain data holds the card's index, not the card.
+void linkCard(const BonusImpactPtrList &impacts, const QSharedPointer<DocumentCardRecord> &card)
+{
+    for (const auto &impact : impacts) {
+        impact->getTotals()->setCardRecord(card);
+        for (const auto details = impact->getDetails(); const auto &detail : details)
+            detail->setCardRecord(card);
+    }
+}
+
 } // namespace
 
 void Plugin::updatePluginData() const
@@ -66,12 +76,7 @@ bool Plugin::restoreLoyaltySystem()
     bonusImpacts = impacts.value<BonusImpactPtrList>();
     if (isDamaged(impacts, bonusImpacts))
         unreadable.append(bonusImpactsKey);
-    // Plain data holds the card's index, not the card.
-    for (const auto card = getCard(); const auto &impact : std::as_const(bonusImpacts)) {
-        impact->getTotals()->setCardRecord(card);
-        for (const auto details = impact->getDetails(); const auto &detail : details)
-            detail->setCardRecord(card);
-    }
+    linkCard(bonusImpacts, getCard());
 
     orderCreated = getPluginData(orderCreatedKey, QVariant()).toBool();
     if (!unreadable.isEmpty())
