@@ -5,6 +5,7 @@
 
 #include <core/basicexception.h>
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
@@ -19,7 +20,9 @@ QList<Setting> tillSettings()
 {
     return {
         {.key = u"Till:pluginFolder"_s,
-         .meaning = u"Folder in which `libKvo.so` is. Default: `../lib` beside the folder of the program."_s,
+         .meaning =
+             u"Folder in which `libKvo.so` is. Default: `../lib/kvo`, or else `../lib`, beside the folder of the "
+             u"program."_s,
          .example = u"/usr/lib/kvo"_s},
         {.key = u"Till:goods"_s,
          .defaultValue = u"goods.json"_s,
@@ -157,6 +160,13 @@ QString settingsReference()
                loyaltySettings(),
                u"The plugin reads these, at start; those of the code at each confirmation. The till sends queued "
                "requests with the same ones."_s);
+}
+
+QString defaultPluginFolder()
+{
+    const QString libraries = QCoreApplication::applicationDirPath() + u"/../lib"_s;
+    const QString installed = libraries + u"/kvo"_s;
+    return QFileInfo(installed).isDir() ? installed : libraries;
 }
 
 } // namespace till

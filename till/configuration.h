@@ -21,4 +21,8 @@ bool othersCanReadPasswords(const Config &config);
 /// All settings as a page in Markdown, one table a section.
 QString settingsReference();
 
+/// Where libKvo.so is when Till:pluginFolder does not say: `../lib/kvo` beside the folder of the program, as installed,
+/// or else `../lib`, as built.
+QString defaultPluginFolder();
+
 } // namespace till

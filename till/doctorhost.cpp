@@ -8,7 +8,6 @@
 #include <loyalty/basicloyaltysystem.h>
 #include <queue/queueadmin.h>
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <QtCore/QJsonObject>
@@ -145,8 +144,7 @@ Finding checkSpace(qint64 wanted)
 
 Finding checkPlugin()
 {
-    const QString file =
-        setting(u"Till:pluginFolder"_s, QCoreApplication::applicationDirPath() + u"/../lib"_s) + u"/libKvo.so"_s;
+    const QString file = setting(u"Till:pluginFolder"_s, defaultPluginFolder()) + u"/libKvo.so"_s;
     const QString remedy = u"Install the plugin and name its folder in Till:pluginFolder"_s;
     if (!QFileInfo(file).isFile())
         return {Verdict::Failure, u"%1 does not exist"_s.arg(file), remedy};

@@ -12,7 +12,6 @@
 #include <fcntl.h>
 #include <log4qt/logmanager.h>
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 
 #include <cerrno>
@@ -87,7 +86,7 @@ QString TillHost::goodsFile() const
 
 QString TillHost::pluginFolder() const
 {
-    return m_config->getString(u"Till:pluginFolder"_s, QCoreApplication::applicationDirPath() + u"/../lib"_s);
+    return m_config->getString(u"Till:pluginFolder"_s, defaultPluginFolder());
 }
 
 } // namespace till

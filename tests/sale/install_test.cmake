@@ -1,0 +1,24 @@
+# Installs the build tree BUILD into an empty prefix, moves that, and sells from there with what was installed.
+file(REMOVE_RECURSE "${WORK}")
+file(MAKE_DIRECTORY "${WORK}")
+function(run)
+    execute_process(COMMAND ${ARGV} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+run("${CMAKE_COMMAND}" --install "${BUILD}" --prefix "${WORK}/installed" --strip)
+file(RENAME "${WORK}/installed" "${WORK}/moved")
+set(prefix "${WORK}/moved")
+file(WRITE "${WORK}/sell" [=[
+set -eu
+"$1/bin/loyalty-sim" serve --database sim.db --port-file port >sim.log 2>&1 &
+service=$!
+trap 'kill $service; wait $service || true' EXIT
+for try in $(seq 300); do [ -s port ] && break; sleep 0.1; done
+printf '[Host]\ndataFolder = %s/data\n[Kvo]\nhost = http://127.0.0.1:%s\n' "$PWD" "$(cat port)" >till.ini
+"$1/bin/kvo-till" run --config till.ini "$1/share/kvo/scenarios/card-update.json"
+"$1/bin/kvo-till" journal --json --config till.ini | "$1/bin/loyalty-sim" compare --database sim.db --journal -
+]=])
+# Nothing of the build tree may be needed.
+execute_process(COMMAND env -i PATH=/usr/bin:/bin LANG=C.UTF-8 sh "${WORK}/sell" "${prefix}"
+    WORKING_DIRECTORY "${WORK}" COMMAND_ERROR_IS_FATAL ANY)
+file(REMOVE_RECURSE "${WORK}")
