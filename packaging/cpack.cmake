@@ -1,6 +1,7 @@
 # What CPack makes of the components; included last, since CPack copies what is set when it is included.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME kvo)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own
 set(CPACK_PACKAGE_VENDOR "Kvo")
 set(CPACK_PACKAGE_CONTACT "The Kvo developers <kvo@example.org>")
 set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
@@ -33,7 +34,8 @@ endfunction()
 set(own "(= ${PROJECT_VERSION})")
 kvo_package(libposhost0 libs "Reference point-of-sale host framework"
     "Documents, loyalty base, cashier dialogs, HTTP and a persistent queue: the\ninterfaces that a loyalty plugin calls."
-    DEPENDS libqt6sql6-sqlite)
+    DEPENDS libqt6sql6-sqlite
+    CONTROL "${PROJECT_SOURCE_DIR}/packaging/debian/triggers")
 kvo_package(libposhost-dev libdevel "Reference point-of-sale host framework, for building plugins"
     "Headers and the CMake package PosHost."
     DEPENDS "libposhost0 ${own}" qt6-base-dev)
