@@ -1,6 +1,7 @@
 # What CPack makes of the components; included last, since CPack copies what is set when it is included.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME kvo)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own
 set(CPACK_PACKAGE_VENDOR "Kvo")
 set(CPACK_PACKAGE_CONTACT "The Kvo developers <kvo@example.org>")
 set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
@@ -33,7 +34,8 @@ endfunction()
 set(own "(= ${PROJECT_VERSION})")
 kvo_package(libposhost0 libs "Reference point-of-sale host framework"
     "Documents, loyalty base, cashier dialogs, HTTP and a persistent queue: the\ninterfaces that a loyalty plugin calls."
-    DEPENDS libqt6sql6-sqlite)
+    DEPENDS libqt6sql6-sqlite
+    CONTROL "${PROJECT_SOURCE_DIR}/packaging/debian/triggers")
 kvo_package(libposhost-dev libdevel "Reference point-of-sale host framework, for building plugins"
     "Headers and the CMake package PosHost."
     DEPENDS "libposhost0 ${own}" qt6-base-dev)
@@ -43,7 +45,7 @@ kvo_package(kvo misc "Loyalty plugin for a point-of-sale host"
 kvo_package(kvo-till misc "Reference till for the terminal"
     "Sells with the loyalty plugin by hand or by scenario, looks after the queue of\nrequests and finds out what is wrong with a configuration."
     DEPENDS "kvo ${own}" adduser
-    CONTROL "${PROJECT_SOURCE_DIR}/packaging/debian/postinst;${PROJECT_SOURCE_DIR}/packaging/debian/postrm")
+    CONTROL "${PROJECT_SOURCE_DIR}/packaging/debian/postinst" "${PROJECT_SOURCE_DIR}/packaging/debian/postrm")
 if(TARGET kvo-window)
     kvo_package(kvo-window misc "Reference till with a window for the cashier"
         "The same till as kvo-till, for touch screens and keyboards."
