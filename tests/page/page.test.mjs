@@ -6,6 +6,7 @@ import { createRequire } from "node:module";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
 import { after, before, beforeEach, test } from "node:test";
+import { isDeepStrictEqual } from "node:util";
 import { chromium } from "playwright-core";
 
 const { LOYALTY_SIM, KVO_TILL, SCENARIOS, CHROMIUM } = process.env;
@@ -15,6 +16,13 @@ const complaints = [];
 let service, browser, page, origin;
 
 const has = (text, selector = "section:not([hidden])") => page.locator(selector).getByText(text).first().waitFor();
+
+/** Waits until the elements have these texts. The page draws what has happened a little later. */
+async function shows(selector, texts) {
+  const found = () => page.locator(`section:not([hidden]) ${selector}`).allInnerTexts();
+  for (let i = 0; i < 200 && !isDeepStrictEqual(await found(), texts); ++i) await page.waitForTimeout(100);
+  assert.deepEqual(await found(), texts);
+}
 
 /** Runs the till to its end, with nobody to ask; the exit status. */
 function sell(scenario) {
@@ -84,11 +92,12 @@ test("A sale appears by itself, with a code that can be copied", async () => {
 
   await page.getByRole("link", { name: "Orders" }).click();
   await page.locator("section:not([hidden]) .fold").first().click();
-  assert.deepEqual(await page.locator(".timeline .badge").allInnerTexts(), ["calculated", "created", "posted", "bound"]);
+  await shows(".timeline .badge", ["calculated", "created", "posted", "bound"]);
   assert.ok(await page.evaluate(() => window.sameDocument));
 });
 
 test("A fault switched on by keyboard fails the next createOrder and is gone", async () => {
+  await page.locator("option", { hasText: "close-before" }).waitFor({ state: "attached" });
   await tabTo("Faults");
   await page.keyboard.press("Enter");
   for (const [field, choice] of [["Method", "createOrder"], ["Kind", "close-before"]]) {
@@ -103,7 +112,7 @@ test("A fault switched on by keyboard fails the next createOrder and is gone", a
   await page.getByRole("link", { name: "Requests" }).click();
   await page.getByLabel("Only refusals and faults").check();
   await has("fault: close-before");
-  assert.deepEqual(await page.locator("section:not([hidden]) .fold").allInnerTexts(), ["createOrder"]);
+  await shows(".fold", ["createOrder"]);
 });
 
 test("Customers are added and changed, and their names are text", async () => {
@@ -120,7 +129,7 @@ test("Customers are added and changed, and their names are text", async () => {
   await page.getByLabel("New balance").fill("12,5");
   await page.getByRole("button", { name: "Set" }).click();
   await has("adjust");
-  assert.equal((await page.locator("section:not([hidden]) tr.row .number").allInnerTexts()).at(-1), "12.50");
+  await shows("tbody:last-child > tr.row .number", ["12.50"]);
   assert.equal(await page.evaluate(() => window.hacked), undefined);
 });
 
