@@ -29,9 +29,14 @@ void print(const QString &name, qint64 figure)
     std::printf("%-44s %7lld\n", qPrintable(name), figure);
 }
 
+int sum(const QMap<QString, int> &figures)
+{
+    return std::accumulate(figures.cbegin(), figures.cend(), 0);
+}
+
 void print(const QString &name, const QMap<QString, int> &figures)
 {
-    print(name, std::accumulate(figures.cbegin(), figures.cend(), 0));
+    print(name, sum(figures));
     for (auto figure = figures.cbegin(); figure != figures.cend(); ++figure)
         print(u"  "_s + figure.key(), figure.value());
 }
@@ -54,25 +59,33 @@ QStringList Proof::run()
     return m_findings + m_shop.crashes();
 }
 
+int Proof::killed() const
+{
+    return sum(m_shop.kills());
+}
+
 void Proof::sell()
 {
     int reported = 0;
-    while (m_shop.sold() < m_options.sales || m_killed < m_options.kills) {
+    while (m_shop.sold() < m_options.sales || killed() < m_options.kills) {
         startWork();
         if (!watchWork())
             return;
         if (const int tenths = 10 * m_shop.sold() / m_options.sales; tenths > reported) {
             reported = tenths;
-            std::fprintf(stderr, "%d sales, %d kills\n", m_shop.sold(), m_killed);
+            std::fprintf(stderr, "%d sales, %d kills\n", m_shop.sold(), killed());
         }
     }
 }
 
 void Proof::startWork()
 {
-    if (m_shop.sold() > 1 && number(1, 3) == 1) {
+    const int chosen = m_shop.sold() > 1 ? number(1, 3) : 3;
+    if (chosen == 1) {
         m_shop.drain(std::chrono::seconds(number(1, 3)));
         scheduleKill(longestPauseBeforeKillOfDrain);
+    } else if (chosen == 2) {
+        m_shop.sellElsewhere(number(1, 5));
     } else {
         sell(m_sales.shift());
     }
@@ -101,30 +114,30 @@ void Proof::sell(const QJsonObject &shift)
 bool Proof::watchWork()
 {
     const QDeadlineTimer deadline(longestShift);
-    for (; m_shop.isTillAtWork() && !deadline.hasExpired(); QThread::msleep(2)) {
+    for (; m_shop.isWorking() && !deadline.hasExpired(); QThread::msleep(2)) {
         m_shop.tend();
         killWhenDue();
     }
     if (deadline.hasExpired())
-        m_findings.append(u"the till does not come to an end"_s);
-    m_shop.noteEndOfTill();
+        m_findings.append(u"the till does not finish"_s);
+    m_shop.noteEndOfWorker();
     return m_findings.isEmpty() && m_shop.crashes().isEmpty();
 }
 
 void Proof::killWhenDue()
 {
-    if (m_killed >= m_options.kills || !m_nextKill.hasExpired() ||
-        qint64{m_killed} * m_options.sales > qint64{m_shop.sold()} * m_options.kills)
+    if (killed() >= m_options.kills || !m_nextKill.hasExpired() ||
+        qint64{killed()} * m_options.sales > qint64{m_shop.sold()} * m_options.kills)
         return;
     const QStringList names = m_shop.running();
     if (names.isEmpty())
         return;
     scheduleKill(longestPauseBeforeKill);
-    const bool tillsTurn = number(1, 2) == 1;
-    // The till comes last among what runs, and is what most depends on.
-    const auto chosen = tillsTurn ? names.size() - 1 : number(0, static_cast<int>(names.size()) - 1);
+    const bool workersTurn = number(1, 2) == 1;
+    // The worker comes last among what runs, and is what most depends on.
+    const auto chosen = workersTurn ? names.size() - 1 : number(0, static_cast<int>(names.size()) - 1);
     const int downTime = number(1, 3) == 1 ? number(0, longestDownTime) : 0;
-    m_killed += m_shop.kill(names.at(chosen), std::chrono::milliseconds(downTime)) ? 1 : 0;
+    m_shop.kill(names.at(chosen), std::chrono::milliseconds(downTime));
 }
 
 /// What a person does who finds requests that were refused: the proxy forges refusals.
@@ -136,14 +149,17 @@ void Proof::sendRefusedAgain()
 void Proof::finish()
 {
     m_shop.endFaults();
+    m_shop.sellElsewhere(0);
+    if (!watchWork())
+        return;
     sell(m_sales.lastShift());
     if (deliverAll())
         sellUndisturbed();
     for (const QJsonValue entry : undelivered())
         m_findings.append(u"%1 of order %2 is left in the queue: %3"_s.arg(
             entry[u"operation"].toString(), entry[u"order"].toString(), entry[u"lastError"].toString()));
-    if (m_shop.openCheck())
-        m_findings.append(u"a check is left open at the till"_s);
+    if (m_shop.isAnyCheckOpen())
+        m_findings.append(u"a check is left open"_s);
 }
 
 /// False when something is wrong with the till.
@@ -212,7 +228,7 @@ void Proof::judgeTraffic()
     print(u"requests refused by the service itself"_s, traffic.refused);
     print(u"requests delivered more than once"_s, traffic.repeats);
     // A killed till may leave a request on its way, which then comes too late.
-    if (traffic.refused > m_killed)
+    if (traffic.refused > killed())
         m_findings.append(u"the service itself has refused more requests than kills can explain"_s);
     if (traffic.repeats == 0)
         m_findings.append(u"nothing was delivered twice, so that nothing is proven about it"_s);

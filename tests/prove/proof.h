@@ -30,6 +30,7 @@ private:
     void startWork();
     [[nodiscard]] bool watchWork();
     void killWhenDue();
+    int killed() const;
     void scheduleKill(int longestPause) { m_nextKill = QDeadlineTimer(number(0, longestPause)); }
     void sendRefusedAgain();
     void finish();
@@ -46,7 +47,6 @@ private:
     Sales m_sales;
     std::mt19937_64 m_random;
     QDeadlineTimer m_nextKill;
-    int m_killed = 0;
     int m_sentAgain = 0;                   ///< Requests that were set aside after a refusal.
     QHash<QString, QList<int>> m_restored; ///< By check: its lines when a till last found it open.
     QStringList m_findings;

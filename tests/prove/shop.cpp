@@ -67,7 +67,7 @@ Shop::Shop(const QString &folder, quint64 seed, double faultRate)
     writeFile(path(u"customers.json"), customers);
     if (!m_postgres.isEmpty())
         makeDatabase();
-    writeConfiguration(500ms);
+    writeConfigurations(500ms);
     startService();
     startProxy();
 }
@@ -88,15 +88,27 @@ void Shop::makeDatabase() const
         throw std::runtime_error("createdb: " + output.toStdString());
 }
 
-void Shop::writeConfiguration(std::chrono::milliseconds timeout) const
+/// Both tills use one queue.
+void Shop::writeConfigurations(std::chrono::milliseconds timeout) const
 {
-    const QString queue = u"[Queue]\ndriver = QPSQL\nhost = %1\nuser = postgres\ndatabase = %2\n"_s;
-    const QString ini = u"[Host]\ndataFolder = %1\n[Log]\nfile = %2\n[Kvo]\nhost = http://127.0.0.1:%3\n"
-                        "timeout = %4\nbrand = B\nonlineStore = S\nterminal = T\nverificationLimit = 200\n"_s;
-    const QString settings = ini.arg(path(u"data"), path(u"till.log"), QString::number(m_proxyPort.localPort()),
-                                     QString::number(timeout.count()));
-    writeFile(path(u"till.ini"),
-              (m_postgres.isEmpty() ? settings : settings + queue.arg(m_postgres, m_folder.dirName())).toUtf8());
+    const QString ini =
+        u"[Host]\ndataFolder = %1\n[Log]\nfile = %2\n[Kvo]\nhost = http://127.0.0.1:%3\n"
+        "timeout = %4\nbrand = B\nonlineStore = S\nterminal = T\nverificationLimit = 200\n[Queue]\n%5\n"_s;
+    const QString queue =
+        m_postgres.isEmpty()
+            ? u"database = "_s + path(u"queue.db")
+            : u"driver = QPSQL\nhost = %1\nuser = postgres\ndatabase = %2"_s.arg(m_postgres, m_folder.dirName());
+    for (const QString &name : {u"till"_s, u"host"_s})
+        writeFile(path(QString(name + u".ini"_s)),
+                  ini.arg(path(name), path(QString(name + u".log"_s)), QString::number(m_proxyPort.localPort()),
+                          QString::number(timeout.count()), queue)
+                      .toUtf8());
+}
+
+void Shop::startWorker(const QString &name, const QString &program, const QStringList &arguments)
+{
+    m_worker = name;
+    start(name, program, arguments);
 }
 
 void Shop::start(const QString &name, const QString &program, const QStringList &arguments)
@@ -131,15 +143,22 @@ void Shop::sell(const QJsonObject &scenario)
     const QString fileName = path(u"shift%1.json"_s.arg(++m_shifts));
     writeFile(fileName, QJsonDocument(scenario).toJson());
     const QString code = u"\"%1\" outbox --database \"%2\" --last --code"_s.arg(serviceProgram, path(u"service.db"));
-    start(u"till"_s, tillProgram,
-          {u"run"_s, u"--config"_s, path(u"till.ini"), u"--code-command"_s, code, u"--drain-seconds"_s, u"0"_s,
-           fileName});
+    startWorker(u"till"_s, tillProgram,
+                {u"run"_s, u"--config"_s, path(u"till.ini"), u"--code-command"_s, code, u"--drain-seconds"_s, u"0"_s,
+                 fileName});
+}
+
+void Shop::sellElsewhere(int checks)
+{
+    startWorker(
+        u"host"_s, QStringLiteral(KVO_RANDOM_HOST),
+        {path(u"host.ini"), QString::number(m_seed + static_cast<quint64>(++m_shifts)), QString::number(checks)});
 }
 
 void Shop::drain(std::chrono::seconds time)
 {
-    start(u"drain"_s, tillProgram,
-          {u"drain"_s, u"--config"_s, path(u"till.ini"), u"--seconds"_s, QString::number(time.count())});
+    startWorker(u"drain"_s, tillProgram,
+                {u"drain"_s, u"--config"_s, path(u"till.ini"), u"--seconds"_s, QString::number(time.count())});
 }
 
 bool Shop::isRunning(const QString &name)
@@ -150,21 +169,20 @@ bool Shop::isRunning(const QString &name)
 
 QStringList Shop::running()
 {
-    QStringList names{u"service"_s, u"proxy"_s, u"till"_s, u"drain"_s};
+    QStringList names{u"service"_s, u"proxy"_s, m_worker};
     names.removeIf([this](const QString &name) { return !isRunning(name); });
     return names;
 }
 
-bool Shop::kill(const QString &name, std::chrono::milliseconds downTime)
+void Shop::kill(const QString &name, std::chrono::milliseconds downTime)
 {
     Part &part = m_parts[name];
     part.process.kill();
     if (!part.process.waitForFinished(patienceInMilliseconds))
         throw std::runtime_error(name.toStdString() + " cannot be killed");
     part.due = QDeadlineTimer(downTime);
-    const bool killed = statusOf(part.process) == -SIGKILL;
-    m_kills[name] += killed ? 1 : 0;
-    return killed;
+    if (name != m_worker && statusOf(part.process) == -SIGKILL)
+        ++m_kills[name];
 }
 
 void Shop::tend()
@@ -181,7 +199,7 @@ void Shop::tend()
 void Shop::endFaults()
 {
     m_faultRate = 0;
-    writeConfiguration(patience);
+    writeConfigurations(patience);
     for (const QString &name : {u"service"_s, u"proxy"_s}) {
         m_parts[name].process.kill();
         m_parts[name].process.waitForFinished();
@@ -192,20 +210,21 @@ void Shop::endFaults()
     waitForListener(m_proxyPort.localPort());
 }
 
-void Shop::noteEndOfTill()
+void Shop::noteEndOfWorker()
 {
-    for (const QString &name : {u"till"_s, u"drain"_s}) {
-        const int status = statusOf(m_parts[name].process);
-        if (status != 0 && status != 1 && status != -SIGKILL)
-            m_crashes.append(u"the %1 has ended with status %2, see %1.out"_s.arg(name, QString::number(status)));
-    }
+    const int status = statusOf(m_parts[m_worker].process);
+    if (status == -SIGKILL)
+        ++m_kills[m_worker];
+    else if (status != 0 && status != 1)
+        m_crashes.append(u"the %1 has ended with status %2, see %1.out"_s.arg(m_worker, QString::number(status)));
 }
 
 QList<QJsonObject> Shop::journal() const
 {
     QList<QJsonObject> entries;
-    for (const auto &[entered, entry] : m_checks.journal())
-        entries.append(entry);
+    for (CheckStore *store : {&m_otherChecks, &m_checks})
+        for (const auto &[entered, entry] : store->journal())
+            entries.append(entry);
     return entries;
 }
 
@@ -223,15 +242,10 @@ int Shop::sold() const
     return static_cast<int>(journal().size());
 }
 
-QSharedPointer<SaleDocument> Shop::openCheck() const
-{
-    return m_checks.restore();
-}
-
 qsizetype Shop::cardsRemoved() const
 {
     // Chosen by script, and asked with nobody there to answer.
-    const QByteArray output = readFile(path(u"till.out"));
+    const QByteArray output = readFile(path(u"till.out")) + readFile(path(u"host.out"));
     return output.count("| > Удалить") + output.count("2 - Удалить");
 }
 

@@ -1,4 +1,5 @@
-// The shop: the service's stand-in, the fault proxy before it, and the till, each a process that may be killed.
+// The shop: the service's stand-in, the fault proxy in front of it, the till, and a till of another make, each a
+// process that may be killed.
 #pragma once
 
 #include <checks/checkstore.h>
@@ -22,48 +23,53 @@ public:
     ~Shop();
     Q_DISABLE_COPY_MOVE(Shop)
 
-    /// Has the till work through a scenario. No till may be at work.
+    // Each of these three starts a worker; the one before must have ended.
+
+    /// Has the till work through a scenario.
     void sell(const QJsonObject &scenario);
 
-    /// Starts the command that delivers what is queued, for at most `time`. No till may be at work.
+    /// Has the other host sell so many checks at random, after the one that it has left open.
+    void sellElsewhere(int checks);
+
+    /// Starts the command that delivers what is queued, for at most `time`.
     void drain(std::chrono::seconds time);
 
-    /// Whether the till, or the command, is at work.
-    bool isTillAtWork() { return isRunning(QStringLiteral("till")) || isRunning(QStringLiteral("drain")); }
+    bool isWorking() { return isRunning(m_worker); }
 
-    /// What can be killed now: "service", "proxy", and last "till" or "drain", where one is at work.
+    /// What can be killed now: "service", "proxy", and last the worker if there is one.
     QStringList running();
 
-    /// Kills it; false when it had ended by itself before. The service and the proxy come back after `downTime`, see
-    /// tend().
-    [[nodiscard]] bool kill(const QString &name, std::chrono::milliseconds downTime);
+    /// Kills it. The service and the proxy come back after `downTime`, see tend().
+    void kill(const QString &name, std::chrono::milliseconds downTime);
 
     /// Starts again what was killed and is due.
     void tend();
 
-    /// From here the exchanges are as good as the machine's own, nobody is killed, and the till is patient. Returns
-    /// when the service can be reached.
+    /// From here on there are no faults, nobody is killed, and the till is patient. Returns when the service can be
+    /// reached.
     void endFaults();
 
-    /// By what was killed.
+    /// Processes killed, by name; the other host also kills itself.
     const QMap<QString, int> &kills() const { return m_kills; }
 
-    /// Notes it when the till, or the command, has ended neither by a kill nor in order.
-    void noteEndOfTill();
+    /// Records a kill or crash of the worker.
+    void noteEndOfWorker();
 
-    /// What has ended so; also the service and the proxy.
+    /// Processes that ended neither by a kill nor in order.
     const QStringList &crashes() const { return m_crashes; }
 
-    /// The checks that the till has finished.
+    /// The finished checks, the till's last.
     QList<QJsonObject> journal() const;
 
     /// How many there are.
     int sold() const;
 
-    /// The check that a till at rest has left open; null when there is none.
-    QSharedPointer<SaleDocument> openCheck() const;
+    /// The check that the idle till has left open; null when there is none.
+    QSharedPointer<SaleDocument> openCheck() const { return m_checks.restore(); }
 
-    /// How often a cashier took a card off a check; they are asked after a failure only.
+    bool isAnyCheckOpen() const { return openCheck() || m_otherChecks.restore(); }
+
+    /// How often a cashier took a card off a check; tills ask only after a failure.
     qsizetype cardsRemoved() const;
 
     /// What the proxies have done and seen.
@@ -88,20 +94,23 @@ private:
     static QList<QJsonObject> readLines(const QString &fileName);
     QString path(QStringView name) const { return m_folder.filePath(name.toString()); }
     void makeDatabase() const;
-    void writeConfiguration(std::chrono::milliseconds timeout) const;
+    void writeConfigurations(std::chrono::milliseconds timeout) const;
     void startService();
     void startProxy();
+    void startWorker(const QString &name, const QString &program, const QStringList &arguments);
     void start(const QString &name, const QString &program, const QStringList &arguments);
     bool isRunning(const QString &name);
 
     QDir m_folder;
-    mutable CheckStore m_checks{path(u"data"), CheckStore::Access::Look};
+    mutable CheckStore m_checks{path(u"till"), CheckStore::Access::Look};
+    mutable CheckStore m_otherChecks{path(u"host"), CheckStore::Access::Look};
     quint64 m_seed;
     double m_faultRate;
     QString m_postgres = qEnvironmentVariable("KVO_POSTGRES"); ///< Of the socket's folder; empty: a file is the queue.
     QTcpSocket m_proxyPort; ///< Keeps the port for a process that is killed and started again; likewise:
     QTcpSocket m_servicePort;
     std::map<QString, Part> m_parts;
+    QString m_worker; ///< "till", "host" or "drain": who was started last.
     QMap<QString, int> m_kills;
     QStringList m_crashes;
     int m_proxies = 0;

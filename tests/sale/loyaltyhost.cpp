@@ -25,10 +25,10 @@ struct TroubledWire : RestClient
                  const QHash<QString, QString> &headers) override
     {
         if (url.fileName() == trouble.killBefore)
-            throw Killed();
+            trouble.kill();
         RestClient::request(op, url, payload, headers);
         if (url.fileName() == trouble.killAfter)
-            throw Killed();
+            trouble.kill();
     }
     Trouble &trouble;
 };
@@ -104,8 +104,10 @@ void LoyaltyHost::identify(const QString &number)
 
 void LoyaltyHost::identifyByPhone(const QString &phone)
 {
-    addCard(system().getCardNumber({static_cast<int>(ECardNumberType::Phone), phone}).cardNumber,
-            ECardNumberType::Phone);
+    const auto found = system().getCardNumber({static_cast<int>(ECardNumberType::Phone), phone});
+    if (!found.success)
+        throw BasicException(found.error);
+    addCard(found.cardNumber, ECardNumberType::Phone);
 }
 
 void LoyaltyHost::addCard(const QString &number, ECardNumberType type)
@@ -114,8 +116,10 @@ void LoyaltyHost::addCard(const QString &number, ECardNumberType type)
     card->setNumber(number);
     card->setLoyaltySystemCode(system().getLoyaltySystemCode());
     check->addCard(card);
-    if (!system().identifyByCard(card, type))
-        throw BasicException(system().getLastErrorString());
+    if (system().identifyByCard(card, type) && !card->getNumber().toString().isEmpty())
+        return;
+    removeCard();
+    throw BasicException(system().getLastErrorString());
 }
 
 void LoyaltyHost::price()
@@ -200,13 +204,12 @@ void LoyaltyHost::restart()
     system().restoreLoyaltySystem();
 }
 
-bool LoyaltyHost::deliver()
+bool LoyaltyHost::deliver(std::chrono::milliseconds time)
 {
     QueueDrain drain;
     drain.setHandler(till::loyaltyQueueOwner, till::makeLoyaltySender());
     drain.start();
-    return drain.waitUntilDrained(std::chrono::seconds(25)) &&
-           Singleton<DBQueueBroker>::instance()->status().deadLetters == 0;
+    return drain.waitUntilDrained(time) && Singleton<DBQueueBroker>::instance()->status().deadLetters == 0;
 }
 
 till::CheckResult LoyaltyHost::end(SaleDocument::State state)

@@ -13,10 +13,9 @@
 #include <net/restclient.h>
 #include <queue/dbqueuebroker.h>
 
-#include <gtest/gtest.h>
-
 #include <functional>
 #include <memory>
+#include <stdexcept>
 
 namespace sale {
 
@@ -28,15 +27,13 @@ struct Killed
 /// What goes wrong around the plugin. A method's name is the last part of its address.
 struct Trouble
 {
-    QString killBefore;  ///< The method that is not sent any more.
-    QString killAfter;   ///< The method whose answer is not seen any more.
-    int failingPush = 0; ///< The next push but so many less one cannot be stored; 0: none.
-    /// The cashier's answer to a question; nobody expects one by default.
-    std::function<bool()> answer = [] {
-        ADD_FAILURE() << "a question to the cashier";
-        return false;
-    };
-    std::function<void()> atCodePrompt = [] {}; ///< What the host does in the loop of the prompt.
+    QString killBefore;  ///< The method that is never sent.
+    QString killAfter;   ///< The method whose answer is never seen.
+    int failingPush = 0; ///< Counts the pushes down to the one that cannot be stored; 0: none.
+    std::function<void()> kill = [] { throw Killed(); };
+    /// The cashier's answer to a question. By default none is expected.
+    std::function<bool()> answer = []() -> bool { throw std::logic_error("a question to the cashier"); };
+    std::function<void()> atCodePrompt = [] {}; ///< What the host does while the prompt is open.
 };
 
 class LoyaltyHost
@@ -70,7 +67,7 @@ public:
     void save() const;
 
     /// Delivers what is queued. False when something is left.
-    [[nodiscard]] bool deliver();
+    [[nodiscard]] bool deliver(std::chrono::milliseconds time = std::chrono::seconds(25));
 
     /// Ends the check and returns what it came to.
     till::CheckResult end(SaleDocument::State state);

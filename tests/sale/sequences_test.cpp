@@ -2,8 +2,6 @@
 #include "loyaltyhost.h"
 #include "salefixture.h"
 
-#include <QtCore/QRandomGenerator>
-
 using sale::LoyaltyHost;
 
 namespace {
@@ -282,95 +280,6 @@ TEST_P(Sequences, EndWithEqualBooks)
 
 INSTANTIATE_TEST_SUITE_P(Host, Sequences, testing::ValuesIn(rows),
                          [](const auto &instance) { return std::string(instance.param.name); });
-
-/// Random calls by the rules of docs/integration.md, with kills and failing pushes. --gtest_shuffle with --gtest_repeat
-/// draws others each time.
-class RandomSequence : public Sequence
-{
-protected:
-    void play(LoyaltyHost &host)
-    {
-        host.open();
-        host.identify(card);
-        host.price();
-        for (int steps = number(8); steps > 0; --steps) {
-            disturb(host);
-            if (host.isKilledIn([&] { step(host); }))
-                dropResult(host);
-        }
-        const bool closing = number(4) > 0;
-        if (closing && host.isKilledIn([&] { host.notify(EventCode::PaymentStarted); }))
-            dropResult(host);
-        end(host, closing);
-        finish(host, closing ? closed : voided, {});
-    }
-
-private:
-    int number(int limit) { return static_cast<int>(m_random.bounded(limit)); }
-
-    void disturb(LoyaltyHost &host)
-    {
-        const QString methods[]{u"calculateOrder"_s, u"createOrder"_s, u"updateOrder"_s, u"cancelOrder"_s};
-        (number(2) == 0 ? host.trouble.killBefore : host.trouble.killAfter) =
-            number(3) == 0 ? methods[number(4)] : u""_s;
-    }
-
-    void step(LoyaltyHost &host)
-    {
-        const std::function<void()> steps[]{
-            [&] { host.price(); },
-            [&] { host.spend(); },
-            [&] { priceAndSpend(host); },
-            [&] { host.change(1 + number(4)); },
-            [&] { host.notify(EventCode::SubtotalEntered); },
-            [&] { dropResult(host, number(2) == 0); },
-            [&] { host.restart(); },
-            [&] {
-                host.removeCard();
-                host.identify(number(2) == 0 ? card : otherCard);
-                host.price();
-            },
-        };
-        steps[number(static_cast<int>(std::size(steps)))]();
-    }
-
-    static void dropResult(LoyaltyHost &host, bool withDocument = true)
-    {
-        host.takePointsOff();
-        host.notify(EventCode::LoyaltyResultDropped, withDocument);
-        host.price();
-    }
-
-    void end(LoyaltyHost &host, bool closing)
-    {
-        if (!closing)
-            host.takePointsOff();
-        for (int repetitions = number(3) + 1; repetitions > 0;) {
-            disturb(host);
-            host.trouble.failingPush = number(4);
-            const bool killed = host.isKilledIn([&] {
-                try {
-                    EXPECT_TRUE(closing ? host.commit() : host.rollback(number(2) == 0 ? host.check : nullptr));
-                    --repetitions;
-                } catch (const BasicException &) {
-                }
-            });
-            if (!killed && number(3) == 0) {
-                EXPECT_TRUE(host.deliver());
-            }
-        }
-    }
-
-    QRandomGenerator m_random{static_cast<quint32>(testing::UnitTest::GetInstance()->random_seed())};
-};
-
-TEST_F(RandomSequence, EndsWithEqualBooks)
-{
-    SCOPED_TRACE(testing::UnitTest::GetInstance()->random_seed());
-    const auto host = makeHost();
-    for (int checks = 0; checks < 5; ++checks)
-        play(*host);
-}
 
 TEST_F(Sequence, ARefundIsNoOrder)
 {
