@@ -41,7 +41,8 @@ if(KVO_SANITIZE)
         $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_link_options(kvo_options INTERFACE -fsanitize=${KVO_SANITIZE})
 else()
-    # What is shipped; scripts/check-hardening reads the files for it. The fortified functions need optimisation.
-    target_compile_options(kvo_options INTERFACE $<$<CONFIG:Release>:-fstack-protector-strong -fcf-protection>)
-    target_compile_definitions(kvo_options INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
+    # scripts/check-hardening reads the installed files for these. Fortified functions need optimisation.
+    set(hardened "$<AND:$<CONFIG:Release,RelWithDebInfo,MinSizeRel>,$<NOT:$<BOOL:$<TARGET_PROPERTY:KVO_UNOPTIMISED>>>>")
+    target_compile_options(kvo_options INTERFACE "$<${hardened}:-fstack-protector-strong;-fcf-protection>")
+    target_compile_definitions(kvo_options INTERFACE "$<${hardened}:_FORTIFY_SOURCE=2>")
 endif()

@@ -11,5 +11,6 @@ function(kvo_add_test)
     target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBRARIES} GTest::gmock_main Kvo::options)
     # The frameworks' templates take twice as long to compile when they are optimised, for tests that run no faster.
     target_compile_options(${arg_NAME} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O0>)
+    set_target_properties(${arg_NAME} PROPERTIES KVO_UNOPTIMISED ON)
     gtest_discover_tests(${arg_NAME} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120 ${arg_PROPERTIES})
 endfunction()
