@@ -4,6 +4,8 @@
 #include "sales.h"
 #include "shop.h"
 
+#include <csignal>
+
 namespace prove {
 
 struct Options
@@ -17,6 +19,9 @@ struct Options
 class Proof
 {
 public:
+    /// Set by a signal handler: no further sales are begun.
+    static inline volatile std::sig_atomic_t stop = 0;
+
     /// Works in `folder`, which must be empty.
     Proof(const QString &folder, const Options &options);
 
@@ -47,6 +52,7 @@ private:
     Sales m_sales;
     std::mt19937_64 m_random;
     QDeadlineTimer m_nextKill;
+    int m_sold = 0;                        ///< When the current worker was started.
     int m_sentAgain = 0;                   ///< Requests that were set aside after a refusal.
     QHash<QString, QList<int>> m_restored; ///< By check: its lines when a till last found it open.
     QStringList m_findings;

@@ -7,6 +7,7 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QTemporaryDir>
 
+#include <csignal>
 #include <iostream>
 
 namespace {
@@ -38,7 +39,8 @@ try {
     prove::Options options;
     CLI::App program("Random sales under kills and faults. The seed fixes what is sold and drawn; when a process is "
                      "killed depends on the machine as well.\nExit status: 0 nothing was lost or doubled, 1 something "
-                     "does not hold, 2 the proof could not be carried out.\nThe queue is on the PostgreSQL server that "
+                     "does not hold, 2 the proof could not be carried out.\nAfter SIGTERM no further sales are begun; "
+                     "those that were are judged.\nThe queue is on the PostgreSQL server that "
                      "KVO_POSTGRES names, see scripts/with-postgres, otherwise in a file.",
                      "kvo-prove");
     program.add_option("--sales", options.sales, "Checks to finish")
@@ -52,6 +54,7 @@ try {
         ->check(CLI::Range(0., 1.))
         ->capture_default_str();
     CLI11_PARSE(program, argc, argv);
+    std::signal(SIGTERM, [](int) { prove::Proof::stop = 1; });
     return carryOut(options);
 } catch (const std::exception &error) {
     std::cerr << "kvo-prove: " << error.what() << std::endl;

@@ -237,11 +237,6 @@ QString Shop::writeJournal() const
     return path(u"journal.jsonl");
 }
 
-int Shop::sold() const
-{
-    return static_cast<int>(journal().size());
-}
-
 qsizetype Shop::cardsRemoved() const
 {
     // Chosen by script, and asked with nobody there to answer.

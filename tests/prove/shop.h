@@ -61,9 +61,6 @@ public:
     /// The finished checks, the till's last.
     QList<QJsonObject> journal() const;
 
-    /// How many there are.
-    int sold() const;
-
     /// The check that the idle till has left open; null when there is none.
     QSharedPointer<SaleDocument> openCheck() const { return m_checks.restore(); }
 

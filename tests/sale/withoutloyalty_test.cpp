@@ -107,7 +107,15 @@ const Case cases[]{
      [](Broken &shop) { shop.configure("[Queue]\ndriver = QPSQL\nhost = 127.0.0.1\nport = 1\ndatabase = kvo\n"); },
      "Бонусы не работают", true, "не работают"},
     {"DamagedCheckStore", [](Broken &shop) { shop.damage("checks.db"); }, "Бонусы работают", false, nullptr},
-    {"NoServiceAndNoNetwork", [](Broken &shop) { shop.stopForGood(); }, "Бонусы работают", false, "Нет связи"},
+    {"QueueOnAFullDisk",
+     [](Broken &shop) {
+         QDir().mkpath(shop.folder.filePath(u"data"_s));
+         ASSERT_TRUE(QFile::link(u"/dev/full"_s, shop.data("queue.db")));
+     },
+     "нет места на диске", true, "не работают"},
+    {"ServiceDown", [](Broken &shop) { shop.stopForGood(); }, "Бонусы работают", false, "Нет связи"},
+    {"NoNetworkAtStart", [](Broken &shop) { shop.configure("host = http://loyalty.invalid\ntimeout = 2000\n"); },
+     "Бонусы работают", false, "Нет связи"},
 };
 
 INSTANTIATE_TEST_SUITE_P(By, Broken, testing::ValuesIn(cases),

@@ -3,13 +3,36 @@
 #include "tests/support/json.h"
 #include "tests/support/printqt.h"
 #include "tests/support/restexchange.h"
+#include "tests/till/certificate.h"
 #include "till/queuesender.h"
 
 #include <core/basicexception.h>
+#include <queue/dbqueuebroker.h>
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <httplib.h>
+
+#include <QtCore/QTemporaryDir>
+
+#include <thread>
 
 using namespace Qt::Literals::StringLiterals;
+
+const Certificate &serviceCertificate()
+{
+    static const Certificate made("IP:127.0.0.1", -1, 1);
+    return made;
+}
+
+// Has the system trust the service, as an administrator would.
+extern "C" Q_DECL_EXPORT int X509_STORE_load_file(X509_STORE *store, const char *file)
+{
+    X509_STORE_add_cert(store, serviceCertificate().x509());
+    static const auto next =
+        reinterpret_cast<decltype(&X509_STORE_load_file)>(::dlsym(RTLD_NEXT, "X509_STORE_load_file"));
+    return next(store, file);
+}
 
 namespace till {
 
@@ -83,6 +106,31 @@ TEST(QueueSender, SendsToTheAddressAndWithThePasswordOfNow)
         EXPECT_EQ(exchange.sentHeaders.value(u"Authorization"_s), u"Basic dTpw");
         EXPECT_EQ(exchange.bodies.last(), stored.value("payload"_L1).toObject());
     }
+}
+
+TEST(QueueSender, DeliversWhatHasWaitedWhileTheServiceMovedToTls)
+{
+    httplib::SSLServer server(serviceCertificate().x509(), serviceCertificate().key());
+    std::string body;
+    server.Post("/other/postOrder", [&](const httplib::Request &request, httplib::Response &response) {
+        body = request.body;
+        response.set_content(R"({"success": true})", "application/json");
+    });
+    const int port = server.bind_to_any_port("127.0.0.1");
+    std::jthread serving([&] { server.listen_after_bind(); });
+    const QTemporaryDir folder;
+    const FakeConfig config(
+        {{u"Host:dataFolder"_s, folder.path()}, {u"Kvo:host"_s, u"https://127.0.0.1:%1"_s.arg(port)}});
+
+    DBQueueBroker().push(loyaltyQueueOwner, json(R"({"op": 4, "url": "http://127.0.0.1/other/postOrder",
+                                                     "headers": {}, "payload": {"basket": "1"}})"),
+                         {});
+    QueueDrain drain;
+    drain.setHandler(loyaltyQueueOwner, makeLoyaltySender());
+    drain.start();
+    EXPECT_TRUE(drain.waitUntilDrained(std::chrono::seconds(25)));
+    server.stop();
+    EXPECT_EQ(body, R"({"basket":"1"})");
 }
 
 } // namespace till
