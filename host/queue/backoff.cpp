@@ -1,4 +1,4 @@
-// The back-off of the queue's drain.
+// Waiting longer with each failure, and probing a failing receiver instead of hammering it.
 #include "backoff.h"
 
 #include <QtCore/QRandomGenerator>
@@ -16,4 +16,25 @@ std::chrono::milliseconds BackOff::delay(int failures) const
     constexpr int doublingsToLongest = 7;
     const auto bound = std::min(base * (1 << std::clamp(failures - 1, 0, doublingsToLongest)), longest);
     return std::chrono::milliseconds(static_cast<qint64>(static_cast<double>(bound.count()) * m_random()));
+}
+
+void CircuitBreaker::answered()
+{
+    m_failures = 0;
+    m_until = {};
+}
+
+void CircuitBreaker::failed(QueueTime now, qint64 newest)
+{
+    ++m_failures;
+    m_newest = newest;
+    if (m_failures > 1)
+        m_until = now + m_backOff.delay(m_failures - 1);
+}
+
+qint64 CircuitBreaker::heldBack(QueueTime now) const
+{
+    // An end further away than the longest back-off was computed before somebody put the clock back.
+    const bool pausing = m_until > now && m_until <= now + BackOff::longest;
+    return pausing ? m_newest : 0;
 }

@@ -1,8 +1,8 @@
 // The filling side of the queue.
 #include "dbqueuebroker.h"
 
-#include "queueaccess.h"
 #include "queuesignal.h"
+#include "queuestore.h"
 
 #include <core/jsontext.h>
 #include <database/databaseerror.h>

@@ -1,5 +1,5 @@
 // PostgreSQL's settings, the queue's tables there, leases as advisory locks, and error codes as texts for people.
-#include "postgresqueue.h"
+#include "queuedatabase.h"
 
 #include <database/databaseerror.h>
 
@@ -235,8 +235,9 @@ private:
 
 } // namespace
 
-std::unique_ptr<QueueDatabase> openPostgresQueue(const QueueSettings &settings, DatabaseConnection::Commits commits,
-                                                 DatabaseConnection::Missing missing)
+std::unique_ptr<QueueDatabase> QueueDatabase::openPostgres(const QueueSettings &settings,
+                                                           DatabaseConnection::Commits commits,
+                                                           DatabaseConnection::Missing missing)
 {
     return std::make_unique<PostgresQueue>(settings, commits, missing);
 }

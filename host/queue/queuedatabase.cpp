@@ -1,9 +1,6 @@
 // Chooses the kind of database.
 #include "queuedatabase.h"
 
-#include "postgresqueue.h"
-#include "sqlitequeue.h"
-
 #include <QtCore/QRandomGenerator>
 
 // Positive and with room for one more byte in a file offset; 62 random bits do not repeat.
@@ -13,6 +10,6 @@ QueueLease::QueueLease() : m_id(static_cast<qint64>(QRandomGenerator::system()->
 std::unique_ptr<QueueDatabase> QueueDatabase::open(const QueueSettings &settings, DatabaseConnection::Commits commits,
                                                    DatabaseConnection::Missing missing)
 {
-    return settings.driver == QueueSettings::Driver::Sqlite ? openSqliteQueue(settings, commits, missing)
-                                                            : openPostgresQueue(settings, commits, missing);
+    return settings.driver == QueueSettings::Driver::Sqlite ? openSqlite(settings, commits, missing)
+                                                            : openPostgres(settings, commits, missing);
 }

@@ -62,4 +62,11 @@ public:
 
 protected:
     QueueDatabase() = default;
+
+private:
+    static std::unique_ptr<QueueDatabase> openSqlite(const QueueSettings &settings, DatabaseConnection::Commits commits,
+                                                     DatabaseConnection::Missing missing);
+    static std::unique_ptr<QueueDatabase> openPostgres(const QueueSettings &settings,
+                                                       DatabaseConnection::Commits commits,
+                                                       DatabaseConnection::Missing missing);
 };

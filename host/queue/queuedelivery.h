@@ -2,9 +2,8 @@
 // Used on the thread that created it, and on no other.
 #pragma once
 
-#include "circuitbreaker.h"
-#include "queueaccess.h"
 #include "queuehandler.h"
+#include "queuestore.h"
 
 #include <poshost_export.h>
 

@@ -1,7 +1,6 @@
 // The queue's operations on its database.
 #include "queuestore.h"
 
-#include "backoff.h"
 #include "queuesql.h"
 
 #include <database/databaseerror.h>

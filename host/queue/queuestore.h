@@ -2,15 +2,14 @@
 // Used on the thread that created it, and on no other.
 #pragma once
 
+#include "backoff.h"
 #include "queuedatabase.h"
 #include "queuestatus.h"
 
-#include <chrono>
 #include <functional>
+#include <optional>
 #include <span>
 #include <vector>
-
-using QueueTime = std::chrono::sys_time<std::chrono::milliseconds>;
 
 /// The system's clock.
 QueueTime currentQueueTime();
@@ -117,4 +116,41 @@ private:
     QString m_claimAskedFor;
     QString m_claimPushedSince;
     QString m_claimed;
+};
+
+/// A store that is opened when it is needed: at the first use, and again after a failure. So a till can start without
+/// its database, and goes on when the disk or the server is back.
+class QueueAccess
+{
+public:
+    QueueAccess(const QueueSettings &settings, DatabaseConnection::Commits commits)
+        : m_settings(settings), m_commits(commits)
+    {}
+
+    /// Runs `operation` on the open database and returns what it returns. Throws what it throws, and BasicException
+    /// when the database cannot be opened; the database is closed then.
+    template <class Operation>
+    auto use(Operation operation)
+    {
+        try {
+            return operation(opened());
+        } catch (...) {
+            m_store.reset();
+            throw;
+        }
+    }
+
+private:
+    QueueStore &opened()
+    {
+        if (m_store && !m_store->connection().isUsable())
+            m_store.reset();
+        if (!m_store)
+            m_store.emplace(m_settings, m_commits);
+        return *m_store;
+    }
+
+    QueueSettings m_settings;
+    DatabaseConnection::Commits m_commits;
+    std::optional<QueueStore> m_store;
 };

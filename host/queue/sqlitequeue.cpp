@@ -1,5 +1,5 @@
 // The queue's tables in SQLite, and leases as open file description locks.
-#include "sqlitequeue.h"
+#include "queuedatabase.h"
 
 #include <database/databaseerror.h>
 #include <database/sqliteconnection.h>
@@ -128,8 +128,9 @@ private:
 
 } // namespace
 
-std::unique_ptr<QueueDatabase> openSqliteQueue(const QueueSettings &settings, DatabaseConnection::Commits commits,
-                                               DatabaseConnection::Missing missing)
+std::unique_ptr<QueueDatabase> QueueDatabase::openSqlite(const QueueSettings &settings,
+                                                         DatabaseConnection::Commits commits,
+                                                         DatabaseConnection::Missing missing)
 {
     return std::make_unique<SqliteQueue>(settings.database, commits, missing);
 }

@@ -13,12 +13,6 @@ void put(std::string &file, std::size_t offset, std::string_view bytes)
 
 } // namespace
 
-bool PowerCutDisk::tick()
-{
-    m_operationsLeft = std::max(0, m_operationsLeft - 1);
-    return isOn();
-}
-
 PowerCutDisk::FilePtr PowerCutDisk::open(const std::string &name, bool nameIsSynced)
 {
     FilePtr &file = m_names[name];
@@ -61,32 +55,37 @@ void PowerCutDisk::syncFolder()
 PowerCutDisk::Contents PowerCutDisk::cut()
 {
     constexpr double keepings[] = {0, 0.5, 0.9, 1};
-    m_keeping = keepings[m_random() % std::size(keepings)];
-    m_blockSize = chance(0.5) ? 512 : 4096;
-    m_pendingNames.resize(m_random() % (m_pendingNames.size() + 1));
-    for (const auto &[name, file] : m_pendingNames)
-        m_syncedNames[name] = file;
-    m_pendingNames.clear();
-    std::erase_if(m_syncedNames, [](const auto &entry) { return !entry.second; });
-
+    const double keeping = keepings[m_random() % std::size(keepings)];
+    const std::size_t blockSize = chance(0.5) ? 512 : 4096;
+    Names names = m_syncedNames;
+    for (std::size_t done = 0, most = m_random() % (m_pendingNames.size() + 1); done < most; ++done)
+        names[m_pendingNames[done].first] = m_pendingNames[done].second;
     Contents left;
-    for (auto &[name, file] : m_syncedNames) {
-        left[name] = survivor(*file);
-        file = std::make_shared<File>(File{left[name], {}});
+    for (const auto &[name, file] : names) {
+        if (file)
+            left[name] = survivor(*file, keeping, blockSize);
     }
-    m_names = m_syncedNames;
     return left;
 }
 
-std::string PowerCutDisk::survivor(const File &file)
+void PowerCutDisk::restart(const Contents &contents)
+{
+    m_names.clear();
+    for (const auto &[name, bytes] : contents)
+        m_names[name] = std::make_shared<File>(File{bytes, {}});
+    m_syncedNames = m_names;
+    m_pendingNames.clear();
+}
+
+std::string PowerCutDisk::survivor(const File &file, double keeping, std::size_t blockSize)
 {
     std::string survivor = file.synced;
     std::size_t fullSize = survivor.size();
     for (const auto &[offset, bytes] : file.pending) {
         fullSize = bytes ? std::max(fullSize, offset + bytes->size()) : offset;
         if (bytes)
-            writeSome(survivor, offset, *bytes);
-        else if (chance(m_keeping))
+            writeSome(survivor, offset, *bytes, keeping, blockSize);
+        else if (chance(keeping))
             survivor.resize(offset);
     }
     if (chance(0.25)) // the size is kept elsewhere than the data
@@ -95,12 +94,13 @@ std::string PowerCutDisk::survivor(const File &file)
 }
 
 /// Block by block: written, dropped or torn.
-void PowerCutDisk::writeSome(std::string &survivor, std::size_t offset, std::string_view bytes)
+void PowerCutDisk::writeSome(std::string &survivor, std::size_t offset, std::string_view bytes, double keeping,
+                             std::size_t blockSize)
 {
     while (!bytes.empty()) {
-        const std::string_view block = bytes.substr(0, m_blockSize - offset % m_blockSize);
+        const std::string_view block = bytes.substr(0, blockSize - offset % blockSize);
         const std::size_t border = m_random() % block.size();
-        if (chance(m_keeping)) {
+        if (chance(keeping)) {
             put(survivor, offset, block);
         } else if (chance(0.2)) {
             ++m_torn;

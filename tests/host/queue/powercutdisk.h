@@ -35,23 +35,19 @@ public:
     /// `ignoreSyncs`: a disk that says it has synced and has not.
     PowerCutDisk(std::uint64_t seed, bool ignoreSyncs) : m_random(seed), m_ignoreSyncs(ignoreSyncs) {}
 
-    /// Switches the power on for this many operations.
-    void switchOn(int operations) { m_operationsLeft = operations; }
-    bool isOn() const { return m_operationsLeft > 0; }
-
-    /// To be called at each operation, before its completion and after what it has begun was reported. False: the power
-    /// is off.
-    [[nodiscard]] bool tick();
-
     /// `nameIsSynced`: where the file is new, its maker has synced the folder.
     FilePtr open(const std::string &name, bool nameIsSynced);
-    bool hasSeen(const std::string &name) const { return m_names.contains(name); }
     void remove(const std::string &name);
     void sync(File &file) const;
     void syncFolder();
 
-    /// What a power cut leaves. The disk goes on from there.
+    /// What could be left if the power failed now.
     Contents cut();
+
+    /// Starts again with these files, all of them synced.
+    void restart(const Contents &contents);
+
+    bool isEmpty() const { return m_names.empty(); }
 
     /// Blocks that were written in part, at all cuts so far.
     int torn() const { return m_torn; }
@@ -59,17 +55,15 @@ public:
 private:
     using Names = std::map<std::string, FilePtr>;
 
-    std::string survivor(const File &file);
-    void writeSome(std::string &survivor, std::size_t offset, std::string_view bytes);
+    std::string survivor(const File &file, double keeping, std::size_t blockSize);
+    void writeSome(std::string &survivor, std::size_t offset, std::string_view bytes, double keeping,
+                   std::size_t blockSize);
     bool chance(double probability) { return std::bernoulli_distribution(probability)(m_random); }
 
     std::mt19937_64 m_random;
     bool m_ignoreSyncs;
-    int m_operationsLeft = 0;
     Names m_names; // as programs see them
     Names m_syncedNames;
     std::vector<Names::value_type> m_pendingNames; // in order; without a file: removed
-    std::size_t m_blockSize = 0;                   // of the cut in hand
-    double m_keeping = 0;
     int m_torn = 0;
 };

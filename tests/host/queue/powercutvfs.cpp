@@ -27,41 +27,40 @@ File &own(sqlite3_file *file)
     return *std::launder(reinterpret_cast<File *>(reinterpret_cast<char *>(file) + systemSize));
 }
 
-// True when the power was on throughout. A change that the power cut interrupts may be on the disk, in part.
-bool change(File &file, PowerCutDisk::Change change)
+PowerCutDisk &diskBeforeOperation(PowerCutVfs &owner)
 {
-    PowerCutDisk &disk = file.owner.disk;
-    if (disk.isOn())
-        file.onDisk->pending.push_back(std::move(change));
-    return disk.tick();
+    owner.beforeOperation();
+    return owner.disk;
+}
+
+void change(sqlite3_file *file, PowerCutDisk::Change change)
+{
+    diskBeforeOperation(own(file).owner);
+    own(file).onDisk->pending.push_back(std::move(change));
 }
 
 int write(sqlite3_file *file, const void *bytes, int size, sqlite3_int64 offset)
 {
-    if (!change(own(file), {static_cast<std::size_t>(offset), std::string(static_cast<const char *>(bytes), size)}))
-        return SQLITE_IOERR_WRITE;
+    change(file, {static_cast<std::size_t>(offset), std::string(static_cast<const char *>(bytes), size)});
     const int result = own(file).system.xWrite(file, bytes, size, offset);
     if (own(file).isDatabase)
-        own(file).owner.onDatabaseWrite();
+        own(file).owner.afterDatabaseWrite();
     return result;
 }
 
 int truncate(sqlite3_file *file, sqlite3_int64 size)
 {
-    return change(own(file), {static_cast<std::size_t>(size), {}}) ? own(file).system.xTruncate(file, size)
-                                                                   : SQLITE_IOERR_TRUNCATE;
+    change(file, {static_cast<std::size_t>(size), {}});
+    return own(file).system.xTruncate(file, size);
 }
 
 // Not done for real: nobody will pull the plug of this machine.
 int sync(sqlite3_file *file, int)
 {
-    PowerCutDisk &disk = own(file).owner.disk;
-    if (!disk.tick())
-        return SQLITE_IOERR_FSYNC;
+    PowerCutDisk &disk = diskBeforeOperation(own(file).owner);
     disk.sync(*own(file).onDisk);
-    if (own(file).syncsFolder)
+    if (std::exchange(own(file).syncsFolder, false))
         disk.syncFolder();
-    own(file).syncsFolder = false;
     return SQLITE_OK;
 }
 
@@ -81,7 +80,7 @@ int open(sqlite3_vfs *vfs, const char *name, sqlite3_file *file, int flags, int 
         return result;
     // The database's own file was made, and its folder synced, before SQLite has seen it.
     new (reinterpret_cast<char *>(file) + systemSize)
-        File{owner, *file->pMethods, owner.disk.open(name, isDatabase), isDatabase,
+        File{owner, *file->pMethods, diskBeforeOperation(owner).open(name, isDatabase), isDatabase,
              !isDatabase && (flags & SQLITE_OPEN_CREATE) != 0};
     sqlite3_io_methods &methods = isDatabase ? databaseMethods : journalMethods;
     methods = *file->pMethods;
@@ -91,16 +90,13 @@ int open(sqlite3_vfs *vfs, const char *name, sqlite3_file *file, int flags, int 
     methods.xTruncate = truncate;
     methods.xSync = sync;
     file->pMethods = &methods;
-    return owner.disk.tick() ? SQLITE_OK : SQLITE_CANTOPEN;
+    return SQLITE_OK;
 }
 
 int remove(sqlite3_vfs *vfs, const char *name, int syncFolder)
 {
     PowerCutVfs &owner = *static_cast<PowerCutVfs *>(vfs->pAppData);
-    if (owner.disk.isOn())
-        owner.disk.remove(name);
-    if (!owner.disk.tick())
-        return SQLITE_IOERR_DELETE;
+    diskBeforeOperation(owner).remove(name);
     if (syncFolder != 0)
         owner.disk.syncFolder();
     return owner.system->xDelete(owner.system, name, 0);
