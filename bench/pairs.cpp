@@ -49,11 +49,14 @@ void Pairs::run(const Side &ours, const Side &beside)
         pairs.push_back(oursFirst ? Pair{first, second} : Pair{second, first});
         m_state.SetIterationTime(first + second);
     }
+    const auto oursOf = [](const Pair &pair) { return pair.ours; };
+    const auto besideOf = [](const Pair &pair) { return pair.beside; };
+    const double judged = quantile(pairs, 0.25, oursOf) / quantile(pairs, 0.25, besideOf);
     keepUndisturbed(pairs);
     const auto ratio = [](const Pair &pair) { return pair.ours / pair.beside; };
-    set(quantile(pairs, 0.5, ratio), quantile(pairs, 0.25, ratio), quantile(pairs, 0.75, ratio));
-    m_state.counters["ours"] = quantile(pairs, 0.5, [](const Pair &pair) { return pair.ours; });
-    m_state.counters["beside"] = quantile(pairs, 0.5, [](const Pair &pair) { return pair.beside; });
+    set(judged, quantile(pairs, 0.25, ratio), quantile(pairs, 0.75, ratio));
+    m_state.counters["ours"] = quantile(pairs, 0.5, oursOf);
+    m_state.counters["beside"] = quantile(pairs, 0.5, besideOf);
 }
 
 void Pairs::note(double value)

@@ -1,5 +1,5 @@
-// How two sides are compared: short repetitions in turn, and the quartiles of the ratios of neighbours over the faster
-// half of the pairs. Whatever else the machine does then falls on both sides alike, or on pairs that do not count.
+// How two sides are compared: short repetitions in turn, and the lower quartile of one side's times over that of the
+// other. Disturbances only make times longer, so the quicker repetitions of both sides are the comparable ones.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -40,8 +40,8 @@ public:
     explicit Pairs(benchmark::State &state) : m_state(state) {}
 
     /// Runs the sides in turn, as often as the benchmark has iterations, after one round that does not count. Leaves
-    /// the counters "ratio" (median of ours / beside), "low" and "high" (its quartiles), "ours" and "beside" (medians,
-    /// seconds per call), all of them of the faster half.
+    /// the counters "ratio" (of the lower quartiles, ours / beside), "low" and "high" (the quartiles of the ratios of
+    /// neighbours), "ours" and "beside" (medians, seconds per call), these four of the faster half of the pairs.
     void run(const Side &ours, const Side &beside);
 
     /// For a figure that is no ratio of two times: all three counters are `value`.

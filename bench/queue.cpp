@@ -2,13 +2,12 @@
 #include "barecurl.h"
 #include "comparisons.h"
 #include "samples.h"
+#include "sqlitewriter.h"
 #include "tests/support/fakeconfig.h"
 
 #include <queue/dbqueuebroker.h>
 #include <queue/queuedelivery.h>
 #include <queue/queuedrain.h>
-
-#include <sqlite3.h>
 
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
@@ -39,45 +38,8 @@ QList<QJsonObject> makeEvents(const kvo::Interface &client)
     return {client.postOrderRequest(card).toQueueEvent(), client.bindOrderIdRequest(check, card).toQueueEvent()};
 }
 
-/// Writes rows into a queue's table by SQLite's C interface, with the durability of the queue's own pushes.
-class RowWriter
-{
-public:
-    explicit RowWriter(const QString &file)
-    {
-        require(sqlite3_open(QFile::encodeName(file).constData(), &m_database) == SQLITE_OK, "SQLite: not opened");
-        run("PRAGMA journal_mode = WAL");
-        run("PRAGMA synchronous = FULL");
-        run("PRAGMA wal_autocheckpoint = 16384");
-        constexpr auto sql = "INSERT INTO event (owner, basket, event, created, state) VALUES (?, ?, ?, ?, 'waiting')";
-        require(sqlite3_prepare_v2(m_database, sql, -1, &m_insert, nullptr) == SQLITE_OK, "SQLite: not prepared");
-    }
-    ~RowWriter()
-    {
-        sqlite3_finalize(m_insert);
-        sqlite3_close(m_database);
-    }
-    Q_DISABLE_COPY_MOVE(RowWriter)
-
-    void run(const char *sql)
-    {
-        require(sqlite3_exec(m_database, sql, nullptr, nullptr, nullptr) == SQLITE_OK, "SQLite: statement failed");
-    }
-
-    void insert(const QByteArray &basket, const QByteArray &event)
-    {
-        sqlite3_bind_text(m_insert, 1, "kvo", -1, SQLITE_STATIC);
-        sqlite3_bind_text(m_insert, 2, basket.constData(), static_cast<int>(basket.size()), SQLITE_STATIC);
-        sqlite3_bind_text(m_insert, 3, event.constData(), static_cast<int>(event.size()), SQLITE_STATIC);
-        sqlite3_bind_int64(m_insert, 4, QDateTime::currentMSecsSinceEpoch());
-        require(sqlite3_step(m_insert) == SQLITE_DONE, "SQLite: row not written");
-        sqlite3_reset(m_insert);
-    }
-
-private:
-    sqlite3 *m_database = nullptr;
-    sqlite3_stmt *m_insert = nullptr;
-};
+constexpr auto insertEvent =
+    "INSERT INTO event (owner, basket, event, created, state) VALUES ('kvo', ?, ?, ?, 'waiting')";
 
 QByteArray basketOf(const QJsonObject &event)
 {
@@ -94,7 +56,7 @@ QString makeQueue(const QString &file)
 {
     const FakeConfig config(withQueue({}, file));
     DBQueueBroker().push(u"kvo"_s, {}, {});
-    RowWriter(file).run("DELETE FROM event; DELETE FROM head; UPDATE summary SET waiting = 0");
+    SqliteWriter(file).run("DELETE FROM event; DELETE FROM head; UPDATE summary SET waiting = 0");
     return file;
 }
 
@@ -103,12 +65,13 @@ struct FullQueue
 {
     FullQueue()
     {
-        RowWriter writer(full);
+        SqliteWriter writer(full);
+        writer.prepare(insertEvent);
         writer.run("BEGIN");
         for (int sale = 0; sale < 1000; ++sale)
             events += makeEvents(client);
         for (const QJsonObject &event : std::as_const(events))
-            writer.insert(basketOf(event), textOf(event));
+            writer.write(basketOf(event), textOf(event), QDateTime::currentMSecsSinceEpoch());
         writer.run("INSERT INTO head SELECT MIN(id), owner, 0 FROM event GROUP BY owner, basket; "
                    "UPDATE summary SET waiting = (SELECT COUNT(*) FROM event)");
         writer.run("COMMIT");
@@ -277,13 +240,16 @@ void queueProbeGrowth(Pairs &pairs)
 void pushVsSqlite(Pairs &pairs)
 {
     const QTemporaryDir folder(diskFolder());
-    RowWriter writer(makeQueue(folder.filePath(u"peer.db"_s)));
+    SqliteWriter writer(makeQueue(folder.filePath(u"peer.db"_s)));
+    writer.run("PRAGMA wal_autocheckpoint = 16384");
+    writer.prepare(insertEvent);
     const FakeConfig config(withQueue(settings(u"http://127.0.0.1"_s), folder.filePath(u"ours.db"_s)));
     const QJsonObject event = makeEvents(kvo::Interface()).first();
     const QByteArray basket = basketOf(event);
     const QByteArray text = textOf(event);
     DBQueueBroker broker;
-    pairs.run(calls(1, [&] { broker.push(u"kvo"_s, event, {}); }), calls(1, [&] { writer.insert(basket, text); }));
+    pairs.run(calls(1, [&] { broker.push(u"kvo"_s, event, {}); }),
+              calls(1, [&] { writer.write(basket, text, QDateTime::currentMSecsSinceEpoch()); }));
 }
 
 void drainVsCurl(Pairs &pairs)

@@ -33,9 +33,10 @@ void Report::ReportRuns(const std::vector<Run> &runs)
 
 void Report::printTable() const
 {
-    std::printf("\nTime of our side as a multiple of the other side's: median of the undisturbed pairs (quartiles).\n"
+    std::printf("\nTime of our side as a multiple of the other side's: ratio of the lower quartiles (quartiles of "
+                "neighbours' ratios).\n"
                 "Pinned: all threads on one processor; free: where the system puts them.\n"
-                "Judged, where there is a limit: the lower quartile, %s.\n\n%-24s %6s  %-22s %-22s\n",
+                "Judged, where there is a limit: %s.\n\n%-24s %6s  %-22s %-22s\n",
                 judgedMode, "comparison", "limit", "pinned", "free");
     for (const std::string &name : m_order) {
         const double limit = judged(name).at("limit");
@@ -57,7 +58,7 @@ bool Report::printRatios() const
 {
     bool good = !m_failed && !m_order.empty();
     for (const std::string &name : m_order) {
-        const double ratio = judged(name).at("low");
+        const double ratio = judged(name).at("ratio");
         const double limit = judged(name).at("limit");
         if (limit <= 0)
             continue;

@@ -22,9 +22,8 @@ public:
 
     void printTable() const;
 
-    /// Prints one line "ratio NAME VALUE LIMIT ok|over" per comparison that has a limit. The value is the lower
-    /// quartile: a disturbance makes ratios larger more often than smaller, and a real change moves them all. False: a
-    /// limit is exceeded, or a comparison has failed.
+    /// Prints one line "ratio NAME VALUE LIMIT ok|over" per comparison that has a limit. False: a limit is exceeded, or
+    /// a comparison has failed.
     bool printRatios() const;
 
 private:

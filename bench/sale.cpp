@@ -3,6 +3,7 @@
 #include "comparisons.h"
 #include "floor.h"
 #include "samples.h"
+#include "sqlitewriter.h"
 #include "tests/support/fakeconfig.h"
 
 #include <cashier/savetofilelogic.h>
@@ -13,9 +14,6 @@
 #include <loyalty/basicloyaltysystem.h>
 #include <queue/dbqueuebroker.h>
 
-#include <sqlite3.h>
-
-#include <QtCore/QFile>
 #include <QtCore/QPluginLoader>
 #include <QtCore/QTemporaryDir>
 
@@ -124,40 +122,6 @@ Side withBodies(const QList<Exchange> &exchanges)
     });
 }
 
-/// Writes and removes a row by SQLite's C interface, with the durability of the till's own saves.
-class RowWriter
-{
-public:
-    explicit RowWriter(const QString &file)
-    {
-        require(sqlite3_open(QFile::encodeName(file).constData(), &m_database) == SQLITE_OK, "SQLite: not opened");
-        for (const char *sql : {"PRAGMA journal_mode = WAL", "PRAGMA synchronous = FULL",
-                                "CREATE TABLE part (key INTEGER PRIMARY KEY, content BLOB NOT NULL)"})
-            require(sqlite3_exec(m_database, sql, nullptr, nullptr, nullptr) == SQLITE_OK, "SQLite: not set up");
-        constexpr auto sql = "INSERT INTO part (key, content) VALUES (?, ?)";
-        require(sqlite3_prepare_v2(m_database, sql, -1, &m_insert, nullptr) == SQLITE_OK, "SQLite: not prepared");
-    }
-    ~RowWriter()
-    {
-        sqlite3_finalize(m_insert);
-        sqlite3_close(m_database);
-    }
-    Q_DISABLE_COPY_MOVE(RowWriter)
-
-    void insert(const QByteArray &row)
-    {
-        sqlite3_bind_int(m_insert, 1, ++m_key);
-        sqlite3_bind_blob(m_insert, 2, row.constData(), static_cast<int>(row.size()), SQLITE_STATIC);
-        require(sqlite3_step(m_insert) == SQLITE_DONE, "SQLite: row not written");
-        sqlite3_reset(m_insert);
-    }
-
-private:
-    sqlite3 *m_database = nullptr;
-    sqlite3_stmt *m_insert = nullptr;
-    int m_key = 0;
-};
-
 /// A priced check in a store on the disk, which takes one line more and gives it back.
 class SavedCheck
 {
@@ -234,8 +198,10 @@ void saveVsSqlite(Pairs &pairs)
 {
     SavedCheck check(20);
     const QByteArray row = check.row();
-    RowWriter writer(check.folder.filePath(u"peer.db"_s));
-    pairs.run([&] { return check.addLine(); }, calls(1, [&] { writer.insert(row); }));
+    SqliteWriter writer(check.folder.filePath(u"peer.db"_s));
+    writer.run("CREATE TABLE part (key INTEGER PRIMARY KEY, content BLOB NOT NULL)");
+    writer.prepare("INSERT INTO part (content) VALUES (?)");
+    pairs.run([&] { return check.addLine(); }, calls(1, [&] { writer.write(row); }));
 }
 
 void saveGrowth(Pairs &pairs)

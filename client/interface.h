@@ -10,6 +10,7 @@
 #include <loyalty/ecardnumbertype.h>
 #include <net/response.h>
 
+#include <QtCore/QUrl>
 #include <QtCore/QUrlQuery>
 
 #include <filesystem>
@@ -122,6 +123,9 @@ private:
     QJsonObject orderReference(const DocumentCardRecord &card) const;
     Response requestResult(const Request &order) const;
     Response sendOrder(const Request &order, DocumentCardRecord &card) const;
+    QUrl methodUrl(const std::filesystem::path &prefix, const QString &method) const;
+
+    QUrl server; ///< `host`, parsed once.
 };
 
 } // namespace kvo

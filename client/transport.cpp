@@ -15,19 +15,6 @@ namespace kvo {
 
 namespace {
 
-QUrl methodUrl(const QString &host, const std::filesystem::path &prefix, const QString &method,
-               const QUrlQuery &query = QUrlQuery())
-{
-    QUrl url(host, QUrl::TolerantMode);
-    // Setting a path would clear the error, and the request would go to the default port of the part that could be
-    // parsed.
-    if (!url.errorString().isEmpty())
-        return url;
-    url.setPath(QString::fromStdString((prefix / method.toStdString()).native()), QUrl::DecodedMode);
-    url.setQuery(query);
-    return url;
-}
-
 bool isRefusal(const QJsonObject &body)
 {
     const QJsonValue success = body.value("success"_L1);
@@ -59,12 +46,25 @@ template <class Text>
 
 QUrl Interface::getUrl(const QString &method, const QUrlQuery &query) const
 {
-    return methodUrl(host, path, method, query);
+    QUrl url = methodUrl(path, method);
+    if (url.errorString().isEmpty())
+        url.setQuery(query);
+    return url;
 }
 
 QUrl Interface::getVerificationUrl(const QString &method) const
 {
-    return methodUrl(host, verificationPath, method);
+    return methodUrl(verificationPath, method);
+}
+
+QUrl Interface::methodUrl(const std::filesystem::path &prefix, const QString &method) const
+{
+    QUrl url = server;
+    // Setting a path or a query would clear the error, and the request would go to the default port of the part that
+    // could be parsed.
+    if (url.errorString().isEmpty())
+        url.setPath(QString::fromStdString((prefix / method.toStdString()).native()), QUrl::DecodedMode);
+    return url;
 }
 
 http::Response Interface::request(const Request &request, bool logOnly) const

@@ -11,7 +11,7 @@ readonly build_packages=(
 )
 # For the tests of the simulator's page, which are skipped without it.
 readonly page_packages=(chromium)
-readonly lint_packages=(clang-format clang-tidy)
+readonly lint_packages=(clang-format clang-tidy cppcheck)
 readonly fuzz_packages=(clang libclang-rt-14-dev)
 readonly package_packages=(dpkg-dev fakeroot help2man lintian debootstrap)
 readonly docs_packages=(mscgen)

@@ -8,10 +8,11 @@ namespace sim {
 
 namespace {
 
-constexpr const char *columns = "SELECT account, last_name, first_name, middle_name, birth_date, gender, email, phone,"
-                                " balance FROM customers ";
+constexpr const char *selectCustomer =
+    "SELECT account, last_name, first_name, middle_name, birth_date, gender, email, phone,"
+    " balance FROM customers ";
 
-Customer readRow(const SQLite::Database &database, SQLite::Statement &row)
+Customer readCustomerRow(const SQLite::Database &database, SQLite::Statement &row)
 {
     Customer customer;
     customer.account = row.getColumn(0).getString();
@@ -35,10 +36,10 @@ Customer readRow(const SQLite::Database &database, SQLite::Statement &row)
 
 std::optional<Customer> find(const SQLite::Database &database, const char *condition, const std::string &value)
 {
-    auto row = prepare(database, (std::string(columns) + condition).c_str(), value);
+    auto row = prepare(database, (std::string(selectCustomer) + condition).c_str(), value);
     if (!row.executeStep())
         return std::nullopt;
-    return readRow(database, row);
+    return readCustomerRow(database, row);
 }
 
 void add(const SQLite::Database &database, const Customer &customer)
@@ -73,9 +74,9 @@ std::optional<Customer> findByCard(const SQLite::Database &database, const std::
 std::vector<Customer> allCustomers(const SQLite::Database &database)
 {
     std::vector<Customer> customers;
-    auto row = prepare(database, (std::string(columns) + "ORDER BY account").c_str());
+    auto row = prepare(database, (std::string(selectCustomer) + "ORDER BY account").c_str());
     while (row.executeStep())
-        customers.push_back(readRow(database, row));
+        customers.push_back(readCustomerRow(database, row));
     return customers;
 }
 

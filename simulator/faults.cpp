@@ -39,7 +39,7 @@ std::string readAnswer(const Fields &fields)
     return body.is_string() ? body.get<std::string>() : body.dump();
 }
 
-std::string joined(const std::vector<std::string> &names)
+std::string listed(const std::vector<std::string> &names)
 {
     std::string text;
     for (const std::string &name : names)
@@ -101,7 +101,7 @@ std::string Faults::readMethod(const Fields &fields) const
 {
     std::string method = fields.text("method");
     if (method != "*" && std::ranges::find(m_methods, method) == m_methods.end())
-        refuseField("method", "unknown; expected * or one of " + joined(m_methods));
+        refuseField("method", "unknown; expected * or one of " + listed(m_methods));
     return method;
 }
 
@@ -112,7 +112,7 @@ std::string Faults::readKind(const Fields &fields) const
     for (const FaultKind &each : m_kinds)
         known.push_back(each.name);
     if (std::ranges::find(known, kind) == known.end())
-        refuseField("kind", "unknown; expected one of " + joined(known));
+        refuseField("kind", "unknown; expected one of " + listed(known));
     return kind;
 }
 

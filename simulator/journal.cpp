@@ -12,7 +12,7 @@ namespace sim {
 namespace {
 
 /// What the till keeps for its own receipts is known, and not looked at.
-JournalLine readLine(const Json &object, const std::string &where)
+JournalLine readJournalLine(const Json &object, const std::string &where)
 {
     const Fields fields(object, where, {"lineId", "name", "quantity", "price", "amount", "spent"});
     return {fields.number("lineId"), fields.money("amount"), fields.money("spent")};
@@ -31,7 +31,7 @@ JournalCheck readCheck(const Json &object)
     check.closed = outcome == "closed";
     check.card = fields.text("card");
     check.basket = fields.text("basket");
-    check.lines = readLines(fields.array("lines"), "lines", readLine);
+    check.lines = readLines(fields.array("lines"), "lines", readJournalLine);
     check.spent = fields.money("spent");
     check.earned = fields.money("earned");
     return check;

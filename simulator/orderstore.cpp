@@ -13,7 +13,8 @@ namespace {
 
 constexpr std::array<const char *, 6> stateTexts{"calculated", "created", "updated", "posted", "bound", "cancelled"};
 
-constexpr const char *columns = "SELECT basket, account, card, state, body, ifnull(order_id, ''), earned FROM orders ";
+constexpr const char *selectOrder =
+    "SELECT basket, account, card, state, body, ifnull(order_id, ''), earned FROM orders ";
 
 State toState(const std::string &text)
 {
@@ -23,7 +24,7 @@ State toState(const std::string &text)
     throw std::runtime_error("unknown order state " + text);
 }
 
-Order readRow(const SQLite::Database &database, SQLite::Statement &row)
+Order readOrderRow(const SQLite::Database &database, SQLite::Statement &row)
 {
     Order order{.basket = row.getColumn(0).getString(),
                 .account = row.getColumn(1).getString(),
@@ -68,10 +69,10 @@ Points Order::points() const
 
 std::optional<Order> findOrder(const SQLite::Database &database, const std::string &basket)
 {
-    auto row = prepare(database, (std::string(columns) + "WHERE basket = ?").c_str(), basket);
+    auto row = prepare(database, (std::string(selectOrder) + "WHERE basket = ?").c_str(), basket);
     if (!row.executeStep())
         return std::nullopt;
-    return readRow(database, row);
+    return readOrderRow(database, row);
 }
 
 std::vector<Order> allOrders(const SQLite::Database &database)
@@ -82,9 +83,9 @@ std::vector<Order> allOrders(const SQLite::Database &database)
 std::vector<Order> lastOrders(const SQLite::Database &database, int last)
 {
     std::vector<Order> orders;
-    auto row = prepare(database, (std::string(columns) + "ORDER BY rowid DESC LIMIT ?").c_str(), last);
+    auto row = prepare(database, (std::string(selectOrder) + "ORDER BY rowid DESC LIMIT ?").c_str(), last);
     while (row.executeStep())
-        orders.push_back(readRow(database, row));
+        orders.push_back(readOrderRow(database, row));
     std::ranges::reverse(orders);
     return orders;
 }

@@ -10,7 +10,7 @@ namespace sim {
 
 namespace {
 
-OrderLine readLine(const Json &object, const std::string &where)
+OrderLine readOrderLine(const Json &object, const std::string &where)
 {
     const Fields fields(object, where,
                         {"barcode", "lineID", "qty", "lineAmount", "isSale", "noDiscountAllowed", "noEarnAllowed",
@@ -68,7 +68,7 @@ OrderRequest readOrder(const Json &body)
     const BasketRequest head = readBasket(fields);
     checkDate(fields.text("basketDatetime"));
     OrderRequest order{head.brand, head.card, head.basket,
-                       readLines(fields.array("orderLines"), "orderLines", readLine), body.dump()};
+                       readLines(fields.array("orderLines"), "orderLines", readOrderLine), body.dump()};
     Kopecks sum = 0;
     for (const OrderLine &line : order.lines)
         sum += line.paymentDiscount;

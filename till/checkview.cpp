@@ -9,12 +9,12 @@ namespace till {
 
 namespace {
 
-constexpr qsizetype longestName = 40;
+constexpr qsizetype longestShown = 40;
 
 QString lineView(const ResultLine &line)
 {
     QString view =
-        u"%1. %2  %3 x %4 = %5"_s.arg(QString::number(line.lineId), plainText(line.name, longestName),
+        u"%1. %2  %3 x %4 = %5"_s.arg(QString::number(line.lineId), plainText(line.name, longestShown),
                                       quantityText(line.quantity), line.price.toText(), line.amount.toText());
     if (!line.spent.isZero())
         view += u", баллами "_s + line.spent.toText();
@@ -28,7 +28,7 @@ QString cardView(const CheckResult &result)
     QStringList parts{u"Карта "_s + maskedCard(result.card)};
     for (const QString &part : {result.customer, result.tier}) {
         if (!part.isEmpty())
-            parts.append(plainText(part, longestName));
+            parts.append(plainText(part, longestShown));
     }
     if (result.balance)
         parts.append(u"баланс "_s + result.balance->toText());
@@ -56,7 +56,7 @@ QString quantityText(double quantity)
 QString maskedCard(const QString &card)
 {
     constexpr qsizetype shown = 4;
-    const QString plain = plainText(card, longestName);
+    const QString plain = plainText(card, longestShown);
     return plain.size() <= shown ? plain : u"*"_s.repeated(plain.size() - shown) + plain.right(shown);
 }
 

@@ -15,7 +15,7 @@ namespace till {
 
 namespace {
 
-constexpr qsizetype longestText = 2000; // characters
+constexpr qsizetype longestTitle = 2000; // characters
 
 /// How long an expected empty queue may take to become empty.
 constexpr std::chrono::seconds deliveryTime{10};
@@ -30,7 +30,7 @@ ScenarioPlayer::ScenarioPlayer(CheckSession &session, ScriptedCashier &cashier, 
 void ScenarioPlayer::play(const Scenario &scenario)
 {
     if (!scenario.title.isEmpty())
-        console::printLine(u"\n### "_s + plainText(scenario.title, longestText));
+        console::printLine(u"\n### "_s + plainText(scenario.title, longestTitle));
     for (const ScenarioCheck &check : scenario.checks)
         playCheck(check);
 }
@@ -38,7 +38,7 @@ void ScenarioPlayer::play(const Scenario &scenario)
 void ScenarioPlayer::playCheck(const ScenarioCheck &check)
 {
     if (!check.title.isEmpty())
-        console::printLine(u"\n# "_s + plainText(check.title, longestText));
+        console::printLine(u"\n# "_s + plainText(check.title, longestTitle));
     // The recovery of a check that goes on has begun to use its answers.
     if (!std::exchange(m_isFirst, false) || !check.continued)
         m_cashier.beginCheck(check.answers);
@@ -114,7 +114,7 @@ void ScenarioPlayer::report(const ScenarioCheck &check, const QString &key, cons
 {
     ++m_differences;
     console::printLine(u"РАСХОЖДЕНИЕ %1/%2: ожидалось \"%3\", получено \"%4\""_s.arg(
-        check.place, key, plainText(expected, longestText), plainText(actual, longestText)));
+        check.place, key, plainText(expected, longestTitle), plainText(actual, longestText)));
 }
 
 } // namespace till

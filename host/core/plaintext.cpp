@@ -8,7 +8,7 @@ namespace {
 
 constexpr char16_t escape = 0x1B;
 
-enum class Kind {
+enum class CharacterKind {
     Kept,
     Space,
     LeftOut,
@@ -19,21 +19,21 @@ bool isLineEnd(char32_t c)
     return (c >= 0x0A && c <= 0x0D) || (c >= 0x1C && c <= 0x1E) || c == 0x85 || c == 0x2028 || c == 0x2029;
 }
 
-Kind kindOf(char32_t c)
+CharacterKind kindOf(char32_t c)
 {
     if (c > 0x20 && c < 0x7F)
-        return Kind::Kept;
+        return CharacterKind::Kept;
     if (c == u'\t' || isLineEnd(c))
-        return Kind::Space;
+        return CharacterKind::Space;
     switch (QChar::category(c)) {
     case QChar::Separator_Space:
-        return Kind::Space;
+        return CharacterKind::Space;
     case QChar::Other_Control:
     case QChar::Other_Format:
     case QChar::Other_Surrogate:
-        return Kind::LeftOut;
+        return CharacterKind::LeftOut;
     default:
-        return Kind::Kept;
+        return CharacterKind::Kept;
     }
 }
 
@@ -115,9 +115,10 @@ QString plainText(QStringView text, qsizetype maxLength)
         const bool pair = text[at].isHighSurrogate() && at + 1 < text.size() && text[at + 1].isLowSurrogate();
         const QStringView character = text.sliced(at, pair ? 2 : 1);
         at += character.size();
-        const Kind kind = kindOf(pair ? QChar::surrogateToUcs4(character[0], character[1]) : character[0].unicode());
-        spaceBefore = spaceBefore || kind == Kind::Space;
-        if (kind != Kind::Kept)
+        const CharacterKind kind =
+            kindOf(pair ? QChar::surrogateToUcs4(character[0], character[1]) : character[0].unicode());
+        spaceBefore = spaceBefore || kind == CharacterKind::Space;
+        if (kind != CharacterKind::Kept)
             continue;
         if (spaceBefore && !result.isEmpty())
             result += u' ';

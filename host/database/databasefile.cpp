@@ -16,8 +16,8 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr mode_t ownerOnlyFile = 0600;
-constexpr mode_t ownerOnlyFolder = 0700;
+constexpr mode_t fileMode = 0600;
+constexpr mode_t folderMode = 0700;
 constexpr mode_t othersRights = 0077;
 
 // A new name is on the disk only when the folder that holds it is.
@@ -63,7 +63,7 @@ void DatabaseFile::makeFolder(const QString &folder) const
     if (QFileInfo::exists(folder) || parent == folder)
         return;
     makeFolder(parent);
-    const bool made = ::mkdir(QFile::encodeName(folder).constData(), ownerOnlyFolder) == 0 || errno == EEXIST;
+    const bool made = ::mkdir(QFile::encodeName(folder).constData(), folderMode) == 0 || errno == EEXIST;
     if (!made || !syncFolder(parent))
         throw databaseerror::make(m_title, u"не удалось создать папку «%1»"_s.arg(folder), qt_error_string(errno));
 }
@@ -71,7 +71,7 @@ void DatabaseFile::makeFolder(const QString &folder) const
 void DatabaseFile::makeFile() const
 {
     // mknod() and not open(), see the note on the class.
-    if (::mknod(QFile::encodeName(m_name).constData(), S_IFREG | ownerOnlyFile, 0) != 0) {
+    if (::mknod(QFile::encodeName(m_name).constData(), S_IFREG | fileMode, 0) != 0) {
         if (errno == EEXIST)
             return;
         throw databaseerror::make(m_title, u"не удалось создать файл, проверьте права на папку"_s,

@@ -19,7 +19,7 @@ namespace {
 
 // AUTOINCREMENT: an id is never given twice, so the order of ids is the order of pushes for good. What differs most
 // comes first in an index: SQLite compares the first column faster than the others.
-constexpr std::array<QStringView, 8> tables = {
+constexpr std::array<QStringView, 8> queueTables = {
     u"CREATE TABLE event (id INTEGER PRIMARY KEY AUTOINCREMENT, owner TEXT NOT NULL, basket TEXT NOT NULL, "
     u"state TEXT NOT NULL, attempts INTEGER NOT NULL DEFAULT 0, created INTEGER NOT NULL, rejected INTEGER, "
     u"last_error TEXT, event TEXT NOT NULL)",
@@ -37,7 +37,8 @@ constexpr std::array<QStringView, 8> tables = {
 };
 
 // Checkpoints are the drain's work; where none runs, pushes make one at 64 MiB.
-constexpr SqliteSchema schema{u"Очередь запросов", u"Queue:database и Host:dataFolder", 0x506f7351, 1, tables, 16384};
+constexpr SqliteSchema queueSchema{
+    u"Очередь запросов", u"Queue:database и Host:dataFolder", 0x506f7351, 1, queueTables, 16384};
 
 constexpr mode_t ownerOnly = 0600;
 
@@ -110,7 +111,7 @@ class SqliteQueue : public QueueDatabase
 {
 public:
     SqliteQueue(const QString &fileName, DatabaseConnection::Commits commits, DatabaseConnection::Missing missing)
-        : m_connection(schema, fileName, commits, missing)
+        : m_connection(queueSchema, fileName, commits, missing)
     {}
 
     DatabaseConnection &connection() override { return m_connection; }
