@@ -114,7 +114,7 @@ void ScenarioPlayer::report(const ScenarioCheck &check, const QString &key, cons
 {
     ++m_differences;
     console::printLine(u"РАСХОЖДЕНИЕ %1/%2: ожидалось \"%3\", получено \"%4\""_s.arg(
-        check.place, key, plainText(expected, longestTitle), plainText(actual, longestText)));
+        check.place, key, plainText(expected, longestTitle), plainText(actual, longestTitle)));
 }
 
 } // namespace till
