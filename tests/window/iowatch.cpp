@@ -1,4 +1,4 @@
-// Stands before the C library's calls that reach files and the network, and counts them by thread.
+// Stands before the C library's calls that reach files and the network.
 #include "iowatch.h"
 
 #include <dlfcn.h>
@@ -6,18 +6,33 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <climits>
+#include <cstdarg>
+
 namespace iowatch {
 
-std::atomic<int> onMainThread = 0;
-std::atomic<int> onOthers = 0;
-
-} // namespace iowatch
+Counts onMainThread;
+Counts onOthers;
 
 namespace {
 
-void count()
+std::string watched = "/nowhere"; // set before there are other threads
+
+void count(Call call)
 {
-    ++(::gettid() == ::getpid() ? iowatch::onMainThread : iowatch::onOthers);
+    ++(::gettid() == ::getpid() ? onMainThread : onOthers).at(call);
+}
+
+/// Of the till's files, or a connection to a service; not the display, fonts, or the queues of threads.
+void count(Call call, int file)
+{
+    char path[PATH_MAX];
+    const ssize_t size = ::readlink(("/proc/self/fd/" + std::to_string(file)).c_str(), path, sizeof path);
+    sockaddr address = {};
+    socklen_t length = sizeof address;
+    const bool isSocket = ::getsockname(file, &address, &length) == 0 && address.sa_family == AF_INET;
+    if (isSocket || std::string(path, size > 0 ? static_cast<std::size_t>(size) : 0).starts_with(watched))
+        count(call);
 }
 
 template <class Function>
@@ -28,33 +43,62 @@ Function next(const char *name)
 
 } // namespace
 
+void watch(const std::string &folder)
+{
+    watched = folder;
+    for (Counts *counts : {&onMainThread, &onOthers}) {
+        for (std::atomic<int> &one : *counts)
+            one = 0;
+    }
+}
+
+} // namespace iowatch
+
+using namespace iowatch;
+
 extern "C" {
 
 #define KVO_VISIBLE __attribute__((visibility("default")))
 
-// Every file of the till is locked, synced or positioned; fonts and icons of the window's libraries are not.
-KVO_VISIBLE int fdatasync(int file)
-{
-    count();
-    return next<int (*)(int)>("fdatasync")(file);
-}
+// A call whose first argument is the file, with and without further ones.
+#define KVO_WATCH(call, result, name, parameters, ...)                                                                 \
+    KVO_VISIBLE result name parameters                                                                                 \
+    {                                                                                                                  \
+        count(call, file);                                                                                             \
+        return next<result(*) parameters>(#name)(__VA_ARGS__);                                                         \
+    }
 
-KVO_VISIBLE ssize_t pread64(int file, void *data, size_t size, off64_t offset)
-{
-    count();
-    return next<ssize_t (*)(int, void *, size_t, off64_t)>("pread64")(file, data, size, offset);
-}
+KVO_WATCH(Sync, int, fdatasync, (int file), file)
+KVO_WATCH(Sync, int, fsync, (int file), file)
+KVO_WATCH(Read, ssize_t, read, (int file, void *data, size_t size), file, data, size)
+KVO_WATCH(Read, ssize_t, recv, (int file, void *data, size_t size, int flags), file, data, size, flags)
+KVO_WATCH(Read, ssize_t, pread64, (int file, void *data, size_t size, off64_t at), file, data, size, at)
+KVO_WATCH(Write, ssize_t, write, (int file, const void *data, size_t size), file, data, size)
+KVO_WATCH(Write, ssize_t, send, (int file, const void *data, size_t size, int flags), file, data, size, flags)
+KVO_WATCH(Write, ssize_t, pwrite64, (int file, const void *data, size_t size, off64_t at), file, data, size, at)
 
-KVO_VISIBLE ssize_t pwrite64(int file, const void *data, size_t size, off64_t offset)
-{
-    count();
-    return next<ssize_t (*)(int, const void *, size_t, off64_t)>("pwrite64")(file, data, size, offset);
-}
-
-KVO_VISIBLE int connect(int socket, const sockaddr *address, socklen_t size)
+KVO_VISIBLE int connect(int file, const sockaddr *address, socklen_t size)
 {
     if (address && address->sa_family == AF_INET)
-        count();
-    return next<int (*)(int, const sockaddr *, socklen_t)>("connect")(socket, address, size);
+        count(Connect);
+    return next<int (*)(int, const sockaddr *, socklen_t)>("connect")(file, address, size);
 }
+
+// open() and its relatives take the mode of a new file as a variable argument.
+#define KVO_WATCH_OPEN(name, parameters, ...)                                                                          \
+    KVO_VISIBLE int name parameters                                                                                    \
+    {                                                                                                                  \
+        va_list arguments;                                                                                             \
+        va_start(arguments, flags);                                                                                    \
+        const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) ? va_arg(arguments, mode_t) : 0;                           \
+        va_end(arguments);                                                                                             \
+        if (std::string(path).starts_with(watched))                                                                    \
+            count(Open);                                                                                               \
+        return next<int(*) parameters>(#name)(__VA_ARGS__, flags, mode);                                               \
+    }
+
+KVO_WATCH_OPEN(open, (const char *path, int flags, ...), path)
+KVO_WATCH_OPEN(open64, (const char *path, int flags, ...), path)
+KVO_WATCH_OPEN(openat, (int folder, const char *path, int flags, ...), folder, path)
+KVO_WATCH_OPEN(openat64, (int folder, const char *path, int flags, ...), folder, path)
 }

@@ -1,11 +1,19 @@
-// How often this process has read, written or synced a database, or connected to a service.
+// What this process asks of files below a folder and of the network, counted by thread.
 #pragma once
 
+#include <array>
 #include <atomic>
+#include <string>
 
 namespace iowatch {
 
-extern std::atomic<int> onMainThread;
-extern std::atomic<int> onOthers;
+enum Call { Open, Read, Write, Sync, Connect };
+using Counts = std::array<std::atomic<int>, 5>;
+
+extern Counts onMainThread;
+extern Counts onOthers;
+
+/// Counts from zero, for files below this folder.
+void watch(const std::string &folder);
 
 } // namespace iowatch

@@ -29,12 +29,12 @@ public:
     bool isAsked() const { return till.view().question.has_value(); }
 
     /// Presses a key where the focus is.
-    void hit(Qt::Key key) { QTest::keyClick(focus(), key); }
+    void hit(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) { QTest::keyClick(focus(), key, modifiers); }
 
     /// The same, and waits until the till is idle or asks.
-    bool press(Qt::Key key)
+    bool press(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
     {
-        hit(key);
+        hit(key, modifiers);
         QCoreApplication::processEvents();
         return waitFor([this] { return isIdle() || isAsked(); });
     }
@@ -52,6 +52,20 @@ public:
     {
         const auto *text = window.findChild<QPlainTextEdit *>();
         return text->isVisible() ? text->toPlainText() : QString();
+    }
+
+    /// The rows of the table over the sale that can be seen.
+    QStringList rows() const
+    {
+        QStringList rows;
+        const auto *table = window.findChild<till::ListPage *>()->findChild<QTableWidget *>();
+        for (int row = 0; table->isVisible() && row < table->rowCount(); ++row) {
+            if (!table->isRowHidden(row))
+                rows.append(QString());
+            for (int column = 0; !table->isRowHidden(row) && column < table->columnCount(); ++column)
+                rows.last() += table->item(row, column)->text() + u'|';
+        }
+        return rows;
     }
 
     QString message() const { return window.findChild<QLabel *>(u"message"_s)->text(); }

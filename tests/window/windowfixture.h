@@ -1,6 +1,7 @@
 // A shop whose till has a window.
 #pragma once
 
+#include "iowatch.h"
 #include "tests/sale/salefixture.h"
 #include "windowdriver.h"
 
@@ -20,6 +21,7 @@ protected:
     void start(const QByteArray &settings = {})
     {
         writeFile(ini(), readFile(ini()) + settings);
+        iowatch::watch(folder.path().toStdString());
         shop = std::make_unique<WindowDriver>(ini());
         ASSERT_TRUE(shop->ready);
     }

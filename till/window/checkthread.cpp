@@ -1,26 +1,22 @@
 // Starts and ends the check thread, and carries commands and states across.
 #include "checkthread.h"
 
-#include "checkdesk.h"
-#include "windowcashier.h"
-
 namespace till {
 
-CheckThread::CheckThread(const QString &configFile) : m_desk(new CheckDesk(configFile)), m_cashier(m_desk->cashier())
+CheckThread::CheckThread(const QString &configFile) : m_desk(QSharedPointer<CheckDesk>::create(configFile))
 {
     m_desk->moveToThread(&m_thread);
-    connect(m_desk, &CheckDesk::changed, this, [this](const TillView &view) {
+    connect(m_desk.get(), &CheckDesk::changed, this, [this](const TillView &view) {
         m_view = view;
         Q_EMIT changed();
     });
-    connect(&m_thread, &QThread::finished, m_desk, &QObject::deleteLater);
 }
 
 CheckThread::~CheckThread()
 {
-    disconnect(m_desk, nullptr, this, nullptr);
-    m_cashier->abandon();
-    QMetaObject::invokeMethod(m_desk, [desk = m_desk] {
+    disconnect(m_desk.get(), nullptr, this, nullptr);
+    m_desk->abandon();
+    QMetaObject::invokeMethod(m_desk.get(), [desk = m_desk.get()] {
         desk->finish();
         QThread::currentThread()->quit();
     });
@@ -32,19 +28,20 @@ void CheckThread::start()
     m_thread.setObjectName(QStringLiteral("check"));
     m_thread.start();
     ++m_sent;
-    QMetaObject::invokeMethod(m_desk, &CheckDesk::start);
+    QMetaObject::invokeMethod(m_desk.get(), [desk = m_desk] { desk->start(desk); });
 }
 
-void CheckThread::send(const Command &command)
+void CheckThread::send(const CheckDesk::Work &work, const QString &waitingFor)
 {
     ++m_sent;
-    QMetaObject::invokeMethod(m_desk, [desk = m_desk, command] { desk->perform(command); });
+    QMetaObject::invokeMethod(m_desk.get(),
+                              [desk = m_desk.get(), work, waitingFor] { desk->perform(work, waitingFor); });
     Q_EMIT changed();
 }
 
 void CheckThread::answer(const Answer &answer)
 {
-    m_cashier->answer(answer);
+    m_desk->answer(answer);
     m_view.question.reset(); // Answered once: the check thread shows what comes next.
     Q_EMIT changed();
 }

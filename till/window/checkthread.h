@@ -1,16 +1,12 @@
 // The check thread as the window sees it: commands in, states out.
 #pragma once
 
-#include "tillview.h"
+#include "checkdesk.h"
 
-#include <QtCore/QObject>
 #include <QtCore/QSharedPointer>
 #include <QtCore/QThread>
 
 namespace till {
-
-class CheckDesk;
-class WindowCashier;
 
 /// Used on the window's thread, which it never makes wait, but for the end.
 class CheckThread : public QObject
@@ -24,12 +20,14 @@ public:
 
     void start();
 
-    /// Has a command carried out after those that were sent before.
-    void send(const Command &command);
+    /// Has a command carried out after those that were sent before; `waitingFor` says what the cashier waits for.
+    void send(const CheckDesk::Work &work, const QString &waitingFor = {});
     void answer(const Answer &answer);
 
     /// Whether something was sent that has not been carried out.
     bool isBusy() const { return m_sent != m_view.commandsDone; }
+    /// Whether a command can be given now.
+    bool isIdle() const { return !isBusy() && m_view.isReady; }
 
     const TillView &view() const { return m_view; }
 
@@ -38,8 +36,7 @@ Q_SIGNALS:
 
 private:
     QThread m_thread;
-    CheckDesk *m_desk;
-    QSharedPointer<WindowCashier> m_cashier;
+    QSharedPointer<CheckDesk> m_desk;
     quint64 m_sent = 0;
     TillView m_view;
 };

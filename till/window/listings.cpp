@@ -1,9 +1,8 @@
-// Puts goods, requests and finished checks into rows of text.
+// Puts lines, goods, requests and finished checks into rows of text.
 #include "listings.h"
 
-#include "texts.h"
-
 #include <QtCore/QCoreApplication>
+#include <QtCore/QLocale>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -13,22 +12,15 @@ namespace {
 
 struct Texts
 {
+    /// Several texts, written in one with bars between them.
+    static QStringList each(const char *texts) { return tr(texts).split(u'|'); }
     Q_DECLARE_TR_FUNCTIONS(Listings)
 };
 
-QString stateText(QueueAdmin::State state)
+/// Without decimals that are not needed.
+QString quantityText(double quantity)
 {
-    switch (state) {
-    case QueueAdmin::State::Waiting:
-        return Texts::tr("ожидает");
-    case QueueAdmin::State::Sending:
-        return Texts::tr("отправляется");
-    case QueueAdmin::State::DeadLetter:
-        return Texts::tr("отклонён");
-    case QueueAdmin::State::Discarded:
-        return Texts::tr("снят");
-    }
-    return {};
+    return QLocale().toString(quantity, 'g', QLocale::FloatingPointShortest);
 }
 
 QString timeText(const QDateTime &time)
@@ -38,65 +30,79 @@ QString timeText(const QDateTime &time)
 
 } // namespace
 
-Listing goodsListing(const QList<Goods> &goods)
+QString moneyText(Money sum)
 {
-    Listing listing{Listing::Kind::Goods, {Texts::tr("Товар"), Texts::tr("Цена"), Texts::tr("Штрихкод")}, {}, {}};
+    return QLocale().toString(sum.toRubles(), 'f', 2);
+}
+
+Page linesPage(const QList<ResultLine> &lines)
+{
+    const QStringList marks = Texts::each("без баллов|не списать|не начислить|");
+    Page page{.header = Texts::each("№|Товар|Кол-во|Цена|Отметка|Баллы|Сумма"), .numbers = {0, 2, 3, 5, 6}, .wide = 1};
+    for (const ResultLine &line : lines) {
+        const QString id = QString::number(line.lineId);
+        const QString mark = marks.value(2 * line.takesPoints + line.earnsPoints);
+        const QString points = line.spent.isZero() ? QString() : moneyText(-line.spent);
+        page.rows.append({id,
+                          {id, line.name, quantityText(line.quantity), moneyText(line.price), mark, points,
+                           moneyText(line.amount - line.spent)}});
+    }
+    return page;
+}
+
+Page goodsPage(const QList<Goods> &goods)
+{
+    Page page{Page::Kind::Goods, Texts::tr("Выберите товар"), {}, Texts::each("Товар|Цена|Штрихкод"), {1}};
     for (const Goods &article : goods) {
         const QString id = QString::number(article.quantity, 'f', 3) + u'*' + article.barcode;
-        listing.rows.append({id, {article.name, moneyText(article.price), article.barcode}});
+        page.rows.append({id, {article.name, moneyText(article.price), article.barcode}});
     }
-    return listing;
+    return page;
 }
 
-Listing queueListing(const QList<QueueAdmin::Entry> &entries)
+Page queuePage(const QList<QueueAdmin::Entry> &entries)
 {
-    Listing listing{Listing::Kind::Queue,
-                    {Texts::tr("№"), Texts::tr("Сохранён"), Texts::tr("Запрос"), Texts::tr("Состояние"),
-                     Texts::tr("Попыток"), Texts::tr("Причина")},
-                    {},
-                    {}};
+    const QStringList states = Texts::each("ожидает|отправляется|отклонён|снят");
+    const QString count = Texts::tr("Записей: %1").arg(entries.size());
+    const QStringList header = Texts::each("№|Сохранён|Запрос|Состояние|Попыток|Причина");
+    Page page{Page::Kind::Queue, Texts::tr("Запросы к службе лояльности"), count, header, {0, 4}, 5};
     for (const QueueAdmin::Entry &entry : entries) {
+        const QString id = QString::number(entry.id);
         const QString reason = entry.state == QueueAdmin::State::Discarded ? entry.discardReason : entry.lastError;
-        listing.rows.append({QString::number(entry.id),
-                             {QString::number(entry.id), timeText(entry.stored), entry.operation,
-                              stateText(entry.state), QString::number(entry.attempts), reason}});
+        page.rows.append({id,
+                          {id, timeText(entry.stored), entry.operation, states.value(static_cast<int>(entry.state)),
+                           QString::number(entry.attempts), reason}});
     }
-    listing.summary = Texts::tr("Записей: %1").arg(entries.size());
-    return listing;
+    return page;
 }
 
-Listing parkedListing(const QList<CheckStore::KeptCheck> &checks)
+Page parkedPage(const QList<CheckStore::KeptCheck> &checks)
 {
-    Listing listing{Listing::Kind::Parked, {Texts::tr("Отложен"), Texts::tr("Чек"), Texts::tr("Причина")}, {}, {}};
+    const QString count = Texts::tr("Записей: %1").arg(checks.size());
+    Page page{Page::Kind::Parked, Texts::tr("Отложенные чеки"), count, Texts::each("Отложен|Чек|Причина"), {}, 2};
     for (const CheckStore::KeptCheck &check : checks)
-        listing.rows.append({check.identifier, {timeText(check.since), check.identifier, check.reason}});
-    listing.summary = Texts::tr("Записей: %1").arg(checks.size());
-    return listing;
+        page.rows.append({check.identifier, {timeText(check.since), check.identifier, check.reason}});
+    return page;
 }
 
-Listing journalListing(const QList<CheckResult> &finished)
+Page journalPage(const QList<CheckResult> &finished)
 {
-    Listing listing{Listing::Kind::Journal,
-                    {Texts::tr("Открыт"), Texts::tr("Итог"), Texts::tr("Сумма"), Texts::tr("Баллами"),
-                     Texts::tr("Начислено"), Texts::tr("Покупатель"), Texts::tr("Чек")},
-                    {},
-                    {}};
+    const QStringList header = Texts::each("Открыт|Итог|Сумма|Баллами|Начислено|Покупатель|Чек");
+    Page page{Page::Kind::Journal, Texts::tr("Журнал за сегодня"), {}, header, {2, 3, 4}, 6};
     Money sum;
     Money spent;
     for (const CheckResult &check : finished) {
         const bool isClosed = check.outcome == "closed"_L1;
-        listing.rows.append({check.identifier,
-                             {timeText(check.dateTime), isClosed ? Texts::tr("закрыт") : Texts::tr("аннулирован"),
-                              moneyText(check.total()), moneyText(check.spent()), moneyText(check.earned),
-                              check.customer, check.identifier}});
-        if (isClosed) {
-            sum += check.total();
-            spent += check.spent();
-        }
+        page.rows.append({check.identifier,
+                          {timeText(check.dateTime), isClosed ? Texts::tr("закрыт") : Texts::tr("аннулирован"),
+                           moneyText(check.total()), moneyText(check.spent()), moneyText(check.earned), check.customer,
+                           check.identifier}});
+        sum += isClosed ? check.total() : Money();
+        spent += isClosed ? check.spent() : Money();
     }
-    listing.summary = Texts::tr("Чеков: %1, оплачено %2, баллами %3")
-                          .arg(QString::number(finished.size()), moneyText(sum), moneyText(spent));
-    return listing;
+    page.text = Texts::tr("Чеков: %1, оплачено %2, баллами %3")
+                    .arg(QString::number(finished.size()), moneyText(sum), moneyText(spent));
+    return page;
 }
 
 } // namespace till

@@ -1,4 +1,4 @@
-// Tables for the window, made on the check thread.
+// Tables and numbers for the window.
 #pragma once
 
 #include "till/goods.h"
@@ -9,16 +9,22 @@
 
 namespace till {
 
+/// With two decimals and groups of thousands, as QLocale's default writes them.
+QString moneyText(Money sum);
+
+/// The lines of a check; a row's id is the line's number.
+Page linesPage(const QList<ResultLine> &lines);
+
 /// Articles to choose from; a row's id is the entry that puts it on the check.
-Listing goodsListing(const QList<Goods> &goods);
+Page goodsPage(const QList<Goods> &goods);
 
 /// Queued requests; a row's id is the request's number.
-Listing queueListing(const QList<QueueAdmin::Entry> &entries);
+Page queuePage(const QList<QueueAdmin::Entry> &entries);
 
 /// Checks that were put aside; a row's id is the check's identifier.
-Listing parkedListing(const QList<CheckStore::KeptCheck> &checks);
+Page parkedPage(const QList<CheckStore::KeptCheck> &checks);
 
 /// Finished checks with the day's totals; a row's id is the check's identifier.
-Listing journalListing(const QList<CheckResult> &finished);
+Page journalPage(const QList<CheckResult> &finished);
 
 } // namespace till

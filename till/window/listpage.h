@@ -1,16 +1,11 @@
 // A page over the sale: a table to choose from, or a text to read.
 #pragma once
 
-#include "tillview.h"
+#include "widgets.h"
 
-#include <QtWidgets/QWidget>
+#include <functional>
 
-class QHBoxLayout;
-class QLabel;
-class QLineEdit;
 class QPlainTextEdit;
-class QPushButton;
-class QTableWidget;
 
 namespace till {
 
@@ -19,42 +14,38 @@ class ListPage : public QWidget
     Q_OBJECT
 
 public:
-    explicit ListPage(QWidget *parent = nullptr);
+    ListPage();
 
-    /// One button; the first of a page is also done by Enter. `id` is that of the selected row, empty on a text.
+    /// A button; `subject` is the selected row's id, or the text.
     struct Action
     {
         QString text;
-        QKeySequence key;
-        std::function<void(const QString &id)> run;
-        bool needsRow = true;
+        std::function<void(const QString &subject)> run;
     };
 
-    void showListing(const QString &title, const Listing &listing, const QList<Action> &actions);
-    void showText(const QString &title, const QString &text, const QList<Action> &actions);
+    /// With a button for each action, by the keys Enter, F5 and F6, and one to leave.
+    void show(const Page &page, const QList<Action> &actions);
 
-    QString text() const;
-    void copyText();
+    /// Selects the next row.
+    void step(int by) { m_table->step(by); }
 
 Q_SIGNALS:
-    /// The page is left with Esc or its button.
+    /// By its button.
     void left();
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
-    void setActions(const QString &title, const QList<Action> &actions);
-    void filter(const QString &words);
-    QString selectedId() const;
-    void updateActions();
+    QString subject() const;
+    void updateButtons();
 
     QLabel *m_title;
-    QLabel *m_summary;
     QLineEdit *m_search;
-    QTableWidget *m_table;
+    ListTable *m_table;
     QPlainTextEdit *m_text;
-    QHBoxLayout *m_buttonRow;
+    QLabel *m_summary;
+    QPushButton *m_back;
     QList<QPushButton *> m_buttons;
     QList<Action> m_actions;
 };

@@ -1,12 +1,39 @@
 // kvo-window: the reference till with a window.
 #include "mainwindow.h"
-#include "texts.h"
 #include "theme.h"
 
 #include <CLI/CLI.hpp>
 
+#include <QtCore/QFile>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
 #include <QtCore/QLocale>
+#include <QtCore/QTranslator>
 #include <QtWidgets/QApplication>
+
+namespace {
+
+/// Translates the window's Russian texts into English.
+class EnglishTranslator : public QTranslator
+{
+public:
+    EnglishTranslator()
+    {
+        QFile file(QStringLiteral(":/window/english.json"));
+        if (file.open(QFile::ReadOnly))
+            m_texts = QJsonDocument::fromJson(file.readAll()).object();
+    }
+
+    QString translate(const char *, const char *source, const char *, int) const override
+    {
+        return m_texts.value(QString::fromUtf8(source)).toString();
+    }
+
+private:
+    QJsonObject m_texts;
+};
+
+} // namespace
 
 int main(int argc, char *argv[])
 {
@@ -19,7 +46,6 @@ int main(int argc, char *argv[])
         ->check(CLI::IsMember({"ru", "en"}))
         ->capture_default_str();
     program.set_version_flag("--version", "kvo-window " KVO_VERSION);
-    program.set_help_all_flag("--help-all", "Print all help and exit");
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
@@ -28,7 +54,7 @@ int main(int argc, char *argv[])
     }
     QApplication application(argc, argv);
 
-    till::EnglishTranslator english;
+    EnglishTranslator english;
     if (language == "en")
         QApplication::installTranslator(&english);
     QLocale::setDefault(QLocale(language == "en" ? QLocale::English : QLocale::Russian));

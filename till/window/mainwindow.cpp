@@ -1,132 +1,104 @@
-// How the window is put together.
+// How the window is put together, and what its keys do.
 #include "mainwindow.h"
 
-#include "customerpanel.h"
-#include "keys.h"
-#include "linesmodel.h"
-#include "listpage.h"
 #include "questionpanel.h"
 
 #include <QtCore/QTimer>
-#include <QtWidgets/QHBoxLayout>
-#include <QtWidgets/QHeaderView>
-#include <QtWidgets/QLabel>
-#include <QtWidgets/QLineEdit>
-#include <QtWidgets/QPushButton>
+#include <QtGui/QClipboard>
+#include <QtGui/QScreen>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QFormLayout>
 #include <QtWidgets/QStackedWidget>
 #include <QtWidgets/QStatusBar>
-#include <QtWidgets/QTableView>
 #include <QtWidgets/QToolButton>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace till {
 
-MainWindow::MainWindow(CheckThread &till) : m_till(till)
+MainWindow::MainWindow(CheckThread &till)
+    : m_till(till),
+      m_pages(new QStackedWidget),
+      m_list(new ListPage),
+      m_questions(new QuestionPanel),
+      m_message(makeLabel())
 {
-    setWindowTitle(tr("Касса"));
-    resize(1024, 768);
-    auto *central = new QWidget;
-    central->setObjectName(u"page"_s);
-    auto *layout = new QVBoxLayout(central);
-    m_pages = new QStackedWidget;
     m_sale = makeSale();
-    m_list = new ListPage;
+    m_totals = makeTotals();
+    m_actionArea = makeActions();
+    setWindowTitle(tr("Касса"));
+    resize(QSize(1024, 768).boundedTo(screen()->availableSize()));
+    m_message->setObjectName(u"message"_s);
+    m_message->setWordWrap(true);
+    m_message->setAccessibleName(tr("Сообщение"));
     m_pages->addWidget(m_sale);
     m_pages->addWidget(m_list);
-    layout->addWidget(m_pages, 1);
-    layout->addWidget(makeTotal());
-    m_actionArea = makeActions();
-    layout->addWidget(m_actionArea);
-    m_questions = new QuestionPanel;
-    m_questions->hide();
-    layout->addWidget(m_questions);
-    setCentralWidget(central);
+    auto *central = new QWidget;
+    central->setObjectName(u"page"_s);
+    QWidget *bottom = arrange(Qt::Horizontal, {m_message, m_totals}, {m_message});
+    setCentralWidget(arrange(Qt::Vertical, {m_pages, bottom, m_actionArea, m_questions}, {m_pages}, central));
     makeStatusBar();
 
     connect(m_list, &ListPage::left, this, &MainWindow::showSale);
-    connect(m_questions, &QuestionPanel::answered, this, [this](const Answer &answer) {
-        if (!std::exchange(m_confirmation, std::nullopt))
-            return m_till.answer(answer);
-        if (answer.kind == Answer::Kind::First)
-            m_till.send(m_confirmed);
-        apply();
-        m_entry->setFocus();
-    });
+    connect(m_questions, &QuestionPanel::answered, this, &MainWindow::settle);
     connect(&m_till, &CheckThread::changed, this, &MainWindow::apply);
     auto *clock = new QTimer(this);
     connect(clock, &QTimer::timeout, this, &MainWindow::showMessage);
     clock->start(std::chrono::milliseconds(200));
     useTheme(false);
-    setMode(Mode::Goods);
+    showSale();
     apply();
 }
 
 QWidget *MainWindow::makeSale()
 {
-    auto *page = new QWidget;
-    auto *layout = new QHBoxLayout(page);
-    layout->setContentsMargins(0, 0, 0, 0);
-    auto *left = new QVBoxLayout;
-    auto *entryRow = new QHBoxLayout;
-    m_prompt = new QLabel;
+    m_prompt = makeLabel();
     m_entry = new QLineEdit;
     m_prompt->setBuddy(m_entry);
-    entryRow->addWidget(m_prompt);
-    entryRow->addWidget(m_entry, 1);
-    left->addLayout(entryRow);
-    m_lines = new LinesModel(this);
-    m_table = new QTableView;
-    m_table->setModel(m_lines);
-    m_table->setSelectionBehavior(QTableView::SelectRows);
-    m_table->setSelectionMode(QTableView::SingleSelection);
-    m_table->setTabKeyNavigation(false);
-    m_table->setShowGrid(false);
-    m_table->verticalHeader()->hide();
-    m_table->verticalHeader()->setDefaultSectionSize(50);
-    m_table->setAccessibleName(tr("Строки чека"));
-    QHeaderView *header = m_table->horizontalHeader();
-    header->setSectionResizeMode(QHeaderView::ResizeToContents);
-    header->setSectionResizeMode(LinesModel::Name, QHeaderView::Stretch);
-    header->setHighlightSections(false);
-    left->addWidget(m_table, 1);
-    layout->addLayout(left, 1);
-    m_customer = new CustomerPanel;
-    m_customer->setFixedWidth(264);
-    layout->addWidget(m_customer);
+    m_lines = new ListTable;
+    m_lines->setAccessibleName(tr("Строки чека"));
     connect(m_entry, &QLineEdit::returnPressed, this, &MainWindow::submit);
-    return page;
+    QWidget *entry = arrange(Qt::Horizontal, {m_prompt, m_entry}, {m_entry});
+    QWidget *check = arrange(Qt::Vertical, {entry, m_lines}, {m_lines});
+    QWidget *sale = arrange(Qt::Horizontal, {check, makeCustomer()}, {check});
+    sale->setFocusProxy(m_entry);
+    return sale;
 }
 
-QWidget *MainWindow::makeTotal()
+QWidget *MainWindow::makeCustomer()
 {
-    auto *row = new QWidget;
-    auto *layout = new QHBoxLayout(row);
-    layout->setContentsMargins(0, 0, 0, 0);
-    m_message = new QLabel;
-    m_message->setObjectName(u"message"_s);
-    m_message->setWordWrap(true);
-    m_message->setTextFormat(Qt::PlainText);
-    m_message->setAccessibleName(tr("Сообщение"));
-    m_sum = new QLabel;
-    m_sum->setProperty("role", u"muted"_s);
+    auto *panel = new QFrame;
+    panel->setProperty("role", u"card"_s);
+    panel->setFixedWidth(264);
+    m_customer = makeLabel(u"title"_s);
+    m_card = makeLabel(u"muted"_s);
+    auto *form = new QFormLayout(panel);
+    for (QLabel *label : {m_customer, m_card}) {
+        label->setWordWrap(true);
+        form->addRow(label);
+    }
+    const QString titles = tr("Баланс баллов|Можно списать|Списывается|Будет начислено|Баланс после чека");
+    for (const QString &title : titles.split(u'|')) {
+        m_points.append(makeLabel(u"figure"_s));
+        m_points.constLast()->setAlignment(Qt::AlignRight);
+        form->addRow(title, m_points.constLast());
+    }
+    return panel;
+}
+
+QWidget *MainWindow::makeTotals()
+{
+    m_sum = makeLabel(u"muted"_s);
     m_sum->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    m_total = new QLabel;
-    m_total->setProperty("role", u"big"_s);
+    m_total = makeLabel(u"big"_s);
     m_total->setAccessibleName(tr("К оплате"));
-    layout->addWidget(m_message, 1);
-    layout->addWidget(m_sum);
-    layout->addWidget(m_total);
-    return row;
+    return arrange(Qt::Horizontal, {m_sum, m_total}, {});
 }
 
 QWidget *MainWindow::makeActions()
 {
-    auto *area = new QWidget;
-    auto *grid = new QGridLayout(area);
-    grid->setContentsMargins(0, 0, 0, 0);
     m_actions = actions();
-    constexpr int columns = 6;
+    QList<QWidget *> rows[2];
     for (int index = 0; index < m_actions.size(); ++index) {
         Action &action = m_actions[index];
         action.button = new QToolButton;
@@ -135,49 +107,128 @@ QWidget *MainWindow::makeActions()
         action.button->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
         action.button->setMinimumHeight(76);
         action.button->setIconSize(QSize(26, 26));
-        addKey(action.button, action.key);
+        addKey(action.button, Qt::Key(Qt::Key_F1 + index));
         connect(action.button, &QToolButton::clicked, this, action.run);
-        grid->addWidget(action.button, index / columns, index % columns);
-        grid->setColumnStretch(index % columns, 1);
+        rows[index < m_actions.size() / 2 ? 0 : 1].append(action.button);
     }
     m_actions.constLast().button->setProperty("role", u"main"_s);
-    return area;
-}
-
-QList<MainWindow::Action> MainWindow::actions()
-{
-    using Kind = Command::Kind;
-    const auto send = [this](Kind kind) { return [this, kind] { m_till.send({.kind = kind}); }; };
-    const auto voidCheck = [this] {
-        confirm(tr("Аннулировать чек? Вернуть его будет нельзя."), tr("Аннулировать"), {.kind = Kind::Void});
-    };
-    return {
-        {Kind::ShowQueue, u"help"_s, tr("Помощь"), Qt::Key_F1, [this] { showHelp(); }},
-        {Kind::Card, u"card"_s, tr("Карта"), Qt::Key_F2, [this] { enter(Mode::Card); }},
-        {Kind::Phone, u"phone"_s, tr("Телефон"), Qt::Key_F3, [this] { enter(Mode::Phone); }},
-        {Kind::Price, u"price"_s, tr("Рассчитать"), Qt::Key_F4, send(Kind::Price)},
-        {Kind::Spend, u"spend"_s, tr("Списать баллы"), Qt::Key_F5, send(Kind::Spend)},
-        {Kind::Change, u"change"_s, tr("Изменить"), Qt::Key_F6, [this] { enter(Mode::Change); }},
-        {Kind::Remove, u"remove"_s, tr("Удалить"), Qt::Key_F7,
-         [this] { m_till.send({.kind = Kind::Remove, .line = selectedLine()}); }},
-        {Kind::Restore, u"restore"_s, tr("Вернуть"), Qt::Key_F8, send(Kind::Restore)},
-        {Kind::Park, u"park"_s, tr("Отложить"), Qt::Key_F9, [this] { parkOrTake(); }},
-        {Kind::Void, u"void"_s, tr("Аннулировать"), Qt::Key_F10, voidCheck},
-        {Kind::ShowJournal, u"journal"_s, tr("Журнал"), Qt::Key_F11, send(Kind::ShowJournal)},
-        {Kind::Close, u"close"_s, tr("Закрыть"), Qt::Key_F12, send(Kind::Close)},
-    };
+    QWidget *first = arrange(Qt::Horizontal, rows[0], rows[0]);
+    return arrange(Qt::Vertical, {first, arrange(Qt::Horizontal, rows[1], rows[1])}, {});
 }
 
 void MainWindow::makeStatusBar()
 {
-    m_link = new QLabel;
+    m_link = makeLabel();
     m_queue = new QPushButton;
     addKey(m_queue, Qt::CTRL | Qt::Key_L);
-    connect(m_queue, &QPushButton::clicked, this, [this] { m_till.send({.kind = Command::Kind::ShowQueue}); });
+    connect(m_queue, &QPushButton::clicked, this, [this] { m_till.send(&CheckDesk::showQueue); });
     statusBar()->setSizeGripEnabled(false);
     statusBar()->addWidget(m_link);
     statusBar()->addWidget(m_queue);
-    statusBar()->addPermanentWidget(new QLabel(tr("Принтера нет")));
+    statusBar()->addPermanentWidget(makeLabel({}, tr("Принтера нет")));
+}
+
+MainWindow::Mode MainWindow::customerMode(ECardNumberType type, const QString &prompt, const QString &hint)
+{
+    return {prompt, hint, tr("Ищем покупателя"),
+            [type](CheckDesk &desk, const QString &text) { desk.identify(type, text); }};
+}
+
+/// In the order of the keys F1 to F12.
+QList<MainWindow::Action> MainWindow::actions()
+{
+    const auto does = [this](const CheckDesk::Work &work, const QString &waitingFor = {}) {
+        return [this, work, waitingFor] { m_till.send(work, waitingFor); };
+    };
+    const auto has = [&does](void (CheckSession::*operation)(), const QString &waitingFor = {}) {
+        return does([operation](CheckDesk &desk) { (desk.session().*operation)(); }, waitingFor);
+    };
+    const auto takes = [this](const Mode &mode) { return [this, mode] { enter(mode); }; };
+    const Mode card =
+        customerMode(ECardNumberType::Scanned, tr("Номер карты"), tr("Проведите карту или введите номер"));
+    const Mode phone = customerMode(ECardNumberType::Phone, tr("Телефон"), tr("Например, +79001234567"));
+    const auto always = [](const TillView &) { return true; };
+    const auto isOpen = [](const TillView &view) { return view.isOpen; };
+    const auto hasNoCard = [](const TillView &view) { return !view.hasCard(); };
+    const auto hasLines = [](const TillView &view) { return view.hasLines(); };
+    const auto canPrice = [](const TillView &view) { return view.hasCard() && view.hasLines(); };
+    const auto canSpend = [](const TillView &view) {
+        const bool isOffered = view.check.basket.isEmpty() || !view.check.offered.isZero();
+        return view.hasCard() && view.hasLines() && view.check.spent().isZero() && isOffered;
+    };
+    const auto canRestore = [](const TillView &view) { return view.isOpen && view.isRestorable; };
+    return {
+        {u"help"_s, tr("Помощь"), always, [this] { showHelp(); }},
+        {u"card"_s, tr("Карта"), hasNoCard, takes(card)},
+        {u"phone"_s, tr("Телефон"), hasNoCard, takes(phone)},
+        {u"price"_s, tr("Рассчитать"), canPrice, has(&CheckSession::price, tr("Рассчитываем чек"))},
+        {u"spend"_s, tr("Списать баллы"), canSpend, has(&CheckSession::spend, tr("Списываем баллы"))},
+        {u"change"_s, tr("Изменить"), hasLines, [this] { changeLine(); }},
+        {u"remove"_s, tr("Удалить"), hasLines, [this] { removeLine(); }},
+        {u"restore"_s, tr("Вернуть"), canRestore, has(&CheckSession::restoreGoods)},
+        {u"park"_s, tr("Отложить"), always, does(&CheckDesk::parkOrShowParked)},
+        {u"void"_s, tr("Аннулировать"), isOpen, [this] { voidCheck(); }},
+        {u"journal"_s, tr("Журнал"), always, does(&CheckDesk::showJournal)},
+        {u"close"_s, tr("Закрыть"), hasLines, does(&CheckDesk::close, tr("Закрываем чек"))},
+    };
+}
+
+void MainWindow::changeLine()
+{
+    enter({tr("Строка %1").arg(selectedLine()),
+           tr("Количество, или =цена"),
+           {},
+           [line = selectedLine()](CheckDesk &desk, const QString &text) { desk.changeGoods(line, text); }});
+}
+
+void MainWindow::removeLine()
+{
+    m_till.send([line = selectedLine()](CheckDesk &desk) { desk.session().removeGoods(line); });
+}
+
+void MainWindow::voidCheck()
+{
+    confirm(
+        {.text = tr("Аннулировать чек? Вернуть его будет нельзя."), .first = tr("Аннулировать")},
+        [](CheckDesk &desk, const QString &) { desk.voidCheck(); }, tr("Аннулируем чек"));
+}
+
+void MainWindow::discardRequest(const QString &number)
+{
+    confirm({.text = tr("Снять запрос %1 с отправки? Служба его не получит.").arg(number),
+             .reason = tr("Укажите причину: она останется в списке."),
+             .first = tr("Снять"),
+             .entry = Question::Entry::Text},
+            [number](CheckDesk &desk, const QString &reason) { desk.discardRequest(number, reason); });
+}
+
+/// The first one is done by Enter.
+QList<ListPage::Action> MainWindow::pageActions(Page::Kind kind)
+{
+    const auto does = [this](void (CheckDesk::*operation)(const QString &)) {
+        return [this, operation](const QString &id) {
+            m_till.send([operation, id](CheckDesk &desk) { (desk.*operation)(id); });
+        };
+    };
+    switch (kind) {
+    case Page::Kind::Goods:
+        return {{tr("Добавить"), does(&CheckDesk::addGoods)}};
+    case Page::Kind::Parked:
+        return {{tr("Вернуть чек"), does(&CheckDesk::take)}};
+    case Page::Kind::Journal:
+        return {{tr("Показать чек"), does(&CheckDesk::showReceipt)}};
+    case Page::Kind::Queue:
+        return {{tr("Отправить снова"), does(&CheckDesk::retryRequest)},
+                {tr("Снять с отправки"), [this](const QString &id) { discardRequest(id); }}};
+    case Page::Kind::Receipt:
+        return {{tr("Следующий чек"), [this](const QString &) { showSale(); }},
+                {tr("Копировать"), [](const QString &text) { QApplication::clipboard()->setText(text); }},
+                {tr("Сохранить"), does(&CheckDesk::saveReceipt)}};
+    case Page::Kind::Help:
+    case Page::Kind::Fault:
+        break;
+    }
+    return {};
 }
 
 } // namespace till

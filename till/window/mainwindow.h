@@ -2,21 +2,15 @@
 #pragma once
 
 #include "checkthread.h"
+#include "listpage.h"
 
 #include <QtWidgets/QMainWindow>
 
-class QLabel;
-class QLineEdit;
-class QPushButton;
 class QStackedWidget;
-class QTableView;
 class QToolButton;
 
 namespace till {
 
-class CustomerPanel;
-class LinesModel;
-class ListPage;
 class QuestionPanel;
 
 class MainWindow : public QMainWindow
@@ -32,56 +26,73 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
-    /// What the entry field takes.
-    enum class Mode { Goods, Card, Phone, Change };
-
     /// A large button below the check.
     struct Action
     {
-        Command::Kind kind;
         QString icon;
         QString text;
-        Qt::Key key;
+        bool (*isAllowed)(const TillView &view);
         std::function<void()> run;
         QToolButton *button = nullptr;
     };
 
+    using TypedWork = std::function<void(CheckDesk &desk, const QString &typed)>;
+
+    /// What the entry field takes.
+    struct Mode
+    {
+        QString prompt = {};
+        QString hint = {};
+        QString waitingFor = {};
+        TypedWork work = nullptr; ///< Null: goods.
+    };
+
     QWidget *makeSale();
-    QWidget *makeTotal();
+    QWidget *makeCustomer();
+    QWidget *makeTotals();
     QWidget *makeActions();
     void makeStatusBar();
     QList<Action> actions();
+    QList<ListPage::Action> pageActions(Page::Kind kind);
 
     void useTheme(bool isDark);
     void apply();
-    void showCheck(const TillView &view);
-    void showResult(const TillView &view);
+    void showCheck(const CheckResult &check);
+    void showCustomer(const CheckResult &check);
     void showStatus(const TillView &view);
     void showMessage();
-    void showListing(const Listing &listing);
-    void showReceipt(const QString &receipt);
+    void showPage(const Page &page);
     void showHelp();
-    void showPage();
     void showSale();
+    void updateAreas();
 
-    void setMode(Mode mode);
-    void enter(Mode mode);
+    static Mode customerMode(ECardNumberType type, const QString &prompt, const QString &hint);
+    void changeLine();
+    void removeLine();
+    void voidCheck();
+    void discardRequest(const QString &number);
+
+    void setMode(const Mode &mode);
+    void enter(const Mode &mode);
     void submit();
     void sendPending();
-    void parkOrTake();
+    /// The number on the check of the selected line, or of the last one.
     int selectedLine() const;
-    /// Asks before something that cannot be taken back.
-    void confirm(const QString &question, const QString &yes, const Command &command);
+    /// Asks before something that cannot be taken back, and gives `work` what is typed.
+    void confirm(Question question, const TypedWork &work, const QString &waitingFor = {});
+    void settle(const Answer &answer);
 
     CheckThread &m_till;
     QStackedWidget *m_pages;
     QWidget *m_sale;
     ListPage *m_list;
+    QWidget *m_totals;
     QWidget *m_actionArea;
     QuestionPanel *m_questions;
-    CustomerPanel *m_customer;
-    LinesModel *m_lines;
-    QTableView *m_table;
+    QLabel *m_customer;
+    QLabel *m_card;
+    QList<QLabel *> m_points;
+    ListTable *m_lines;
     QLabel *m_prompt;
     QLineEdit *m_entry;
     QLabel *m_message;
@@ -91,10 +102,10 @@ private:
     QPushButton *m_queue;
     QList<Action> m_actions;
 
-    Mode m_mode = Mode::Goods;
+    Mode m_mode;
     QStringList m_pending; ///< Goods entered while the till was busy.
     std::optional<Question> m_confirmation;
-    Command m_confirmed;
+    Mode m_confirmed;    ///< What is done once it is.
     quint64 m_shown = 0; ///< Commands whose result has been shown.
     bool m_isDark = false;
 };

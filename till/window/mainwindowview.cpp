@@ -1,50 +1,26 @@
-// What the window shows of the till, and what it sends.
-#include "customerpanel.h"
-#include "linesmodel.h"
-#include "listpage.h"
+// What the window shows of the till, and what it does with what is typed.
+#include "listings.h"
 #include "mainwindow.h"
 #include "questionpanel.h"
-#include "texts.h"
 #include "theme.h"
 
 #include <QtGui/QCloseEvent>
 #include <QtWidgets/QApplication>
-#include <QtWidgets/QLabel>
-#include <QtWidgets/QLineEdit>
-#include <QtWidgets/QPushButton>
 #include <QtWidgets/QStackedWidget>
-#include <QtWidgets/QStyle>
-#include <QtWidgets/QTableView>
 #include <QtWidgets/QToolButton>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace till {
 
-namespace {
-
-/// Waiting that is over before the eye sees it is not shown.
-constexpr qint64 unnoticed = 300; // milliseconds
-
-void setTone(QWidget *widget, const QString &tone)
-{
-    if (widget->property("tone").toString() == tone)
-        return;
-    widget->setProperty("tone", tone);
-    widget->style()->unpolish(widget);
-    widget->style()->polish(widget);
-}
-
-} // namespace
-
 void MainWindow::useTheme(bool isDark)
 {
     m_isDark = isDark;
-    const Theme theme = isDark ? Theme::dark() : Theme::light();
+    const Theme theme(isDark);
     theme.apply(*static_cast<QApplication *>(QApplication::instance()));
     for (const Action &action : std::as_const(m_actions)) {
-        const bool isMain = action.kind == Command::Kind::Close;
-        action.button->setIcon(theme.icon(action.icon, isMain ? theme.onAccent : theme.accent));
+        const bool isMain = &action == &m_actions.constLast();
+        action.button->setIcon(theme.icon(action.icon, theme.colour(isMain ? u"onAccent" : u"accent")));
     }
 }
 
@@ -53,76 +29,81 @@ void MainWindow::apply()
     const TillView &view = m_till.view();
     if (view.isDark != m_isDark)
         useTheme(view.isDark);
-    if (!view.fault.isEmpty()) {
-        m_list->showText(tr("Касса не может работать"), view.fault, {});
-        showPage();
-        return;
-    }
-    showCheck(view);
+    if (!view.fault.isEmpty())
+        return showPage({Page::Kind::Fault, tr("Касса не может работать"), view.fault});
+    showCheck(view.check);
     showStatus(view);
-    const std::optional<Question> &question = m_confirmation ? m_confirmation : view.question;
-    const bool isSale = m_pages->currentWidget() == m_sale;
-    if (question)
-        m_questions->show(*question);
-    else
-        m_questions->hide();
-    m_actionArea->setVisible(!question && isSale);
-    for (const Action &action : std::as_const(m_actions)) {
-        const bool takes = action.kind == Command::Kind::Park && !view.isOpen;
-        const Command::Kind kind = takes ? Command::Kind::ShowParked : action.kind;
-        action.button->setText(
-            u"%1  F%2"_s.arg(takes ? tr("Вернуть чек") : action.text, QString::number(action.key - Qt::Key_F1 + 1)));
-        action.button->setEnabled(!m_till.isBusy() && view.allows(kind));
-    }
+    updateAreas();
     if (!m_till.isBusy() && m_shown != view.commandsDone) {
         m_shown = view.commandsDone;
-        showResult(view);
+        view.page ? showPage(*view.page) : showSale();
     }
     showMessage();
     sendPending();
 }
 
-void MainWindow::showCheck(const TillView &view)
+void MainWindow::showCheck(const CheckResult &check)
 {
-    m_customer->show(view.check);
-    m_total->setText(moneyText(view.check.total()));
-    m_sum->setText(
-        view.check.spent().isZero()
-            ? tr("К оплате")
-            : tr("Сумма %1\nБаллами −%2\nК оплате").arg(moneyText(view.check.sum()), moneyText(view.check.spent())));
-    if (!m_lines->setLines(view.check.lines))
-        return;
-    const int row = m_table->currentIndex().row();
-    m_table->selectRow(row >= 0 ? row : m_lines->rowCount() - 1);
+    showCustomer(check);
+    m_total->setText(moneyText(check.total()));
+    m_sum->setText(check.spent().isZero()
+                       ? tr("К оплате")
+                       : tr("Сумма %1\nБаллами −%2\nК оплате").arg(moneyText(check.sum()), moneyText(check.spent())));
+    m_lines->show(linesPage(check.lines), check.lines.size() - 1);
 }
 
-void MainWindow::showResult(const TillView &view)
+void MainWindow::showCustomer(const CheckResult &check)
 {
-    if (!view.receipt.isEmpty())
-        showReceipt(view.receipt);
-    else if (view.listing.kind != Listing::Kind::None)
-        showListing(view.listing);
-    else
-        showSale();
+    const bool hasCard = !check.card.isEmpty();
+    const bool isPriced = hasCard && !check.basket.isEmpty();
+    const QString name = check.customer.isEmpty() ? tr("Имя неизвестно") : check.customer;
+    m_customer->setText(hasCard ? name : tr("Покупатель не указан"));
+    m_card->setText(hasCard ? check.tier + u'\n' + tr("Карта %1").arg(check.card) : tr("F2 – карта, F3 – телефон"));
+    const QList<std::optional<Money>> sums{check.balance, check.offered, check.spent(), check.earned,
+                                           check.balanceAfter()};
+    for (qsizetype index = 0; index < sums.size(); ++index) {
+        const bool isKnown = sums.at(index) && (isPriced || index == 0);
+        m_points.at(index)->setText(isKnown ? moneyText(*sums.at(index)) : u"–"_s);
+    }
 }
 
 void MainWindow::showStatus(const TillView &view)
 {
     const QString since = view.serviceSince.toString(u"HH:mm:ss"_s);
-    if (!view.serviceSince.isValid())
-        m_link->setText(tr("Служба лояльности: обмена ещё не было"));
-    else
-        m_link->setText(view.isServiceReachable ? tr("Служба лояльности на связи")
-                                                : tr("Нет связи со службой лояльности с %1").arg(since));
+    m_link->setText(!view.serviceSince.isValid() ? tr("Служба лояльности: обмена ещё не было")
+                    : view.isServiceReachable ? tr("Служба лояльности на связи")
+                                              : tr("Нет связи со службой лояльности с %1").arg(since));
     setTone(m_link, view.isServiceReachable ? u"good"_s : u"warning"_s);
     m_queue->setText(tr("Запросы: ждут %1, отклонено %2  Ctrl+L")
                          .arg(QString::number(view.queue.waiting), QString::number(view.queue.deadLetters)));
-    m_queue->setEnabled(!m_till.isBusy() && view.allows(Command::Kind::ShowQueue));
     setTone(m_queue, view.queue.deadLetters > 0 ? u"warning"_s : QString());
+}
+
+void MainWindow::updateAreas()
+{
+    const TillView &view = m_till.view();
+    const bool isSale = m_pages->currentWidget() == m_sale;
+    const std::optional<Question> &question = m_confirmation ? m_confirmation : view.question;
+    if (question)
+        m_questions->show(*question);
+    else
+        m_questions->hide();
+    m_list->setEnabled(!question);
+    m_totals->setVisible(isSale);
+    m_actionArea->setVisible(isSale && !question);
+    m_queue->setEnabled(m_till.isIdle() && !question);
+    for (qsizetype index = 0; index < m_actions.size(); ++index) {
+        const Action &action = m_actions.at(index);
+        const QString text = action.icon == "park"_L1 && !view.isOpen ? tr("Вернуть чек") : action.text;
+        action.button->setText(u"%1  F%2"_s.arg(text, QString::number(index + 1)));
+        action.button->setEnabled(m_till.isIdle() && action.isAllowed(view));
+    }
 }
 
 void MainWindow::showMessage()
 {
+    /// Waiting that is over before the eye sees it is not shown.
+    constexpr qint64 unnoticed = 300; // milliseconds
     const TillView &view = m_till.view();
     const qint64 waited = view.waitingSince.msecsTo(QDateTime::currentDateTime());
     const bool isWaiting = m_till.isBusy() && !view.question && !view.waitingFor.isEmpty() && waited > unnoticed;
@@ -134,77 +115,100 @@ void MainWindow::showMessage()
         text += u"\n"_s + tr("Введено и будет добавлено: %1").arg(m_pending.join(u", "_s));
     m_message->setText(text);
     setTone(m_message, isWaiting ? u"wait"_s : view.isWarning && !text.isEmpty() ? u"warning"_s : QString());
+    m_questions->showTimeLeft();
 }
 
-void MainWindow::setMode(Mode mode)
+void MainWindow::showPage(const Page &page)
+{
+    m_pages->setCurrentWidget(m_list);
+    updateAreas();
+    m_list->show(page, pageActions(page.kind));
+}
+
+void MainWindow::showHelp()
+{
+    showPage(
+        {Page::Kind::Help, tr("Помощь"),
+         tr("Товар: отсканируйте штрихкод или введите его, 3*код – три штуки, 1,25*код – вес, или часть названия.\n"
+            "Стрелки вверх и вниз выбирают строку чека, Tab переходит к кнопкам.\n\n"
+            "F2  карта покупателя\nF3  телефон покупателя\nF4  рассчитать чек в службе лояльности\n"
+            "F5  списать баллы\nF6  изменить количество строки, =45,50 – цену\nF7  удалить строку\n"
+            "F8  вернуть последнее изменение строки\n"
+            "F9  отложить чек или вернуть отложенный\nF10  аннулировать чек\nF11  журнал за день\n"
+            "F12  закрыть чек\nCtrl+L  запросы, которые ждут отправки\nEsc  назад\n\n"
+            "Питание можно выключить в любой момент: чек останется на кассе.")});
+}
+
+void MainWindow::showSale()
+{
+    if (!m_till.view().fault.isEmpty()) {
+        close();
+        return;
+    }
+    m_pages->setCurrentWidget(m_sale);
+    updateAreas();
+    setMode({tr("Товар"), tr("Штрихкод, 3*штрихкод или название"), {}, nullptr});
+}
+
+void MainWindow::setMode(const Mode &mode)
 {
     m_mode = mode;
-    const QString prompts[]{tr("Товар"), tr("Номер карты"), tr("Телефон"), tr("Строка %1").arg(selectedLine())};
-    const QString hints[]{tr("Штрихкод, 3*штрихкод или название"), tr("Проведите карту или введите номер"),
-                          tr("Например, +79001234567"), tr("Количество, или =цена")};
-    const auto index = static_cast<std::size_t>(mode);
-    m_prompt->setText(prompts[index]);
-    m_entry->setPlaceholderText(hints[index]);
-    m_entry->setAccessibleName(prompts[index]);
+    m_prompt->setText(mode.prompt);
+    m_entry->setPlaceholderText(mode.hint);
+    m_entry->setAccessibleName(mode.prompt);
+    m_entry->setFocus();
 }
 
-void MainWindow::enter(Mode mode)
+void MainWindow::enter(const Mode &mode)
 {
     setMode(mode);
-    m_entry->setFocus();
-    // What was typed before the key is the number.
-    if (mode != Mode::Change && !m_entry->text().trimmed().isEmpty())
-        submit();
-    else
-        m_entry->clear();
+    submit(); // What was typed before the key is the number.
 }
 
 void MainWindow::submit()
 {
-    using Kind = Command::Kind;
     const QString text = m_entry->text().trimmed();
-    if (text.isEmpty())
-        return;
-    if (m_mode == Mode::Goods) {
-        m_pending.append(text);
-        m_entry->clear();
-        return sendPending();
-    }
-    const Kind kind = m_mode == Mode::Card ? Kind::Card : m_mode == Mode::Phone ? Kind::Phone : Kind::Change;
-    if (m_till.isBusy() || !m_till.view().allows(kind))
+    if (text.isEmpty() || (m_mode.work && !m_till.isIdle()))
         return;
     m_entry->clear();
-    m_till.send({.kind = kind, .text = text, .line = selectedLine()});
+    if (m_mode.work)
+        return m_till.send([work = m_mode.work, text](CheckDesk &desk) { work(desk, text); }, m_mode.waitingFor);
+    m_pending.append(text);
+    sendPending();
 }
 
 void MainWindow::sendPending()
 {
-    if (m_pending.isEmpty() || m_till.isBusy() || !m_till.view().allows(Command::Kind::Add) || m_confirmation ||
-        m_pages->currentWidget() != m_sale)
+    if (m_pending.isEmpty() || !m_till.isIdle() || m_confirmation || m_pages->currentWidget() != m_sale)
         return;
-    m_table->setCurrentIndex({});
-    m_till.send({.kind = Command::Kind::Add, .text = m_pending.takeFirst()});
-}
-
-void MainWindow::parkOrTake()
-{
-    m_till.send({.kind = m_till.view().isOpen ? Command::Kind::Park : Command::Kind::ShowParked});
+    m_lines->setCurrentCell(-1, -1);
+    m_till.send([text = m_pending.takeFirst()](CheckDesk &desk) { desk.addGoods(text); });
 }
 
 int MainWindow::selectedLine() const
 {
-    const int row = m_table->currentIndex().row();
-    return m_lines->lineAt(row >= 0 ? row : m_lines->rowCount() - 1);
+    const QList<ResultLine> &lines = m_till.view().check.lines;
+    const QString id = m_lines->selectedId();
+    return id.isEmpty() && !lines.isEmpty() ? lines.constLast().lineId : id.toInt();
 }
 
-void MainWindow::confirm(const QString &question, const QString &yes, const Command &command)
+void MainWindow::confirm(Question question, const TypedWork &work, const QString &waitingFor)
 {
-    m_confirmed = command;
-    m_confirmation.emplace();
-    m_confirmation->text = question;
-    m_confirmation->first = yes;
-    m_confirmation->second = tr("Нет");
-    apply();
+    question.second = tr("Нет");
+    m_confirmation = question;
+    m_confirmed = {.waitingFor = waitingFor, .work = work};
+    updateAreas();
+}
+
+void MainWindow::settle(const Answer &answer)
+{
+    if (!std::exchange(m_confirmation, std::nullopt))
+        return m_till.answer(answer);
+    updateAreas();
+    m_pages->currentWidget()->setFocus();
+    if (answer.kind == Answer::Kind::First)
+        m_till.send([work = m_confirmed.work, text = answer.text](CheckDesk &desk) { work(desk, text); },
+                    m_confirmed.waitingFor);
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)
@@ -218,8 +222,10 @@ void MainWindow::closeEvent(QCloseEvent *event)
 void MainWindow::keyPressEvent(QKeyEvent *event)
 {
     const int step = event->key() == Qt::Key_Up ? -1 : event->key() == Qt::Key_Down ? 1 : 0;
-    if (step != 0 && m_lines->rowCount() > 0)
-        m_table->selectRow(qBound(0, m_table->currentIndex().row() + step, m_lines->rowCount() - 1));
+    if (step != 0)
+        m_pages->currentWidget() == m_sale ? m_lines->step(step) : m_list->step(step);
+    else if (event->key() == Qt::Key_Escape && m_confirmation)
+        settle({.kind = Answer::Kind::Second});
     else if (event->key() == Qt::Key_Escape)
         showSale();
     else

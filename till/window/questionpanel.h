@@ -1,14 +1,7 @@
-// What has to be answered before the sale goes on: a question with two buttons, or the customer's code.
+// What has to be answered before the sale goes on: a question with two buttons, and perhaps something to type.
 #pragma once
 
-#include "tillview.h"
-
-#include <QtWidgets/QFrame>
-
-class QLabel;
-class QLineEdit;
-class QPushButton;
-class QShortcut;
+#include "widgets.h"
 
 namespace till {
 
@@ -17,23 +10,25 @@ class QuestionPanel : public QFrame
     Q_OBJECT
 
 public:
-    explicit QuestionPanel(QWidget *parent = nullptr);
+    QuestionPanel();
 
     /// Shows a question and takes the focus; the same question again changes nothing.
     void show(const Question &question);
+
+    /// Counts the time down.
+    void showTimeLeft();
 
 Q_SIGNALS:
     void answered(const till::Answer &answer);
 
 private:
     void answer(Answer::Kind kind);
-    void showTimeLeft();
 
     Question m_question;
     QLabel *m_text;
     QLabel *m_reason;
     QLabel *m_time;
-    QLineEdit *m_code;
+    QLineEdit *m_entry;
     QPushButton *m_first;
     QShortcut *m_firstKey;
     QPushButton *m_again;

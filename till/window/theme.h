@@ -9,26 +9,22 @@ class QApplication;
 namespace till {
 
 /// Text has a contrast of at least 4.5:1 on every ground it is put on.
-struct Theme
+class Theme
 {
-    QColor ground;
-    QColor surface;
-    QColor text;
-    QColor muted;
-    QColor line;
-    QColor accent;
-    QColor onAccent;
-    QColor warning;
-    QColor good;
+public:
+    explicit Theme(bool isDark) : m_isDark(isDark) {}
 
-    static Theme light();
-    static Theme dark();
+    /// By its name in the style sheet, such as "ground".
+    QColor colour(QStringView name) const;
 
     /// Fusion with these colours, for all of the program.
     void apply(QApplication &application) const;
 
     /// The icon of that name in icons.svg, in this colour, and muted while it is disabled.
     QIcon icon(const QString &name, const QColor &colour) const;
+
+private:
+    bool m_isDark;
 };
 
 } // namespace till

@@ -1,5 +1,4 @@
-// What passes between the window and the check thread: commands one way, the state of the till the other. Plain values,
-// copied across.
+// What passes between the check thread and the window: plain values, copied across.
 #pragma once
 
 #include "till/checkresult.h"
@@ -9,81 +8,51 @@
 #include <QtCore/QDateTime>
 #include <QtCore/QStringList>
 
-#include <chrono>
-
 namespace till {
 
-/// One thing that the cashier wants done.
-struct Command
-{
-    enum class Kind {
-        Add,    ///< `text` is an entry, see Catalogue::find().
-        Change, ///< `line`; `text` is a quantity, or "=" and a price.
-        Remove, ///< `line`
-        Restore,
-        Card,  ///< `text` is the card's number.
-        Phone, ///< `text` is the telephone number.
-        Price,
-        Spend,
-        Park,
-        Take, ///< `text` identifies the parked check.
-        Close,
-        Void,
-        ShowParked,
-        ShowQueue,
-        RetryRequest,   ///< `text` is the request's number.
-        DiscardRequest, ///< `text` is the request's number, `reason` says why.
-        ShowJournal,
-        ShowReceipt, ///< `text` identifies the finished check.
-        SaveReceipt, ///< `text` is what to save.
-    };
-
-    Kind kind = Kind::Add;
-    QString text = {};
-    QString reason = {};
-    int line = 0;
-};
-
-/// What the check thread wants to know from the cashier before it goes on.
+/// What the till wants to know from the cashier before it goes on.
 struct Question
 {
+    enum class Entry { None, Text, Code };
+
     quint64 number = 0; ///< An answer names it, so that none is taken for the next question's.
-    QString text;
-    QString reason; ///< Why it has come to the question; may be empty.
-    QString first;
-    QString second;
+    QString text = {};
+    QString reason = {}; ///< Why it has come to the question, or what to do; may be empty.
+    QString first = {};
+    QString second = {};
+    Entry entry = Entry::None; ///< What has to be typed for the first button.
     // When a code is asked for:
-    bool isCode = false;
-    bool isCodeRefused = false;
-    QString phone; ///< Masked.
-    Money points;
     int attemptsLeft = 0;
-    QDateTime deadline;
+    QDateTime deadline = {};
 };
 
 struct Answer
 {
-    enum class Kind { First, Second, Code, SendAgain, GiveUp };
+    enum class Kind { First, Second, SendAgain };
 
     quint64 question = 0;
     Kind kind = Kind::Second;
-    QString code = {};
+    QString text = {}; ///< What was typed.
 };
 
-/// A table to show: goods to choose from, parked checks, queued requests, the day's journal.
-struct Listing
+/// What is shown in place of the sale: a table to choose from, or a text to read.
+struct Page
 {
-    enum class Kind { None, Goods, Parked, Queue, Journal };
+    enum class Kind { Goods, Parked, Queue, Journal, Receipt, Help, Fault };
     struct Row
     {
         QString id;
         QStringList cells;
+        friend bool operator==(const Row &, const Row &) = default;
     };
 
-    Kind kind = Kind::None;
-    QStringList header;
-    QList<Row> rows;
-    QString summary;
+    Kind kind = Kind::Help;
+    QString title = {};
+    QString text = {}; ///< Below the table, where there is one.
+    QStringList header = {};
+    QList<int> numbers = {}; ///< Columns that are aligned to the right.
+    int wide = 0;            ///< The column that takes the room that is left.
+    QList<Row> rows = {};
 };
 
 /// The till as it is shown.
@@ -104,15 +73,14 @@ struct TillView
 
     QString message;
     bool isWarning = false;
-    QString receipt; ///< Of the check that has just ended, or was asked for.
-    Listing listing;
+    std::optional<Page> page; ///< What the last command has to show.
 
     bool isServiceReachable = true;
     QDateTime serviceSince; ///< When that was first noticed; invalid while nothing has been sent.
     DBQueueBroker::Status queue;
 
-    /// Whether it makes sense to give such a command now. The line of Change and Remove is the caller's affair.
-    bool allows(Command::Kind kind) const;
+    bool hasLines() const { return isOpen && !check.lines.isEmpty(); }
+    bool hasCard() const { return isOpen && !check.card.isEmpty(); }
 };
 
 } // namespace till

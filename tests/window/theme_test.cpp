@@ -1,0 +1,65 @@
+// What can be read of the window, and in which language.
+#include "tests/support/file.h"
+#include "till/window/theme.h"
+
+#include <gtest/gtest.h>
+
+#include <QtCore/QDirIterator>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QRegularExpression>
+
+#include <cmath>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+/// As the web's accessibility guidelines define it.
+double luminance(const QColor &colour)
+{
+    const auto linear = [](float part) {
+        return part <= 0.04045F ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) + 0.0722 * linear(colour.blueF());
+}
+
+TEST(Theme, CanBeRead)
+{
+    const struct
+    {
+        QStringView text, ground;
+        double least = 4.5;
+    } pairs[]{{u"text", u"ground"},      {u"text", u"surface"},      {u"text", u"line"},
+              {u"muted", u"ground"},     {u"muted", u"surface"},     {u"onAccent", u"accent"},
+              {u"good", u"surface"},     {u"warning", u"surface"},   {u"onAccent", u"warning"},
+              {u"accent", u"ground", 3}, {u"accent", u"surface", 3}, {u"text", u"accent", 1.5}};
+    for (const bool isDark : {false, true}) {
+        const till::Theme theme(isDark);
+        for (const auto &[text, ground, least] : pairs) {
+            const double one = luminance(theme.colour(text)) + 0.05;
+            const double other = luminance(theme.colour(ground)) + 0.05;
+            EXPECT_GE(std::max(one, other) / std::min(one, other), least)
+                << QStringList{text.toString(), ground.toString()}.join(u" on "_s).toStdString() << isDark;
+        }
+    }
+}
+
+TEST(Texts, HaveTheirEnglish)
+{
+    QJsonObject english = QJsonDocument::fromJson(readFile(u":/window/english.json"_s)).object();
+    static const QRegularExpression call(uR"re(\b(?:tr|each)\(\s*((?:"(?:[^"\\]|\\.)*"\s*)+))re"_s);
+    static const QRegularExpression seam(u"\"\\s*\"|^\"|\"\\s*$"_s);
+    QDirIterator files(QStringLiteral(KVO_WINDOW_SOURCES), {u"*.cpp"_s});
+    QSet<QString> texts;
+    while (files.hasNext()) {
+        for (const auto &match : call.globalMatch(QString::fromUtf8(readFile(files.next()))))
+            texts.insert(match.captured(1).trimmed().remove(seam).replace(u"\\n"_s, u"\n"_s));
+    }
+    const QStringList keys = english.keys();
+    EXPECT_GT(keys.size(), 50);
+    for (const QString &text : (texts + QSet(keys.cbegin(), keys.cend())))
+        EXPECT_TRUE(texts.contains(text) && english.contains(text)) << text.toStdString();
+}
+
+} // namespace

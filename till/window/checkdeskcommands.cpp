@@ -1,0 +1,127 @@
+// What the cashier wants done, and what the cashier looks at beside the check.
+#include "checkdesk.h"
+#include "listings.h"
+#include "till/receipt.h"
+#include "till/receiptprinter.h"
+
+#include <core/basicexception.h>
+#include <core/singleton.h>
+
+#include <QtCore/QDir>
+#include <QtCore/QSaveFile>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace till {
+
+namespace {
+
+/// The day's finished checks.
+QList<CheckResult> today()
+{
+    QList<CheckResult> finished;
+    for (const auto &entry : Singleton<CheckStore>::instance()->journal(QDate::currentDate().startOfDay()))
+        finished.append(resultFromJournal(entry.entry));
+    return finished;
+}
+
+Page receiptPage(const QString &text)
+{
+    return {.kind = Page::Kind::Receipt, .title = CheckDesk::tr("Чек"), .text = text};
+}
+
+} // namespace
+
+void CheckDesk::addGoods(const QString &entry)
+{
+    const QList<Goods> found = m_catalogue.find(entry);
+    if (found.isEmpty())
+        throw BasicException(tr("Товар не найден: %1. Проверьте код или введите часть названия.").arg(entry));
+    if (found.size() > 1) {
+        m_view.page = goodsPage(found);
+        return;
+    }
+    if (!session().isOpen())
+        session().open();
+    session().addGoods(makeItem(found.constFirst()));
+}
+
+void CheckDesk::changeGoods(int line, const QString &text)
+{
+    if (text.startsWith(u'='))
+        session().changeGoods(line, std::nullopt, parsePrice(text.mid(1)));
+    else
+        session().changeGoods(line, parseQuantity(text), std::nullopt);
+}
+
+void CheckDesk::identify(ECardNumberType type, const QString &number)
+{
+    if (!session().isOpen())
+        session().open();
+    session().addCard(type, number);
+}
+
+void CheckDesk::take(const QString &identifier)
+{
+    if (const std::optional<CheckResult> ended = session().take(identifier))
+        end(*ended);
+}
+
+void CheckDesk::end(const CheckResult &result)
+{
+    m_till->drain().wakeUp();
+    m_view.page = receiptPage(receiptText(result, queueStatus()));
+}
+
+void CheckDesk::parkOrShowParked()
+{
+    if (session().isOpen())
+        session().park();
+    else
+        m_view.page = parkedPage(session().keptChecks());
+}
+
+void CheckDesk::showQueue()
+{
+    m_view.page = queuePage(QueueAdmin().list());
+}
+
+void CheckDesk::retryRequest(const QString &number)
+{
+    QueueAdmin().retry(number.toLongLong());
+    m_till->drain().wakeUp();
+    showQueue();
+}
+
+void CheckDesk::discardRequest(const QString &number, const QString &reason)
+{
+    QueueAdmin().discard(number.toLongLong(), reason);
+    showQueue();
+}
+
+void CheckDesk::showJournal()
+{
+    m_view.page = journalPage(today());
+}
+
+void CheckDesk::showReceipt(const QString &identifier)
+{
+    for (const QList<CheckResult> finished = today(); const CheckResult &check : finished) {
+        if (check.identifier == identifier)
+            m_view.page = receiptPage(receiptText(check, {}));
+    }
+}
+
+void CheckDesk::saveReceipt(const QString &text)
+{
+    const QDir folder(m_till->host().dataFolder());
+    const QString name = u"receipt-%1.txt"_s.arg(QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss"_s));
+    QSaveFile file(folder.filePath(name));
+    if (!file.open(QFile::WriteOnly) || file.write(text.toUtf8()) < 0 || !file.commit())
+        throw BasicException(tr("Чек не сохранён: %1").arg(file.errorString()));
+    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    m_view.page = receiptPage(text);
+    m_view.message = tr("Сохранено: %1").arg(file.fileName());
+}
+
+} // namespace till

@@ -1,0 +1,122 @@
+// Makes the window's labels, buttons and tables.
+#include "widgets.h"
+
+#include <QtGui/QShortcut>
+#include <QtWidgets/QHeaderView>
+#include <QtWidgets/QStyle>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace till {
+
+QWidget *arrange(Qt::Orientation orientation, const QList<QWidget *> &widgets, const QList<QWidget *> &wide,
+                 QWidget *box)
+{
+    const bool isSide = orientation == Qt::Horizontal;
+    auto *layout = new QBoxLayout(isSide ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    if (!box) {
+        box = new QWidget;
+        layout->setContentsMargins(0, 0, 0, 0);
+    }
+    for (QWidget *widget : widgets)
+        layout->addWidget(widget, wide.contains(widget) ? 1 : 0);
+    box->setLayout(layout);
+    return box;
+}
+
+QLabel *makeLabel(const QString &role, const QString &text)
+{
+    auto *label = new QLabel(text);
+    label->setProperty("role", role);
+    label->setTextFormat(Qt::PlainText);
+    return label;
+}
+
+QPushButton *makeButton(const QString &text)
+{
+    auto *button = new QPushButton(text);
+    button->setMinimumHeight(56);
+    button->setAutoDefault(true);
+    return button;
+}
+
+QShortcut *addKey(QAbstractButton *button, const QKeySequence &key)
+{
+    return new QShortcut(key, button, [button] { button->click(); });
+}
+
+void setTone(QWidget *widget, const QString &tone)
+{
+    if (widget->property("tone").toString() == tone)
+        return;
+    widget->setProperty("tone", tone);
+    widget->style()->unpolish(widget);
+    widget->style()->polish(widget);
+}
+
+ListTable::ListTable()
+{
+    setSelectionBehavior(SelectRows);
+    setSelectionMode(SingleSelection);
+    setEditTriggers(NoEditTriggers);
+    setTabKeyNavigation(false);
+    setShowGrid(false);
+    verticalHeader()->hide();
+    verticalHeader()->setDefaultSectionSize(48);
+    horizontalHeader()->setHighlightSections(false);
+    horizontalHeader()->setMaximumSectionSize(320);
+}
+
+void ListTable::show(const Page &page, qsizetype otherwise)
+{
+    if (page.rows == m_rows && columnCount() == page.header.size())
+        return;
+    const QString selected = selectedId();
+    setRowCount(0);
+    m_rows = page.rows;
+    setColumnCount(static_cast<int>(page.header.size()));
+    setRowCount(static_cast<int>(m_rows.size()));
+    setHorizontalHeaderLabels(page.header);
+    for (int column = 0; column < columnCount(); ++column) {
+        const auto side = page.numbers.contains(column) ? Qt::AlignRight : Qt::AlignLeft;
+        horizontalHeaderItem(column)->setTextAlignment(side | Qt::AlignVCenter);
+        for (int row = 0; row < rowCount(); ++row) {
+            auto *cell = new QTableWidgetItem(m_rows.at(row).cells.at(column));
+            cell->setTextAlignment(side | Qt::AlignVCenter);
+            cell->setToolTip(cell->text());
+            setItem(row, column, cell);
+        }
+    }
+    horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    horizontalHeader()->setSectionResizeMode(page.wide, QHeaderView::Stretch);
+    const auto same = std::find_if(m_rows.cbegin(), m_rows.cend(), [&](const auto &row) { return row.id == selected; });
+    selectRow(static_cast<int>(same == m_rows.cend() ? otherwise : same - m_rows.cbegin()));
+}
+
+QString ListTable::selectedId() const
+{
+    const QModelIndexList selected = selectionModel()->selectedRows();
+    return selected.isEmpty() ? QString() : m_rows.at(selected.constFirst().row()).id;
+}
+
+void ListTable::step(int by)
+{
+    int row = currentRow() + by;
+    while (row >= 0 && row < rowCount() && isRowHidden(row))
+        row += by;
+    if (row >= 0 && row < rowCount())
+        selectRow(row);
+}
+
+void ListTable::filter(const QString &words)
+{
+    clearSelection();
+    for (int row = 0; row < rowCount(); ++row) {
+        const bool isHit = m_rows.at(row).cells.join(u' ').contains(words.trimmed(), Qt::CaseInsensitive);
+        setRowHidden(row, !isHit);
+        if (isHit && selectedItems().isEmpty())
+            selectRow(row);
+    }
+}
+
+} // namespace till
