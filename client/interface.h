@@ -123,7 +123,7 @@ private:
     QJsonObject orderReference(const DocumentCardRecord &card) const;
     Response requestResult(const Request &order) const;
     Response sendOrder(const Request &order, DocumentCardRecord &card) const;
-    QUrl methodUrl(const std::filesystem::path &prefix, const QString &method) const;
+    QUrl methodUrl(const std::filesystem::path &prefix, const QString &method, const QUrlQuery &query) const;
 
     QUrl server; ///< `host`, parsed once.
 };

@@ -46,24 +46,23 @@ template <class Text>
 
 QUrl Interface::getUrl(const QString &method, const QUrlQuery &query) const
 {
-    QUrl url = methodUrl(path, method);
-    if (url.errorString().isEmpty())
-        url.setQuery(query);
-    return url;
+    return methodUrl(path, method, query);
 }
 
 QUrl Interface::getVerificationUrl(const QString &method) const
 {
-    return methodUrl(verificationPath, method);
+    return methodUrl(verificationPath, method, QUrlQuery());
 }
 
-QUrl Interface::methodUrl(const std::filesystem::path &prefix, const QString &method) const
+QUrl Interface::methodUrl(const std::filesystem::path &prefix, const QString &method, const QUrlQuery &query) const
 {
     QUrl url = server;
-    // Setting a path or a query would clear the error, and the request would go to the default port of the part that
-    // could be parsed.
-    if (url.errorString().isEmpty())
-        url.setPath(QString::fromStdString((prefix / method.toStdString()).native()), QUrl::DecodedMode);
+    // Setting a path would clear the error, and the request would go to the default port of the part that could be
+    // parsed.
+    if (!url.errorString().isEmpty())
+        return url;
+    url.setPath(QString::fromStdString((prefix / method.toStdString()).native()), QUrl::DecodedMode);
+    url.setQuery(query);
     return url;
 }
 
