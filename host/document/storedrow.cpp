@@ -49,21 +49,6 @@ QJsonValue toJson(const QVariant &value)
     return QJsonValue::fromVariant(serder::toPlain(value));
 }
 
-QJsonValue toJson(const QString &value)
-{
-    return value;
-}
-
-QJsonValue toJson(bool value)
-{
-    return value;
-}
-
-QJsonValue toJson(int value)
-{
-    return value;
-}
-
 QJsonValue toJson(double value)
 {
     if (!std::isfinite(value))
@@ -84,11 +69,6 @@ QJsonValue toJson(const QDate &value)
 QJsonValue toJson(const QDateTime &value)
 {
     return value.toString(Qt::ISODateWithMs);
-}
-
-QJsonValue toJson(const QVariantList &value)
-{
-    return toJson(QVariant(value));
 }
 
 void fromJson(const QJsonValue &json, QVariant &value)

@@ -24,6 +24,7 @@
 
 #include <optional>
 #include <type_traits>
+#include <utility>
 
 namespace storedrow {
 
@@ -34,14 +35,10 @@ concept Stored = requires
 };
 
 QJsonValue toJson(const QVariant &value); ///< Throws BasicException for a value that serder::toPlain() refuses.
-QJsonValue toJson(const QString &value);
-QJsonValue toJson(bool value);
-QJsonValue toJson(int value);
 QJsonValue toJson(double value);
 QJsonValue toJson(Money value);
 QJsonValue toJson(const QDate &value);
 QJsonValue toJson(const QDateTime &value);
-QJsonValue toJson(const QVariantList &value);
 
 void fromJson(const QJsonValue &json, QVariant &value);
 void fromJson(const QJsonValue &json, QString &value);
@@ -57,45 +54,36 @@ void fromJson(const QJsonValue &json, QVariantList &value);
 BasicException fieldError(const QString &name, const BasicException &error);
 [[noreturn]] void fail(const QString &problem);
 
-constexpr bool isWithin(int code, auto first, auto last)
+/// The first and the last value of an enumeration.
+template <class Enum>
+constexpr std::pair<Enum, Enum> range;
+template <>
+inline constexpr std::pair range<EDiscountMode>{EDiscountMode::Undefined, EDiscountMode::Payment};
+template <>
+inline constexpr std::pair range<EDiscountObject>{EDiscountObject::Check, EDiscountObject::Position};
+template <>
+inline constexpr std::pair range<EDiscountType>{EDiscountType::None, EDiscountType::Bonus};
+template <>
+inline constexpr std::pair range<EImpactSource>{EImpactSource::Undefined, EImpactSource::Cashier};
+template <>
+inline constexpr std::pair range<EPriceSourceType>{EPriceSourceType::Undefined, EPriceSourceType::Promotion};
+template <>
+inline constexpr std::pair range<Client::Sex>{Client::Sex::Male, Client::Sex::Female};
+template <>
+inline constexpr std::pair range<SaleDocument::State>{SaleDocument::State::Open, SaleDocument::State::Voided};
+
+constexpr bool isKnown(auto value)
 {
-    return code >= static_cast<int>(first) && code <= static_cast<int>(last);
-}
-constexpr bool isKnown(EDiscountMode value)
-{
-    return isWithin(static_cast<int>(value), EDiscountMode::Undefined, EDiscountMode::Payment);
-}
-constexpr bool isKnown(EDiscountObject value)
-{
-    return isWithin(static_cast<int>(value), EDiscountObject::Check, EDiscountObject::Position);
-}
-constexpr bool isKnown(EDiscountType value)
-{
-    return isWithin(static_cast<int>(value), EDiscountType::None, EDiscountType::Bonus);
+    return value >= range<decltype(value)>.first && value <= range<decltype(value)>.second;
 }
 constexpr bool isKnown(EDocumentType value)
 {
     return value == EDocumentType::Sale || value == EDocumentType::Refund || value == EDocumentType::RefundBySale;
 }
-constexpr bool isKnown(EImpactSource value)
-{
-    return isWithin(static_cast<int>(value), EImpactSource::Undefined, EImpactSource::Cashier);
-}
-constexpr bool isKnown(EPriceSourceType value)
-{
-    return isWithin(static_cast<int>(value), EPriceSourceType::Undefined, EPriceSourceType::Promotion);
-}
-constexpr bool isKnown(Client::Sex value)
-{
-    return isWithin(static_cast<int>(value), Client::Sex::Male, Client::Sex::Female);
-}
-constexpr bool isKnown(SaleDocument::State value)
-{
-    return isWithin(static_cast<int>(value), SaleDocument::State::Open, SaleDocument::State::Voided);
-}
 
 template <Stored T>
 QJsonObject write(const T &object);
+/// Into an object that is new.
 template <Stored T>
 void read(const QJsonObject &row, T &object);
 /// Compares field by field, and objects instead of pointers to them.
@@ -136,7 +124,10 @@ QJsonValue write(const T &value) requires requires
     storedrow::toJson(value);
 } &&(!std::is_enum_v<T>)
 {
-    return storedrow::toJson(value);
+    if constexpr (std::is_constructible_v<QJsonValue, T> && !std::is_same_v<T, double>)
+        return value;
+    else
+        return storedrow::toJson(value);
 }
 
 template <class Enum>
@@ -152,7 +143,6 @@ void read(const QJsonValue &json, Enum &value)
 template <class T>
 void read(const QJsonValue &json, std::optional<T> &value)
 {
-    value.reset();
     if (!json.isNull())
         fromJson(json, value.emplace());
 }
@@ -172,7 +162,6 @@ void read(const QJsonValue &json, QList<QSharedPointer<T>> &values)
 {
     if (!json.isArray())
         fail(QStringLiteral("ожидается список"));
-    values.clear();
     for (const auto array = json.toArray(); const auto &element : array)
         read(element, values.emplaceBack());
 }

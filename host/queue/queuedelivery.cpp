@@ -136,10 +136,10 @@ void QueueDelivery::record(QueueStore &store)
     const qint64 newest = hasFailed ? store.newest() : 0;
     store.record([&] { write(store, batch); });
     CircuitBreaker &breaker = m_receivers[batch.receiver].breaker;
-    if (!hasFailed || batch.sent > 1)
-        breaker.answered();
     if (hasFailed)
         breaker.failed(m_environment.now(), newest);
+    else
+        breaker.answered();
     m_unrecorded.reset();
 }
 

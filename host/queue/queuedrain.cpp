@@ -11,20 +11,12 @@
 #include <mutex>
 #include <thread>
 
-using namespace Qt::Literals::StringLiterals;
-using namespace std::chrono_literals;
-
-namespace {
-
-// Also how late an event is found that another process has pushed, and the end of a back-off noticed.
-constexpr auto timeBetweenLooks = 1s;
-
-} // namespace
-
 class QueueDrain::Worker
 {
 public:
+    explicit Worker(std::chrono::milliseconds timeBetweenLooks) : m_timeBetweenLooks(timeBetweenLooks) {}
     ~Worker() { stop(); }
+    Q_DISABLE_COPY_MOVE(Worker)
 
     void start();
     void stop();
@@ -38,6 +30,7 @@ private:
     void work(QueueDelivery &delivery, quint64 seen);
     void reportDrained(quint64 seen);
 
+    std::chrono::milliseconds m_timeBetweenLooks;
     std::thread m_thread;
     std::atomic<bool> m_stopping = false;
     std::atomic<bool> m_endBackOffs = false;
@@ -83,7 +76,7 @@ void QueueDrain::Worker::run(const QueueSettings &settings)
     int failures = 0;
     while (!m_stopping) {
         const quint64 seen = QueueSignal::instance().count();
-        auto pause = std::chrono::milliseconds(timeBetweenLooks);
+        std::chrono::milliseconds pause = m_timeBetweenLooks;
         try {
             work(delivery, seen);
             failures = 0;
@@ -113,7 +106,8 @@ void QueueDrain::Worker::reportDrained(quint64 seen)
     m_drained.notify_all();
 }
 
-QueueDrain::QueueDrain() : m_worker(std::make_unique<Worker>())
+QueueDrain::QueueDrain(std::chrono::milliseconds timeBetweenLooks)
+    : m_worker(std::make_unique<Worker>(timeBetweenLooks))
 {}
 
 QueueDrain::~QueueDrain() = default;

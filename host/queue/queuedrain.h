@@ -19,8 +19,9 @@ class POSHOST_EXPORT QueueDrain
 public:
     using Handler = QueueHandler;
 
-    /// Works on the configured database, see DBQueueBroker. Does nothing until start().
-    QueueDrain();
+    /// Works on the configured database, see DBQueueBroker. Does nothing until start(). A push in this process wakes
+    /// it; what another process has pushed, and the end of a back-off, it finds when it looks by itself.
+    explicit QueueDrain(std::chrono::milliseconds timeBetweenLooks = std::chrono::seconds(1));
 
     /// Stops the drain.
     ~QueueDrain();

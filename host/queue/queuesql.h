@@ -24,6 +24,10 @@ inline constexpr QStringView count = u"UPDATE summary SET waiting = waiting + ?,
 inline constexpr QStringView countAccepted = u"UPDATE summary SET waiting = waiting - ?, last_success = ? WHERE id = ?";
 inline constexpr QStringView noteError = u"UPDATE summary SET last_error = ?, last_error_time = ? WHERE id = ?";
 
+// Leave nothing behind but have something to write; SQLite writes no row that is updated to what it was.
+inline constexpr QStringView tryToWrite = u"INSERT INTO claim (id, lease) VALUES (-1, 0)";
+inline constexpr QStringView endTry = u"DELETE FROM claim WHERE id = -1";
+
 // The oldest is the one that was stored first, whatever has happened to the clock since.
 inline constexpr QStringView status = u"SELECT SUM(waiting), SUM(blocked), MAX(last_success), "
                                       u"(SELECT created FROM event ORDER BY id LIMIT 1) FROM summary";

@@ -85,7 +85,8 @@ QueueStatus QueueStore::status()
 void QueueStore::requireWritable(bool commit)
 {
     DatabaseTransaction transaction(m_connection);
-    count({});
+    m_connection.change(queuesql::tryToWrite);
+    m_connection.change(queuesql::endTry);
     if (commit)
         transaction.commit();
 }

@@ -179,6 +179,10 @@ TEST(SaleDocumentSums, TakesPointsOffAsOftenAsTheServiceCountsThem)
     };
     spend(*check, 1, 333);
     EXPECT_EQ(check->getDiscountSum().kopecks(), 200); // 199.8
+    check->removeGoodsItem(333);                       // counts from the beginning
+    check->putBackGoodsItem(builder::check(QList<qint64>(333, 100))->getGoodsItems().last());
+    spend(*check, 333, 333);
+    EXPECT_EQ(check->getDiscountSum().kopecks(), 200);
     const auto restored = builder::restored(*check);
     spend(*restored, 334, 10'000);
     EXPECT_EQ(restored->getDiscountSum().kopecks(), 6000);
@@ -211,17 +215,18 @@ TEST(SaleDocumentSums, RemovesACardWithItsImpactsOnly)
         check->addImpact(builder::discount(1, card));
     }
     check->addImpact(builder::discount(4));
+    const auto byNumber = builder::discount(16); // as a loyalty system brings it back, without the record itself
+    byNumber->getTotals()->setCardIndex(mine->getCodeInternal());
+    check->addImpact(byNumber);
+    check->addCard(mine); // is there already
+    check->removeImpactsOf(nullptr);
+    check->removeCard(nullptr);
     check->removeCard(mine);
     EXPECT_EQ(check->getDiscountSum().kopecks(), 500);
+    EXPECT_EQ(check->findGoodsItem(1)->getDiscountSum().kopecks(), 500);
     EXPECT_EQ(check->getCardRecords(), QList{other});
-}
-
-TEST(SaleDocumentSums, NeverGivesAPositionNumberTwice)
-{
-    const auto check = builder::check({100, 200});
-    check->removeGoodsItem(2);
-    const auto restored = builder::restored(*check);
-    EXPECT_EQ(restored->addGoodsItem(builder::line(300)), 3);
+    EXPECT_EQ(other->getCodeInternal(), 2);
+    EXPECT_EQ(check->getDiscountImpacts().first()->getTotals()->getCardIndex(), 2);
 }
 
 TEST(GoodsItemSum, IsPriceTimesQuantityToTheKopeck)
@@ -232,12 +237,96 @@ TEST(GoodsItemSum, IsPriceTimesQuantityToTheKopeck)
         EXPECT_EQ(builder::line(price, quantity)->getSum().kopecks(), sum) << price << " x " << quantity;
 }
 
-TEST(SaleDocumentSums, RefusesLinesThatCannotBeSold)
+TEST(SaleDocumentLines, AreRefusedUnlessTheyCanBeSold)
 {
-    SaleDocument check;
-    for (const auto &line : {builder::line(100, 0), builder::line(100, std::nan("")), builder::line(-100)})
-        EXPECT_THROW(check.addGoodsItem(line), BasicException);
-    EXPECT_TRUE(check.getGoodsItems().isEmpty());
+    const std::tuple<double, qint64, bool> cases[] = {{1'000'000, 100'000'000, true},
+                                                      {1'000'000, 100'000'001, false},
+                                                      {1'000'001, 1, false},
+                                                      {0, 1, false},
+                                                      {std::nan(""), 1, false},
+                                                      {1, 0, true},
+                                                      {1, -1, false}};
+    for (const auto &[quantity, kopecks, isSold] : cases) {
+        SCOPED_TRACE(testing::Message() << quantity << " x " << kopecks);
+        const auto check = builder::check({100, 200});
+        const auto removed = builder::line(kopecks, quantity);
+        removed->setPosnum(2);
+        check->removeGoodsItem(2);
+        const std::function<void()> operations[] = {
+            [&, price = kopecks, number = quantity] { check->changeGoodsItem(1, number, Money::fromKopecks(price)); },
+            [&] { check->putBackGoodsItem(removed); },
+            [&, price = kopecks, number = quantity] { check->addGoodsItem(builder::line(price, number)); }};
+        for (const auto &operation : operations)
+            EXPECT_EQ(!testing::Value(operation, testing::Throws<BasicException>()), isSold);
+        EXPECT_EQ(check->getGoodsItems().size(), isSold ? 3 : 1);
+    }
+}
+
+TEST(SaleDocumentLines, AreChangedRemovedAndPutBackByTheirNumber)
+{
+    const auto check = builder::check({100, 200, 300});
+    const auto second = check->findGoodsItem(2);
+    check->addImpact(builder::shares({{1, 0.50}, {2, 1.00}}));
+    check->addImpact(builder::shares({{2, 0.50}}));
+    check->changeGoodsItem(2, 3, Money::fromKopecks(50)); // exactly its discounts
+    EXPECT_EQ(second->getTotal(), Money());
+    EXPECT_THROW(check->changeGoodsItem(2, 1, Money::fromKopecks(149)), BasicException);
+    EXPECT_THROW(check->changeGoodsItem(4, 1, Money()), BasicException);
+    EXPECT_THROW(check->removeGoodsItem(4), BasicException);
+    check->removeGoodsItem(2);
+    EXPECT_EQ(check->getDiscountImpacts().size(), 1) << "the other one has no share left";
+    EXPECT_EQ(check->getDiscountSum().kopecks(), 50);
+    EXPECT_EQ(check->getTotal().kopecks(), 350);
+    EXPECT_FALSE(check->findGoodsItem(2));
+
+    check->putBackGoodsItem(second);
+    EXPECT_EQ(check->getGoodsItems().at(1), second);
+    EXPECT_EQ(second->getDiscountSum(), Money());
+    const auto restored = builder::restored(*check);
+    for (const int posnum : {0, 2, 4}) {
+        const auto item = builder::line(100);
+        item->setPosnum(posnum);
+        EXPECT_THROW(restored->putBackGoodsItem(item), BasicException) << posnum;
+    }
+    restored->removeGoodsItem(3);
+    EXPECT_EQ(restored->addGoodsItem(builder::line(300)), 4) << "no number is given twice";
+    restored->removeGoodsItem(1);
+    const auto first = GoodsItem::fromMap(check->findGoodsItem(1)->toMap());
+    restored->putBackGoodsItem(first);
+    EXPECT_EQ(restored->getGoodsItems().first(), first);
+}
+
+template <class Enum>
+QList<int> numbersOf(std::initializer_list<Enum> values)
+{
+    QList<int> numbers;
+    for (const Enum value : values)
+        numbers.append(static_cast<int>(value));
+    return numbers;
+}
+
+// Stored checks and the plugin's requests hold them.
+TEST(HostContract, NumbersOfEnumerationsNeverChange)
+{
+    using Mode = EDiscountMode;
+    using Price = EPriceSourceType;
+    using Type = EDiscountType;
+    const QList<int> fromZero{0, 1, 2, 3, 4, 5, 6};
+    EXPECT_EQ(numbersOf({Mode::Undefined, Mode::Automatic, Mode::LoyaltySystem, Mode::Manual, Mode::Card, Mode::Coupon,
+                         Mode::Payment}),
+              fromZero);
+    EXPECT_EQ(numbersOf({Type::None, Type::Percent, Type::Sum, Type::FixedPrice, Type::Coupon, Type::Bonus}),
+              fromZero.first(6));
+    EXPECT_EQ(numbersOf({Price::Undefined, Price::Catalogue, Price::Barcode, Price::Manual, Price::MinimumPrice,
+                         Price::Promotion}),
+              fromZero.first(6));
+    EXPECT_EQ(numbersOf({EImpactSource::Undefined, EImpactSource::DiscountSystem, EImpactSource::LoyaltySystem,
+                         EImpactSource::Cashier}),
+              fromZero.first(4));
+    EXPECT_EQ(numbersOf({EDiscountObject::Check, EDiscountObject::Position}), fromZero.first(2));
+    EXPECT_EQ(numbersOf({Client::Sex::Male, Client::Sex::Female}), fromZero.first(2));
+    EXPECT_EQ(numbersOf({EDocumentType::Sale, EDocumentType::Refund, EDocumentType::RefundBySale}),
+              (QList<int>{1, 2, 25}));
 }
 
 } // namespace

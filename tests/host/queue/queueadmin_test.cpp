@@ -24,11 +24,12 @@ TEST_F(QueueAdminTest, ListTellsWhatEachEventIsAndWhyItIsThere)
     named.insert(
         u"payload"_s,
         QJsonObject{{u"basket"_s, u"a"_s}, {u"cardNumber"_s, u"7770000000001"_s}, {u"orderID"_s, u"check-7"_s}});
-    broker.push(u"kvo"_s, named, {});
-    broker.push(u"kvo"_s, {}, {});
+    const QJsonObject alone{{u"payload"_s, QJsonObject{{u"orderID"_s, 8}}}};
+    for (const QJsonObject &event : {named, alone, QJsonObject(), eventNamed(u"a3"_s)})
+        broker.push(u"kvo"_s, event, {});
     QueueAdmin admin;
     const QList<QueueAdmin::Entry> entries = admin.list();
-    ASSERT_EQ(entries.size(), 5);
+    ASSERT_EQ(entries.size(), 7);
     EXPECT_EQ(entries[0].operation, u"a1"_s);
     EXPECT_EQ(entries[0].order, u"a"_s);
     EXPECT_EQ(entries[0].owner, u"kvo"_s);
@@ -36,17 +37,21 @@ TEST_F(QueueAdminTest, ListTellsWhatEachEventIsAndWhyItIsThere)
     EXPECT_EQ(entries[0].attempts, 1);
     EXPECT_EQ(entries[0].lastError, u"заказ не найден"_s);
     EXPECT_EQ(entries[0].refused.toMSecsSinceEpoch(), now.time_since_epoch().count());
+    EXPECT_FALSE(entries[0].discarded.isValid());
     EXPECT_EQ(entries[1].state, QueueAdmin::State::Waiting);
+    EXPECT_FALSE(entries[1].refused.isValid() || entries[1].nextAttempt.isValid());
     EXPECT_EQ(entries[2].operation, u"c1"_s);
     EXPECT_EQ(entries[3].card, u"*********0001"_s);
     EXPECT_EQ(entries[4].order, u""_s);
+    EXPECT_EQ(entries[4].check, u"8"_s);
+    EXPECT_EQ(entries[5].check, u""_s);
 
     const std::pair<QueueAdmin::Filter, qsizetype> filters[] = {
-        {{}, 5},
+        {{}, 7},
         {{.limit = 2}, 2},
-        {{.state = QueueAdmin::State::Waiting}, 4},
-        {{.order = u"a"_s}, 3},
-        {{.check = u"check-7"_s}, 3}, // the whole order is the check's
+        {{.state = QueueAdmin::State::Waiting}, 6},
+        {{.order = u"a"_s}, 4},
+        {{.check = u"check-7"_s}, 4}, // the whole order is the check's
         {{.order = u"a"_s, .limit = 1}, 1},
         {{.state = QueueAdmin::State::DeadLetter, .order = u"c"_s}, 0},
     };
@@ -61,6 +66,7 @@ TEST_F(QueueAdminTest, StatusTellsCountsAndTheLastSuccessAndError)
     EXPECT_EQ(status.deadLetters, 2);
     EXPECT_EQ(status.lastSuccess.toMSecsSinceEpoch(), now.time_since_epoch().count());
     EXPECT_EQ(status.lastError, u"заказ не найден"_s);
+    EXPECT_EQ(status.lastErrorTime, status.lastSuccess);
     EXPECT_EQ(status.oldest, QueueAdmin().list().constFirst().stored);
 }
 
@@ -68,7 +74,10 @@ TEST_F(QueueAdminTest, RetriedEventIsSentBeforeTheRestOfItsOrder)
 {
     refused.clear();
     QueueAdmin admin;
-    admin.retry(admin.list().constFirst().id);
+    const qint64 id = admin.list().constFirst().id;
+    admin.retry(id);
+    EXPECT_EQ(admin.entry(id).attempts, 0);
+    EXPECT_FALSE(admin.entry(id).refused.isValid());
     EXPECT_EQ(drain(), u"a1 c1 a2"_s);
     EXPECT_EQ(admin.retryAll(), 0);
 }
@@ -94,11 +103,13 @@ TEST_F(QueueAdminTest, DiscardedEventIsKeptWithItsReasonFreesItsOrderAndCanBeTak
     EXPECT_EQ(broker.status().deadLetters, 0);
     EXPECT_EQ(broker.status().waiting, 2);
     EXPECT_EQ(admin.entry(id).state, QueueAdmin::State::Discarded);
+    EXPECT_LE(std::abs(admin.entry(id).discarded.secsTo(QDateTime::currentDateTime())), 60);
     EXPECT_EQ(admin.entry(id).discardReason, u"отменён вручную, карта *********0001"_s);
     EXPECT_EQ(nameOf(admin.event(id)), u"a1"_s);
     EXPECT_EQ(admin.retryAll(), 0);
     admin.restore(id);
     EXPECT_EQ(admin.entry(id).state, QueueAdmin::State::DeadLetter);
+    EXPECT_EQ(admin.entry(id).attempts, 1);
     EXPECT_EQ(broker.status().deadLetters, 2);
     admin.discard(id, u"x"_s);
     EXPECT_EQ(drain(), u"a2 c1"_s);
@@ -153,14 +164,15 @@ TEST_F(QueueAdminTest, OperationsThatMakeNoSenseAreRefused)
 
 TEST(EventMaskTest, HidesCredentialsPhonesAndCardsAndNothingElse)
 {
-    const QByteArray event = R"({"headers":{"authorization":"Basic abc","X-Id":"1"},"op":4,"payload":{
+    const QByteArray event =
+        R"({"headers":{"authorization":"Basic abc","Set-Cookie":"a=b","X-Id":"1"},"op":4,"payload":{
         "basket":"550e8400-e29b-41d4-a716-446655440000","Phone":"916 123-45-67","n":79161234567,
         "cardNumber":"7770000000001","barcode":"4601234567893",
-        "list":[{"text":"клиент 8 (916) 123-45-67"}]},"url":"http://till:p@ss@h/x?p=%2B79161234567"})";
-    const QByteArray shown = R"({"headers":{"authorization":"***","X-Id":"1"},"op":4,"payload":{
+        "cards":["12345"],"list":[{"text":"клиент 8 (916) 123-45-67"},true,null]},"url":"http://till:p@ss@h/x?p=%2B79161234567"})";
+    const QByteArray shown = R"({"headers":{"authorization":"***","Set-Cookie":"***","X-Id":"1"},"op":4,"payload":{
         "basket":"550e8400-e29b-41d4-a716-446655440000","Phone":"*** ***-45-67","n":"*******4567",
         "cardNumber":"*********0001","barcode":"4601234567893",
-        "list":[{"text":"клиент * (***) ***-45-67"}]},"url":"http://till:***@h/x?p=%2B*******4567"})";
+        "cards":["*2345"],"list":[{"text":"клиент * (***) ***-45-67"},true,null]},"url":"http://till:***@h/x?p=%2B*******4567"})";
     EXPECT_EQ(QJsonDocument(eventmask::masked(QJsonDocument::fromJson(event).object())).toJson().toStdString(),
               QJsonDocument::fromJson(shown).toJson().toStdString());
 }

@@ -29,13 +29,22 @@ TEST_F(QueueDeliveryTest, ServiceThatIsDownGetsOneProbeAndNotTheWholeQueue)
     push(u"a1 b1 c1 d1 e1"_s);
     serviceDown = true;
     EXPECT_EQ(drain(), u"a1 b1"_s);
-    now += BackOff::base;
+    now += 249ms;
+    EXPECT_EQ(drain(), u""_s);
+    now += 1ms;
     EXPECT_EQ(drain(), u"c1"_s);
     push(u"f1"_s);
     EXPECT_EQ(drain(), u"f1"_s) << "a new event is a probe of its own";
+    push(u"g1"_s);
     serviceDown = false;
-    now += BackOff::longest;
-    EXPECT_EQ(drain(), u"d1 e1 a1 b1 c1 f1"_s);
+    EXPECT_EQ(drain(), u"g1 d1 e1 a1 b1"_s);
+}
+
+TEST_F(QueueDeliveryTest, FailuresBetweenSuccessesHoldNothingBack)
+{
+    push(u"a1 b1 c1 d1 e1"_s);
+    unreachable = {u"a1"_s, u"c1"_s, u"e1"_s};
+    EXPECT_EQ(drain(), u"a1 b1 c1 d1 e1"_s);
 }
 
 TEST_F(QueueDeliveryTest, BackOffsEndOnRequestAndWhenTheClockIsPutBack)
@@ -45,6 +54,7 @@ TEST_F(QueueDeliveryTest, BackOffsEndOnRequestAndWhenTheClockIsPutBack)
     EXPECT_EQ(drain(), u"a1 b1"_s);
     EXPECT_TRUE(delivery.hasDeliverable());
     delivery.endBackOffs();
+    EXPECT_FALSE(QueueAdmin().list().constFirst().nextAttempt.isValid());
     EXPECT_EQ(drain(), u"c1"_s);
     serviceDown = false;
     now -= 24h;
@@ -125,13 +135,25 @@ TEST_F(QueueDeliveryTest, TextsComeThroughTheDatabaseAsTheyWere)
 
 TEST_F(QueueDeliveryTest, ErrorsAreStoredWithoutSecrets)
 {
-    QueueDelivery receiver(settings, {{u"kvo"_s, [](const QJsonObject &) {
-                                           throw std::runtime_error("+79161234567, 7770000000001, http://u:p@h/x");
-                                       }}});
+    std::string error;
+    QueueDelivery receiver(settings, {{u"kvo"_s, [&](const QJsonObject &) { throw std::runtime_error(error); }}},
+                           {[this] { return now += 2min; }, {}, {}});
     push(u"a1"_s);
-    EXPECT_TRUE(receiver.step());
-    EXPECT_EQ(QueueAdmin().list().constFirst().lastError, u"+*******4567, *********0001, http://u:***@h/x"_s);
-    EXPECT_EQ(broker.status().lastError, QueueAdmin().list().constFirst().lastError);
+    const std::pair<const char *, QString> cases[] = {
+        {"+79161234567", u"+*******4567"_s},
+        {"8 (916) 123-45-67.", u"* (***) ***-45-67."_s},
+        {"79161234567890123", u"*************0123"_s},
+        {"id 12345678901, 123456789012", u"id 12345678901, ********9012"_s}, // 11 digits, 12 digits
+        {"1234567890123456789, 12345678901234567890", u"***************6789, 12345678901234567890"_s},
+        {"http://u:p@h/x, http://token@h, a@b", u"http://u:***@h/x, http://token:***@h, a@b"_s},
+        {"550e8400-e29b-41d4-a716-446655440000", u"550e8400-e29b-41d4-a716-446655440000"_s},
+    };
+    for (const auto &[text, stored] : cases) {
+        error = text;
+        EXPECT_TRUE(receiver.step());
+        EXPECT_EQ(QueueAdmin().list().constFirst().lastError, stored);
+        EXPECT_EQ(broker.status().lastError, stored);
+    }
 }
 
 TEST_F(QueueDeliveryTest, EventsOfUnknownOwnersStay)
@@ -179,6 +201,16 @@ TEST_F(QueueDeliveryTest, RunGrowsUntilSomethingEndsItAndTheRestIsGivenBack)
             if (entry.state != QueueAdmin::State::Discarded)
                 QueueAdmin().discard(entry.id, u"end of the case"_s);
     }
+}
+
+TEST_F(QueueDeliveryTest, BatchesDoubleUpToTheirLargest)
+{
+    QList<int> sizes;
+    for (int order = 0; order < 96; ++order)
+        push(QChar(u'Ā' + order) + u"1"_s);
+    for (qsizetype before = 0; delivery.step(); before = sent.size())
+        sizes.append(static_cast<int>(sent.size() - before));
+    EXPECT_EQ(sizes, (QList<int>{1, 2, 4, 8, 16, 32, 32, 1}));
 }
 
 TEST_F(QueueDeliveryTest, ClaimThatWasStoredWithoutAnAnswerHoldsNothingUp)

@@ -1,6 +1,7 @@
 // The drain as a thread, and against other processes: killed at any moment, nothing is lost and nothing overtakes.
 #include "queuefixture.h"
 
+#include <queue/queueadmin.h>
 #include <queue/queuedrain.h>
 
 #include <QtCore/QCoreApplication>
@@ -62,11 +63,56 @@ TEST_F(QueueDrainTest, DeliversOnItsOwnThreadWhatIsPushedBeforeAndAfterItsStart)
     });
     push(u"a1"_s);
     drain.start();
+    drain.start(); // is at work already
     EXPECT_TRUE(drain.waitUntilDrained(30s));
     push(u"a2"_s);
     EXPECT_TRUE(drain.waitUntilDrained(30s));
     EXPECT_EQ(count, 3);
     EXPECT_EQ(broker.status().waiting, 0);
+}
+
+TEST_F(QueueDrainTest, WakesForAPushForACallAndForAPerson)
+{
+    std::atomic<int> count = 0;
+    std::atomic<bool> down = true;
+    const auto hasSent = [&count](int expected) {
+        for (const QDeadlineTimer deadline(20s); count < expected && !deadline.hasExpired();)
+            QThread::msleep(1);
+        return count >= expected;
+    };
+    QueueDrain drain(1h);
+    drain.setHandler(u"kvo"_s, [&](const QJsonObject &) {
+        ++count;
+        if (down)
+            throw std::runtime_error("connection refused");
+    });
+    drain.start();
+    EXPECT_TRUE(drain.waitUntilDrained(30s));
+    push(u"a1"_s);
+    EXPECT_TRUE(hasSent(1));
+    drain.wakeUp();
+    EXPECT_TRUE(hasSent(2)) << "without waiting for the end of the back-off";
+    down = false;
+    QueueAdmin admin;
+    for (const QDeadlineTimer deadline(20s); admin.list().constFirst().attempts < 2 && !deadline.hasExpired();)
+        QThread::msleep(1);
+    admin.retry(admin.list().constFirst().id);
+    EXPECT_TRUE(hasSent(3));
+}
+
+TEST_F(QueueDrainTest, FindsByItselfWhatAnotherProgramHasPushed)
+{
+    QueueDrain drain(10ms);
+    std::atomic<bool> arrived = false;
+    drain.setHandler(u"kvo"_s, [&arrived](const QJsonObject &) { arrived = true; });
+    drain.start();
+    EXPECT_TRUE(drain.waitUntilDrained(30s));
+    sql(u"INSERT INTO event (owner, basket, event, created, state) VALUES ('kvo', 'x', '{}', 1, 'waiting')"_s);
+    sql(u"UPDATE summary SET waiting = waiting + 1 WHERE id = 0"_s);
+    sql(u"INSERT INTO head SELECT id, owner, 0 FROM event"_s);
+    for (const QDeadlineTimer deadline(20s); !arrived && !deadline.hasExpired();)
+        QThread::msleep(1);
+    EXPECT_TRUE(arrived);
 }
 
 TEST_F(QueueDrainTest, StopsAfterTheExchangeInHandAndGoesOnAtTheNextStart)

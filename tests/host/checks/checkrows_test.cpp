@@ -1,0 +1,253 @@
+// A check as rows: their layout, what of a check comes back, which rows a change writes, and what is refused.
+#include "tests/support/checkbuilder.h"
+
+#include <core/basicexception.h>
+#include <document/documentbonusrecord.h>
+
+#include <gmock/gmock.h>
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonObject>
+
+using namespace Qt::Literals::StringLiterals;
+using testing::HasSubstr;
+
+namespace {
+
+const QDateTime moment(QDate(2024, 3, 1), QTime(12, 30, 15, 250));
+const QJsonObject order{
+    {u"basket"_s, u"order-1"_s}, {u"sum"_s, 0.1}, {u"lines"_s, QJsonArray{QJsonObject{{u"lineID"_s, u"1"_s}}}}};
+
+/// Two lines, two cards, points on both lines, a payment, and plugin data.
+QSharedPointer<SaleDocument> fullCheck()
+{
+    const auto check = builder::check({10000, 30'000'000'000});
+    const auto last = check->getGoodsItems().last();
+    last->setCampaignLabels({u"NOSPEND"_s});
+    last->setAllowBonusEarn(false);
+    last->getTmc()->setPriceSourceType(EPriceSourceType::Promotion);
+    check->addCard(builder::card(u"another"_s));
+    const auto client = QSharedPointer<Client>::create();
+    client->setName(u"Иванова Анна "_s);
+    client->setBirthday({1990, 5, 17});
+    client->setSex(Client::Sex::Female);
+    const auto card = builder::card(u"2600001"_s, 26);
+    card->getCard()->setClient(client);
+    card->setOperationId(u"order-1"_s);
+    card->setOperationInfo(order);
+    card->setPointsForSpend(150.25);
+    card->setPointsForEarn(5.0);
+    card->setBonusBalance(1000.25);
+    card->setExtendedOptions(QVariantMap{{u"loyaltyStatus"_s, QJsonValue(u"Gold"_s)}});
+    check->addCard(card);
+    const auto points = builder::shares({{1, 33.33}, {2, 0.0051}}, card);
+    points->getTotals()->setDateTime(moment);
+    points->getTotals()->setDiscountName(u"Баллы %1 €😀 \"a\\b\"\n\x01"_s);
+    points->getDetails().at(1)->setDateTime(QDateTime(moment.date(), moment.time(), Qt::UTC));
+    check->addImpact(points);
+    const auto payment = builder::discount(10);
+    payment->getTotals()->setValutCode(7);
+    check->addImpact(payment);
+    const DocumentBonusRecord record{u"2600001"_s, 12.5, moment, u"cashier 1"_s, 2};
+    check->setPluginData(u"loyaltySystem26"_s, {{u"pointsForSpend"_s, 60.5},
+                                                {u"rates"_s, QVariantList{1e-7, -1e300, 0.1, 1e15, qint64(1) << 53}},
+                                                {u"bonusRecords"_s, QVariant::fromValue(QList{record, record})}});
+    return check;
+}
+
+std::string contentOf(const QList<CheckRow> &rows, const QString &kind, const QVariant &key)
+{
+    for (const CheckRow &row : rows)
+        if (row.kind == kind && row.key == key)
+            return row.content.toStdString();
+    return "none";
+}
+
+TEST(CheckRowsTest, LayoutIsFixed)
+{
+    const auto check = fullCheck();
+    const QList<CheckRow> rows = builder::rows(*check);
+    const std::tuple<QString, QVariant, std::string> cases[] = {
+        {u"goods"_s, 2,
+         R"({"additionalBarcode":"","allowBonusEarn":false,"allowDiscount":true,"campaignLabels":["NOSPEND"],"posnum":2,)"
+         R"("price":30000000000,"quantity":1,"tmc":{"code":"","minPrice":0,"name":"","priceSourceType":5}})"},
+        {u"card"_s, 2,
+         R"({"bonusBalance":1000.25,"card":{"client":{"birthday":"1990-05-17","email":"","idClient":"","name":)"
+         R"("Иванова Анна ","phoneNumber":"","sex":1}},"codeInternal":2,"extendedOptions":{"loyaltyStatus":"Gold"},)"
+         R"("loyaltySystemCode":26,"number":"2600001","operationId":"order-1","operationInfo":{"basket":"order-1",)"
+         R"("lines":[{"lineID":"1"}],"sum":0.1},"pointsForEarn":5,"pointsForSpend":150.25})"},
+        {u"impact"_s, 1,
+         R"({"bonus":false,"details":[{"cardIndex":null,"dateTime":"","discountMode":0,"discountName":"",)"
+         R"("discountObject":0,"discountRate":null,"discountSum":33.33,"discountType":0,"givenSum":33.33,)"
+         R"("impactSource":0,"minPriceIgnored":true,"position":1,"valutCode":null},{"cardIndex":null,)"
+         R"("dateTime":"2024-03-01T12:30:15.250Z","discountMode":0,"discountName":"","discountObject":0,)"
+         R"("discountRate":null,"discountSum":0.01,"discountType":0,"givenSum":0.0051,"impactSource":0,)"
+         R"("minPriceIgnored":true,"position":2,"valutCode":null}],"totals":{"cardIndex":2,)"
+         R"("dateTime":"2024-03-01T12:30:15.250","discountMode":0,"discountName":"Баллы %1 €😀 \"a\\b\"\n\u0001",)"
+         R"("discountObject":0,"discountRate":null,"discountSum":33.34,"discountType":0,"givenSum":0,)"
+         R"("impactSource":0,"minPriceIgnored":true,"position":0,"valutCode":null}})"},
+        {u"data loyaltySystem26"_s, u"pointsForSpend"_s, "[60.5]"},
+        {u"check"_s, 0,
+         R"({"dateTime":")" + check->getDateTime().toString(Qt::ISODateWithMs).toStdString() + R"(","identifier":")" +
+             check->getIdentifier().toStdString() + R"(","lastCardCode":2,"lastPosnum":2,"state":0,"type":1})"},
+    };
+    for (const auto &[kind, key, content] : cases)
+        EXPECT_EQ(contentOf(rows, kind, key), content);
+}
+
+TEST(CheckRowsTest, EverythingComesBack)
+{
+    const auto saved = fullCheck();
+    const auto restored = builder::restored(*saved);
+    EXPECT_EQ(builder::text(*restored).toStdString(), builder::text(*saved).toStdString());
+    EXPECT_EQ(restored->getDiscountSum().kopecks(), 3333 + 1 + 1000);
+    EXPECT_EQ(restored->findGoodsItem(1)->getTotal(), saved->findGoodsItem(1)->getTotal());
+    const auto card = restored->getCardRecords().at(1);
+    EXPECT_EQ(card->getOperationInfo().toJsonObject(), order);
+    EXPECT_EQ(card->getPointsForEarn().typeId(), QMetaType::Double);
+    EXPECT_FALSE(restored->getCardRecords().at(0)->getCard()->getClient());
+    const auto impacts = restored->getDiscountImpacts();
+    EXPECT_EQ(impacts.at(0)->getTotals()->getValutCode(), QVariant());
+    EXPECT_EQ(impacts.at(0)->getDetails().at(1)->getCardRecord(), card);
+    EXPECT_TRUE(impacts.at(1).dynamicCast<BonusImpact>());
+    EXPECT_FALSE(impacts.at(1)->getCardRecord());
+}
+
+TEST(CheckRowsTest, WritesTheRowsThatHaveChanged)
+{
+    const auto check = fullCheck();
+    CheckRows stored;
+    stored.update(*check);
+    const auto changes = [&] {
+        const auto [removed, written] = stored.update(*check);
+        QStringList names;
+        for (const CheckRow &row : removed)
+            names.append(u"-"_s + row.kind + u' ' + row.key.toString());
+        for (const CheckRow &row : written)
+            names.append(row.kind + u' ' + row.key.toString());
+        return names.join(u", "_s).toStdString();
+    };
+    const auto card = check->getCardRecords().at(1);
+    const std::tuple<const char *, std::function<void()>, const char *> cases[] = {
+        {"nothing", [] {}, ""},
+        {"a line more", [&] { check->addGoodsItem(builder::line(500)); }, "check 0, goods 3"},
+        {"an article's name", [&] { check->findGoodsItem(3)->getTmc()->setName(u"Хлеб"_s); }, "goods 3"},
+        {"a customer's name", [&] { card->getCard()->getClient()->setName(u"Анна"_s); }, "card 2"},
+        {"a share's name", [&] { check->getDiscountImpacts().at(0)->getDetails().at(0)->setDiscountName(u"x"_s); },
+         "impact 1"},
+        {"a number's type", [&] { check->setPluginData(u"loyaltySystem26"_s, u"pointsForSpend"_s, 60); },
+         "data loyaltySystem26 pointsForSpend"},
+        {"plugin data goes", [&] { check->setPluginData(u"loyaltySystem26"_s, {}); },
+         "-data loyaltySystem26 bonusRecords, -data loyaltySystem26 pointsForSpend, -data loyaltySystem26 rates"},
+        {"a line in the middle goes",
+         [&] {
+             check->removeCard(card);
+             check->removeGoodsItem(2);
+         },
+         "-goods 2, -card 2, -impact 1, -impact 2"},
+    };
+    for (const auto &[label, change, expected] : cases) {
+        change();
+        const auto found = changes();
+        EXPECT_THAT(QString::fromStdString(found).split(u", "_s),
+                    testing::UnorderedElementsAreArray(QString::fromUtf8(expected).split(u", "_s)))
+            << label << ": " << found;
+    }
+}
+
+/// What reading says of the check with `from` replaced by `to` in one of its rows; without `from`, the row is missing.
+/// Empty: it reads.
+std::string problemOf(const char *kind, int key, const QByteArray &from, const QByteArray &to)
+{
+    QList<CheckRow> rows = builder::rows(*fullCheck());
+    const auto row = std::find_if(rows.begin(), rows.end(), [&](const CheckRow &one) {
+        return one.kind == QLatin1StringView(kind) && one.key == key;
+    });
+    EXPECT_TRUE(row->content.contains(from)) << from.toStdString();
+    if (from.isEmpty())
+        rows.erase(row);
+    else
+        row->content.replace(from, to);
+    try {
+        CheckRows().read(rows);
+    } catch (const BasicException &error) {
+        return error.what();
+    }
+    return {};
+}
+
+TEST(CheckRowsTest, WhatIsOutsideItsLimitsIsRefusedByRowAndField)
+{
+    const struct
+    {
+        const char *kind;
+        int key;
+        QByteArray from;
+        const char *field;
+        QByteArrayList good;
+        QByteArrayList bad;
+    } cases[] = {
+        {"goods", 1, "\"quantity\":1", "«quantity»", {"0.5", "1000000"}, {"0", "-1", "1000001", "\"1\""}},
+        {"goods", 1, "\"price\":10000", "«price»", {"5000"}, {"-1", "\"100\"", "100.5", "null"}},
+        {"goods", 2, "\"minPrice\":0", "«tmc.minPrice»", {"1"}, {"-1"}},
+        {"goods", 2, "\"priceSourceType\":5", "«tmc.priceSourceType»", {"0"}, {"-1", "6", "1.5", "2147483648"}},
+        {"goods", 2, "\"allowDiscount\":true", "«allowDiscount»", {"false"}, {"1"}},
+        {"goods", 2, "\"campaignLabels\":[\"NOSPEND\"]", "«campaignLabels»", {"[]"}, {"\"NOSPEND\""}},
+        {"goods", 1, "\"posnum\":1", "«posnum»", {}, {"0"}},
+        {"impact", 2, "\"discountSum\":10", "«totals.discountSum»", {}, {"-10", "1e308"}},
+        {"impact", 2, "\"givenSum\":10", "«totals.givenSum»", {"1000000000000"}, {"-1", "1e308"}},
+        {"impact", 1, "\"discountType\":0", "«totals.discountType»", {"5"}, {"-1", "6"}},
+        {"impact", 1, "\"discountMode\":0", "«totals.discountMode»", {"6"}, {"-1", "7"}},
+        {"impact", 1, "\"discountObject\":0", "«totals.discountObject»", {"1"}, {"-1", "2"}},
+        {"impact", 1, "\"impactSource\":0", "«totals.impactSource»", {"3"}, {"-1", "4"}},
+        {"impact", 1, "\"bonus\":false", "«bonus»", {"true"}, {"0"}},
+        {"impact",
+         1,
+         "\"dateTime\":\"2024-03-01T12:30:15.250\"",
+         "«totals.dateTime»",
+         {"\"\""},
+         {"\"yesterday\"", "5"}},
+        {"card", 2, "\"sex\":1", "«card.client.sex»", {"0"}, {"-1", "2", "true"}},
+        {"card", 2, "\"birthday\":\"1990-05-17\"", "«card.client.birthday»", {"\"\""}, {"\"17.05.1990\"", "1990"}},
+        {"card", 2, "\"operationId\":\"order-1\"", "«operationId»", {"\"\""}, {"1"}},
+        {"card", 2, "\"pointsForSpend\":150.25", "«pointsForSpend»", {"0"}, {"-1", "1e300", "true"}},
+        {"card", 2, "\"pointsForEarn\":5", "«pointsForEarn»", {"null"}, {"-1", "\"5\""}},
+        {"check", 0, "\"type\":1", "«type»", {"2", "25"}, {"0", "3"}},
+        {"check", 0, "\"state\":0", "«state»", {"1", "2"}, {"-1", "3"}},
+        {"check", 0, "\"lastPosnum\":2", "«lastPosnum»", {"3"}, {"-1"}},
+        {"check", 0, "\"lastCardCode\":2", "«lastCardCode»", {"3"}, {"-1"}},
+    };
+    for (const auto &one : cases) {
+        SCOPED_TRACE(one.field);
+        const QByteArray start = one.from.first(one.from.indexOf(':') + 1);
+        for (const QByteArray &value : one.good)
+            EXPECT_EQ(problemOf(one.kind, one.key, one.from, start + value), "") << value.toStdString();
+        for (const QByteArray &value : one.bad)
+            EXPECT_THAT(problemOf(one.kind, one.key, one.from, start + value), HasSubstr(one.field))
+                << value.toStdString();
+    }
+}
+
+TEST(CheckRowsTest, RowsThatAreMissingOrContradictEachOtherAreRefused)
+{
+    const std::tuple<const char *, int, QByteArray, QByteArray, const char *> cases[] = {
+        {"card", 2, "\"codeInternal\":2,", "", "«card 2», поле «codeInternal»: ожидается целое число"},
+        {"card", 1, "\"card\":{\"client\":null}", "\"card\":null", "«card 1», поле «card»: недопустимое"},
+        {"card", 1, "\"card\":{\"client\":null}", "\"card\":{\"client\":7}", "«card.client»: ожидается объект"},
+        {"impact", 2, "\"details\":[", "\"details\":7,\"x\":[", "«details»: ожидается список"},
+        {"goods", 2, "{", "[{", "«goods 2», это не JSON"},
+        {"check", 0, "", "", "«check» отсутствует"},
+        {"check", 0, "\"identifier\":\"", "\"identifier\":\"\",\"x\":\"", "«check», поле «identifier»"},
+        {"check", 0, "\"lastPosnum\":2", "\"lastPosnum\":1", "строка чека 2"},
+        {"goods", 2, "\"posnum\":2", "\"posnum\":1", "строка чека 1"},
+        {"goods", 1, "\"price\":10000", "\"price\":3000", "строка чека 1"},
+        {"goods", 1, "", "", "скидки строк"},
+        {"impact", 2, "", "", ""}, // a check without that impact is a check
+    };
+    for (const auto &[kind, key, from, to, problem] : cases)
+        EXPECT_THAT(problemOf(kind, key, from, to), HasSubstr(problem)) << kind << from.toStdString();
+    EXPECT_THROW(CheckRows().read({{u"rest"_s, 1, "{}"}}), BasicException);
+    EXPECT_THROW(CheckRows().read({{u"data kvo"_s, u"x"_s, "[1,2]"}}), BasicException);
+}
+
+} // namespace
