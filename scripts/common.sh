@@ -13,7 +13,7 @@ readonly build_packages=(
 readonly page_packages=(chromium)
 readonly lint_packages=(clang-format clang-tidy cppcheck)
 readonly fuzz_packages=(clang libclang-rt-14-dev)
-readonly package_packages=(dpkg-dev fakeroot help2man lintian debootstrap)
+readonly package_packages=(dpkg-dev fakeroot lintian debootstrap)
 readonly docs_packages=(mscgen)
 readonly bench_packages=(libbenchmark-dev gnuplot-nox jq strace)
 
