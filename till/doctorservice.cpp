@@ -68,7 +68,8 @@ Finding Service::answer()
     m_answer = get(queries().customer);
     const int status = m_answer.status;
     const QString answered = u"status %1"_s.arg(status);
-    if (m_answer.failed && m_answer.reason.contains("timed out"_L1))
+    const bool late = m_answer.reason.contains("timed out"_L1) || m_answer.reason.contains("timeout"_L1);
+    if (m_answer.failed && late)
         return {Verdict::Failure, cut(m_answer.reason), u"Check Kvo:timeout and whether the service is overloaded"_s};
     if (m_answer.failed)
         return {Verdict::Failure, cut(m_answer.reason),

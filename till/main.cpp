@@ -3,8 +3,8 @@
 #include "configuration.h"
 #include "console.h"
 #include "doctorhost.h"
-#include "doctorstore.h"
 #include "doctorservice.h"
+#include "doctorstore.h"
 #include "replay.h"
 
 #include <CLI/CLI.hpp>
