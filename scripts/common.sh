@@ -1,4 +1,4 @@
-# What the scripts share; sourced, not run. Leaves the caller in the root of the tree.
+# What the scripts share; sourced, not run. Changes to the root of the tree.
 # shellcheck shell=bash disable=SC2034
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit
@@ -13,7 +13,7 @@ readonly build_packages=(
 readonly page_packages=(chromium)
 readonly lint_packages=(clang-format clang-tidy cppcheck)
 readonly fuzz_packages=(clang libclang-rt-14-dev)
-readonly package_packages=(dpkg-dev fakeroot help2man lintian debootstrap)
+readonly package_packages=(dpkg-dev fakeroot lintian debootstrap)
 readonly docs_packages=(mscgen)
 readonly bench_packages=(libbenchmark-dev gnuplot-nox jq strace)
 
@@ -21,7 +21,7 @@ say() {
     printf '\n== %s\n' "$*"
 }
 
-# Installs those of the given Debian packages that are missing; does nothing, not even ask for rights, when none is.
+# Installs those of the given Debian packages that are missing. Asks for no rights when none is.
 install_packages() {
     local package missing=()
     for package in "$@"; do
@@ -41,14 +41,14 @@ install_packages() {
     "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
 }
 
-# Installs Node.js with npm from Debian, unless another source has provided them.
+# Installs Node.js with npm from Debian, unless they are there already.
 install_node() {
     if ! command -v node >/dev/null || ! command -v npm >/dev/null; then
         install_packages nodejs npm
     fi
 }
 
-# Configures a preset. Quick when nothing has changed.
+# Configures a preset; quick if nothing has changed.
 configure() {
     say "Configuring build/$1"
     cmake --preset "$1"
@@ -63,6 +63,6 @@ wait_for() {
         fi
         sleep 0.1
     done
-    echo "Waited in vain for: $*" >&2
+    echo "Gave up waiting for: $*" >&2
     return 1
 }

@@ -2,6 +2,7 @@
 #include "doctor.h"
 
 #include <core/basicexception.h>
+#include <core/plaintext.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -15,6 +16,8 @@ using namespace Qt::Literals::StringLiterals;
 namespace till::doctor {
 
 namespace {
+
+constexpr qsizetype longestText = 4000;
 
 QString nameOf(Verdict verdict)
 {
@@ -36,9 +39,19 @@ Finding run(const Check &check)
     try {
         return check.run();
     } catch (const BasicException &error) {
-        return {Verdict::Failure, u"the check could not be carried out"_s, u"Read what the till says about it."_s,
+        return {Verdict::Failure, u"the check could not be carried out"_s, u"The till's own message says why"_s,
                 error.text().ru()};
     }
+}
+
+/// What was found names files, services and what they say.
+void makePlain(Finding &finding)
+{
+    finding.found = plainText(finding.found, longestText);
+    QStringList lines = finding.quote.split(u'\n');
+    for (QString &line : lines)
+        line = plainText(line, longestText);
+    finding.quote = lines.join(u'\n');
 }
 
 } // namespace
@@ -51,6 +64,7 @@ QList<Finding> examine(const QList<Check> &checks)
         Finding finding =
             unusable.contains(check.needs) ? Finding{Verdict::Skipped, u"needs \"%1\""_s.arg(check.needs)} : run(check);
         finding.check = check.name;
+        makePlain(finding);
         if (finding.verdict == Verdict::Failure || finding.verdict == Verdict::Skipped)
             unusable.insert(check.name);
         findings.append(finding);

@@ -15,7 +15,7 @@ struct Finding
 {
     Verdict verdict = Verdict::Ok;
     QString found;
-    QString remedy{}; ///< What to do; empty when all is well.
+    QString remedy{}; ///< What to do; empty when nothing needs doing.
     QString quote{};  ///< What the till would tell its cashier about it, word for word.
     QString check{};  ///< Its name; filled by examine().
 };
@@ -28,7 +28,8 @@ struct Check
     std::function<Finding()> run;
 };
 
-/// Runs the checks in their order.
+/// Runs the checks in their order. What they found can be shown as it is: nothing in it can forge a line or command a
+/// terminal.
 QList<Finding> examine(const QList<Check> &checks);
 
 /// One line for each finding, or JSON with the same content.

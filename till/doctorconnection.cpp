@@ -4,6 +4,7 @@
 #include "doctorhost.h"
 
 #include <core/config.h>
+#include <core/plaintext.h>
 #include <core/singleton.h>
 
 #include <QtNetwork/QHostAddress>
@@ -117,7 +118,7 @@ QString milliseconds(std::chrono::microseconds time)
 QString cut(const QString &text)
 {
     constexpr qsizetype longest = 160;
-    return text.simplified().left(longest);
+    return plainText(text, longest);
 }
 
 } // namespace till::doctor

@@ -23,6 +23,9 @@ const QString configurationCheck = u"configuration file"_s;
 
 namespace {
 
+constexpr auto pluginInterface = "Kvo"_L1;
+constexpr auto pluginClass = "Plugin"_L1;
+
 QString setting(const QString &key, const QString &defaultValue = {})
 {
     return Singleton<Config>::instance()->getString(key, defaultValue);
@@ -51,7 +54,7 @@ Finding checkAccess()
 {
     if (othersCanReadPasswords(*Singleton<Config>::instance()))
         return {Verdict::Warning, u"every user of this machine can read the file and the password in it"_s,
-                u"chmod o-r"_s};
+                u"Take that right away with chmod o-r"_s};
     return {Verdict::Ok, u"nobody else reads a password there"_s};
 }
 
@@ -118,18 +121,13 @@ Finding checkLog()
     return checkFolder(QFileInfo(file).absolutePath(), u"Log:file"_s);
 }
 
-QString dataFolder()
-{
-    return QDir(setting(u"Host:dataFolder"_s, QDir::currentPath())).absolutePath();
-}
-
 Finding checkDataFolder()
 {
     Finding finding = checkFolder(dataFolder(), u"Host:dataFolder"_s);
     const auto others = QFile::ReadGroup | QFile::ReadOther | QFile::ExeGroup | QFile::ExeOther;
     if (finding.verdict == Verdict::Ok && (QFileInfo(dataFolder()).permissions() & others))
         return {Verdict::Warning, u"%1 is open to other users; it holds telephone and card numbers"_s.arg(dataFolder()),
-                u"chmod 0700"_s};
+                u"Close it with chmod 0700"_s};
     return finding;
 }
 
@@ -144,7 +142,7 @@ Finding checkSpace(qint64 wanted)
 
 Finding checkPlugin()
 {
-    const QString file = setting(u"Till:pluginFolder"_s, defaultPluginFolder()) + u"/libKvo.so"_s;
+    const QString file = QDir::cleanPath(setting(u"Till:pluginFolder"_s, defaultPluginFolder()) + u"/libKvo.so"_s);
     const QString remedy = u"Install the plugin and name its folder in Till:pluginFolder"_s;
     if (!QFileInfo(file).isFile())
         return {Verdict::Failure, u"%1 does not exist"_s.arg(file), remedy};
@@ -152,19 +150,26 @@ Finding checkPlugin()
     const QJsonObject metadata = loader.metaData();
     if (metadata.isEmpty())
         return {Verdict::Failure, u"%1 is not a plugin of this Qt"_s.arg(file), remedy};
-    const QString identifier = metadata.value("IID"_L1).toString();
-    if (identifier != "Kvo"_L1)
-        return {Verdict::Failure, u"%1 is a plugin for %2"_s.arg(file, identifier), remedy};
+    const QString interface = metadata.value("IID"_L1).toString();
+    const QString name = metadata.value("className"_L1).toString();
+    if (interface != pluginInterface || name != pluginClass)
+        return {Verdict::Failure, u"%1 is another plugin, %2 for %3"_s.arg(file, name, interface), remedy};
     if (!loader.load())
         return {Verdict::Failure, u"%1 cannot be loaded: %2"_s.arg(file, loader.errorString()),
                 u"Install what it needs; ldd shows what is missing"_s};
     if (!qobject_cast<BasicLoyaltySystem *>(loader.instance()))
-        return {Verdict::Failure, u"%1 has another interface"_s.arg(file), u"Install the plugin of this version"_s};
+        return {Verdict::Failure, u"%1 has no loyalty system that this till can use"_s.arg(file),
+                u"Install plugin and till of the same version"_s};
     const QString version = metadata.value("MetaData"_L1).toObject().value("version"_L1).toString();
     return {Verdict::Ok, u"%1 loads, version %2"_s.arg(file, version)};
 }
 
 } // namespace
+
+QString dataFolder()
+{
+    return QDir(setting(u"Host:dataFolder"_s, QDir::currentPath())).absolutePath();
+}
 
 QList<Check> hostChecks(const QString &configFile, qint64 spaceWanted)
 {

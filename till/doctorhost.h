@@ -17,4 +17,7 @@ QList<Check> hostChecks(const QString &configFile, qint64 spaceWanted = qint64{1
 /// The name of the check that everything else needs.
 extern const QString configurationCheck;
 
+/// The folder "Host:dataFolder".
+QString dataFolder();
+
 } // namespace till::doctor

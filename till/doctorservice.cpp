@@ -3,6 +3,7 @@
 
 #include "doctorconnection.h"
 
+#include <core/basicexception.h>
 #include <core/config.h>
 #include <core/singleton.h>
 
@@ -67,8 +68,12 @@ Finding Service::answer()
     m_answer = get(queries().customer);
     const int status = m_answer.status;
     const QString answered = u"status %1"_s.arg(status);
-    if (m_answer.failed)
+    const bool late = m_answer.reason.contains("timed out"_L1) || m_answer.reason.contains("timeout"_L1);
+    if (m_answer.failed && late)
         return {Verdict::Failure, cut(m_answer.reason), u"Check Kvo:timeout and whether the service is overloaded"_s};
+    if (m_answer.failed)
+        return {Verdict::Failure, cut(m_answer.reason),
+                u"What listens there does not answer in HTTP: check scheme and port in Kvo:host"_s};
     if (status >= 300 && status < 400)
         return {Verdict::Failure, answered + u", a redirect, which is not followed"_s,
                 u"Write the final scheme and host into Kvo:host"_s};
@@ -188,8 +193,14 @@ Finding Service::keptConnection() const
 
 Finding sendSample(const QString &phone)
 {
-    sendTextMessage(u"kvo-till doctor"_s, phone);
-    return {Verdict::Ok, u"the service has accepted a message"_s};
+    try {
+        sendTextMessage(u"kvo-till doctor"_s, phone);
+        return {Verdict::Ok, u"the service has accepted a message"_s};
+    } catch (const BasicException &error) {
+        return {Verdict::Failure, u"the service has not taken the message"_s,
+                u"Check the number, Kvo:verificationPath and Kvo:brand; the service's own words follow"_s,
+                error.text().ru()};
+    }
 }
 
 } // namespace

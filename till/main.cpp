@@ -3,8 +3,8 @@
 #include "configuration.h"
 #include "console.h"
 #include "doctorhost.h"
-#include "doctorqueue.h"
 #include "doctorservice.h"
+#include "doctorstore.h"
 #include "replay.h"
 
 #include <CLI/CLI.hpp>
@@ -185,7 +185,7 @@ int runDoctor(const Arguments &arguments)
 {
     using namespace till::doctor;
     Log4Qt::LogManager::rootLogger()->setLevel(Log4Qt::Level::OFF_INT); // the report says it all
-    const auto findings = examine(hostChecks(QString::fromStdString(arguments.configFile)) + queueChecks() +
+    const auto findings = examine(hostChecks(QString::fromStdString(arguments.configFile)) + storeChecks() +
                                   serviceChecks(QString::fromStdString(arguments.phone)));
     till::console::print(arguments.json ? reportJson(findings) : reportText(findings));
     return exitStatus(findings);

@@ -1,0 +1,133 @@
+// Looks into the queue and the check store beside a till that may be working with them.
+#include "doctorstore.h"
+
+#include "doctorhost.h"
+
+#include <checks/checkstore.h>
+#include <core/basicexception.h>
+#include <queue/queueadmin.h>
+#include <queue/queuesettings.h>
+
+#include <QtCore/QFileInfo>
+
+#include <algorithm>
+#include <memory>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace till::doctor {
+
+namespace {
+
+using Entries = QList<QueueAdmin::Entry>;
+using KeptChecks = QList<CheckStore::KeptCheck>;
+using State = QueueAdmin::State;
+
+using Standing = CheckStore::Standing;
+
+constexpr qint64 longWaitSeconds = 3600;
+
+bool isLongAgo(const QDateTime &time)
+{
+    return time.secsTo(QDateTime::currentDateTime()) > longWaitSeconds;
+}
+
+Finding checkQueue(Entries &entries)
+{
+    QueueSettings settings;
+    try {
+        settings = QueueSettings::configured();
+        if (settings.driver == QueueSettings::Driver::Sqlite && !QFileInfo::exists(settings.database))
+            return {Verdict::Ok, u"%1 does not exist yet, it is made with the first request"_s.arg(settings.database)};
+        entries = QueueAdmin().list();
+    } catch (const BasicException &error) {
+        return {Verdict::Failure, u"the queue %1 cannot be used"_s.arg(settings.name()),
+                u"Correct the section [Queue] or repair the database, see docs/queue.md; keep the file, it holds "
+                u"requests"_s,
+                error.text().ru()};
+    }
+    int waiting = 0;
+    QDateTime oldest;
+    for (const QueueAdmin::Entry &entry : std::as_const(entries)) {
+        if (entry.state != State::Waiting && entry.state != State::Sending)
+            continue;
+        ++waiting;
+        if (!oldest.isValid() || entry.stored < oldest)
+            oldest = entry.stored;
+    }
+    if (waiting == 0)
+        return {Verdict::Ok, u"%1: nothing waits"_s.arg(settings.name())};
+    const QString found = u"%1: %2 wait, the oldest since %3"_s.arg(settings.name(), QString::number(waiting),
+                                                                    oldest.toString(Qt::ISODate));
+    if (isLongAgo(oldest))
+        return {Verdict::Warning, found, u"Send them with kvo-till drain; kvo-till queue says what keeps them"_s};
+    return {Verdict::Ok, found};
+}
+
+Finding checkRefused(const Entries &entries)
+{
+    const auto refused = std::count_if(entries.cbegin(), entries.cend(),
+                                       [](const QueueAdmin::Entry &entry) { return entry.state == State::DeadLetter; });
+    if (refused == 0)
+        return {Verdict::Ok, u"none"_s};
+    return {Verdict::Warning, u"%1 refused for good"_s.arg(refused),
+            u"kvo-till queue says why; then kvo-till queue retry or discard"_s};
+}
+
+Finding checkOpen(KeptChecks &checks)
+{
+    CheckStore store(dataFolder(), CheckStore::Access::Look);
+    const QString keep = u"Keep it for support; the next start of the till puts it aside and begins anew"_s;
+    try {
+        checks = store.checks();
+        store.restore();
+    } catch (const BasicException &error) {
+        return {Verdict::Failure, u"%1 cannot be read"_s.arg(store.fileName()), keep, error.text().ru()};
+    }
+    if (const QStringList notices = store.takeNotices(); !notices.isEmpty())
+        return {Verdict::Failure, u"the open check in %1 cannot be read"_s.arg(store.fileName()), keep,
+                notices.join(u'\n')};
+    const auto open = std::find_if(checks.cbegin(), checks.cend(), [](const CheckStore::KeptCheck &check) {
+        return check.standing == Standing::Current;
+    });
+    if (open == checks.cend())
+        return {Verdict::Ok, u"none"_s};
+    const QString found = u"%1, since %2"_s.arg(open->identifier, open->since.toString(Qt::ISODate));
+    if (isLongAgo(open->since))
+        return {Verdict::Warning, found, u"Finish it with kvo-till sell, or void it with kvo-till void"_s};
+    return {Verdict::Ok, found};
+}
+
+Finding checkAside(const KeptChecks &checks)
+{
+    QStringList parked;
+    QStringList unreadable;
+    for (const CheckStore::KeptCheck &check : checks) {
+        if (check.standing == Standing::Parked)
+            parked.append(u"%1 (%2)"_s.arg(check.identifier, check.reason));
+        else if (check.standing == Standing::Unreadable)
+            unreadable.append(u"%1 (%2)"_s.arg(check.identifier, check.reason));
+    }
+    if (!unreadable.isEmpty())
+        return {Verdict::Warning, u"cannot be read: %1"_s.arg(unreadable.join(u", "_s)),
+                u"Send checks.db to support; their goods have to be entered again"_s};
+    if (!parked.isEmpty())
+        return {Verdict::Ok, u"to be taken up again: %1"_s.arg(parked.join(u", "_s))};
+    return {Verdict::Ok, u"none"_s};
+}
+
+} // namespace
+
+QList<Check> storeChecks()
+{
+    const auto entries = std::make_shared<Entries>();
+    const auto checks = std::make_shared<KeptChecks>();
+    return {
+        {u"queue"_s, configurationCheck, [entries] { return checkQueue(*entries); }},
+        {u"refused requests"_s, u"queue"_s, [entries] { return checkRefused(*entries); }},
+        {u"open check"_s, configurationCheck, [checks] { return checkOpen(*checks); }},
+        {u"checks put aside"_s, u"open check"_s, [checks] { return checkAside(*checks); }},
+    };
+}
+
+} // namespace till::doctor
