@@ -1,8 +1,7 @@
 // The till's configuration, refused as a whole when anything in it is in doubt.
 #pragma once
 
-#include <core/config.h>
-#include <core/settingfault.h>
+#include "settingfault.h"
 
 #include <QtCore/QSharedPointer>
 

@@ -142,7 +142,7 @@ TEST(Settings, AreAllInTheSampleAndRightThere)
     // Entries that are commented out have no blank after the semicolon.
     writeFile(file, sample.replace("\n;", "\n").replace("\n ", "\n; "));
     const auto config = QSharedPointer<Config>::create(file);
-    for (const SettingFault &fault : settingFaults(*config, till::allSettings()))
+    for (const till::SettingFault &fault : till::settingFaults(*config, till::allSettings()))
         ADD_FAILURE() << "line " << fault.entry.line << ": " << fault.entry.key().toStdString();
     for (const Setting &setting : till::allSettings())
         EXPECT_NE(config->getString(setting.key, u"(missing)"_s), u"(missing)"_s) << setting.key.toStdString();

@@ -1,5 +1,5 @@
 // Finds unknown entries and values that nobody can use.
-#include <core/settingfault.h>
+#include "settingfault.h"
 
 #include <QtCore/QUrl>
 
@@ -9,6 +9,8 @@
 #include <optional>
 
 using namespace Qt::Literals::StringLiterals;
+
+namespace till {
 
 namespace {
 
@@ -123,3 +125,5 @@ QList<SettingFault> settingFaults(const Config &config, const QList<Setting> &se
     }
     return faults;
 }
+
+} // namespace till

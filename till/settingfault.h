@@ -4,7 +4,9 @@
 #include <core/config.h>
 #include <core/setting.h>
 
-/// One mistake in the configuration. The wording is the program's business, because it knows who will read it.
+namespace till {
+
+/// One mistake in the configuration, without the words for it.
 struct SettingFault
 {
     enum class Kind {
@@ -24,4 +26,6 @@ struct SettingFault
 };
 
 /// All mistakes, in the order of the file. An entry without a section counts as one of an unknown section.
-POSHOST_EXPORT QList<SettingFault> settingFaults(const Config &config, const QList<Setting> &settings);
+QList<SettingFault> settingFaults(const Config &config, const QList<Setting> &settings);
+
+} // namespace till
