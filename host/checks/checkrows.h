@@ -24,7 +24,7 @@ public:
     CheckRows() = default;
 
     /// What has to be removed, and then written, so that `check` is stored; from then on it counts as stored. Throws
-    /// BasicException when plugin data holds what serder::toPlain() cannot take apart. When this throws, or when the
+    /// BasicException when plugin data holds what serder::toJson() cannot take apart. When this throws, or when the
     /// rows cannot be stored, the object is of no further use.
     struct Changes
     {

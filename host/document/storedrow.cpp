@@ -44,9 +44,7 @@ BasicException fieldError(const QString &name, const BasicException &error)
 
 QJsonValue toJson(const QVariant &value)
 {
-    if (value.typeId() == QMetaType::QJsonObject)
-        return value.toJsonObject();
-    return QJsonValue::fromVariant(serder::toPlain(value));
+    return serder::toJson(value);
 }
 
 QJsonValue toJson(double value)

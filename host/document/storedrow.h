@@ -34,7 +34,7 @@ concept Stored = requires
     T::storedFields();
 };
 
-QJsonValue toJson(const QVariant &value); ///< Throws BasicException for a value that serder::toPlain() refuses.
+QJsonValue toJson(const QVariant &value); ///< Throws BasicException for a value that serder::toJson() refuses.
 QJsonValue toJson(double value);
 QJsonValue toJson(Money value);
 QJsonValue toJson(const QDate &value);
