@@ -17,11 +17,7 @@ public:
     static constexpr Money fromKopecks(qint64 kopecks) { return Money(kopecks); }
 
     /// Whether `rubles` can be a sum on a check: finite, not negative, and at most 10^12.
-    static constexpr bool isSum(double rubles)
-    {
-        constexpr double largest = 1e12; // kopecks stay exact in a double, and any number of lines in a whole number
-        return rubles >= 0 && rubles <= largest;
-    }
+    static constexpr bool isSum(double rubles) { return rubles >= 0 && rubles <= largestSum; }
 
     /// Throws BasicException with a text for the cashier, and logs `field`, unless isSum(rubles).
     static void requireSum(double rubles, const QString &field);
@@ -53,12 +49,15 @@ public:
     friend constexpr Money operator-(Money a, Money b) { return a -= b; }
     friend constexpr auto operator<=>(Money, Money) = default;
 
-    /// Splits `total` in proportion to `weights` so that the parts add up to it exactly; the kopecks left over by
-    /// rounding go to the largest remainders, earlier parts first. Weights of zero or below get nothing; where no
-    /// weight is positive the first part takes all. An empty `weights` gives an empty list.
+    /// Splits `total` in proportion to `weights` so that the parts add up to it exactly; kopecks left over from
+    /// rounding go to the largest remainders, earlier parts first. Weights of zero or below get nothing; if no weight
+    /// is positive, the first part gets everything. Without weights there are no parts.
     static QList<Money> distribute(Money total, const QList<Money> &weights);
 
 private:
+    // Its kopecks are exact in a double, and any number of such lines adds up in a qint64.
+    static constexpr double largestSum = 1e12;
+
     constexpr explicit Money(qint64 kopecks) : m_kopecks(kopecks) {}
 
     qint64 m_kopecks = 0;

@@ -1,6 +1,8 @@
 // Kopecks: rounding as a person does it, and splitting without losing one.
 #include "tests/support/commalocale.h"
+#include "tests/support/logfile.h"
 
+#include <core/basicexception.h>
 #include <core/money.h>
 
 #include <gtest/gtest.h>
@@ -40,10 +42,16 @@ TEST(Money, RoundsRublesAsAPersonReadsThem)
         EXPECT_EQ(Money::fromRubles(rubles).kopecks(), kopecks) << rubles;
 }
 
-TEST(Money, RubleFormOfEverySmallAmountComesBack)
+TEST(Money, IsASumUpToATrillionRubles)
 {
-    for (qint64 kopecks = -200'000; kopecks <= 200'000; ++kopecks)
-        ASSERT_EQ(Money::fromRubles(Money::fromKopecks(kopecks).toRubles()).kopecks(), kopecks);
+    const double tooLarge = std::nextafter(1e12, 2e12);
+    for (const auto &[rubles, isSum] : {std::pair(0.0, true), {1e12, true}, {tooLarge, false}, {-0.01, false}}) {
+        EXPECT_EQ(Money::isSum(rubles), isSum) << rubles;
+    }
+    LogFile log;
+    EXPECT_NO_THROW(Money::requireSum(1, QStringLiteral("good")));
+    EXPECT_THROW(Money::requireSum(-1, QStringLiteral("bad")), BasicException);
+    EXPECT_TRUE(log.take().contains(QStringLiteral("bad: недопустимая сумма -1\n")));
 }
 
 TEST(Money, WritesTwoDecimals)
