@@ -1,6 +1,8 @@
 // An HTTP server that can do what a correct one never does: cut, stall, trickle, hang up.
 #pragma once
 
+#include <sys/socket.h>
+
 #include <QtCore/QUrl>
 #include <QtNetwork/QTcpServer>
 #include <QtNetwork/QTcpSocket>
@@ -18,6 +20,16 @@ class RawServer
 public:
     /// Answers the request with this number (1 and up); false hangs up.
     using Handler = std::function<bool(QTcpSocket &client, int number)>;
+
+    enum class End { Kept, HungUp, Reset };
+
+    /// Gives every request this answer, and the connection this end.
+    explicit RawServer(const QByteArray &answer, End end = End::Kept)
+        : RawServer([=](QTcpSocket &client, int) {
+              const bool connected = send(client, answer);
+              return end == End::Reset ? reset(client) : connected && end == End::Kept;
+          })
+    {}
 
     explicit RawServer(const Handler &handler) : m_handler(handler)
     {
@@ -45,6 +57,15 @@ public:
         while (client.bytesToWrite() > 0 && client.waitForBytesWritten()) {
         }
         return client.state() == QAbstractSocket::ConnectedState;
+    }
+
+    /// Ends the connection by a reset, where hanging up would end it in order.
+    static bool reset(QTcpSocket &client)
+    {
+        constexpr linger atOnce{1, 0};
+        ::setsockopt(static_cast<int>(client.socketDescriptor()), SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+        client.abort();
+        return false;
     }
 
     /// A response with this status, a length, and the body.

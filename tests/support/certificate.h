@@ -1,4 +1,4 @@
-// A certificate that vouches for itself, with a key of its own.
+// A certificate with a key of its own.
 #pragma once
 
 #include <openssl/pem.h>
@@ -9,8 +9,10 @@
 class Certificate
 {
 public:
-    /// For the alternative names "IP:..." or "DNS:...", valid between these days from now.
-    Certificate(const char *names, int fromDay, int toDay)
+    /// For the alternative names "IP:..." or "DNS:...", or for an authority with "CA:TRUE"; valid between these days
+    /// from now. Signed by the issuer, or by itself.
+    Certificate(const char *names, int fromDay, int toDay, const Certificate *issuer = nullptr,
+                const char *commonName = "doctor")
     {
         constexpr long day = 24L * 3600;
         X509_set_version(m_certificate, X509_VERSION_3);
@@ -18,13 +20,14 @@ public:
         X509_gmtime_adj(X509_getm_notAfter(m_certificate), toDay * day);
         X509_set_pubkey(m_certificate, m_key);
         X509_NAME *name = X509_get_subject_name(m_certificate);
-        const auto *commonName = reinterpret_cast<const unsigned char *>("doctor");
-        X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, commonName, -1, -1, 0);
-        X509_set_issuer_name(m_certificate, name);
-        X509_EXTENSION *extension = X509V3_EXT_conf_nid(nullptr, nullptr, NID_subject_alt_name, names);
+        const auto *text = reinterpret_cast<const unsigned char *>(commonName);
+        X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, text, -1, -1, 0);
+        X509_set_issuer_name(m_certificate, issuer ? X509_get_subject_name(issuer->m_certificate) : name);
+        const int kind = names[0] == 'C' ? NID_basic_constraints : NID_subject_alt_name;
+        X509_EXTENSION *extension = X509V3_EXT_conf_nid(nullptr, nullptr, kind, names);
         X509_add_ext(m_certificate, extension, -1);
         X509_EXTENSION_free(extension);
-        X509_sign(m_certificate, m_key, EVP_sha256());
+        X509_sign(m_certificate, issuer ? issuer->m_key : m_key, EVP_sha256());
     }
     ~Certificate()
     {
@@ -49,5 +52,5 @@ public:
 
 private:
     X509 *m_certificate = X509_new();
-    EVP_PKEY *m_key = EVP_RSA_gen(2048);
+    EVP_PKEY *m_key = EVP_EC_gen("P-256");
 };
