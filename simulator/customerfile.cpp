@@ -1,8 +1,9 @@
-// Reading of the customers' JSON form; field names are those of the service's answers.
+// Reads customers from JSON; the field names are those of the service's answers.
 #include "customerfile.h"
 
 #include "wire.h"
 
+#include <algorithm>
 #include <fstream>
 #include <stdexcept>
 
@@ -34,7 +35,10 @@ void readCards(const Fields &fields, Customer &customer)
     for (const Json &card : fields.array("Cards")) {
         if (!card.is_string() || card.get<std::string>().empty())
             refuseField(fields.path("Cards"), "expected card numbers");
-        customer.cards.push_back(card.get<std::string>());
+        const auto number = card.get<std::string>();
+        if (std::ranges::find(customer.cards, number) != customer.cards.end())
+            refuseField(fields.path("Cards"), number + " occurs twice");
+        customer.cards.push_back(number);
     }
     if (customer.cards.empty())
         refuseField(fields.path("Cards"), "expected at least one card");
@@ -45,9 +49,7 @@ void readTiers(const Fields &fields, Customer &customer)
     for (const Json &object : fields.array("Tiers")) {
         const Fields tier(object, fields.path("Tiers[" + std::to_string(customer.tiers.size()) + "]"),
                           {"Name", "Discount"});
-        customer.tiers.push_back({tier.filledText("Name"), tier.number("Discount")});
-        if (customer.tiers.back().discount > 100)
-            refuseField(tier.path("Discount"), "more than 100 percent");
+        customer.tiers.push_back({tier.filledText("Name"), tier.number("Discount", Tier::notApplied, 100)});
     }
 }
 
@@ -56,8 +58,13 @@ std::vector<Customer> readCustomers(const Json &array)
     if (!array.is_array())
         throw std::runtime_error("not a JSON array of customers");
     std::vector<Customer> customers;
-    for (const Json &object : array)
-        customers.push_back(readCustomer(object, "[" + std::to_string(customers.size()) + "]"));
+    for (const Json &object : array) {
+        const std::string where = "[" + std::to_string(customers.size()) + "]";
+        const Customer customer = readCustomer(object, where);
+        if (std::ranges::find(customers, customer.account, &Customer::account) != customers.end())
+            refuseField(where + ".CustAccount", customer.account + " occurs twice");
+        customers.push_back(customer);
+    }
     return customers;
 }
 
@@ -70,11 +77,11 @@ Customer readCustomer(const Json &object, const std::string &where)
                          "Cards", "Tiers", "Balance"});
     Customer customer;
     customer.account = fields.filledText("CustAccount");
-    customer.lastName = fields.text("LastName");
-    customer.firstName = fields.text("FirstName");
+    customer.lastName = fields.filledText("LastName");
+    customer.firstName = fields.filledText("FirstName");
     customer.middleName = textOr(fields, "MiddleName");
     customer.birthDate = textOr(fields, "BirthDate");
-    customer.gender = fields.has("Gender") ? fields.number("Gender") : 0;
+    customer.gender = fields.has("Gender") ? fields.number("Gender", 0, 2) : 0;
     customer.email = textOr(fields, "Email");
     customer.phone = phoneKey(fields.text("Phone"));
     if (customer.phone.empty())

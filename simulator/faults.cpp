@@ -7,12 +7,9 @@ namespace sim {
 
 namespace {
 
-int readNumber(const Fields &fields, const char *name, int fallback, int minimum, int maximum)
+int numberOr(int fallback, const Fields &fields, const char *name, int lowest, int highest)
 {
-    const int number = fields.has(name) ? fields.number(name) : fallback;
-    if (number < minimum || number > maximum)
-        refuseField(name, "expected a number from " + std::to_string(minimum) + " to " + std::to_string(maximum));
-    return number;
+    return fields.has(name) ? fields.number(name, lowest, highest) : fallback;
 }
 
 double readShare(const Fields &fields)
@@ -88,12 +85,12 @@ Fault Faults::read(const Json &body) const
     if (fields.has("share"))
         fault.share = readShare(fields);
     else
-        fault.times = readNumber(fields, "times", 1, 1, 1'000'000);
+        fault.times = numberOr(1, fields, "times", 1, 1'000'000);
     allowOnlyFor("status", fields, {"status", "body"});
-    fault.status = readNumber(fields, "status", 500, 200, 599);
+    fault.status = numberOr(500, fields, "status", 200, 599);
     fault.body = readAnswer(fields);
     allowOnlyFor("delay", fields, {"milliseconds"});
-    fault.delay = std::chrono::milliseconds(readNumber(fields, "milliseconds", 1000, 0, 600'000));
+    fault.delay = std::chrono::milliseconds(numberOr(1000, fields, "milliseconds", 0, 600'000));
     return fault;
 }
 

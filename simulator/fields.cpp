@@ -69,8 +69,8 @@ Kopecks Fields::money(const char *name) const
 {
     const auto amount = parseHundredths(text(name));
     if (!amount)
-        refuseField(path(name), "ожидается сумма с двумя знаками после точки",
-                    "expected a sum with two decimals, like 91.00");
+        refuseField(path(name), "ожидается сумма от 0.00 с двумя знаками после точки",
+                    "expected a sum from 0.00 to 999999999999.99, with two decimals");
     return *amount;
 }
 
@@ -85,14 +85,15 @@ int Fields::positiveNumber(const char *name) const
     return number;
 }
 
-int Fields::number(const char *name) const
+int Fields::number(const char *name, int lowest, int highest) const
 {
     const Json &found = value(name);
-    constexpr int limit = std::numeric_limits<int>::max();
-    // Numbers from 2^63 on would be read as negative ones.
-    const bool tooLarge = found.is_number_unsigned() && found.get<std::uint64_t>() > limit;
-    if (!found.is_number_integer() || tooLarge || found.get<std::int64_t>() < -limit)
-        refuseField(path(name), "ожидается целое число", "expected a whole number");
+    // As a double: numbers from 2^63 on would be read as negative ones.
+    const double number = found.is_number_integer() ? found.get<double>() : std::numeric_limits<double>::quiet_NaN();
+    if (!(number >= lowest && number <= highest)) {
+        const std::string range = std::to_string(lowest) + ".." + std::to_string(highest);
+        refuseField(path(name), "ожидается целое число " + range, "expected a whole number in " + range);
+    }
     return found.get<int>();
 }
 

@@ -14,18 +14,18 @@ namespace sim {
 
 using Json = nlohmann::json;
 
-/// Throws Refusal (BadRequest): "Поле <field>: <forCashier>", "<field>: <problem>".
+/// Throws Refusal (BadRequest) with "Поле <field>: <forCashier>" and "<field>: <problem>".
 [[noreturn]] void refuseField(const std::string &field, const std::string &forCashier, const std::string &problem);
 
-/// The same for what no cashier sees.
+/// The same for a problem that no cashier sees.
 [[noreturn]] void refuseField(const std::string &field, const std::string &problem);
 
-/// Refers to the object, which must outlive it. Every reading operation refuses a missing or wrongly typed field.
+/// Refers to the object, which must outlive it. All reading operations refuse missing and wrongly typed fields.
 class Fields
 {
 public:
-    /// Refuses a value that is no object and an object that has other fields than `names`. `where` is the object's
-    /// own path in the document, empty for the document itself.
+    /// Refuses values other than objects, and objects with fields not in `names`. `where` is the object's path in the
+    /// document, empty for the document itself.
     Fields(const Json &object, std::string where, std::initializer_list<const char *> names);
 
     /// The field's path in the document, e.g. orderLines[2].lineAmount.
@@ -37,12 +37,12 @@ public:
     std::string text(const char *name) const;
     /// As text(); refuses an empty one.
     std::string filledText(const char *name) const;
-    /// A text of two decimals, e.g. "91.00".
+    /// A text of two decimals, e.g. "91.00"; not negative.
     Kopecks money(const char *name) const;
     /// A text that is a whole number above 0, e.g. "3".
     int positiveNumber(const char *name) const;
-    /// A JSON number without a fraction.
-    int number(const char *name) const;
+    /// A JSON number without a fraction, in this range.
+    int number(const char *name, int lowest, int highest) const;
     bool flag(const char *name) const;
 
 private:

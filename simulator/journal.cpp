@@ -1,21 +1,22 @@
-// Reading of the journal's lines; the form is described in README.md.
+// Reads the journal's lines; README.md describes their form.
 #include "journal.h"
 
 #include "fields.h"
 
 #include <fstream>
 #include <iostream>
+#include <limits>
 #include <stdexcept>
 
 namespace sim {
 
 namespace {
 
-/// What the till keeps for its own receipts is known, and not looked at.
+/// Allows the fields that the till keeps for its own receipts, and ignores them.
 JournalLine readJournalLine(const Json &object, const std::string &where)
 {
     const Fields fields(object, where, {"lineId", "name", "quantity", "price", "amount", "spent"});
-    return {fields.number("lineId"), fields.money("amount"), fields.money("spent")};
+    return {fields.number("lineId", 1, std::numeric_limits<int>::max()), fields.money("amount"), fields.money("spent")};
 }
 
 JournalCheck readCheck(const Json &object)

@@ -15,7 +15,7 @@ namespace sim {
 
 namespace {
 
-/// Blocks the signals that end the process in this thread and all its children, so that one place waits for them.
+/// Blocks the signals that end the process, in this thread and those it starts, so that one place can wait for them.
 sigset_t blockEndSignals()
 {
     sigset_t signals;
@@ -30,13 +30,17 @@ void importCustomers(Database &database, const std::filesystem::path &file)
 {
     if (!file.empty()) {
         const auto customers = readCustomerFile(file);
-        database.write([&](const SQLite::Database &connection) { return addCustomers(connection, customers); });
+        try {
+            database.write([&](const SQLite::Database &connection) { return addCustomers(connection, customers); });
+        } catch (const std::exception &error) {
+            throw std::runtime_error(file.string() + ": " + error.what());
+        }
     } else if (database.read(allCustomers).empty()) {
         database.write([](const SQLite::Database &connection) { return addCustomers(connection, sampleCustomers()); });
     }
 }
 
-/// By renaming, so that a reader never sees half a number.
+/// Renames a finished file, so that a reader never sees half a number.
 void writePortFile(const std::filesystem::path &file, int port)
 {
     std::filesystem::path draft = file;

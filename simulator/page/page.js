@@ -365,15 +365,16 @@ const actions = {
   },
 };
 
+/** "12,5" as "12.50". Anything else goes out as it was typed, to be refused by the service. */
 const hundredths = (text) => {
-  const number = Number(text.trim().replace(",", "."));
-  return text.trim() !== "" && Number.isFinite(number) ? number.toFixed(2) : text;
+  const [, whole, part = ""] = text.trim().match(/^(\d+)(?:[.,](\d{1,2}))?$/) || [];
+  return whole ? `${whole}.${part.padEnd(2, "0")}` : text;
 };
 
 const forms = {
   async customer({ Card, Tier, Discount, Balance, ...rest }) {
     const tiers = Tier ? [{ Name: Tier, Discount: Number(Discount) }] : [];
-    await send("sim/customers", { ...rest, Cards: Card.split(/[\s,]+/).filter(Boolean), Tiers: tiers, Balance: hundredths(Balance || "0") });
+    await send("sim/customers", { ...rest, Cards: Card.split(/[\s,]+/).filter(Boolean), Tiers: tiers, Balance: hundredths(Balance) });
     notice(`${rest.CustAccount} is added`);
   },
   async balance({ balance }, account) {

@@ -122,30 +122,4 @@ TEST_F(Http, LetsNoOtherOriginIn)
     EXPECT_EQ(caller.get("/").status, 404) << "the page is not asked for";
 }
 
-TEST_F(Http, TellsWatchersWhatHappens)
-{
-    std::string seen;
-    std::jthread watching([&] {
-        Caller(port).http.Get("/sim/events", [&](const char *data, std::size_t size) {
-            seen.append(data, size);
-            return seen.find("error 105") == std::string::npos;
-        });
-    });
-    caller.call("createOrder", "b");
-    caller.call("bindOrderId", "b");
-    watching.join();
-    EXPECT_THAT(seen, AllOf(HasSubstr("event: ledger"), HasSubstr("error 105: order b is not posted yet")));
-
-    std::promise<void> begun;
-    std::jthread waiting([&] {
-        caller.http.Get("/sim/events", [&, isFirst = true](const char *, std::size_t) mutable {
-            if (std::exchange(isFirst, false))
-                begun.set_value();
-            return true;
-        });
-    });
-    begun.get_future().wait();
-    server.stop(); // ends the stream, else this test would not end
-}
-
 } // namespace sim
