@@ -1,4 +1,4 @@
-// Takes log events somewhere.
+// The destination of log events.
 #pragma once
 
 #include <log4qt/log4qtshared.h>

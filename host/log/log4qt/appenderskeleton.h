@@ -1,4 +1,4 @@
-// What all appenders have: a threshold, a layout and a place where formatted lines go.
+// What all appenders have: a threshold, a layout, and a sink for the formatted lines.
 #pragma once
 
 #include <log4qt/appender.h>
@@ -21,11 +21,11 @@ class LOG4QT_EXPORT AppenderSkeleton : public Appender
 public:
     ~AppenderSkeleton() override;
 
-    /// Events below this level are dropped; by default none is. To be set before the appender is in use.
+    /// Drops events below this level; by default none. Set it before the appender is in use.
     void setThreshold(Level level) { m_threshold = level; }
 
-    /// Opens the appender with its current settings; until then, and when that fails, it drops every event. A failure
-    /// is told on stderr.
+    /// Opens the appender with its current settings; until then, and if that fails, it drops every event. Reports a
+    /// failure on stderr.
     virtual void activateOptions() = 0;
 
     void doAppend(const LoggingEvent &event) override;
@@ -33,7 +33,7 @@ public:
 protected:
     explicit AppenderSkeleton(const LayoutSharedPtr &layout);
 
-    /// From now on lines go to `sink`, each at once. Errors of the sink are told on stderr, at most one each second.
+    /// Sends each line to `sink` at once. Errors of the sink are reported on stderr, at most one a second.
     void setSink(const std::shared_ptr<spdlog::sinks::sink> &sink);
 
 private:

@@ -1,4 +1,4 @@
-// The console as a place for log lines.
+// Writes log lines to the console.
 #include <log4qt/consoleappender.h>
 #include <spdlog/sinks/stdout_sinks.h>
 

@@ -8,7 +8,7 @@ namespace Log4Qt {
 class LOG4QT_EXPORT ConsoleAppender : public AppenderSkeleton
 {
 public:
-    enum Target { STDERR_TARGET = 1 };
+    enum Target { STDERR_TARGET };
 
     ConsoleAppender(const LayoutSharedPtr &layout, Target target);
 

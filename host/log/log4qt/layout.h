@@ -15,7 +15,7 @@ class LOG4QT_EXPORT Layout
 public:
     virtual ~Layout();
 
-    /// Puts changed settings into force.
+    /// Applies changed settings.
     virtual void activateOptions() {}
 
     /// The text of `event`, with a line end.

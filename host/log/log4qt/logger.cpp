@@ -35,12 +35,6 @@ void Logger::addAppender(const AppenderSharedPtr &appender)
     m_appenders.append(appender);
 }
 
-void Logger::removeAppender(const AppenderSharedPtr &appender)
-{
-    const QWriteLocker locker(&m_lock);
-    m_appenders.removeAll(appender);
-}
-
 void Logger::removeAllAppenders()
 {
     const QWriteLocker locker(&m_lock);

@@ -12,15 +12,14 @@
 
 namespace Log4Qt {
 
-/// Obtained from LogManager and never destroyed. Lines go to the appenders of the logger and of all its parents.
-/// Messages are written as they are. Thread-safe.
+/// Obtained from LogManager and never destroyed. Lines go to the appenders of the logger and of all its parents;
+/// placeholders in messages have no meaning. Thread-safe.
 class LOG4QT_EXPORT Logger
 {
 public:
     Q_DISABLE_COPY_MOVE(Logger)
 
     QString name() const { return m_name; }
-    Logger *parentLogger() const { return m_parent; }
 
     /// Lines below this level are dropped; NULL_INT takes the parent's level.
     Level level() const { return m_level; }
@@ -28,16 +27,13 @@ public:
 
     bool isEnabledFor(Level level) const;
 
-    void trace(const QString &message) const { log(Level::TRACE_INT, message); }
     void debug(const QString &message) const { log(Level::DEBUG_INT, message); }
     void info(const QString &message) const { log(Level::INFO_INT, message); }
     void warn(const QString &message) const { log(Level::WARN_INT, message); }
     void error(const QString &message) const { log(Level::ERROR_INT, message); }
-    void fatal(const QString &message) const { log(Level::FATAL_INT, message); }
     void log(Level level, const QString &message) const;
 
     void addAppender(const AppenderSharedPtr &appender);
-    void removeAppender(const AppenderSharedPtr &appender);
     void removeAllAppenders();
 
 private:

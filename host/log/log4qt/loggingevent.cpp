@@ -1,4 +1,4 @@
-// Where and when a log line came to be.
+// Records time and thread of a log line.
 #include <log4qt/logger.h>
 #include <log4qt/loggingevent.h>
 #include <unistd.h>

@@ -12,14 +12,14 @@ class Logger;
 class LOG4QT_EXPORT LoggingEvent
 {
 public:
-    /// An event of now, on the current thread.
+    /// An event on the current thread, now.
     LoggingEvent(const Logger *logger, Level level, const QString &message);
 
     Level level() const { return m_level; }
     QString loggerName() const { return m_loggerName; }
     QString message() const { return m_message; }
 
-    /// The thread's object name, or its number where it has none.
+    /// The thread's object name, or its number if it has none.
     QString threadName() const { return m_threadName; }
 
     /// Milliseconds since 1970-01-01T00:00:00 UTC.

@@ -5,15 +5,15 @@
 
 namespace Log4Qt {
 
-/// Lines go nowhere until the root logger has an appender. Thread-safe.
+/// Lines are dropped until the root logger has an appender. Thread-safe.
 class LOG4QT_EXPORT LogManager
 {
 public:
     /// The parent of all loggers.
     static Logger *rootLogger();
 
-    /// The logger of this name, made by the first call. "a.b" is the same as "a::b", a child of "a"; an empty name is
-    /// the root logger. Never null, never destroyed.
+    /// The logger of this name, created by the first call. "a.b" is the same as "a::b", a child of "a"; an empty name
+    /// means the root logger. Never null, never destroyed.
     static Logger *logger(const QString &name);
 };
 

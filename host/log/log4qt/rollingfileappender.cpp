@@ -13,14 +13,19 @@ namespace Log4Qt {
 
 namespace {
 
-// The file is made before the logging library opens it, so that there is no moment at which others can read it.
+void tell(const char *fileName, const char *problem)
+{
+    static_cast<void>(std::fprintf(stderr, "log file %s: %s\n", fileName, problem));
+}
+
+// Creates the file before the logging library opens it, so that others can never read it.
 void makePrivate(const std::string &fileName)
 {
     const int file = ::open(fileName.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (file == -1)
-        return; // The library fails for the same reason and reports it.
+        return; // the library fails for the same reason and reports it
     if (::fchmod(file, S_IRUSR | S_IWUSR) != 0)
-        std::fprintf(stderr, "log file %s: the mode cannot be set to 0600\n", fileName.c_str());
+        tell(fileName.c_str(), "the mode cannot be set to 0600");
     ::close(file);
 }
 
@@ -41,7 +46,7 @@ void RollingFileAppender::activateOptions()
             QFile::encodeName(m_fileName).toStdString(), static_cast<std::size_t>(m_maximumFileSize),
             static_cast<std::size_t>(m_maxBackupIndex), false, handlers));
     } catch (const spdlog::spdlog_ex &error) {
-        std::fprintf(stderr, "log file %s: %s\n", qUtf8Printable(m_fileName), error.what());
+        tell(qUtf8Printable(m_fileName), error.what());
     }
 }
 

@@ -1,4 +1,4 @@
-// Writes log lines to a file, and keeps a number of older files when it has grown.
+// Writes log lines to a file, and starts a new one when it has grown, keeping a number of older ones.
 #pragma once
 
 #include <log4qt/appenderskeleton.h>
@@ -9,7 +9,7 @@ namespace Log4Qt {
 class LOG4QT_EXPORT RollingFileAppender : public AppenderSkeleton
 {
 public:
-    /// `append` keeps what the file holds; otherwise the file is emptied first.
+    /// `append` keeps the file's content; otherwise the file is emptied first.
     RollingFileAppender(const LayoutSharedPtr &layout, const QString &fileName, bool append);
 
     /// How many older files are kept; by default 1.

@@ -1,4 +1,4 @@
-// The layout "time [thread] LEVEL logger - message".
+// The layout "time [thread] LEVEL logger - message"; the time is local, as in "2024-01-31 15:04:05.678".
 #pragma once
 
 #include <log4qt/layout.h>
@@ -8,9 +8,7 @@ namespace Log4Qt {
 class LOG4QT_EXPORT TTCCLayout : public Layout
 {
 public:
-    enum DateFormat {
-        ISO8601 = 1 ///< "2024-01-31 15:04:05.678", local time.
-    };
+    enum DateFormat { ISO8601 };
 
     explicit TTCCLayout(DateFormat dateFormat);
 
