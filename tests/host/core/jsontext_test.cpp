@@ -20,24 +20,9 @@ TEST(JsonText, IsWhatQtWrites)
     for (const qsizetype length : {23, 24, 255, 256, 65535, 65536})
         for (const QChar character : {u'a', u'ы', u'"'})
             texts.append(QString(length, character));
-    const QJsonArray numbers{0,
-                             23,
-                             24,
-                             255,
-                             256,
-                             65536,
-                             -1,
-                             -24,
-                             -25,
-                             -257,
-                             0.1,
-                             -2.5e-9,
-                             5.0,
-                             1e15,
-                             1e300,
-                             qInf(),
-                             std::numeric_limits<qint64>::max(),
-                             std::numeric_limits<qint64>::min()};
+    QJsonArray numbers{0.1, -2.5e-9, 5.0, 1e15, 1e300, qInf(), std::numeric_limits<qint64>::min()};
+    for (const qint64 number : {0, 23, 24, 255, 256, 65536, 0x7fff'ffff, -1, -24, -25, -257})
+        numbers.append(number);
     const QJsonArray others{true, false, QJsonValue(), QJsonObject(), QJsonArray(), QJsonArray{QJsonArray{1, 2}, 3}};
     const QJsonDocument documents[] = {QJsonDocument(), QJsonDocument(QJsonObject()), QJsonDocument(texts),
                                        QJsonDocument(QJsonObject{{u"numbers"_s, numbers}, {characters, others}})};
