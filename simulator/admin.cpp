@@ -14,7 +14,7 @@ namespace sim {
 
 namespace {
 
-/// "last" in the URL: how many of the newest are wanted; all without it.
+/// The URL's "last", how many of the newest are wanted; without it all.
 int lastOf(const httplib::Request &request)
 {
     if (!request.has_param("last"))

@@ -35,7 +35,7 @@ void write(const Answer &answer, httplib::Response &response)
     response.set_content(answer.body.dump(-1, ' ', false, Json::error_handler_t::replace), "application/json");
 }
 
-// Also guards against the library's small limit for form bodies, and against the forms of other pages.
+// Also keeps out form bodies, which the library limits to a small size and any web page can send.
 bool isJson(const httplib::Request &request)
 {
     return request.get_header_value("Content-Type").starts_with("application/json");

@@ -11,7 +11,7 @@
 
 namespace sim {
 
-/// An answer as it leaves: {"success": true, "data": ...}, {"success": true, "result": ...} or a refusal.
+/// An answer as it is sent: {"success": true, "data": ...}, {"success": true, "result": ...} or a refusal.
 struct Answer
 {
     int status = 200;
@@ -39,7 +39,7 @@ public:
     /// The names of all methods.
     static std::vector<std::string> methods();
 
-    /// Answers requests of this brand only; of every brand when it is empty. The database must outlive the object.
+    /// Answers only requests of this brand; of any brand if it is empty. The database must outlive the object.
     Api(Database &database, std::string brand) : m_database(database), m_brand(std::move(brand)) {}
 
     /// One of `queries`, with its decoded URL parameters.

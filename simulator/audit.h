@@ -1,4 +1,4 @@
-// Checks the ledger against everything that the life cycle promises.
+// Checks the ledger against what the orders' life cycle promises.
 #pragma once
 
 #include <SQLiteCpp/Database.h>
@@ -8,7 +8,7 @@
 
 namespace sim {
 
-/// One sentence for each fault; empty when there is none.
+/// One sentence per fault; empty if there is none.
 std::vector<std::string> auditLedger(const SQLite::Database &database);
 
 } // namespace sim

@@ -1,4 +1,4 @@
-// The common part of the programs' command lines.
+// What the programs' command lines have in common.
 #pragma once
 
 #include <CLI/CLI.hpp>

@@ -13,21 +13,21 @@ namespace sim {
 class Connections
 {
 public:
-    /// The port that the server listens on; call it first.
+    /// Sets the server's own port. Call this first.
     void setLocalPort(int port) { m_localPort = port; }
 
-    /// A request has begun on the connection; it has been answered.
+    /// Marks the connection as serving a request, and as idle again.
     void begin(int remotePort);
     void end(int remotePort);
 
-    /// Closes the connection at once; the peer sees its end.
+    /// Closes the connection at once; the peer sees an orderly end.
     void cut(int remotePort) const;
     void cutAll() const;
 
-    /// The same, but the peer sees "connection reset".
+    /// Closes it at once; the peer sees "connection reset".
     void reset(int remotePort) const;
 
-    /// Waits until the peer has closed the connection, at most `time`.
+    /// Waits until the peer closes the connection, at most for `time`.
     void waitForHangUp(int remotePort, std::chrono::milliseconds time) const;
 
     /// Ends the connections that carry no request. (The library gives no answer on a socket that cannot be read, so
@@ -37,7 +37,7 @@ public:
 private:
     void forEach(const std::function<void(int descriptor, int remotePort)> &action) const;
 
-    int m_localPort = 0;
+    int m_localPort{};
     std::mutex m_mutex;
     std::set<int> m_busy;
 };

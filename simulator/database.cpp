@@ -1,4 +1,4 @@
-// Opening of the ledger file and its schema.
+// Opens the ledger file and creates its schema.
 #include "database.h"
 
 #include <fcntl.h>

@@ -1,5 +1,5 @@
-// The ledger's database file and the transactions on it. One connection, one request at a time: answers depend on
-// balances, so requests are serial anyway.
+// The ledger's database file and its transactions. There is one connection, for one request at a time: answers depend
+// on balances, so requests are serial anyway.
 #pragma once
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -16,14 +16,14 @@ class Database
 {
 public:
     enum class Access {
-        Serve,  ///< created when missing (mode 0600), written
-        Inspect ///< must exist, never written; works beside a serving process
+        Serve,  ///< created if missing (mode 0600), writable
+        Inspect ///< must exist, read-only; works beside a serving process
     };
 
-    /// Throws std::runtime_error naming the file when it cannot be opened or is not a ledger of this program.
+    /// Throws std::runtime_error naming the file if it cannot be opened or is not a ledger of this program.
     Database(const std::filesystem::path &file, Access access);
 
-    /// Runs the step in one transaction, durable before this returns; rolled back when the step throws.
+    /// Runs the step in one transaction, which is durable when this returns, and rolled back if the step throws.
     template <typename Step>
     auto write(Step step)
     {
@@ -34,7 +34,7 @@ public:
         return result;
     }
 
-    /// Runs the step on one consistent state of the file.
+    /// Runs the step on a consistent state of the file.
     template <typename Step>
     auto read(Step step)
     {
@@ -43,7 +43,7 @@ public:
         return step(m_connection);
     }
 
-    /// How many rows this object has changed; an unchanged number means an unchanged ledger.
+    /// The number of rows this object has changed; if it is the same, so is the ledger.
     int changes()
     {
         const std::scoped_lock lock(m_mutex);

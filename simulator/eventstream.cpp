@@ -1,4 +1,5 @@
-// A stream writes what has changed since it last looked, so a slow reader gets fewer events and never a longer queue.
+// A stream sends what has changed since it last looked, so that a slow reader gets fewer events instead of a longer
+// queue.
 #include "eventstream.h"
 
 #include "adminroutes.h"
@@ -14,10 +15,14 @@ namespace {
 /// Also how long it takes to notice that a reader has gone.
 constexpr auto heartbeat = std::chrono::seconds(2);
 
-std::string event(const char *name, const Json &data)
+std::string dump(const Json &data)
 {
-    return std::string("event: ") + name + "\ndata: " + data.dump(-1, ' ', false, Json::error_handler_t::replace) +
-           "\n\n";
+    return data.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+std::string event(const char *name, const std::string &data)
+{
+    return std::string("event: ") + name + "\ndata: " + data + "\n\n";
 }
 
 std::uint64_t numberIn(const std::string &text, std::uint64_t fallback)
@@ -36,7 +41,7 @@ struct EventStream::Watcher
     std::uint64_t requests = 0;
     std::uint64_t last = RequestLog::kept;
     std::int64_t ledger = -1;
-    Json faults;
+    std::string faults;
     bool greeted = false;
 };
 
@@ -76,20 +81,20 @@ std::string EventStream::next(Watcher &watcher)
 {
     std::string text;
     if (!std::exchange(watcher.greeted, true))
-        text = event("hello", {{"run", m_run}});
+        text = event("hello", dump({{"run", m_run}}));
     else
         watcher.touches = m_feed.wait(watcher.touches, heartbeat);
     const auto requests = m_log.changes(watcher.requests, watcher.last);
     for (const Json &request : requests)
-        text += event("request", request);
+        text += event("request", dump(request));
     if (!requests.empty())
         text += "id: " + m_run + "-" + std::to_string(watcher.requests) + "\nevent: seen\ndata: {}\n\n";
-    const Json faults = m_faults.toJson();
+    const std::string faults = dump(m_faults.toJson());
     if (std::exchange(watcher.faults, faults) != faults)
         text += event("faults", faults);
     const std::int64_t ledger = m_database.changes();
     if (std::exchange(watcher.ledger, ledger) != ledger)
-        text += event("ledger", ledger);
+        text += event("ledger", std::to_string(ledger));
     return text.empty() ? ": alive\n\n" : text;
 }
 

@@ -14,14 +14,14 @@ namespace sim {
 class EventStream
 {
 public:
-    /// Each stream holds a thread of the server as long as it is open.
+    /// An open stream occupies a thread of the server.
     static constexpr int mostStreams = 16;
 
     /// All must outlive the object and every response of serve().
     EventStream(Database &database, const RequestLog &log, const Faults &faults, Feed &feed);
 
-    /// Answers with a stream that ends with Feed::close(), status 503 when there are too many. "last" in the URL
-    /// limits the requests of the past.
+    /// Answers with a stream that ends with Feed::close(), or with status 503 if too many are open. "last" in the URL
+    /// limits the past requests.
     void serve(const httplib::Request &request, httplib::Response &response);
 
 private:
@@ -33,7 +33,7 @@ private:
     const RequestLog &m_log;
     const Faults &m_faults;
     Feed &m_feed;
-    const std::string m_run; ///< tells this run of the server from others
+    const std::string m_run; ///< identifies this run of the server
     std::atomic<int> m_streams = 0;
 };
 

@@ -1,4 +1,4 @@
-// Faults on demand: what a server does wrong to which requests. They are listed, added and removed while it runs.
+// Faults on demand: what a server does wrong, and to which requests. They can be listed, added and removed at run time.
 #pragma once
 
 #include "feed.h"
@@ -23,12 +23,12 @@ struct FaultKind
 
 struct Fault
 {
-    int id = 0;
-    std::string method; ///< the API method, "*" for every one
+    int id{};
+    std::string method; ///< the API method; "*" for all
     std::string kind;
-    std::optional<int> times; ///< requests still to be hit; without a number the fault stays
-    double share = 1;         ///< the part of the requests that it hits, above 0, up to 1
-    int hits = 0;
+    std::optional<int> times; ///< requests still to be hit; if empty, the fault stays
+    double share = 1;         ///< the share of requests that it hits, above 0, up to 1
+    int hits{};
     int status = 500; ///< of kind "status", like the body
     std::string body;
     std::chrono::milliseconds delay{}; ///< of kind "delay"
@@ -46,11 +46,11 @@ public:
     /// "milliseconds". Returns the id. Throws Refusal naming the field, with the known methods or kinds.
     int add(const Json &fault);
 
-    /// False when there is no such fault.
+    /// False if there is no such fault.
     bool remove(int id);
     void clear();
 
-    /// The oldest fault that hits a request to the method, counted down by one; empty when none does. Skips kinds that
+    /// Takes one hit from the oldest fault that strikes a request to the method; empty if none does. Skips kinds that
     /// are not `possible`.
     std::optional<Fault> take(const std::string &method,
                               const std::function<bool(const std::string &kind)> &possible = nullptr);
@@ -77,7 +77,7 @@ private:
     std::condition_variable m_released;
     bool m_stopping = false;
     std::mt19937_64 m_random;
-    int m_lastId = 0;
+    int m_lastId{};
     std::vector<Fault> m_faults;
 };
 

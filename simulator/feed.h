@@ -20,7 +20,8 @@ public:
         m_changed.notify_all();
     }
 
-    /// Waits until touch() has been called more than `seen` times, or for `time`. Returns the number of calls so far.
+    /// Waits until touch() has been called more than `seen` times, at most for `time`. Returns the number of calls so
+    /// far.
     std::uint64_t wait(std::uint64_t seen, std::chrono::milliseconds time)
     {
         std::unique_lock lock(m_mutex);
@@ -45,7 +46,7 @@ public:
 private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::uint64_t m_touches = 0;
+    std::uint64_t m_touches{};
     bool m_closed = false;
 };
 

@@ -1,4 +1,4 @@
-// The routes of the two APIs.
+// Routes the two APIs.
 #include "httpserver.h"
 
 #include <iostream>
@@ -18,7 +18,7 @@ std::vector<FaultKind> faultKinds()
             {"malformed", "processed, then answered with half of the JSON"}};
 }
 
-/// Why the till did not get the service's own answer.
+/// Why the till did not get the real answer.
 std::string reasonFor(const Fault &fault)
 {
     for (const FaultKind &kind : faultKinds())

@@ -12,9 +12,9 @@ namespace sim {
 
 struct JournalLine
 {
-    int lineId = 0;
-    Kopecks amount = 0; ///< before points and payment discounts, as the order carries it
-    Points spent = 0;
+    int lineId{};
+    Kopecks amount{}; ///< before points and payment discounts, as the order carries it
+    Points spent{};
 };
 
 struct JournalCheck
@@ -22,13 +22,13 @@ struct JournalCheck
     std::string check;   ///< the check's identifier, "orderID" on the wire
     bool closed = false; ///< otherwise voided
     std::string card;
-    std::string basket; ///< empty when no order was ever asked for
+    std::string basket; ///< empty if no order was ever asked for
     std::vector<JournalLine> lines;
-    Points spent = 0;
-    Points earned = 0;
+    Points spent{};
+    Points earned{};
 };
 
-/// Reads JSON lines; the last object for a check wins. By check identifier.
+/// Reads JSON lines into a map by check identifier; the last object for a check wins.
 /// Throws std::runtime_error naming file, line and field.
 std::map<std::string, JournalCheck> readJournal(const std::filesystem::path &file);
 

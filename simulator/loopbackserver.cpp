@@ -1,4 +1,4 @@
-// The packaged HTTP library, set up for clients that keep their connections.
+// Configures the HTTP library for clients that keep their connections.
 #include "loopbackserver.h"
 
 #include <sys/socket.h>
@@ -14,7 +14,7 @@ constexpr std::size_t threads = 80; // each open connection keeps one; 16 of the
 constexpr std::size_t requestsPerConnection = 1'000'000;
 constexpr time_t keepAliveSeconds = 15;
 
-/// The library's default would let two servers share a port unnoticed.
+/// Without the library's default, which would let two servers share a port unnoticed.
 void setSocketOptions(socket_t socket)
 {
     const int on = 1;

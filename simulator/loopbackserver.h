@@ -19,18 +19,18 @@ public:
     LoopbackServer(const LoopbackServer &) = delete;
     LoopbackServer &operator=(const LoopbackServer &) = delete;
 
-    /// Binds the port (0: a free one) and returns it; connections wait from here on.
-    /// Throws std::runtime_error naming the port when it is taken.
+    /// Binds the port (0: a free one) and returns it; from then on clients can connect. Throws std::runtime_error
+    /// naming the port if it is taken.
     int bind(int port);
 
-    /// Serves until stop(); running requests are finished before it returns. False when accepting failed.
+    /// Serves until stop(), and finishes running requests. False if accepting failed.
     bool run();
 
-    /// Call it from a thread other than run()'s; waits until run() has begun. Connections are refused from then on.
+    /// Waits until run() has begun, then ends it; new connections are refused. Call it from another thread.
     virtual void stop();
 
 protected:
-    /// False when the request has been answered and must not be routed. Thread-safe.
+    /// False if it has answered the request, which is then not routed. Thread-safe.
     virtual bool admit(const httplib::Request &, httplib::Response &) { return true; }
 
     httplib::Server m_server;

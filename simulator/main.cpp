@@ -26,14 +26,14 @@ struct OutboxOptions
 void addServe(CLI::App &app, sim::ServeOptions &options)
 {
     CLI::App *const command = app.add_subcommand("serve", "Serve the loyalty and message APIs on 127.0.0.1");
-    command->add_option("--database", options.database, "Ledger file; made when missing")->required();
+    command->add_option("--database", options.database, "Ledger file; created if missing")->required();
     command->add_option("--port", options.port, "Port; 0 takes a free one")->check(CLI::Range(0, 65535));
     command->add_option("--port-file", options.portFile, "File to write the port to");
     command->add_option("--user", options.server.user, "User name of the HTTP Basic authentication");
-    command->add_option("--password", options.server.password, "Its password; better given in the environment")
+    command->add_option("--password", options.server.password, "Its password; better set in the environment")
         ->envname("LOYALTY_SIM_PASSWORD");
     command->add_option("--brand", options.server.brand, "Refuse requests of other brands");
-    command->add_flag("--admin", options.server.admin, "Serve a page to watch and steer the service at /");
+    command->add_flag("--admin", options.server.admin, "Also serve a page at / to watch and control the service");
     command->add_option("--customers", options.customers, "JSON file of customers to add");
 }
 
@@ -91,10 +91,10 @@ int compareWithTill(const std::filesystem::path &file, const CompareOptions &opt
 
 void addTail(CLI::App &app, sim::TailOptions &options)
 {
-    CLI::App *const command = app.add_subcommand("tail", "Print a server's requests as they come");
+    CLI::App *const command = app.add_subcommand("tail", "Print a server's requests as they arrive");
     command->add_option("--port", options.port, "Port of the server")->required()->check(CLI::Range(1, 65535));
-    command->add_option("--last", options.last, "Requests of the past to begin with")->capture_default_str();
-    command->add_flag("--json", options.json, "Everything known of each request, as JSON lines");
+    command->add_option("--last", options.last, "Start with so many past requests")->capture_default_str();
+    command->add_flag("--json", options.json, "Print requests in full, as JSON lines");
 }
 
 } // namespace
@@ -122,10 +122,10 @@ try {
     bool json = false;
     CLI::App *const ledger = addInspection("ledger", "Print customers and orders");
     ledger->add_flag("--json", json, "As JSON, with all movements");
-    CLI::App *const check = addInspection("check", "Check that the ledger is consistent; exit status 1 when not");
+    CLI::App *const check = addInspection("check", "Check that the ledger is consistent; exit status 1 if not");
     CompareOptions compareOptions;
     CLI::App *const compare =
-        addInspection("compare", "Compare a till's journal with the ledger; exit status 1 when they differ");
+        addInspection("compare", "Compare a till's journal with the ledger; exit status 1 if they differ");
     compare->add_option("--journal", compareOptions.journal, "The journal, JSON lines; - reads standard input")
         ->required();
     compare->add_option("--open", compareOptions.open, "Baskets of checks that are still open");

@@ -1,4 +1,4 @@
-// Text and number forms of sums. Written by hand because they must not follow the locale.
+// Converts sums to text and back, independently of the locale.
 #include "money.h"
 
 #include <cstdlib>

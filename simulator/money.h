@@ -1,5 +1,5 @@
-// Sums as the service counts them: integer kopecks and integer hundredths of a point. One point is worth one ruble, so
-// both have the same unit and need no rate.
+// The service's sums: whole kopecks and whole hundredths of a point. One point is worth one ruble, so no rate is
+// needed.
 #pragma once
 
 #include <cstdint>
@@ -12,8 +12,7 @@ namespace sim {
 using Kopecks = std::int64_t; // 1/100 ruble
 using Points = std::int64_t;  // 1/100 point
 
-/// Reads "91.00": digits, a dot, exactly two decimals, no sign, at most 12 digits before the dot.
-/// Empty for any other text.
+/// Reads "91.00": at most 12 digits, a dot, exactly two decimals, no sign. Empty for any other text.
 std::optional<Kopecks> parseHundredths(std::string_view text);
 
 /// Writes 9100 as "91.00" and -5 as "-0.05".

@@ -1,14 +1,14 @@
-// The life of an order: what each operation does in each state. The table is in README.md.
+// The life of an order: what each operation does in each state. README.md has the table.
 #pragma once
 
 #include "orderstore.h"
 
 namespace sim {
 
-/// Each runs inside one transaction of the caller, throws Refusal (nothing is changed then) and is idempotent:
-/// repeated with the same request it gives the same order and changes nothing.
+/// Each runs inside a transaction of the caller, and throws Refusal before it has changed anything. Each is idempotent:
+/// the same request again gives the same order and changes nothing.
 
-/// Prices the order and books nothing. On an order that exists already the answer is only a price.
+/// Prices the order and books nothing. If the order exists already, it is not changed.
 Order calculateOrder(const SQLite::Database &database, const OrderRequest &request);
 
 /// Creates or replaces the order and reserves the points that its lines pay.
@@ -23,7 +23,7 @@ Order postOrder(const SQLite::Database &database, const OrderRequest &request);
 /// Attaches the check's identifier to a posted order.
 Order bindOrderId(const SQLite::Database &database, const BasketRequest &request);
 
-/// Ends an order that is not posted, also one that nobody has heard of, and gives back what was reserved.
+/// Ends an order that is not posted, even an unknown one, and gives back what was reserved.
 Order cancelOrder(const SQLite::Database &database, const BasketRequest &request);
 
 } // namespace sim

@@ -1,4 +1,4 @@
-// Reads and writes orders as rows, without judging which state may follow which.
+// Reads and writes orders as rows, whatever state follows which.
 #pragma once
 
 #include "wire.h"
@@ -18,10 +18,10 @@ const char *toText(State state);
 
 struct StoredLine
 {
-    int lineId = 0;
-    Kopecks amount = 0;
-    Kopecks paymentDiscount = 0;
-    Points points = 0; ///< offered while calculated, reserved while created, spent once posted; otherwise 0
+    int lineId{};
+    Kopecks amount{};
+    Kopecks paymentDiscount{};
+    Points points{}; ///< offered while calculated, reserved while created, spent once posted; otherwise 0
 };
 
 struct Order
@@ -30,9 +30,9 @@ struct Order
     std::string account;
     std::string card;
     State state = State::Calculated;
-    std::string body;    ///< the accepted body, canonical; empty when cancelled before it was calculated
+    std::string body;    ///< the accepted body, canonical; empty if cancelled before it was calculated
     std::string orderId; ///< the check's identifier once bound
-    Points earned = 0;
+    Points earned{};
     std::vector<StoredLine> lines;
 
     Kopecks amount() const; ///< before points and payment discounts
@@ -46,23 +46,23 @@ std::optional<Order> findOrder(const SQLite::Database &database, const std::stri
 /// All orders, oldest first.
 std::vector<Order> allOrders(const SQLite::Database &database);
 
-/// The `last` newest of them, oldest first.
+/// The `last` newest orders, oldest first.
 std::vector<Order> lastOrders(const SQLite::Database &database, int last);
 
 /// A change in the life of an order, with its sums from then on.
 struct OrderStep
 {
     std::string state;
-    Kopecks amount = 0;
-    Points points = 0;
-    Points earned = 0;
+    Kopecks amount{};
+    Points points{};
+    Points earned{};
     std::string at; ///< UTC
 };
 
-/// The order's life so far, oldest first.
+/// The order's steps so far, oldest first.
 std::vector<OrderStep> stepsOf(const SQLite::Database &database, const std::string &basket);
 
-/// Replaces what is stored for the order's basket, lines included, and adds the step.
+/// Replaces what is stored for the order's basket, lines included, and adds a step.
 void storeOrder(const SQLite::Database &database, const Order &order);
 
 } // namespace sim

@@ -1,4 +1,4 @@
-// Text messages that the service was asked to send. Nothing leaves the machine; they are kept here to be read.
+// Text messages that the service was asked to send. They are kept to be read; none leaves the machine.
 #pragma once
 
 #include "wire.h"
@@ -13,20 +13,20 @@ namespace sim {
 
 struct SentMessage
 {
-    std::int64_t id = 0;
+    std::int64_t id{};
     std::string at; ///< UTC
     std::string phone;
     std::string text;
 };
 
-/// Keeps the message; its number.
+/// Keeps the message and returns its number.
 std::int64_t keepMessage(const SQLite::Database &database, const MessageRequest &message);
 
 /// The `last` newest messages to a number, or to all with an empty one; oldest first.
 std::vector<SentMessage> messages(const SQLite::Database &database, const std::string &phone,
                                   int last = std::numeric_limits<int>::max());
 
-/// The confirmation code in a text: its last run of digits, empty when there is none.
+/// The confirmation code in a text: its last run of digits; empty if it has none.
 std::string codeIn(const std::string &text);
 
 } // namespace sim

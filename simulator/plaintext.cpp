@@ -1,4 +1,4 @@
-// Looks at UTF-8 byte by byte; harmful characters have few forms.
+// Examines UTF-8 byte by byte, since harmful characters have few forms.
 #include "plaintext.h"
 
 #include <array>
@@ -8,7 +8,7 @@ namespace sim {
 
 namespace {
 
-/// The length of a harmful character at the start of the text; 0 when it is harmless.
+/// The length of a harmful character at the start of the text; 0 if it is harmless.
 std::size_t harmful(std::string_view text)
 {
     const auto first = static_cast<unsigned char>(text[0]);

@@ -1,4 +1,4 @@
-// Texts from outside, made fit for a terminal.
+// Makes texts from outside safe for a terminal.
 #pragma once
 
 #include <string>

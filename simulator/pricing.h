@@ -11,8 +11,7 @@ namespace sim {
 /// The largest share of a line that can be paid with points, in percent of its amount less its payment discount.
 inline constexpr int redeemPercent = 50;
 
-/// What each line pays with points, in the order of the lines: as long as `available` lasts, nothing for a line that
-/// allows no discount.
+/// What each line pays with points, in order, as long as `available` lasts; nothing for a line that allows no discount.
 std::vector<Points> redeem(const std::vector<OrderLine> &lines, Points available);
 
 /// What the order earns when its lines pay `spent` with points: `percent` of the money on lines that may earn, half

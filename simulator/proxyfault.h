@@ -1,4 +1,4 @@
-// The faults between a till and its service, and when they strike.
+// The faults on the line between a till and its service, and when they strike.
 #pragma once
 
 #include "faults.h"
@@ -15,9 +15,9 @@ struct ProxyFault
 {
     /// What the till gets instead of a good answer at once.
     enum class Answer {
-        Late,     ///< The request is held up on its way; then all is well.
+        Late,     ///< A good one, after the request was held up on its way.
         Slow,     ///< All of the answer, at a low bandwidth.
-        Dripping, ///< The answer byte by byte, for longer than a till waits.
+        Dripping, ///< The answer byte by byte, longer than a till waits.
         Nothing,  ///< None; the connection stays.
         Cut,      ///< Half of it, then the end of the connection.
         Halved,   ///< Half of the JSON, as a complete answer.
@@ -31,12 +31,12 @@ struct ProxyFault
     bool processed = false; ///< The service gets the request.
     Answer answer = Answer::Late;
     bool needsKept = false; ///< For a connection that has carried requests before.
-    int status = 0;
+    int status{};
     std::string type = {};
     std::string body = {};
 };
 
-/// Every kind of fault, twice if the till cannot tell whether the service has processed its request: once for each
+/// Every kind of fault. Where a till cannot tell whether the service has processed its request, there is one for each
 /// case.
 const std::vector<ProxyFault> &allProxyFaults();
 

@@ -14,15 +14,15 @@ try {
     double rate = 0.2;
     std::string only;
     std::filesystem::path recordFile;
-    CLI::App app("A bad line to a service on 127.0.0.1. Prints its port and serves until it is killed.", "fault-proxy");
+    CLI::App app("A bad line to a service on 127.0.0.1. Prints its port and runs until it is killed.", "fault-proxy");
     app.add_option("--service", servicePort, "Port of the service")->required()->check(CLI::Range(1, 65535));
     app.add_option("--port", port, "Port; 0 takes a free one")->check(CLI::Range(0, 65535));
     app.add_option("--seed", seed, "Start of the random numbers");
-    app.add_option("--rate", rate, "Part of the exchanges that meet with a fault")
+    app.add_option("--rate", rate, "Probability of a fault in an exchange")
         ->check(CLI::Range(0., 1.))
         ->capture_default_str();
-    app.add_option("--only", only, "The one kind of fault to draw");
-    app.add_option("--record", recordFile, "File to append to what was done and seen, as JSON lines");
+    app.add_option("--only", only, "Draw only this kind of fault");
+    app.add_option("--record", recordFile, "File to append faults and requests to, as JSON lines");
     if (const auto status = sim::startProgram(app, argc, argv))
         return *status;
     sim::ProxyFaults faults(seed, rate, only);
@@ -34,7 +34,7 @@ try {
             std::cout << port << std::endl;
         if (!proxy.run())
             return 1;
-        std::this_thread::sleep_for(outage); // connections are to be refused
+        std::this_thread::sleep_for(outage); // with connections refused
     }
 } catch (const std::exception &error) {
     std::cerr << "fault-proxy: " << error.what() << std::endl;

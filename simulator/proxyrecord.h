@@ -1,4 +1,4 @@
-// The fault proxy's record of faults and requests, in a file.
+// The fault proxy's record of faults and requests.
 #pragma once
 
 #include <httplib.h>
@@ -10,13 +10,12 @@
 
 namespace sim {
 
-/// Each entry is a JSON line, written at once: after a kill it is there whole or not at all. May be used from any
-/// thread.
+/// Each entry is a JSON line, written at once: after a kill it is complete or missing. Thread-safe.
 class ProxyRecord
 {
 public:
-    /// Appends to what earlier proxies have left; writes nothing without a name. Throws std::runtime_error when the
-    /// file cannot be opened.
+    /// Appends to the file, or records nothing if the name is empty. Throws std::runtime_error if the file cannot be
+    /// opened.
     explicit ProxyRecord(const std::filesystem::path &file);
 
     /// {"fault": name}

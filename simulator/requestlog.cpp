@@ -1,4 +1,4 @@
-// Ring of received requests.
+// Keeps the latest requests.
 #include "requestlog.h"
 
 #include <array>

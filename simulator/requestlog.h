@@ -17,7 +17,7 @@ namespace sim {
 /// How a request ended.
 struct Outcome
 {
-    int status = 0;     ///< 0: the connection was closed without an answer
+    int status{};       ///< 0: the connection was closed without an answer
     std::string answer; ///< the body as sent
     std::string reason; ///< of a refusal, in English
     std::string fault;  ///< the fault that the request met with; empty without one
@@ -68,9 +68,9 @@ private:
 
     Feed &m_feed;
     mutable std::mutex m_mutex;
-    std::uint64_t m_last = 0;
-    std::uint64_t m_change = 0;
-    std::size_t m_bytes = 0;
+    std::uint64_t m_last{};
+    std::uint64_t m_change{};
+    std::size_t m_bytes{};
     std::map<std::string, std::uint64_t> m_counts;
     std::deque<Entry> m_entries; ///< numbers without gaps
 };

@@ -10,13 +10,13 @@ namespace sim {
 struct ServeOptions
 {
     std::filesystem::path database;
-    int port = 0;                    ///< 0: a free one
+    int port{};                      ///< 0: a free one
     std::filesystem::path portFile;  ///< empty: none is written
-    std::filesystem::path customers; ///< empty: the sample customers, in a new ledger only
+    std::filesystem::path customers; ///< empty: the sample customers, only in a new ledger
     ServerOptions server;
 };
 
-/// Serves until SIGTERM or SIGINT; the exit status. Throws std::runtime_error when it cannot start.
+/// Serves until SIGTERM or SIGINT. Returns the exit status. Throws std::runtime_error if it cannot start.
 int serve(const ServeOptions &options);
 
 } // namespace sim

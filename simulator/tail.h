@@ -7,7 +7,7 @@ namespace sim {
 
 struct TailOptions
 {
-    int port = 0;
+    int port{};
     bool json = false;
     unsigned last = 10; ///< past requests to begin with
 };

@@ -1,4 +1,4 @@
-// Reading of request bodies; see the header for why it is strict.
+// Reads request bodies; the header says why it is strict.
 #include "wire.h"
 
 #include "refusal.h"

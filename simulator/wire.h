@@ -1,5 +1,5 @@
-// The bodies that the service receives, read and checked field by field. Strict on purpose: this is the judge of
-// the client's wire format, so a missing, misspelt, extra or wrongly typed field is refused with its name.
+// Reads and checks the bodies that the service receives, field by field. Strict on purpose: it judges the client's wire
+// format, so it refuses a missing, misspelt, extra or wrongly typed field by name.
 #pragma once
 
 #include "fields.h"
@@ -11,9 +11,9 @@ namespace sim {
 
 struct OrderLine
 {
-    int lineId = 0;
-    Kopecks amount = 0;          ///< before points and before the payment discount
-    Kopecks paymentDiscount = 0; ///< at most amount
+    int lineId{};
+    Kopecks amount{};          ///< before points and before the payment discount
+    Kopecks paymentDiscount{}; ///< at most amount
     bool isSale = false;
     bool noDiscount = false;
     bool noEarn = false;
@@ -46,7 +46,7 @@ struct MessageRequest
     std::string text;
 };
 
-/// The body as a JSON object. Throws Refusal (BadRequest) when it is not one.
+/// The body as a JSON object. Throws Refusal (BadRequest) if it is none.
 Json parseObject(const std::string &body);
 
 /// Each throws Refusal (BadRequest) naming the field, e.g. orderLines[2].lineAmount.
@@ -56,7 +56,7 @@ BasketRequest readCancellation(const Json &body);
 MessageRequest readMessage(const Json &body);
 
 /// Normalizes a telephone number for comparison: the leading plus and the digits, without blanks, brackets and hyphens.
-/// Empty when there is no leading plus, when another character occurs, or when there are not 10 to 15 digits.
+/// Empty if there is no leading plus, another character, or a number of digits other than 10 to 15.
 std::string phoneKey(const std::string &text);
 
 } // namespace sim

@@ -14,15 +14,15 @@ public:
     ActivityNotifier();
     virtual ~ActivityNotifier();
 
-    /// From now on `listener` receives the events with these codes; replaces an earlier subscription of the same
-    /// listener. The listener is not owned; a destroyed one is forgotten.
+    /// Delivers events with these codes to `listener`, in place of an earlier subscription of the same listener. Does
+    /// not own the listener, and forgets one that is destroyed.
     virtual void subscribe(BaseActivityListener *listener, const QSet<int> &codes);
 
-    /// `listener` receives nothing any more. Unknown listeners are ignored.
+    /// Delivers nothing more to `listener`. Ignores unknown listeners.
     virtual void unsubscribe(BaseActivityListener *listener);
 
-    /// Calls handleEvent() of every subscriber of the event's code, in order of subscription, before it returns. A
-    /// listener may subscribe or unsubscribe while it is called. Exceptions of a listener pass to the caller.
+    /// Calls handleEvent() of all subscribers of the event's code, in order of subscription. Listeners may subscribe
+    /// and unsubscribe during the call. A listener's exceptions reach the caller.
     virtual void notify(const Event &event);
 
 private:

@@ -1,5 +1,5 @@
-// The exceptions' destructors live here and nowhere else, so that a plugin and the host share one type information and
-// catch each other's exceptions.
+// The exception's destructor exists only here, so that a plugin and the host share its type information and can catch
+// each other's exceptions.
 #include <core/basicexception.h>
 
 BasicException::BasicException(const tr::Tr &text) : m_text(text), m_what(text.ru().toUtf8())

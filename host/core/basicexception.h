@@ -8,7 +8,7 @@
 
 #include <exception>
 
-/// A failure that can be told to the cashier.
+/// A failure to show to the cashier.
 class POSHOST_EXPORT BasicException : public std::exception
 {
 public:

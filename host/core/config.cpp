@@ -1,5 +1,5 @@
 // Reads the host's configuration file. Does not use QSettings, whose INI dialect interprets commas, backslashes and
-// "%", which passwords may contain.
+// "%"; passwords may contain them.
 #include <core/basicexception.h>
 #include <core/config.h>
 
@@ -28,7 +28,7 @@ QString unquoted(const QString &value)
     return quoted ? value.mid(1, value.size() - 2) : value;
 }
 
-// The number that `read` finds in `text`; the default, with a warning, when there is none.
+// The number that `read` finds in `text`; if there is none, the default, with a warning.
 template <class Number, class Read>
 Number numberFrom(const QString &text, const QString &key, Number defaultValue, Read read)
 {

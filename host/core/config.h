@@ -27,26 +27,26 @@ public:
     /// An empty configuration: every read returns its default.
     Config();
 
-    /// Reads `fileName` (UTF-8). Throws BasicException that names the file when it cannot be read, and the file and the
-    /// line when a line is not UTF-8 or is neither a section, an entry, a comment (";" or "#") nor blank.
+    /// Reads `fileName` (UTF-8). Throws BasicException that names the file if it cannot be read, and file and line if a
+    /// line is not UTF-8 or is no section, entry, comment (";" or "#") or blank line.
     explicit Config(const QString &fileName);
 
     virtual ~Config();
 
-    /// The configured text, also when it is empty; `defaultValue` when the key is missing.
+    /// The configured text, which may be empty; `defaultValue` if the key is missing.
     virtual QString getString(const QString &key, const QString &defaultValue) const;
 
-    /// The configured number; `defaultValue` when the key is missing, or, with a warning that names the key, when the
-    /// text is not a whole number.
+    /// The configured number; `defaultValue` if the key is missing, or, with a warning that names the key, if the text
+    /// is not a whole number.
     virtual int getInt(const QString &key, int defaultValue) const;
 
     /// The same for a finite number with an optional fraction; the decimal separator is a point in every locale.
     virtual double getDouble(const QString &key, double defaultValue) const;
 
-    /// The file that was read; empty for an empty configuration.
+    /// The name of the file; empty for an empty configuration.
     const QString &fileName() const { return m_fileName; }
 
-    /// Every entry of the file, in its order.
+    /// All entries in the order of the file.
     const QList<Entry> &entries() const { return m_entries; }
 
 private:

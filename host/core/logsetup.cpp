@@ -26,7 +26,7 @@ constexpr qsizetype longestLine = 4000;
 constexpr auto ownerOnlyFile = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
 constexpr auto ownerOnlyFolder = ownerOnlyFile | QFileDevice::ExeOwner;
 
-// Log lines quote the service and the scanner; whatever they send, a message stays one line.
+// Log lines quote the service and the scanner; a message stays one line whatever they send.
 class OneLineLayout : public Log4Qt::TTCCLayout
 {
 public:
@@ -38,7 +38,7 @@ public:
     }
 };
 
-// Log4Qt starts a new file with the mode that the process gives to any file.
+// Log4Qt itself creates files with the process's default mode.
 class PrivateFileAppender : public Log4Qt::RollingFileAppender
 {
 public:
@@ -95,7 +95,7 @@ void makePrivateFolders(const QString &folder)
     QDir().mkdir(folder, ownerOnlyFolder);
 }
 
-// The log libraries report a file that cannot be opened on stderr at best. This throws, and sets the mode first.
+// At best the log libraries report on stderr that a file cannot be opened. This throws, and sets the mode beforehand.
 void preparePrivateFile(const QString &fileName)
 {
     makePrivateFolders(QFileInfo(fileName).absolutePath());
@@ -126,14 +126,21 @@ Log4Qt::AppenderSharedPtr consoleAppender(const Log4Qt::LayoutSharedPtr &layout)
     return owner;
 }
 
-// Before a program sets up its log, warnings go to the standard error output.
-[[maybe_unused]] const bool setUpAtStart = (setUpLogging(Config()), true);
+// Until a program sets up its log, warnings go to the standard error output.
+[[maybe_unused]] const bool isSetUp = []() noexcept {
+    try {
+        setUpLogging(Config());
+        return true;
+    } catch (const std::exception &) {
+        return false;
+    }
+}();
 
 } // namespace
 
 void setUpLogging(const Config &config)
 {
-    // First of all, because Log4Qt's layouts and appenders need its manager.
+    // This comes first: Log4Qt's layouts and appenders need its manager.
     Log4Qt::Logger *root = Log4Qt::LogManager::rootLogger();
     const Log4Qt::LayoutSharedPtr layout(new OneLineLayout);
     layout->activateOptions();

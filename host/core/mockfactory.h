@@ -1,4 +1,4 @@
-// Hands out collaborators that touch the outside world: a new object each time, or the one that a test has installed.
+// Creates collaborators that touch the outside world, or hands out the one that a test has installed.
 #pragma once
 
 #include <core/registry.h>

@@ -1,5 +1,5 @@
-// Filters texts from outside. A control string (a window title, say) without a terminator ends with its line, so that
-// the rest of the text is still shown.
+// Filters texts from outside. A control string (such as a window title) without a terminator ends with its line, so
+// that the rest of the text is still shown.
 #include <core/plaintext.h>
 
 #include <QtCore/QChar>
@@ -65,7 +65,7 @@ qsizetype controlStringEnd(QStringView text, qsizetype at)
     return at;
 }
 
-// The length of the escape sequence at the beginning of `text`; 0 where there is none.
+// The length of the escape sequence at the beginning of `text`; 0 if there is none.
 qsizetype escapeLength(QStringView text)
 {
     char16_t introducer = text[0].unicode();

@@ -5,9 +5,9 @@
 
 #include <QtCore/QString>
 
-/// `text`, which came from a service, a scanner or a file, as one line that can neither forge another line nor command
-/// a terminal. Line ends, tabs and runs of spaces become one space each, none of them at either end; escape sequences
-/// (all of their characters), control and format characters (among them those for the writing direction) and lone
-/// surrogates are left out. A result over `maxLength` UTF-16 units is cut to it and ends with "…". Takes time in
-/// proportion to what it keeps and leaves out, never more than to the length of `text`.
+/// Turns `text` from a service, a scanner or a file into one line that can neither forge another line nor command a
+/// terminal. Runs of line ends, tabs and spaces become one space, and none at either end; whole escape sequences,
+/// control and format characters (marks of the writing direction among them) and lone surrogates are removed. A result
+/// of more than `maxLength` UTF-16 units is cut to that length and ends with "…". Takes time proportional to the
+/// characters read, at most to the length of `text`.
 POSHOST_EXPORT QString plainText(QStringView text, qsizetype maxLength);

@@ -1,4 +1,4 @@
-// Who works at the till now.
+// Who is signed in at the till.
 #pragma once
 
 #include <poshost_export.h>
@@ -7,7 +7,6 @@
 #include <QtCore/QString>
 #include <QtCore/QVariant>
 
-/// A cashier who has signed in.
 class POSHOST_EXPORT User
 {
 public:

@@ -27,13 +27,12 @@ struct Setting
     double lowest = std::numeric_limits<double>::lowest();
     double highest = std::numeric_limits<double>::max();
     QStringList choices = {};
-    QString placeholder = {}; ///< A text has to contain this.
+    QString placeholder = {}; ///< A text must contain this.
 
     QString section() const { return key.section(u':', 0, 0); }
     QString name() const { return key.section(u':', 1); }
 
-    /// What may be written, free of any language where possible: "1 ... 65535", "QSQLITE, QPSQL",
-    /// "http[s]://HOST[:PORT]".
+    /// The allowed values, in a form that needs no language: "1 ... 65535", "QSQLITE, QPSQL", "http[s]://HOST[:PORT]".
     POSHOST_EXPORT QString range() const;
 };
 

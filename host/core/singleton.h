@@ -9,8 +9,8 @@ template <class T>
 class Singleton
 {
 public:
-    /// The process-wide object; the first caller creates it with `T()`. Never null. A caller that keeps the pointer
-    /// keeps the object, also when replace() puts another in its place.
+    /// The process-wide object, which the first call creates with `T()`. Never null. Whoever keeps the pointer keeps
+    /// the object, even after replace().
     static QSharedPointer<T> instance()
     {
         const auto holder = poshost::registry::findOrCreate(typeid(Singleton<T>), [] {
@@ -19,7 +19,7 @@ public:
         return *static_cast<QSharedPointer<T> *>(holder.get());
     }
 
-    /// Puts `object` in place for all later calls of instance(); null lets the next call create a new one.
+    /// Makes later calls of instance() return `object`; after null the next call creates a new one.
     static void replace(const QSharedPointer<T> &object)
     {
         poshost::registry::store(typeid(Singleton<T>), object ? std::make_shared<QSharedPointer<T>>(object) : nullptr);

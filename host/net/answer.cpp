@@ -1,5 +1,5 @@
-// Tells the service's JSON from what portals, proxies and faults put in its place. Damaged JSON is not taken for a
-// text: it may well have been a refusal.
+// Tells the service's JSON from what portals, proxies and faults put in its place. Damaged JSON does not count as plain
+// text: it may have been a refusal.
 #include "answer.h"
 
 #include <algorithm>
@@ -8,13 +8,13 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-// Qt keeps up to 40 bytes for a value and some 200 for an array or an object, whatever little of the body they take. An
-// answer about 5,000 lines has a quarter of this.
+// Qt spends up to 40 bytes on a value and about 200 on an array or an object, however short their text is. An answer
+// about 5,000 lines needs a quarter of these limits.
 constexpr qsizetype maxValues = 200'000;
 constexpr qsizetype maxContainers = 40'000;
 constexpr int maxDepth = 64;
 
-// How far into a body its first tag may be.
+// A page has one of its tags within so many bytes.
 constexpr qsizetype tagWithin = 1024;
 
 bool takesTooMuch(const QByteArray &json)

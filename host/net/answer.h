@@ -11,7 +11,7 @@ struct Answer
         Empty,
         Json,
         Text,       ///< Neither JSON nor meant to be, such as "accepted".
-        Unreadable, ///< JSON that is damaged or would take too much memory, HTML, or no text at all.
+        Unreadable, ///< Damaged JSON, JSON that would take too much memory, HTML, or binary data.
     };
 
     Kind kind = Empty;
@@ -19,6 +19,6 @@ struct Answer
     QString fault{}; ///< Why it is unreadable, for the log.
 };
 
-/// Takes time in proportion to the body's length, and memory that maxBodySize of RestClient and the limits on nesting
-/// and on the number of values keep below 32 MiB.
+/// Takes time proportional to the body's length. RestClient::maxBodySize and the limits on nesting and on the number of
+/// values keep the memory below 32 MiB.
 Answer readAnswer(const QByteArray &body);

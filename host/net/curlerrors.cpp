@@ -27,7 +27,7 @@ QNetworkReply::NetworkError networkErrorOf(CURLcode code)
     case CURLE_RECV_ERROR:
     case CURLE_SEND_ERROR:
     case CURLE_SEND_FAIL_REWIND:
-    case CURLE_ABORTED_BY_CALLBACK: // The only callback that aborts forbids sending a request again.
+    case CURLE_ABORTED_BY_CALLBACK: // The one callback that aborts keeps a request from being sent twice.
         return QNetworkReply::RemoteHostClosedError;
     case CURLE_WRITE_ERROR: // The receivers refuse bytes over their caps.
     case CURLE_FILESIZE_EXCEEDED:

@@ -1,4 +1,4 @@
-// Keeps the outcome of the exchanges, and since when it has been the same.
+// Remembers whether the last exchange succeeded, and since when that has been so.
 #include "linkstate.h"
 
 void LinkState::report(bool isReachable)

@@ -1,4 +1,4 @@
-// Whether the service can be reached, as the exchanges of this process have found.
+// Whether the service can be reached, judged by this process's exchanges.
 #pragma once
 
 #include <poshost_export.h>
@@ -14,10 +14,10 @@ public:
     struct State
     {
         bool isReachable = true;
-        QDateTime since; ///< When that was first found; invalid before the first exchange.
+        QDateTime since; ///< When this began; invalid before the first exchange.
     };
 
-    /// The outcome of an exchange: an answer that was the service's own, or none.
+    /// Reports an exchange: whether it brought an answer of the service itself.
     void report(bool isReachable);
 
     State state() const;

@@ -1,4 +1,4 @@
-// The probe, on libcurl.
+// Reads from libcurl how far a connection got and what it found.
 #include <core/basicexception.h>
 #include <net/probe.h>
 
@@ -33,7 +33,7 @@ std::size_t receive(const char *bytes, std::size_t, std::size_t count, void *con
     return count;
 }
 
-/// libcurl tells the version of TLS nowhere but in its remarks.
+/// libcurl reports the TLS version only in its verbose output.
 int readRemark(CURL *, curl_infotype type, char *text, std::size_t length, void *context)
 {
     constexpr QByteArrayView beginning = "SSL connection using ";
@@ -71,7 +71,7 @@ Stage stageOf(CURL *handle, CURLcode code, int status)
     return secured && code != CURLE_PEER_FAILED_VERIFICATION ? Stage::Secured : Stage::Connected;
 }
 
-/// libcurl's words, and the system's where there are some.
+/// libcurl's message, with the system's if there is one.
 QString reasonOf(CURL *handle, CURLcode code, const char *text)
 {
     long number = 0;

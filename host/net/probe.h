@@ -1,4 +1,4 @@
-// Looks at an HTTP service from outside: how far a connection gets, what certificate is shown, what comes back.
+// Examines an HTTP service from outside: how far a connection gets, which certificate it shows, what it answers.
 #pragma once
 
 #include <poshost_export.h>
@@ -21,33 +21,33 @@ struct ProbeResult
 
     Stage stage = Stage::Nothing;
     bool failed = false;
-    QString reason{};       ///< Why it failed, as libcurl says it.
+    QString reason{};       ///< Why it failed, in libcurl's words.
     QString peer{};         ///< The address that was connected to.
     QString tlsVersion{};   ///< "TLSv1.3"; empty without TLS.
     QString subject{};      ///< Of the server's certificate.
     QDateTime validUntil{}; ///< Of the server's certificate.
     int status = 0;         ///< 0 when no answer came.
     QString contentType{};
-    QDateTime date{};  ///< The service's clock; invalid when it does not tell.
-    QByteArray body{}; ///< The beginning.
+    QDateTime date{};  ///< The service's clock; invalid if it sends none.
+    QByteArray body{}; ///< At most the first 64 KiB.
     std::chrono::microseconds time{};
     bool newConnection = false; ///< False when a kept one served.
 };
 
-/// Keeps its connection between calls, like a till. It goes the way of RestClient: no proxies, no redirects, http and
-/// https only. Used on one thread.
+/// Keeps its connection between calls, like a till, and connects like RestClient: no proxies, no redirects, only http
+/// and https. For one thread.
 class POSHOST_EXPORT Probe
 {
 public:
     enum class Trust { Verified, Anybody };
 
-    /// `timeout` holds for each call. `trustFile` replaces the system's certificate authorities (PEM).
+    /// `timeout` limits each call. `trustFile` (PEM) replaces the system's certificate authorities.
     explicit Probe(std::chrono::milliseconds timeout, const QString &trustFile = {});
     ~Probe();
     Q_DISABLE_COPY_MOVE(Probe)
 
-    /// Connects, makes the TLS handshake, and sends nothing. With Trust::Anybody a certificate can be looked at that
-    /// is refused otherwise.
+    /// Connects, performs the TLS handshake, and sends nothing. Trust::Anybody accepts every certificate, to show one
+    /// that would otherwise be refused.
     ProbeResult connect(const QUrl &url, Trust trust) const;
 
     /// Sends a GET and reads the answer.

@@ -20,14 +20,14 @@ public:
     /// The HTTP status code; 0 when the exchange failed, unless it failed because of its status.
     int status() const { return m_status; }
 
-    /// Other than NoError when the exchange failed and nothing is known of what the service has done: no connection,
-    /// time-out, an answer that was cut, is too long, is damaged JSON, is HTML, is a redirect, or has another status
-    /// than 2xx and no JSON. The statuses 401, 403, 407, 408, 429, 502, 503 and 504 are failures too: with them
-    /// something before the service speaks, or the service has not looked at the request. All others are the service's
-    /// own word.
+    /// Other than NoError if the exchange failed and it is unknown what the service did: no connection, time-out, an
+    /// answer that is cut off, too long, damaged JSON, HTML, binary or a redirect, or one without JSON whose status is
+    /// not 2xx. The statuses 401, 403, 407, 408, 429, 502, 503 and 504 are failures too: they come from something in
+    /// front of the service, or mean that the service has not looked at the request. Everything else is the service's
+    /// own answer.
     QNetworkReply::NetworkError networkError() const { return m_networkError; }
 
-    /// What to tell the cashier where the body brings no text of its own; never empty after an exchange.
+    /// What to tell the cashier if the body has no message; never empty after an exchange.
     const tr::Tr &errorText() const { return m_errorText; }
 
     /// The body, also of failed exchanges; a null document when it is empty or not JSON.

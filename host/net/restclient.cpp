@@ -1,5 +1,5 @@
-// Judges the outcome of an exchange: what is not the service's own word, such as a gateway's error page or a cut
-// answer, is a failed exchange, so that nobody takes it for an acceptance.
+// Judges the outcome of an exchange. Whatever is not the service's own answer, such as a gateway's error page or a
+// truncated body, makes it a failed exchange, so that nobody takes it for an acceptance.
 #include "answer.h"
 #include "transfer.h"
 
@@ -44,7 +44,7 @@ bool isSafeHeader(const QString &name, const QString &value)
            std::none_of(value.cbegin(), value.cend(), breaksLine);
 }
 
-// Why the request cannot be sent at all, or nothing.
+// Why the request cannot be sent at all; no error if it can.
 TransferResult faultOf(const TransferRequest &request, const QUrl &url)
 {
     if (request.method.isEmpty())
@@ -64,8 +64,8 @@ bool isSuccess(int status)
     return status >= 200 && status < 300;
 }
 
-// Statuses with which not the service speaks but what stands before it, or that blame the credentials or the load
-// instead of the request. The errors are those of Qt's own HTTP.
+// Statuses that come from something in front of the service, or that blame credentials or load instead of the request.
+// The errors are those that Qt's own HTTP reports.
 struct Gateway
 {
     int status;
@@ -96,7 +96,7 @@ bool isRedirect(int status)
     return status >= 300 && status < 400;
 }
 
-// Fails the exchange where the answer is not the service's word.
+// Fails the exchange if the answer is not the service's own.
 void judge(TransferResult &result, const Answer &answer)
 {
     const auto fail = [&result](QNetworkReply::NetworkError error, const QString &reason) {

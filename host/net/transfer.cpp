@@ -1,5 +1,5 @@
-// The use of libcurl: one handle per thread, whose connections stay open between exchanges. A till talks to the
-// configured host and to nobody else: proxies of the environment are ignored and redirects are not followed.
+// Uses libcurl: one handle per thread, whose connections stay open between exchanges. A till talks only to the
+// configured host: the environment's proxies are ignored and redirects are not followed.
 #include "transfer.h"
 
 #include "curlerrors.h"
@@ -15,7 +15,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-// Servers close idle connections; an older one is not worth the risk that it dies under a request.
+// Servers close idle connections. Reusing an old one risks losing it under a request.
 constexpr long maxIdleSeconds = 20;
 
 constexpr qsizetype maxHeaderSize = 65'536;
@@ -30,28 +30,28 @@ struct Exchange
     int requests = 0;
 };
 
-std::size_t receive(char *data, std::size_t size, std::size_t count, void *user)
+std::size_t receive(char *data, std::size_t, std::size_t count, void *user)
 {
     auto *exchange = static_cast<Exchange *>(user);
-    const auto length = static_cast<qsizetype>(size * count);
+    const auto length = static_cast<qsizetype>(count);
     if (exchange->result.body.size() + length > exchange->maxBodySize)
         return CURL_WRITEFUNC_ERROR;
     exchange->result.body.append(data, length);
-    return size * count;
+    return count;
 }
 
-// Also called for interim answers (1xx) and for trailers. libcurl does not mind if a connection ends amid the headers.
-std::size_t receiveHeader(char *data, std::size_t size, std::size_t count, void *user)
+// Also called for interim answers (1xx) and for trailers. libcurl accepts a connection that ends amid the headers.
+std::size_t receiveHeader(char *data, std::size_t, std::size_t count, void *user)
 {
     auto *exchange = static_cast<Exchange *>(user);
-    const QByteArrayView line(data, static_cast<qsizetype>(size * count));
+    const QByteArrayView line(data, static_cast<qsizetype>(count));
     exchange->headersEnded = !line.startsWith("HTTP/") && (exchange->headersEnded || line.trimmed().isEmpty());
     exchange->headerSize += line.size();
-    return exchange->headerSize <= maxHeaderSize ? size * count : CURL_WRITEFUNC_ERROR;
+    return exchange->headerSize <= maxHeaderSize ? count : CURL_WRITEFUNC_ERROR;
 }
 
-// libcurl sends a request again when a connection that it had kept dies before the first byte of the answer. The
-// service may have received the first one, so the second must not go out.
+// libcurl repeats a request if a kept connection dies before the first byte of the answer. The service may have
+// received the first one, so the second must not be sent.
 int beforeRequest(void *user, char *, char *, int, int)
 {
     return ++static_cast<Exchange *>(user)->requests == 1 ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
@@ -63,7 +63,7 @@ bool initialized()
     return done;
 }
 
-// Settings of a handle. The first one that fails is kept, and no later one is tried.
+// Sets options of a handle until one fails; code() is that failure.
 class Settings
 {
 public:
@@ -84,21 +84,19 @@ private:
     CURLcode m_code = CURLE_OK;
 };
 
-// What is the same in all exchanges.
+// Sets what all exchanges have in common. By itself libcurl follows no redirects and sends without delay.
 CURLcode setPolicy(CURL *handle)
 {
     Settings settings(handle);
     settings.set(CURLOPT_PROTOCOLS_STR, "http,https");
     settings.set(CURLOPT_HTTP_VERSION, long{CURL_HTTP_VERSION_1_1});
     settings.set(CURLOPT_PROXY, "");
-    settings.set(CURLOPT_FOLLOWLOCATION, 0L);
     settings.set(CURLOPT_PATH_AS_IS, 1L);
     settings.set(CURLOPT_SSL_VERIFYPEER, 1L);
     settings.set(CURLOPT_SSL_VERIFYHOST, 2L);
     settings.set(CURLOPT_NOSIGNAL, 1L);
-    settings.set(CURLOPT_TCP_NODELAY, 1L);
     settings.set(CURLOPT_MAXAGE_CONN, maxIdleSeconds);
-    // Otherwise a name server that does not answer holds the thread beyond the time-out.
+    // Without it, a name server that does not answer holds the thread beyond the time-out.
     settings.set(CURLOPT_QUICK_EXIT, 1L);
     settings.set(CURLOPT_USERAGENT, "Kvo/" KVO_VERSION);
     settings.set(CURLOPT_WRITEFUNCTION, &receive);
@@ -113,7 +111,7 @@ struct CurlDeleter
     void operator()(curl_slist *list) const { curl_slist_free_all(list); }
 };
 
-// A thread's handle with the headers that it was given last: most exchanges have the same ones.
+// A thread's handle, and its last headers in libcurl's form: most exchanges have the same ones.
 class ThreadHandle
 {
 public:
@@ -123,10 +121,10 @@ public:
             m_handle.reset();
     }
 
-    // Null where libcurl does not take the policy.
+    // Null if libcurl refuses the policy.
     CURL *get() const { return m_handle.get(); }
 
-    // The headers as libcurl takes them; null where there is no memory for it.
+    // The headers in libcurl's form; null if memory runs out.
     curl_slist *list(const QHash<QString, QString> &headers)
     {
         if (m_list && headers == m_headers)
@@ -135,7 +133,7 @@ public:
         m_list.reset(curl_slist_append(nullptr, "Expect:"));
         append("Accept: application/json");
         for (auto header = headers.cbegin(); header != headers.cend(); ++header) {
-            // libcurl takes "name:" as the wish to send no such header, and "name;" as an empty one.
+            // To libcurl "name:" means not to send the header, and "name;" to send it empty.
             const QString line = header->isEmpty() ? header.key() + u';' : header.key() + ": "_L1 + *header;
             append(line.toUtf8());
         }
@@ -180,7 +178,7 @@ void setExchange(Settings &settings, Exchange &exchange, char *errorText)
     settings.set(CURLOPT_ERRORBUFFER, errorText);
 }
 
-// Takes from the handle what lives no longer than the exchange.
+// Resets the options that point to data of the exchange.
 void forgetExchange(CURL *handle)
 {
     void *const nothing = nullptr;

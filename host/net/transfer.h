@@ -1,4 +1,4 @@
-// One HTTP exchange on libcurl, not yet judged by what it brought. Private to this folder.
+// One HTTP exchange through libcurl; its content is judged elsewhere. Private to this folder.
 #pragma once
 
 #include <QtCore/QByteArray>
@@ -11,7 +11,7 @@
 struct TransferRequest
 {
     QByteArray method;
-    QByteArray url;  ///< Sent as it is.
+    QByteArray url;  ///< Sent unchanged.
     QByteArray body; ///< Not sent with GET.
     QHash<QString, QString> headers;
     std::chrono::milliseconds timeout{};
@@ -20,13 +20,13 @@ struct TransferRequest
 struct TransferResult
 {
     QNetworkReply::NetworkError error = QNetworkReply::NoError;
-    QString reason{};  ///< What went wrong, for the log; free of headers, bodies and queries.
-    int status = 0;    ///< 0 when no status line came.
-    bool html = false; ///< The answer calls itself HTML.
+    QString reason{}; ///< What went wrong, for the log; without headers, bodies or queries.
+    int status{};     ///< 0 when no status line came.
+    bool html{};      ///< Its Content-Type is HTML.
     QByteArray body{};
 };
 
-/// Sends `request` at most once and waits for the whole answer, at most the time-out. Answers with a body of more than
-/// `maxBodySize` bytes, or with more than 64 KiB of headers and trailers, fail with UnknownContentError. Never throws
-/// for what happens on the network.
+/// Sends `request` at most once and waits for the whole answer, no longer than its time-out. A body of more than
+/// `maxBodySize` bytes, or headers and trailers of more than 64 KiB, fail with UnknownContentError. Network failures
+/// never throw.
 TransferResult transfer(const TransferRequest &request, qsizetype maxBodySize);
