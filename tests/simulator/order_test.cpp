@@ -64,19 +64,9 @@ TEST_F(Orders, GiveAReservationBackWhenTheyChange)
     EXPECT_EQ(updated["earnPoints"], 5.5);
     EXPECT_EQ(caller.balance(), "1500.00");
     EXPECT_EQ(caller.call("postOrder", "b").outcome(), "104") << "the body of the creation is not the last accepted";
+    EXPECT_EQ(caller.post("cancelOrder", basketBody("b", otherCard)).outcome(), "107");
     EXPECT_EQ(caller.post("postOrder", bigger).outcome(), "ok");
     EXPECT_EQ(caller.balance(), "1505.50");
-}
-
-TEST_F(Orders, BelongToOneCardAndOneCheck)
-{
-    caller.call("createOrder", "b");
-    EXPECT_EQ(caller.post("createOrder", order("b", {}, otherCard)).outcome(), "107");
-    EXPECT_EQ(caller.post("cancelOrder", basketBody("b", otherCard)).outcome(), "107");
-    EXPECT_EQ(caller.post("createOrder", order("c", {}, "1")).outcome(), "404");
-    caller.call("postOrder", "b");
-    caller.call("bindOrderId", "b");
-    EXPECT_EQ(caller.post("bindOrderId", binding("b", "another check")).outcome(), "106");
 }
 
 TEST(Pricing, FollowsTheRules)

@@ -1,7 +1,7 @@
 // Each fault that the doctor can name is made for real: the line that it prints, with the remedy.
+#include "tests/support/certificate.h"
 #include "tests/support/checkbuilder.h"
 #include "tests/support/file.h"
-#include "tests/support/certificate.h"
 #include "till/doctorhost.h"
 #include "till/doctorservice.h"
 #include "till/doctorstore.h"

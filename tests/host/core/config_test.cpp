@@ -4,7 +4,6 @@
 
 #include <core/basicexception.h>
 #include <core/config.h>
-#include <core/setting.h>
 
 #include <gmock/gmock.h>
 
@@ -67,16 +66,4 @@ TEST_F(ConfigTest, ReadsNumbersOrGivesDefaultAndOneWarning)
     EXPECT_EQ(config.getDouble(u"N:comma"_s, 7), 7);
     EXPECT_EQ(config.getDouble(u"N:nan"_s, 7), 7);
     EXPECT_EQ(config.getInt(u"N:missing"_s, 7), 7);
-}
-
-TEST(HostSettings, AreThoseOfTheReferencePage)
-{
-    const QByteArray page = readFile(QStringLiteral(KVO_SOURCES "/docs/settings.md"));
-    for (const Setting &setting : hostSettings()) {
-        const QString value = setting.defaultValue.isEmpty() ? QString() : u'`' + setting.defaultValue + u'`';
-        const QString row = u"| `%1:%2` | %3 | %4 | `%5` |"_s.arg(setting.section(), setting.name(), value,
-                                                                  setting.range(), setting.example);
-        EXPECT_TRUE(page.contains(row.toUtf8())) << row.toStdString();
-    }
-    EXPECT_EQ(page.count("\n| `Host:") + page.count("\n| `Queue:") + page.count("\n| `Log:"), hostSettings().size());
 }

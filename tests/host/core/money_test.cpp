@@ -1,8 +1,6 @@
 // Kopecks: rounding as a person does it, and splitting without losing one.
 #include "tests/support/commalocale.h"
-#include "tests/support/logfile.h"
 
-#include <core/basicexception.h>
 #include <core/money.h>
 
 #include <gtest/gtest.h>
@@ -40,25 +38,6 @@ TEST(Money, RoundsRublesAsAPersonReadsThem)
     };
     for (const auto &[rubles, kopecks] : cases)
         EXPECT_EQ(Money::fromRubles(rubles).kopecks(), kopecks) << rubles;
-}
-
-TEST(Money, IsASumUpToATrillionRubles)
-{
-    const double tooLarge = std::nextafter(1e12, 2e12);
-    for (const auto &[rubles, isSum] : {std::pair(0.0, true), {1e12, true}, {tooLarge, false}, {-0.01, false}}) {
-        EXPECT_EQ(Money::isSum(rubles), isSum) << rubles;
-    }
-    LogFile log;
-    EXPECT_NO_THROW(Money::requireSum(1, QStringLiteral("good")));
-    EXPECT_THROW(Money::requireSum(-1, QStringLiteral("bad")), BasicException);
-    EXPECT_TRUE(log.take().contains(QStringLiteral("bad: недопустимая сумма -1\n")));
-}
-
-TEST(Money, WritesTwoDecimals)
-{
-    const CommaLocale commas;
-    EXPECT_EQ(Money::fromKopecks(-5).toText(), QStringLiteral("-0.05"));
-    EXPECT_EQ(Money::fromKopecks(std::numeric_limits<qint64>::min()).toText(), QStringLiteral("-92233720368547758.08"));
 }
 
 TEST(Money, DistributesToTheKopeck)
