@@ -1,9 +1,9 @@
 // What counts as delivered, and where a request goes that has waited while the till was given other settings.
+#include "tests/support/certificate.h"
 #include "tests/support/fakeconfig.h"
 #include "tests/support/json.h"
 #include "tests/support/printqt.h"
 #include "tests/support/restexchange.h"
-#include "tests/till/certificate.h"
 #include "till/queuesender.h"
 
 #include <core/basicexception.h>
