@@ -56,9 +56,9 @@ Finding checkQueue(Entries &entries)
             oldest = entry.stored;
     }
     if (waiting == 0)
-        return {Verdict::Ok, u"%1: nothing waits"_s.arg(settings.name())};
-    const QString found = u"%1: %2 wait, the oldest since %3"_s.arg(settings.name(), QString::number(waiting),
-                                                                    oldest.toString(Qt::ISODate));
+        return {Verdict::Ok, u"%1: nothing is waiting"_s.arg(settings.name())};
+    const QString found = u"%1: %2 waiting, the oldest since %3"_s.arg(settings.name(), QString::number(waiting),
+                                                                       oldest.toString(Qt::ISODate));
     if (isLongAgo(oldest))
         return {Verdict::Warning, found, u"Send them with kvo-till drain; kvo-till queue says what keeps them"_s};
     return {Verdict::Ok, found};

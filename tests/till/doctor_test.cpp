@@ -248,12 +248,12 @@ TEST_F(DoctorTest, LooksIntoQueueAndCheckStore)
     CheckStore().save(*builder::check({100}));
     CheckStore().park(u"no\nloyalty"_s);
     CheckStore().save(*check);
-    expectLines({u"ok       queue: *1 wait, the oldest since "_s, u"ok       refused requests: none"_s,
+    expectLines({u"ok       queue: *1 waiting, the oldest since "_s, u"ok       refused requests: none"_s,
                  u"ok       open check: "_s + check->getIdentifier() + u", since 20"_s,
                  u"ok       checks put aside: *(no loyalty)"_s});
     sql(u"queue.db"_s, u"UPDATE event SET created = created - 7200000"_s);
     sql(u"checks.db"_s, u"UPDATE sale SET since = since - 7200000"_s);
-    expectLines({u"warning  queue: *1 wait*kvo-till drain"_s, u"warning  open check: *kvo-till void"_s});
+    expectLines({u"warning  queue: *1 waiting*kvo-till drain"_s, u"warning  open check: *kvo-till void"_s});
     sql(u"queue.db"_s, u"UPDATE event SET state = 'dead', rejected = 1"_s);
     sql(u"checks.db"_s, u"UPDATE sale SET standing = 2 WHERE standing = 1"_s);
     expectLines({u"warning  refused requests: 1 refused for good*retry or discard"_s,
