@@ -135,13 +135,4 @@ TEST_P(Sequences, EndWithEqualBooks)
 INSTANTIATE_TEST_SUITE_P(Host, Sequences, testing::ValuesIn(rows),
                          [](const auto &instance) { return std::string(instance.param.name); });
 
-TEST_F(Sequence, ARefundIsNoOrder)
-{
-    const auto host = makeHost();
-    host->open(EDocumentType::RefundBySale);
-    host->play(card + u" commit"_s);
-    EXPECT_EQ(requestsOf(u"createOrder"_s), 0);
-    finish(*host, closed, u"0.00"_s);
-}
-
 } // namespace
