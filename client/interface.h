@@ -62,7 +62,7 @@ public:
                                        const QSharedPointer<DocumentCardRecord> &card, bool forbidDiscount) const;
     virtual Request updateOrderRequest(const QSharedPointer<AbstractDocument> &document,
                                        const QSharedPointer<DocumentCardRecord> &card) const;
-    /// Posts the order exactly as the service accepted it last: the body is the card's operation info.
+    /// Posts the order exactly as the service last accepted it: the body is the card's operation info.
     virtual Request postOrderRequest(const QSharedPointer<DocumentCardRecord> &card) const;
     /// Binds the document's identifier to the order.
     virtual Request bindOrderIdRequest(const QSharedPointer<AbstractDocument> &document,

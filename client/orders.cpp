@@ -1,4 +1,4 @@
-// The order operations of the service client: what is sent at once, and the requests for later.
+// The order operations of the service client: immediate calls, and requests to be sent later.
 #include "client/interface.h"
 
 #include <log4qt/logger.h>

@@ -68,7 +68,6 @@ bool Plugin::identifyByCard(QSharedPointer<DocumentCardRecord> &card, ECardNumbe
         reportError(tr::Tr(u"Карта лояльности не указана"_s));
         return false;
     }
-    forgetOrderOfEarlierCheck(*card);
     try {
         const QString entered = card->getNumber().toString();
         const QJsonObject holder = customer.isEmpty() ? interface->searchCustomer(entered, type) : customer;

@@ -48,7 +48,7 @@ bool Plugin::request(const QSharedPointer<AbstractDocument> &document)
     return true;
 }
 
-/// A card without operation id has no order: one that is known to exist belongs to an earlier check.
+/// A card without operation id has no order: any that is known to exist belongs to an earlier check.
 void Plugin::forgetOrderOfEarlierCheck(const DocumentCardRecord &card)
 {
     if (card.getOperationId().isEmpty())

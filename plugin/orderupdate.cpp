@@ -19,8 +19,8 @@ void Plugin::updateOrder(const Event &event)
     retryOrRemoveCard(question, document, card, [&] { sendUpdate(update, document, card); });
 }
 
-/// Does nothing when the service has accepted just this order already. An order that does not exist yet is created
-/// first, as it was priced; when only the update fails, a repetition does not create it again.
+/// Does nothing if the service has already accepted exactly this order. An order that does not exist yet is created
+/// first, as it was priced; a retry after a failed update does not create it again.
 void Plugin::sendUpdate(const Request &update, const QSharedPointer<AbstractDocument> &document,
                         const QSharedPointer<DocumentCardRecord> &card)
 {

@@ -93,7 +93,7 @@ public:
 
 protected:
     QSharedPointer<Interface> interface;
-    QJsonObject customer;       ///< Found by telephone number; empty when the card was entered by itself.
+    QJsonObject customer;       ///< Found by telephone number; empty when the card itself was entered.
     bool orderCreated = false;  ///< The order of the current check exists on the service.
     bool pendingUpdate = false; ///< The check has changed since it was priced.
     Log4Qt::Logger *logger;

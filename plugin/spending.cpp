@@ -17,7 +17,7 @@ namespace kvo {
 
 namespace {
 
-/// Empty when nobody knows it.
+/// Empty if unknown.
 QString phoneOfHolder(const QSharedPointer<DocumentCardRecord> &record)
 {
     const auto card = record ? record->getCard() : nullptr;

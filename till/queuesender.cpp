@@ -18,8 +18,8 @@ namespace {
 class QueueClient : public kvo::Interface
 {
 public:
-    /// A request may have waited while the password was changed or the service moved: it goes where requests go now,
-    /// with the credentials of now.
+    /// A request may have waited while the password was changed or the service moved, so it goes to the current address
+    /// with the current credentials.
     http::Response request(const kvo::Request &stored, bool logOnly) const override
     {
         kvo::Request current = stored;
@@ -33,8 +33,8 @@ public:
         return Interface::request(current, logOnly);
     }
 
-    /// A host that kept no record of refusals would have them logged and forgotten. This one keeps them as dead
-    /// letters. And a gateway's answer, which says neither yes nor no, is not the service's: the request stays.
+    /// The base class only logs refusals, for hosts that cannot keep them; this queue keeps them as dead letters. An
+    /// answer that says neither yes nor no is a gateway's, not the service's: the request stays queued.
     void checkForError(const http::Response &response, bool /*logOnly*/) const override
     {
         Interface::checkForError(response, false);
@@ -48,7 +48,7 @@ public:
     }
 };
 
-/// Sends nothing and keeps what it was to send.
+/// Records a request instead of sending it.
 class Draft : public kvo::Interface
 {
 public:

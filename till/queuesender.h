@@ -23,7 +23,7 @@ QList<Setting> loyaltySettings();
 /// everything else a BasicException, so that the queue keeps the request.
 QueueDrain::Handler makeLoyaltySender();
 
-/// What the service can be asked without changing anything, addressed as the plugin would do it.
+/// What the service can be asked without changing anything, addressed the way the plugin would.
 struct LoyaltyQueries
 {
     QUrl customer; ///< A GET searches for a card that nobody has.

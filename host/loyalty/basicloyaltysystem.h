@@ -32,36 +32,36 @@ public:
 
     // The life of a check, for plugins to override.
 
-    /// Which card belongs to what the cashier entered. Here: a number that was typed or scanned is the card's number;
+    /// Finds the card for what the cashier entered. Default: a number that was typed or scanned is the card's number;
     /// other kinds of input are refused.
     virtual loyalty::CardNumberResult getCardNumber(const loyalty::CardNumberInputData &data);
 
-    /// Fills the record with what is known of the card. False: not identified, see getLastErrorString(). Here: any card
-    /// with a number is identified by it.
+    /// Fills the record with what is known of the card. False: not identified, see getLastErrorString(). Default: any
+    /// card with a number is identified by it.
     virtual bool identifyByCard(QSharedPointer<DocumentCardRecord> &card, ECardNumberType type);
 
-    /// Prices the check. False: not priced, see getLastErrorString(). Here: recalculateAllPoints().
+    /// Prices the check. False: not priced, see getLastErrorString(). Default: recalculateAllPoints().
     virtual bool request(const QSharedPointer<AbstractDocument> &document);
 
-    /// Pays with points; getBonusImpactsForSpend() then gives the discounts. Here: one discount on the check, of all
+    /// Pays with points; getBonusImpactsForSpend() then gives the discounts. Default: one discount on the check, of all
     /// the points for spending that lines can still take, down to the step of getRoundPrecisionForSpend().
     virtual bool spendPoints();
 
-    /// The check is closed. Here: nothing to do.
+    /// The check is closed. Default: nothing to do.
     virtual bool commit(const QSharedPointer<AbstractDocument> &document);
 
     /// Drops points, impacts and records.
     virtual bool cancel();
 
-    /// The check is voided, or the card is about to be taken off it. Here: nothing to do.
+    /// The check is voided, or the card is about to be taken off it. Default: nothing to do.
     virtual bool rollback(const QSharedPointer<AbstractDocument> &document);
 
-    /// Reads the state back from the plugin data of the current check. Here: "pointsForSpend" and "pointsForEarn".
+    /// Reads the state back from the plugin data of the current check. Default: "pointsForSpend" and "pointsForEarn".
     virtual bool restoreLoyaltySystem();
 
     // What the host may ask of any loyalty system.
 
-    /// Whether the check may be closed; `offline` tells that the service cannot be reached. Here: always.
+    /// Whether the check may be closed; `offline` tells that the service cannot be reached. Default: always.
     virtual bool requestCommit(bool offline);
     /// Recomputes the points for earning from the bonus records.
     virtual bool recalculatePointsForEarn();
@@ -80,7 +80,7 @@ public:
     virtual bool hasPointsForEarn() const;
     virtual double getPointsForEarn() const;
     virtual bool hasBonusImpacts() const;
-    /// The discounts that the system gives apart from points. Here: none.
+    /// The discounts that the system gives apart from points. Default: none.
     virtual QList<QSharedPointer<DocumentImpact>> getDiscountImpacts() const;
     /// The points that spendPoints() has spent, as discounts for the host to put on the check.
     virtual BonusImpactPtrList getBonusImpactsForSpend() const;
@@ -90,11 +90,11 @@ public:
     virtual QList<tr::Tr> getMessagesToClientDisplay() const;
     virtual tr::Tr getLastErrorString() const;
     virtual void clearLastErrorString();
-    /// Whether the system takes points for another customer than the card's holder. Here: no.
+    /// Whether the system takes points for another customer than the card's holder. Default: no.
     virtual bool takeForCustomer() const;
     /// Lines about the card for the cashier: number, customer, status and balance, as far as they are known.
     virtual QStringList getCardInfo(const QSharedPointer<DocumentCardRecord> &card) const;
-    /// Whether the customer may spend fewer points than are offered. Here: when the host asks for the number.
+    /// Whether the customer may spend fewer points than are offered. Default: when the host asks for the number.
     virtual bool isAllowPartialPointsSpend() const;
     /// Negative points count as none.
     virtual void setPointsForSpend(double points);
@@ -102,37 +102,37 @@ public:
     virtual double getRoundPrecisionForSpend() const;
     /// A step that is not above zero changes nothing.
     virtual void setRoundPrecisionForSpend(double precision);
-    /// Whether the host's own discounts may be given together with this system's. Here: yes.
+    /// Whether the host's own discounts may be given together with this system's. Default: yes.
     virtual bool isAllowInternalDiscount() const;
-    /// Whether change may be turned into a discount on a check that points have paid a part of. Here: no.
+    /// Whether change may be turned into a discount on a check that points have paid a part of. Default: no.
     virtual bool useDiscOnChangeWithBonusPayment() const;
     /// Copies the card holder's name to the messages for the cashier. False when the holder is unknown.
     virtual bool fillCardOwnerInfo();
-    /// How the card may be entered: a sum of bits 1 << ECardNumberType. Here: all of them.
+    /// How the card may be entered: a sum of bits 1 << ECardNumberType. Default: all of them.
     virtual int getCardMode() const;
-    /// Texts to print after the receipt. Here: none.
+    /// Texts to print after the receipt. Default: none.
     virtual QStringList getSlips() const;
-    /// Whether a card on the check may be replaced by another. Here: no.
+    /// Whether a card on the check may be replaced by another. Default: no.
     virtual bool cardReplace();
-    /// What the host asks for when a card is added in the subtotal. Here: the card's number.
+    /// What the host asks for when a card is added in the subtotal. Default: the card's number.
     virtual ECardNumberType getCardNumberTypeToAddCardInSubtotal() const;
     /// SpendPoints, EarnPoints and RequestPointsForSpend are on from the start: a system that knows points takes them
     /// and gives them, and lets the customer choose how many. RequestAfterClose costs another exchange and is off.
     virtual bool checkOption(LoyaltySystemOption option) const;
-    /// Whether the system itself has asked how many points to spend, so the host need not. Here: no.
+    /// Whether the system itself has asked how many points to spend, so the host need not. Default: no.
     virtual bool requestInputPointsForSpendByLoyalty();
-    /// The closed check is reported to the system. Here: nothing to do.
+    /// The closed check is reported to the system. Default: nothing to do.
     virtual bool registerCheck();
-    /// Whether the system answers for coupons of this kind. Here: for none.
+    /// Whether the system answers for coupons of this kind. Default: for none.
     virtual bool couponBelongsToSystem(ECoupon::Type type) const;
     /// Forgets the closed check: its points, impacts, records, messages and last error, and the check itself. What is
     /// stored with the check stays.
     virtual void clearAfterClose();
-    /// The check has been paid. False holds it open. Here: nothing to do.
+    /// The check has been paid. False holds it open. Default: nothing to do.
     virtual bool payCheck();
     /// Limits the points for spending to what the check still costs; without a check they stay.
     virtual bool recalculatePointsForSpend(const QSharedPointer<AbstractDocument> &document);
-    /// The check is about to be set aside, has been set aside, or has been taken up again. Here: nothing to do.
+    /// The check is about to be set aside, has been set aside, or has been taken up again. Default: nothing to do.
     virtual bool beforePutoutCheck();
     virtual bool afterPutoutCheck();
     virtual bool revealCheck();

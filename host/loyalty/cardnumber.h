@@ -1,4 +1,4 @@
-// The question which card belongs to what the cashier entered, and its answer.
+// What the cashier entered to find a card, and the card that was found.
 #pragma once
 
 #include <core/tr.h>

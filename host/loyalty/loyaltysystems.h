@@ -1,4 +1,4 @@
-// The loyalty systems that work at this till.
+// The loyalty systems registered at this till.
 #pragma once
 
 #include <loyalty/basicloyaltysystem.h>

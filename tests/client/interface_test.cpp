@@ -106,16 +106,6 @@ TEST(Settings, GiveAddressesTimeoutAndCredentials)
     }
 }
 
-// A path set on it would make a good address of it, at the default port.
-TEST(Settings, AnAddressThatCannotBeParsedIsNoAddress)
-{
-    for (const char *host : {"http://127.0.0.1:99999", "http://127.0.0.1:80a80", "http://127.0.0.1:8080 ; comment"}) {
-        const FakeConfig config({{u"Kvo:host"_s, QString::fromLatin1(host)}});
-        EXPECT_FALSE(Interface().getUrl(u"a"_s).isValid()) << host;
-        EXPECT_FALSE(Interface().getVerificationUrl(u"a"_s).isValid()) << host;
-    }
-}
-
 TEST(Settings, PlainHttpToAnotherMachineIsWarnedAboutOnce)
 {
     LogFile log;

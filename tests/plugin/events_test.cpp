@@ -34,7 +34,10 @@ TEST_F(Events, AnUpdateCreatesTheOrderAsItWasPricedFirst)
 {
     EXPECT_CALL(*saveToFile, save(DocumentPtr(document), QString(), 0.0));
     raise(24);
-    EXPECT_TRUE(service.calls.isEmpty()) << "nothing has changed yet";
+    raise(57);
+    raise(237);
+    raise(24);
+    EXPECT_TRUE(service.calls.isEmpty()) << "nothing has changed, or no longer";
     raise(57);
     raise(24);
     EXPECT_EQ(service.calls, (QStringList{u"createOrder"_s, u"updateOrder"_s}));
@@ -59,9 +62,15 @@ TEST_F(Events, AnUpdateRepeatsOnlyWhatFailed)
 {
     service.failures = {u"createOrder"_s, u"updateOrder"_s};
     expectRetries(u"Ошибка при обновлении заказа.\nПовторить или удалить карту из чека?"_s, 2);
+    EXPECT_FALSE(plugin.init()) << "twice";
     raise(238);
     EXPECT_EQ(service.calls, (QStringList{u"createOrder"_s, u"createOrder"_s, u"updateOrder"_s, u"updateOrder"_s}));
     EXPECT_EQ(plugin.getLastErrorString().ru(), u"отказ");
+
+    EXPECT_TRUE(plugin.deinit());
+    document->addGoodsItem(builder::line(100));
+    raise(238);
+    EXPECT_EQ(service.calls.size(), 4) << "no longer subscribed";
 }
 
 } // namespace kvo

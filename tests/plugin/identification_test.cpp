@@ -78,6 +78,7 @@ TEST_F(Identification, FailuresAreReported)
     EXPECT_FALSE(plugin.identifyByCard(card, ECardNumberType::Manual));
     EXPECT_EQ(plugin.getLastErrorString().ru(), u"отказ");
     EXPECT_TRUE(service.calls.contains(u"searchCustomer?Brand=B&CardNumber=2000"_s));
+    EXPECT_EQ(plugin.getCardNumber({static_cast<int>(ECardNumberType::Scanned), u"5"_s}).cardNumber, u"5");
 }
 
 } // namespace kvo

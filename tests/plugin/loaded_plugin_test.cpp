@@ -1,16 +1,14 @@
-// libKvo.so as a host loads it: its metadata, its symbols, and the objects that it shares with the host.
-#include "tests/support/checkbuilder.h"
+// libKvo.so as a host loads it: its metadata, its symbols, and what stays of it after it is unloaded. That it shares
+// the host's objects is seen in tests/sale.
 #include "tests/support/fakeconfig.h"
-#include "tests/support/restexchange.h"
 
-#include <core/activitynotifier.h>
+#include <document/saledocument.h>
 #include <loyalty/basicloyaltysystem.h>
 
 #include <gtest/gtest.h>
 
 #include <QtCore/QPluginLoader>
 #include <QtCore/QProcess>
-#include <QtCore/QTemporaryDir>
 
 #include <algorithm>
 
@@ -26,8 +24,7 @@ protected:
 
     BasicLoyaltySystem *system() { return qobject_cast<BasicLoyaltySystem *>(loader.instance()); }
 
-    QTemporaryDir folder;
-    FakeConfig config{{{u"Kvo:brand"_s, u"B"_s}, {u"Host:dataFolder"_s, folder.path()}}};
+    FakeConfig config{{}};
     QPluginLoader loader;
 };
 
@@ -64,33 +61,6 @@ TEST_F(LoadedPlugin, ExportsItsEntryPointsAndNothingElse)
     QList<QByteArray> symbols = nm.readAllStandardOutput().trimmed().split('\n');
     std::sort(symbols.begin(), symbols.end());
     EXPECT_EQ(symbols, (QList<QByteArray>{"qt_plugin_instance", "qt_plugin_query_metadata_v2"}));
-}
-
-TEST_F(LoadedPlugin, SharesSingletonsAndMocksWithTheHost)
-{
-    BasicLoyaltySystem *plugin = system();
-    ASSERT_TRUE(plugin);
-    RestExchange exchange;
-    exchange.answer = RestExchange::response(200, R"({"success": true, "data": {"CardNumber": "2000"}})");
-
-    const auto found = plugin->getCardNumber({static_cast<int>(ECardNumberType::Phone), u"+7900"_s});
-
-    // The brand comes from this process' Config, the exchange went to this process' mock.
-    EXPECT_EQ(found.cardNumber, u"2000");
-    EXPECT_TRUE(exchange.sentUrl.query().startsWith(u"Brand=B&"));
-
-    // The plugin subscribes to this process' notifier: pricing again after the event reaches the mock.
-    ASSERT_TRUE(plugin->init());
-    const auto document = builder::check({});
-    const auto card = builder::card(u"2000"_s, plugin->getLoyaltySystemCode());
-    card->setOperationId(u"basket-1"_s);
-    document->addCard(card);
-    plugin->setDocument(document);
-    Singleton<ActivityNotifier>::instance()->notify(Event(
-        EventCode::PaymentStarted, {{u"document"_s, QVariant::fromValue(QSharedPointer<AbstractDocument>(document))}}));
-    EXPECT_TRUE(exchange.sentUrl.path().endsWith(u"/updateOrder"_s));
-    EXPECT_TRUE(plugin->deinit());
-    plugin->setDocument({});
 }
 
 TEST_F(LoadedPlugin, MayBeUnloadedWhileItsValuesLiveOn)

@@ -12,6 +12,7 @@
 #include <cashier/dialog.h>
 #include <cashier/savetofilelogic.h>
 #include <cashier/verificationlogic.h>
+#include <core/activitynotifier.h>
 #include <core/basicexception.h>
 #include <queue/dbqueuebroker.h>
 
@@ -82,8 +83,13 @@ protected:
         card->setOperationId(u"basket-1"_s);
         document->addCard(card);
         plugin.setDocument(document);
+        plugin.init();
     }
-    ~PluginTest() override { Singleton<DBQueueBroker>::replace({}); }
+    ~PluginTest() override
+    {
+        plugin.deinit();
+        Singleton<DBQueueBroker>::replace({});
+    }
 
     void serviceAnswers(const QByteArray &result)
     {
@@ -102,18 +108,13 @@ protected:
 
     void raise(int code)
     {
-        plugin.handleEvent(Event(code, {{u"document"_s, QVariant::fromValue(DocumentPtr(document))}}));
+        Singleton<ActivityNotifier>::instance()->notify(
+            Event(code, {{u"document"_s, QVariant::fromValue(DocumentPtr(document))}}));
     }
 
-    /// What binding and cancellation name the order by.
-    const QJsonObject orderReference = json(R"({"brand": "B", "cardNumber": "2000", "onlineStore": "S",
-                                                "basket": "basket-1", "terminal": "T"})");
     const QString createError = u"Ошибка при создании заказа.\nПовторить или удалить карту из чека?"_s;
 
-    FakeConfig config{{{u"Kvo:brand"_s, u"B"_s},
-                       {u"Kvo:verificationBrand"_s, u"V"_s},
-                       {u"Kvo:onlineStore"_s, u"S"_s},
-                       {u"Kvo:terminal"_s, u"T"_s}}};
+    FakeConfig config{{{u"Kvo:brand"_s, u"B"_s}}};
     RestExchange service;
     QSharedPointer<NiceMock<MockQueue>> queue = QSharedPointer<NiceMock<MockQueue>>::create();
     Installed<Dialog, testing::StrictMock<MockDialog>> dialog;

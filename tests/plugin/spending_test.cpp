@@ -12,28 +12,41 @@ TEST_F(Spending, TurnsRedeemedPointsIntoDiscountsAndEarnedOnesIntoRecords)
 {
     LogFile log;
     plugin.pointsForSpend = 150;
+    plugin.orderCreated = true; // Of an earlier check.
+    card->setOperationId({});
     card->setCodeInternal(4);
+    bool isKnown = true; // What the disk says of the order when the service first hears of it.
+    ON_CALL(*saveToFile, save).WillByDefault([&] {
+        if (service.calls.isEmpty())
+            isKnown = plugin.getPluginData(u"orderCreated"_s, {}).toBool();
+    });
     serviceAnswers(R"({"earnPoints": 10.01, "redeemPoints":
                        [{"lineId": 1, "points": 12.5}, {"lineId": 2, "points": 0.005}, {"points": 0.0051}, "text"]})");
     Singleton<Session>::instance()->setUser(QSharedPointer<User>::create(17, u"Анна"_s));
     EXPECT_TRUE(plugin.spendPoints());
     Singleton<Session>::replace({});
 
+    EXPECT_FALSE(isKnown);
     EXPECT_EQ(plugin.pointsForEarn, 10.01);
     EXPECT_EQ(card->getPointsForEarn(), QVariant(10.01));
     ASSERT_EQ(plugin.bonusRecords.size(), 2);
     EXPECT_EQ(plugin.bonusRecords[0].cardNumber, u"2000");
     EXPECT_EQ(plugin.bonusRecords[0].userCode, u"17");
+    EXPECT_TRUE(plugin.bonusRecords[0].dateTime.isValid());
     EXPECT_NEAR(plugin.bonusRecords[0].amount + plugin.bonusRecords[1].amount, 10.01, 1e-9);
     EXPECT_TRUE(plugin.orderCreated);
     EXPECT_EQ(service.calls, QStringList{u"createOrder"_s});
     EXPECT_FALSE(service.bodies[0].value("orderLines"_L1)[0]["noDiscountAllowed"_L1].toBool());
     EXPECT_EQ(plugin.getPluginData(u"bonusImpacts"_s, {}).value<BonusImpactPtrList>(), plugin.bonusImpacts);
     EXPECT_TRUE(log.take().contains(u"Создание оплаты бонусами в виде скидки на сумму 150.00, по карте 2000"_s));
+    // All fields survive a restart.
+    plugin.setPluginData(u"bonusImpacts"_s, QVariant::fromValue(plugin.bonusImpacts).toList());
+    EXPECT_TRUE(plugin.restoreLoyaltySystem());
     ASSERT_EQ(plugin.bonusImpacts.size(), 2);
     const auto totals = plugin.bonusImpacts[0]->getTotals();
     EXPECT_EQ(totals->getCardRecord(), card);
     EXPECT_EQ(totals->getCardIndex(), QVariant(4));
+    EXPECT_TRUE(totals->getDateTime().isValid());
     EXPECT_EQ(static_cast<int>(totals->getDiscountType()), 5);
     EXPECT_EQ(static_cast<int>(totals->getDiscountMode()), 2);
     EXPECT_EQ(totals->getDiscountName(), u"Баллы Kvo");
@@ -44,35 +57,11 @@ TEST_F(Spending, TurnsRedeemedPointsIntoDiscountsAndEarnedOnesIntoRecords)
     for (const auto &[index, position, points] : {std::tuple(0, 1, 12.5), std::tuple(1, 0, 0.0051)}) {
         const auto impact = plugin.bonusImpacts[index];
         EXPECT_EQ(impact->getTotals()->getPosition(), position);
+        EXPECT_EQ(impact->getDetails()[0]->getCardRecord(), card);
         EXPECT_EQ(impact->getTotals()->getDiscountSum(), points);
         EXPECT_EQ(impact->getDetails()[0]->getPosition(), position);
         EXPECT_EQ(impact->getDetails()[0]->getDiscountSum(), points);
     }
-}
-
-TEST_F(Spending, ARetrySendsAFreshCode)
-{
-    const FakeConfig settings({{u"Kvo:verificationLimit"_s, 0.0}, {u"Kvo:verificationCodeLength"_s, 12}});
-    const auto holder = QSharedPointer<::Client>::create();
-    holder->setPhoneNumber(u"+79001234567"_s);
-    card->getCard()->setClient(holder);
-    QStringList codes;
-    EXPECT_CALL(*verificationLogic, verify(_, tr::Tr(), 0))
-        .Times(3)
-        .WillRepeatedly([&](const QString &code, const auto &, int) {
-            codes.append(code);
-            if (codes.size() == 1)
-                throw BasicException(u"неверный код"_s);
-        });
-    service.failures = {u"createOrder"_s};
-    expectRetries(createError, 2);
-    EXPECT_TRUE(plugin.spendPoints());
-    EXPECT_EQ(service.calls, (QStringList{u"send"_s, u"send"_s, u"createOrder"_s, u"send"_s, u"createOrder"_s}));
-    EXPECT_EQ(QSet<QString>(codes.cbegin(), codes.cend()).size(), 3);
-    EXPECT_EQ(service.bodies[0], (QJsonObject{{u"brand"_s, u"B"_s},
-                                              {u"phone"_s, u"+79001234567"_s},
-                                              {u"text"_s, u"Ваш код подтверждения: "_s + codes[0]},
-                                              {u"channel"_s, u"sms"_s}}));
 }
 
 TEST_F(Spending, ACodeThatHasNoPlaceInTheMessageIsNotSent)
@@ -103,6 +92,12 @@ TEST_F(Spending, ACardThatIsRemovedDuringAQuestionIsLeftAlone)
     EXPECT_TRUE(plugin.spendPoints());
     EXPECT_EQ(service.calls.count(u"createOrder"_s), 1);
     EXPECT_FALSE(plugin.orderCreated);
+
+    document->addCard(card);
+    EXPECT_CALL(*verificationLogic, verify).WillOnce(Throw(BasicException(u"отмена"_s)));
+    EXPECT_CALL(*dialog, question).WillOnce(Return(false));
+    EXPECT_TRUE(plugin.spendPoints());
+    EXPECT_FALSE(plugin.hasCard());
 }
 
 TEST_F(Spending, TheConfiguredAmountNeedsConfirmation)

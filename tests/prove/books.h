@@ -1,7 +1,8 @@
-// The judgement of what both sides have written down: the till's journal, the service's ledger, and the record of what
-// went between them. That check and order agree line by line is the comparison's business, see `loyalty-sim compare`.
+// Judges what both sides have recorded: the tills' journals, the service's orders, and the exchanges in between.
+// Whether check and order agree line by line and balances add up, `loyalty-sim compare` and `loyalty-sim check` tell.
 #pragma once
 
+#include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
 #include <QtCore/QList>
 #include <QtCore/QMap>
@@ -19,9 +20,9 @@ struct Books
     QStringList findings; ///< Sentences; empty when all is well.
 };
 
-/// Sales without an order, orders that are neither sold nor cancelled, and balances that the sales do not explain.
-/// `journal`: the till's lines, one for each finished check. `ledger`: what `loyalty-sim ledger --json` prints.
-Books judge(const QList<QJsonObject> &journal, const QJsonObject &ledger);
+/// Finds sales without an order, and orders that are neither sold nor cancelled. `journal`: the tills' lines, one for
+/// each finished check. `orders`: what `loyalty-sim ledger --json` prints of them.
+Books judge(const QList<QJsonObject> &journal, const QJsonArray &orders);
 
 /// What went over the wire.
 struct Traffic

@@ -1,5 +1,5 @@
-// Random sales under kills. How far the sales have come decides when the next process may be killed: so the kills are
-// spread over all of them, and the sales get on however slow the machine is.
+// Random sales under kills. The number of sales paces the kills: that spreads them evenly, and the sales get on however
+// slow the machine is.
 #include "proof.h"
 
 #include "books.h"
@@ -88,30 +88,13 @@ void Proof::startWork()
     } else if (chosen == 2) {
         m_shop.sellElsewhere(number(1, 5));
     } else {
-        sell(m_sales.shift());
+        m_shop.sell(m_sales.shift());
     }
     if (m_sold > 1 && number(1, 3) == 1)
         sendRefusedAgain();
 }
 
-/// Notes what the till must restore.
-void Proof::sell(const QJsonObject &shift)
-{
-    const auto open = m_shop.openCheck();
-    const QJsonArray steps = shift.value(u"checks")[0][u"steps"].toArray();
-    const bool keepsLines = std::ranges::none_of(
-        steps, [](const QJsonValue step) { return step == u"restore"_s || step.toObject().contains(u"remove"); });
-    if (open && keepsLines) {
-        m_restored[open->getIdentifier()].clear();
-        for (const auto goods = open->getGoodsItems(); const auto &item : goods)
-            m_restored[open->getIdentifier()].append(item->getPosnum());
-    } else if (open) {
-        m_restored.remove(open->getIdentifier());
-    }
-    m_shop.sell(shift);
-}
-
-/// False when something is wrong with the till, which makes it pointless to go on.
+/// False if something is wrong with the till and going on is pointless.
 bool Proof::watchWork()
 {
     const QDeadlineTimer deadline(longestShift);
@@ -141,7 +124,7 @@ void Proof::killWhenDue()
     m_shop.kill(names.at(chosen), std::chrono::milliseconds(downTime));
 }
 
-/// What a person does who finds requests that were refused: the proxy forges refusals.
+/// Does what a person would on finding refused requests; the proxy forges refusals.
 void Proof::sendRefusedAgain()
 {
     m_sentAgain += m_shop.askQueue({u"retry"_s, u"--all"_s}).value(u"changed").toInt();
@@ -153,7 +136,7 @@ void Proof::finish()
     m_shop.sellElsewhere(0);
     if (!watchWork())
         return;
-    sell(m_sales.lastShift());
+    m_shop.sell(m_sales.lastShift());
     if (deliverAll())
         sellUndisturbed();
     for (const QJsonValue entry : undelivered())
@@ -175,13 +158,13 @@ bool Proof::deliverAll()
     return good;
 }
 
-/// Under faults a removed card is the cashier's answer, and a request may be repeated. Without them neither has an
-/// excuse: a product that fails by itself would otherwise look like one that was disturbed.
+/// Under faults, cashiers remove cards and requests are repeated. Without faults neither may happen: a product that
+/// fails on its own would otherwise look like one that was disturbed.
 void Proof::sellUndisturbed()
 {
     const auto checks = m_shop.journal().size();
     const auto exchanges = m_shop.record().size();
-    sell(m_sales.undisturbedShift());
+    m_shop.sell(m_sales.undisturbedShift());
     std::ignore = deliverAll();
     for (const QJsonObject &check : m_shop.journal().mid(checks))
         if (check.value(u"card").toString().isEmpty())
@@ -201,9 +184,7 @@ void Proof::judge()
 {
     const QByteArray ledger = m_shop.inspect({u"ledger"_s, u"--json"_s}).first;
     const QList<QJsonObject> journal = m_shop.journal();
-    for (const QJsonObject &check : journal)
-        judgeRestored(check);
-    const Books books = prove::judge(journal, QJsonDocument::fromJson(ledger).object());
+    const Books books = prove::judge(journal, QJsonDocument::fromJson(ledger)[u"orders"].toArray());
     m_findings += books.findings;
     for (const QStringList &command :
          {QStringList{u"check"_s}, {u"compare"_s, u"--journal"_s, m_shop.writeJournal()}}) {
@@ -233,18 +214,6 @@ void Proof::judgeTraffic()
         m_findings.append(u"the service itself has refused more requests than kills can explain"_s);
     if (traffic.repeats == 0)
         m_findings.append(u"nothing was delivered twice, so that nothing is proven about it"_s);
-}
-
-/// What was on the check when a till found it open, and was not taken off again, must have been sold.
-void Proof::judgeRestored(const QJsonObject &check)
-{
-    const QString name = check.value(u"check").toString();
-    QSet<int> lines;
-    for (const QJsonValue line : check.value(u"lines").toArray())
-        lines.insert(line[u"lineId"].toInt());
-    for (const int line : m_restored.value(name))
-        if (!lines.contains(line))
-            m_findings.append(u"check %1 has lost its line %2 in a restart"_s.arg(name, QString::number(line)));
 }
 
 } // namespace prove

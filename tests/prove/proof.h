@@ -1,4 +1,4 @@
-// The course of the proof: sales, kills and faults, then an end in order, then the judgement.
+// Runs the proof: sales under kills and faults, an orderly end, then the verdict.
 #pragma once
 
 #include "sales.h"
@@ -10,8 +10,8 @@ namespace prove {
 
 struct Options
 {
-    int sales = 300; ///< At least so many checks are finished, and
-    int kills = 200; ///< so many processes are killed.
+    int sales = 300; ///< Checks to finish, at least.
+    int kills = 200; ///< Processes to kill.
     quint64 seed = std::random_device()();
     double faultRate = 0.2;
 };
@@ -31,7 +31,6 @@ public:
 
 private:
     void sell();
-    void sell(const QJsonObject &shift);
     void startWork();
     [[nodiscard]] bool watchWork();
     void killWhenDue();
@@ -42,7 +41,6 @@ private:
     [[nodiscard]] bool deliverAll();
     void sellUndisturbed();
     void judge();
-    void judgeRestored(const QJsonObject &check);
     void judgeTraffic();
     QJsonArray undelivered() const;
     int number(int least, int most) { return std::uniform_int_distribution(least, most)(m_random); }
@@ -52,9 +50,8 @@ private:
     Sales m_sales;
     std::mt19937_64 m_random;
     QDeadlineTimer m_nextKill;
-    int m_sold = 0;                        ///< When the current worker was started.
-    int m_sentAgain = 0;                   ///< Requests that were set aside after a refusal.
-    QHash<QString, QList<int>> m_restored; ///< By check: its lines when a till last found it open.
+    int m_sold = 0;      ///< When the current worker was started.
+    int m_sentAgain = 0; ///< Requests that were set aside after a refusal.
     QStringList m_findings;
 };
 

@@ -1,5 +1,5 @@
-// kvo-prove: sells at random with the real till, plugin and service's stand-in, kills them, spoils their exchanges, and
-// then compares the books of both sides.
+// kvo-prove: sells at random with the real till, another host, the plugin and the service's stand-in, kills them,
+// spoils their exchanges, and then compares the books of both sides.
 #include "proof.h"
 
 #include <CLI/CLI.hpp>

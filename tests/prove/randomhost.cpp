@@ -46,8 +46,11 @@ public:
         identify();
         for (int steps = number(8); steps >= 0; --steps) {
             disturb();
-            if (!attempt([this] { step(); }))
+            const bool replaces = number(8) == 0;
+            if (!attempt(replaces ? u"remove"_s : randomCalls()))
                 settle();
+            if (replaces)
+                identify();
         }
         end();
     }
@@ -74,11 +77,11 @@ private:
     }
 
     /// False when it failed; the cashier would be shown why.
-    bool attempt(const std::function<void()> &call)
+    bool attempt(const QString &calls)
     {
         bool succeeded = true;
         try {
-            call();
+            m_host.play(calls);
         } catch (const BasicException &) {
             succeeded = false;
             QThread::msleep(static_cast<unsigned>(number(longestPause)));
@@ -94,59 +97,37 @@ private:
         std::puts("| > Удалить");
         m_host.check->setState(State::Open);
         m_host.save();
-        m_host.removeCard();
+        m_host.play(u"remove"_s);
         return true;
     }
 
     void identify()
     {
         const QString customer = QString::number(1 + number(4));
-        const bool byPhone = number(3) == 0;
-        for (int i = 0; i < mostAttempts && !m_host.system().hasCard(); ++i) {
-            attempt([&] {
-                byPhone ? m_host.identifyByPhone(u"+7900100000"_s + customer)
-                        : m_host.identify(u"777000000000"_s + customer);
-            });
-        }
-        if (!attempt([this] { m_host.price(); }))
+        const QString call = (number(3) == 0 ? u"phone:+7900100000"_s : u"card:777000000000"_s) + customer;
+        for (int i = 0; i < mostAttempts && !m_host.system().hasCard(); ++i)
+            attempt(call);
+        if (!attempt(u"price"_s))
             settle();
     }
 
-    void step()
+    QString randomCalls()
     {
-        const std::function<void()> steps[]{
-            [this] { m_host.price(); },
-            [this] { m_host.spend(); },
-            [this] {
-                m_host.price();
-                m_host.spend();
-            },
-            [this] { m_host.change(1 + number(4)); },
-            [this] { m_host.notify(EventCode::SubtotalEntered); },
-            [this] { dropResult(number(2) == 0); },
-            [this] { m_host.restart(); },
-            [this] {
-                m_host.removeCard();
-                identify();
-            },
-        };
-        steps[number(static_cast<int>(std::size(steps)))]();
+        const QString calls[]{
+            u"price"_s,    u"spend"_s,   u"price spend"_s, u"change:"_s + QString::number(1 + number(4)),
+            u"subtotal"_s, dropResult(), u"restart"_s};
+        return calls[number(static_cast<int>(std::size(calls)))];
     }
 
-    void dropResult(bool withDocument)
-    {
-        m_host.takePointsOff();
-        m_host.notify(EventCode::LoyaltyResultDropped, withDocument);
-        m_host.price();
-    }
+    QString dropResult() { return u"take-off drop%1 price"_s.arg(number(2) == 0 ? u":blind"_s : QString()); }
 
     /// After a call that failed or was killed nobody knows what the service has carried out.
     void settle()
     {
         for (int attempts = 0; m_host.system().hasCard(); ++attempts) {
             if (attempts == mostAttempts)
-                m_host.removeCard();
-            else if (attempt([this] { dropResult(number(2) == 0); }))
+                m_host.play(u"remove"_s);
+            else if (attempt(dropResult()))
                 return;
         }
     }
@@ -155,10 +136,10 @@ private:
     {
         const bool closing = number(5) > 0;
         disturb();
-        if (closing && !attempt([this] { m_host.notify(EventCode::PaymentStarted); }))
+        if (closing && !attempt(u"payment"_s))
             settle();
         if (!closing)
-            m_host.takePointsOff();
+            m_host.play(u"take-off"_s);
         const State state = closing ? State::Closed : State::Voided;
         m_host.check->setState(state);
         m_host.save();
@@ -170,9 +151,8 @@ private:
         for (int repetitions = 1 + number(3); repetitions > 0;) {
             disturb();
             m_host.trouble.failingPush = m_isCalm ? 0 : number(4);
-            repetitions -= attempt([&] {
-                state == State::Closed ? m_host.commit() : m_host.rollback(number(2) == 0 ? m_host.check : nullptr);
-            });
+            const QString rollback = number(2) == 0 ? u"rollback"_s : u"rollback:blind"_s;
+            repetitions -= attempt(state == State::Closed ? u"commit"_s : rollback);
             if (number(6) == 0)
                 std::ignore = m_host.deliver(300ms);
         }

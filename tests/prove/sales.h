@@ -17,10 +17,10 @@ class Sales
 public:
     explicit Sales(quint64 seed) : m_random(seed) {}
 
-    /// A shift of a few checks. It begins with an end for the check that an earlier, killed shift may have left open.
+    /// A shift of a few checks. It begins by ending the check that an earlier, killed shift may have left open.
     QJsonObject shift();
 
-    /// Only that end.
+    /// Only that ending.
     QJsonObject lastShift() { return {{QStringLiteral("checks"), QJsonArray{continuation()}}}; }
 
     /// A card on each check, and nobody who would take it off or give a wrong code: for a service that never fails.

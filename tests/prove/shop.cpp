@@ -36,7 +36,7 @@ std::pair<QByteArray, int> runToEnd(const QString &program, const QStringList &a
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(program, arguments);
     if (!process.waitForFinished(patienceInMilliseconds))
-        throw std::runtime_error(program.toStdString() + " does not come to an end");
+        throw std::runtime_error(program.toStdString() + " does not finish");
     return {process.readAll(), statusOf(process)};
 }
 

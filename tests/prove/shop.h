@@ -61,10 +61,7 @@ public:
     /// The finished checks, the till's last.
     QList<QJsonObject> journal() const;
 
-    /// The check that the idle till has left open; null when there is none.
-    QSharedPointer<SaleDocument> openCheck() const { return m_checks.restore(); }
-
-    bool isAnyCheckOpen() const { return openCheck() || m_otherChecks.restore(); }
+    bool isAnyCheckOpen() const { return m_checks.restore() || m_otherChecks.restore(); }
 
     /// How often a cashier took a card off a check; tills ask only after a failure.
     qsizetype cardsRemoved() const;

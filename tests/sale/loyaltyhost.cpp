@@ -97,12 +97,42 @@ void LoyaltyHost::open(EDocumentType type)
     system().setDocument(check);
 }
 
-void LoyaltyHost::identify(const QString &number)
+void LoyaltyHost::play(const QString &calls)
 {
-    addCard(number, ECardNumberType::Scanned);
+    for (const QString &call : calls.split(u' '))
+        callOf(call.section(u':', 0, 0), call.section(u':', 1))();
 }
 
-void LoyaltyHost::identifyByPhone(const QString &phone)
+/// Empty for an unknown name.
+std::function<void()> LoyaltyHost::callOf(const QString &name, const QString &argument)
+{
+    const bool withDocument = argument != "blind"_L1;
+    const QHash<QString, std::function<void()>> calls{
+        {u"card"_s, [=, this] { addCard(argument, ECardNumberType::Scanned); }},
+        {u"phone"_s, [=, this] { addCardOfPhone(argument); }},
+        {u"remove"_s, [this] { removeCard(); }},
+        {u"price"_s, [this] { price(); }},
+        {u"spend"_s, [this] { spend(); }},
+        {u"change"_s, [=, this] { change(argument.toDouble()); }},
+        {u"take-off"_s, [this] { takePointsOff(); }},
+        {u"subtotal"_s, [this] { notify(EventCode::SubtotalEntered, true); }},
+        {u"payment"_s, [this] { notify(EventCode::PaymentStarted, true); }},
+        {u"drop"_s, [=, this] { notify(EventCode::LoyaltyResultDropped, withDocument); }},
+        {u"put-back"_s, [=, this] { notify(EventCode::PositionRestored, withDocument); }},
+        {u"commit"_s, [this] { system().commit(check); }},
+        {u"rollback"_s, [=, this] { system().rollback(withDocument ? check : nullptr); }},
+        {u"cancel"_s, [this] { system().cancel(); }},
+        {u"restart"_s, [this] { restart(); }},
+        {u"damage"_s, [this] { damagePluginData(); }},
+        // Trouble for the calls that follow.
+        {u"kill-before"_s, [=, this] { trouble.killBefore = argument; }},
+        {u"kill-after"_s, [=, this] { trouble.killAfter = argument; }},
+        {u"fail-push"_s, [=, this] { trouble.failingPush = argument.toInt(); }},
+    };
+    return calls.value(name);
+}
+
+void LoyaltyHost::addCardOfPhone(const QString &phone)
 {
     const auto found = system().getCardNumber({static_cast<int>(ECardNumberType::Phone), phone});
     if (!found.success)
@@ -148,7 +178,7 @@ void LoyaltyHost::change(double quantity)
     if (hadPoints)
         price();
     save();
-    notify(EventCode::PositionChanged);
+    notify(EventCode::PositionChanged, true);
 }
 
 void LoyaltyHost::takePointsOff()
@@ -169,28 +199,12 @@ void LoyaltyHost::notify(EventCode code, bool withDocument)
     Singleton<ActivityNotifier>::instance()->notify(Event(code, values));
 }
 
-bool LoyaltyHost::commitFails()
+void LoyaltyHost::damagePluginData()
 {
-    try {
-        commit();
-        return false;
-    } catch (const BasicException &) {
-        return true;
-    }
-}
-
-bool LoyaltyHost::isKilledIn(const std::function<void()> &step)
-{
-    bool killed = false;
-    try {
-        step();
-    } catch (const Killed &) {
-        killed = true;
-    }
-    trouble = {};
-    if (killed)
-        restart();
-    return killed;
+    const QVariantList damaged{QVariantMap{{u"amount"_s, u"x"_s}}, u"x"_s};
+    for (const auto &key : {u"bonusRecords"_s, u"bonusImpacts"_s})
+        system().setPluginData(key, damaged);
+    save();
 }
 
 void LoyaltyHost::restart()

@@ -46,23 +46,11 @@ public:
 
     /// Opens a check of 227.50, of which points may pay 113.75.
     void open(EDocumentType type = EDocumentType::Sale);
-    void identify(const QString &number);
-    void identifyByPhone(const QString &phone);
-    void price();
-    void spend();
-    /// Changes the quantity of the second line. Points that were spent come off first, and the check is priced again.
-    void change(double quantity);
-    void takePointsOff();
-    void removeCard();
-    /// Raises an event, with the check or without a document.
-    void notify(EventCode code, bool withDocument = true);
-    bool commit() { return system().commit(check); }
-    /// True when it threw, as a host sees it.
-    [[nodiscard]] bool commitFails();
-    bool rollback(const QSharedPointer<AbstractDocument> &document) { return system().rollback(document); }
 
-    /// Runs `step`. True when it was killed; the host is then started again with what is on the disk.
-    [[nodiscard]] bool isKilledIn(const std::function<void()> &step);
+    /// Makes calls one after the other, such as "price change:3 spend commit"; see the source for their names. Throws
+    /// Killed and BasicException as they come.
+    void play(const QString &calls);
+
     void restart();
     void save() const;
 
@@ -78,7 +66,16 @@ public:
     Trouble trouble;
 
 private:
+    std::function<void()> callOf(const QString &name, const QString &argument);
     void addCard(const QString &number, ECardNumberType type);
+    void addCardOfPhone(const QString &phone);
+    void price();
+    void spend();
+    void change(double quantity);
+    void takePointsOff();
+    void removeCard();
+    void notify(EventCode code, bool withDocument);
+    void damagePluginData();
 
     QString m_pluginFolder;
     std::unique_ptr<till::LoyaltyPlugin> m_plugin;

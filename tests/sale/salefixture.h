@@ -86,8 +86,7 @@ protected:
     {
         const QString code =
             u"\"%1\" outbox --database \"%2\" --last --code"_s.arg(m_simulator, folder.filePath(u"service.db"_s));
-        QStringList arguments{u"run"_s, u"--config"_s, folder.filePath(u"till.ini"_s), u"--code-command"_s, code};
-        arguments += options;
+        QStringList arguments = QStringList{u"run"_s, u"--code-command"_s, code} + m_config + options;
         if (scenario.startsWith('{')) {
             const QString fileName = folder.filePath(u"scenario%1.json"_s.arg(++m_scenarios));
             writeFile(fileName, scenario);
@@ -95,44 +94,23 @@ protected:
         } else if (!scenario.isEmpty()) {
             arguments.append(QStringLiteral(KVO_SCENARIOS) + u'/' + QString::fromUtf8(scenario));
         }
-        auto process = std::make_unique<QProcess>();
-        process->setProcessChannelMode(QProcess::MergedChannels);
-        process->setStandardInputFile(QProcess::nullDevice());
-        process->start(m_till, arguments);
-        EXPECT_TRUE(process->waitForStarted(patience));
-        return process;
+        return start(m_till, arguments);
     }
 
     /// Runs the till to its end and expects `status`; returns what it printed.
     QString runTill(const QByteArray &scenario, int status = 0, const QStringList &options = {})
     {
-        const auto process = startTill(scenario, options);
-        EXPECT_TRUE(process->waitForFinished(patience));
-        const QString output = QString::fromUtf8(process->readAll());
-        EXPECT_EQ(process->exitStatus(), QProcess::NormalExit) << output.toStdString();
-        EXPECT_EQ(process->exitCode(), status) << output.toStdString();
-        return output;
+        return QString::fromUtf8(finish(*startTill(scenario, options), status));
     }
 
-    /// What `kvo-till` prints for another command, with `input` typed in; expects it to succeed.
-    QString askTill(const QStringList &command, const QByteArray &input = {})
+    /// What `kvo-till` prints for another command, with `input` typed in.
+    QString askTill(const QStringList &command, const QByteArray &input = {}, int status = 0) const
     {
-        QProcess process;
-        process.setProcessChannelMode(QProcess::MergedChannels);
-        process.start(m_till, command + QStringList{u"--config"_s, folder.filePath(u"till.ini"_s)});
-        process.write(input);
-        process.closeWriteChannel();
-        EXPECT_TRUE(process.waitForFinished(patience));
-        const QString output = QString::fromUtf8(process.readAll());
-        EXPECT_EQ(process.exitCode(), 0) << output.toStdString();
-        return output;
+        return QString::fromUtf8(run(m_till, command + m_config, input, status));
     }
 
     /// Runs `kvo-till drain` and expects it to deliver everything.
-    void drain()
-    {
-        expectSuccess(m_till, {u"drain"_s, u"--config"_s, folder.filePath(u"till.ini"_s), u"--seconds"_s, u"25"_s});
-    }
+    void drain() { askTill({u"drain"_s, u"--seconds"_s, u"25"_s}); }
 
     static void kill(QProcess &process)
     {
@@ -162,19 +140,12 @@ protected:
     void compareBooks(const QString &journalFile)
     {
         const QStringList ledger{u"--database"_s, folder.filePath(u"service.db"_s)};
-        expectSuccess(m_simulator, QStringList{u"compare"_s, u"--journal"_s, journalFile} + ledger);
-        expectSuccess(m_simulator, QStringList{u"check"_s} + ledger);
+        run(m_simulator, QStringList{u"compare"_s, u"--journal"_s, journalFile} + ledger);
+        run(m_simulator, QStringList{u"check"_s} + ledger);
     }
 
     /// The till's journal as JSON lines.
-    QByteArray journal() const
-    {
-        QProcess process;
-        process.start(m_till, {u"journal"_s, u"--json"_s, u"--config"_s, folder.filePath(u"till.ini"_s)});
-        EXPECT_TRUE(process.waitForFinished(patience));
-        EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
-        return process.readAllStandardOutput();
-    }
+    QByteArray journal() const { return askTill({u"journal"_s, u"--json"_s}).toUtf8(); }
 
     QTemporaryDir folder;
 
@@ -201,18 +172,37 @@ private:
         writeFile(QDir(records).filePath(name), QJsonDocument(exchange("GET", u"/sim/requests"_s)).toJson());
     }
 
-    static void expectSuccess(const QString &program, const QStringList &arguments)
+    static std::unique_ptr<QProcess> start(const QString &program, const QStringList &arguments)
     {
-        QProcess process;
-        process.setProcessChannelMode(QProcess::MergedChannels);
-        process.start(program, arguments);
+        auto process = std::make_unique<QProcess>();
+        process->setProcessChannelMode(QProcess::MergedChannels);
+        process->start(program, arguments);
+        EXPECT_TRUE(process->waitForStarted(patience));
+        return process;
+    }
+
+    static QByteArray finish(QProcess &process, int status)
+    {
+        process.closeWriteChannel();
         EXPECT_TRUE(process.waitForFinished(patience));
-        EXPECT_EQ(process.exitCode(), 0) << process.readAll().toStdString();
+        QByteArray output = process.readAll();
+        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit) << output.toStdString();
+        EXPECT_EQ(process.exitCode(), status) << output.toStdString();
+        return output;
+    }
+
+    static QByteArray run(const QString &program, const QStringList &arguments, const QByteArray &input = {},
+                          int status = 0)
+    {
+        const auto process = start(program, arguments);
+        process->write(input);
+        return finish(*process, status);
     }
 
     static constexpr int patience = 30'000; // milliseconds
     const QString m_till = QStringLiteral(KVO_TILL);
     const QString m_simulator = QStringLiteral(KVO_SIMULATOR);
+    const QStringList m_config{u"--config"_s, folder.filePath(u"till.ini"_s)};
     QProcess m_service;
     int m_port = 0;
     QString m_password;

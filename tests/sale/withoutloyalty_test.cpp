@@ -147,21 +147,4 @@ TEST_F(SaleTest, GoesOnWithAClockThatWasPutBackAYear)
     expectEqualBooks(1);
 }
 
-TEST_F(SaleTest, IsSoldByHandLineByLine)
-{
-    QDir().mkpath(folder.filePath(u"data"_s));
-    writeFile(folder.filePath(u"data/goods.json"_s), R"({"goods": [
-        {"barcode": "1", "name": "Хлеб", "price": "45.50"}, {"barcode": "2", "name": "Молоко", "price": "91.00"}]})");
-    const QString begun = askTill({u"sell"_s}, "1\nмолоко\nphone +79001234567\nremove 1\nrestore\n2*нет\n");
-    EXPECT_THAT(begun.toStdString(), HasSubstr("1. Хлеб  1 x 45.50 = 45.50\n2. Молоко"));
-    EXPECT_THAT(begun.toStdString(), HasSubstr("не найден"));
-    EXPECT_THAT(begun.toStdString(), HasSubstr("Чек сохранён.\nПродолжить вручную: kvo-till sell"));
-    EXPECT_THAT(askTill({u"status"_s}).toStdString(), HasSubstr("Карта *********0001"));
-    const QString sold = askTill({u"sell"_s}, "price\npark\n2\nclose\ntake 1\nclose\n");
-    EXPECT_THAT(sold.toStdString(), HasSubstr("Чек 1: "));
-    EXPECT_EQ(sold.count(u"КАССОВЫЙ ЧЕК"_s), 2);
-    EXPECT_THAT(askTill({u"void"_s}).toStdString(), HasSubstr("Открытого чека нет"));
-    expectEqualBooks(2);
-}
-
 } // namespace
