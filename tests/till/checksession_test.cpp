@@ -276,18 +276,6 @@ TEST_F(Session, KeepsSeveralChecks)
     EXPECT_NE(booked().last().entry.value(u"basket"_s).toString(), QString()) << "the journal names the order";
 }
 
-TEST_F(Session, PutsARemovedLineBackInItsPlace)
-{
-    openPriced();
-    session->removeGoods(1);
-    start();
-    session->restoreGoods();
-    const auto lines = session->result().lines;
-    ASSERT_EQ(lines.size(), 2);
-    EXPECT_EQ(std::pair(lines[0].lineId, lines[0].amount), std::pair(1, Money::fromKopecks(5000)));
-    EXPECT_EQ(session->addGoods(builder::line(100)), 3);
-}
-
 TEST_F(Session, DropsAnOrderThatWasPerhapsCreatedWhenTheTillWasKilled)
 {
     for (int save = 2; save <= 3; ++save) { // Of the loyalty system with the order, and of the till with the impacts.

@@ -170,7 +170,7 @@ std::optional<Answer> CheckDesk::waitForAnswer(Question question, std::optional<
     if (m_isAbandoned)
         throw std::runtime_error("the window is closed");
     ++m_question; // From here on an answer comes too late.
-    const std::optional<Answer> answer = std::exchange(m_answer, std::nullopt);
+    std::optional<Answer> answer = std::exchange(m_answer, std::nullopt);
     m_view.question.reset();
     m_view.waitingSince = QDateTime::currentDateTime();
     Q_EMIT changed(m_view);
