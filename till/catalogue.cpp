@@ -15,7 +15,7 @@ namespace till {
 
 namespace {
 
-/// For comparison: without the differences that people do not type.
+/// Normalised for comparison: letter case and "ё" do not matter.
 QString folded(const QString &text)
 {
     return text.toCaseFolded().replace(u'ё', u'е');

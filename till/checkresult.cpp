@@ -1,4 +1,4 @@
-// Reads off a check what it came to. Sums are kopecks all the way; text appears only at the border.
+// Collects the result of a check. Sums stay in kopecks; they become text only at the border.
 #include "checkresult.h"
 
 #include <core/plaintext.h>
@@ -28,7 +28,7 @@ QString outcomeOf(const SaleDocument &document)
     return u"open"_s;
 }
 
-/// By position, what points pay of the lines.
+/// Points paid for each line, by position.
 QHash<int, Money> spentByPosition(const SaleDocument &document)
 {
     QHash<int, Money> spent;

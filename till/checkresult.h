@@ -1,4 +1,4 @@
-// What a check came to: the one source of the receipt, of the journal's line and of what a scenario expects.
+// The result of a check: the single source of the receipt, the journal entry and a scenario's expectations.
 #pragma once
 
 #include <core/money.h>

@@ -1,4 +1,4 @@
-// Checks that were put aside: by the cashier, by a kill, or because they cannot go on now.
+// Parked checks: put aside by the cashier, by a kill, or because they cannot go on now.
 #include "checksession.h"
 
 #include <cashier/cashierui.h>

@@ -1,4 +1,4 @@
-// The commands that look after what sales have left.
+// Commands for what sales leave behind: the queue, the journal, an open check.
 #include "commands.h"
 
 #include "checkview.h"

@@ -1,4 +1,4 @@
-// Joins the lists of all owners, and words for the people at the till what is wrong with a file.
+// Joins the settings of all owners, and explains to the people at the till what is wrong with a file.
 #include "configuration.h"
 
 #include "queuesender.h"

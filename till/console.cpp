@@ -72,7 +72,7 @@ std::optional<QString> edit(const QString &prompt)
     return line ? std::optional(QString::fromUtf8(line.get()).trimmed()) : std::nullopt;
 }
 
-// For the signal's handler, which may do little.
+// For the signal handler, which must be async-signal-safe.
 std::string &interruptText()
 {
     static std::string text;

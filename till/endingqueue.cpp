@@ -1,4 +1,4 @@
-// Hands requests over while a check ends or the queue cannot be used.
+// Keeps requests with the check while it ends, and while the queue cannot be used.
 #include "endingqueue.h"
 
 #include <core/basicexception.h>

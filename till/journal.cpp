@@ -1,4 +1,4 @@
-// Prints the journal. What its entries hold is in checkresult.cpp.
+// Prints the journal. checkresult.cpp defines its entries.
 #include "journal.h"
 
 #include <core/money.h>

@@ -1,4 +1,4 @@
-// Takes the plugin where it can be had.
+// Loads the plugin if it can be used.
 #include "loyalty.h"
 
 #include "loyaltyplugin.h"

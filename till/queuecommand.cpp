@@ -1,4 +1,4 @@
-// Answers about the queue, for eyes and for machines.
+// Answers about the queue, for people and for machines.
 #include "queuecommand.h"
 
 #include <core/basicexception.h>

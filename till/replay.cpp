@@ -1,4 +1,4 @@
-// Conducts a replay: reads the day, sends the tills off, reports, and has the books compared.
+// Runs a replay: reads the day, starts the tills, reports, and has the books compared.
 #include "replay.h"
 
 #include "console.h"

@@ -1,4 +1,4 @@
-// Which field of a line holds what.
+// Which column holds which value.
 #pragma once
 
 #include <QtCore/QHash>

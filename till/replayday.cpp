@@ -1,4 +1,4 @@
-// Makes receipts of the lines of a file that was not made for tills: what does not fit is kept apart, by line.
+// Turns the lines of a file that was not made for tills into receipts; lines that do not fit are reported.
 #include "replayday.h"
 
 #include "csvreader.h"

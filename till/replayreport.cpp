@@ -1,4 +1,4 @@
-// Words the report of a replay.
+// Formats the report of a replay.
 #include "replayreport.h"
 
 #include <algorithm>
@@ -27,7 +27,7 @@ QString seconds(std::chrono::milliseconds time)
     return QString::number(static_cast<double>(time.count()) / 1000, 'f', 1);
 }
 
-/// The smallest value that so many percent of them do not exceed.
+/// The percentile: the smallest value that so many percent do not exceed.
 double percentile(const QList<double> &sorted, int percent)
 {
     const qsizetype rank = (sorted.size() * percent + 99) / 100;

@@ -1,4 +1,4 @@
-// The tills that replay a day, as processes at the same time.
+// The tills that replay a day: processes that run in parallel.
 #pragma once
 
 #include "replayworker.h"

@@ -50,16 +50,19 @@ void ScenarioPlayer::playCheck(const ScenarioCheck &check)
         return;
     }
     m_ended.reset();
-    if (!check.continued)
+    const bool isTaken = check.goods.isEmpty() && check.steps.value(0).kind == Step::Kind::Take;
+    if (!check.continued && !isTaken)
         m_session.open();
     for (const Goods &goods : check.goods)
         attempt(check, [&] { m_session.addGoods(makeItem(goods)); });
     for (const Step &step : check.steps)
         attempt(check, [&] {
-            if (const auto ended = perform(m_session, step))
-                m_ended = ended;
+            const std::optional<CheckResult> parked =
+                step.kind == Step::Kind::Park && m_session.isOpen() ? std::optional(m_session.result()) : std::nullopt;
+            const std::optional<CheckResult> ended = perform(m_session, step);
+            m_ended = ended ? ended : parked;
         });
-    const CheckResult result = m_ended ? *m_ended : m_session.result();
+    const CheckResult result = m_ended ? *m_ended : m_session.isOpen() ? m_session.result() : CheckResult();
     printReceipt(result, m_drain);
     compare(check, result);
 }

@@ -53,6 +53,8 @@ const QList<StepKind> &stepKinds()
         {u"spend"_s, Kind::Spend, nullptr},
         {u"hold"_s, Kind::Hold,
          [](const JsonNode &node, Step &step) { step.wait = std::chrono::seconds(node.wholeNumber(1, longestHold)); }},
+        {u"park"_s, Kind::Park, nullptr},
+        {u"take"_s, Kind::Take, readNumber},
         {u"close"_s, Kind::Close, nullptr},
         {u"void"_s, Kind::Void, nullptr},
     };

@@ -1,4 +1,4 @@
-// The commands that sell. Whatever is wrong with what the program was given comes out before anything is sold.
+// The commands that sell. Bad input is reported before anything is sold.
 #include "catalogue.h"
 #include "checkview.h"
 #include "commands.h"

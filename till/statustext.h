@@ -1,4 +1,4 @@
-// What the till's state is, for a person.
+// The till's state, for people.
 #pragma once
 
 #include "tillhost.h"

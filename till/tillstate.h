@@ -1,4 +1,4 @@
-// What the till itself keeps with an open check, beside the goods and the card: how far its dealings with the loyalty
+// The till's own state of an open check, apart from goods and card: how far its dealings with the loyalty
 // system have come. It is saved with the check, in one write, so that after a kill the till knows what to repeat.
 #pragma once
 

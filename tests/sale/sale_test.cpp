@@ -55,6 +55,7 @@ const Case cases[]{
     {"PhoneWithPointsAndCode", {}, "phone-spend.json"},
     {"CardWithLabelsAndUpdate", {}, "card-update.json"},
     {"Voided", {}, "void.json"},
+    {"Parked", {}, "parked.json"},
     {"UnknownCard", {}, R"({"checks": [{"goods": [{"barcode": "1", "name": "Хлеб", "price": 1}],
                             "steps": [{"card": "1234"}, "close"],
                             "expect": {"outcome": "closed", "card": "", "messages": ["1234"]}}]})"},

@@ -52,12 +52,6 @@ public:
     bool full = false;
 };
 
-struct OpenPlugin : kvo::Plugin
-{
-    using Plugin::pointsForEarn;
-    using Plugin::pointsForSpend;
-};
-
 /// A till on a data folder of its own, which can be started anew as after a kill.
 class Session : public testing::Test
 {
@@ -81,7 +75,7 @@ protected:
     {
         session.reset();
         system.reset(); // Before its successor registers.
-        system = std::make_unique<OpenPlugin>();
+        system = std::make_unique<kvo::Plugin>();
         system->init();
         queue = QSharedPointer<till::EndingQueue>::create();
         Singleton<DBQueueBroker>::replace(queue);
@@ -138,7 +132,7 @@ protected:
     RestExchange service;
     Installed<SaveToFileLogic, MortalSave> disk;
     QSharedPointer<till::EndingQueue> queue;
-    std::unique_ptr<OpenPlugin> system;
+    std::unique_ptr<kvo::Plugin> system;
     std::unique_ptr<till::CheckSession> session;
 };
 
@@ -280,61 +274,6 @@ TEST_F(Session, KeepsSeveralChecks)
     EXPECT_EQ(takeCalls(), "createOrder updateOrder") << "the change is still to be reported";
     session->voidCheck();
     EXPECT_NE(booked().last().entry.value(u"basket"_s).toString(), QString()) << "the journal names the order";
-}
-
-TEST_F(Session, PutsARemovedLineBackInItsPlace)
-{
-    openPriced();
-    session->removeGoods(1);
-    start();
-    session->restoreGoods();
-    const auto lines = session->result().lines;
-    ASSERT_EQ(lines.size(), 2);
-    EXPECT_EQ(std::pair(lines[0].lineId, lines[0].amount), std::pair(1, Money::fromKopecks(5000)));
-    EXPECT_EQ(session->addGoods(builder::line(100)), 3);
-}
-
-TEST_F(Session, BringsBackThePluginsStateAfterARestart)
-{
-    openPriced();
-    session->spend();
-    takeCalls();
-    const auto points = std::pair(system->pointsForSpend, system->pointsForEarn);
-    const auto impacts = [this] { return QVariant::fromValue(system->getBonusImpactsForSpend()).toList(); };
-    const QVariantList spent = impacts();
-    const auto records = system->getBonusRecords();
-    const QJsonObject result = session->result().toJournal();
-    start();
-    ASSERT_EQ(system->getBonusImpactsForSpend().size(), 1);
-    const auto restored = system->getBonusImpactsForSpend().first();
-    EXPECT_EQ(impacts(), spent);
-    EXPECT_EQ(restored->getCardRecord(), system->getCard());
-    EXPECT_EQ(system->getBonusRecords(), records);
-    EXPECT_EQ(records.size(), 2);
-    EXPECT_EQ(session->result().toJournal(), result);
-    EXPECT_EQ(std::pair(system->pointsForSpend, system->pointsForEarn), points);
-    session->close();
-    EXPECT_EQ(takeCalls(), "") << "the order exists already";
-}
-
-TEST_F(Session, RefusesPointsThatMoneyCannotHoldAndSellsOn)
-{
-    const QByteArray good = service.answer.json().toJson();
-    for (const char *result : {R"("earnPoints": -500)", R"("earnPoints": 8.9e16)",
-                               R"("redeemPoints": [{"lineId": 1, "points": 1e308}, {"lineId": 2, "points": 1e308}])",
-                               R"("redeemPoints": [{"lineId": 1, "points": 9e16}])"}) {
-        SCOPED_TRACE(result);
-        session->open();
-        session->addGoods(builder::line(5000));
-        session->addCard(ECardNumberType::Manual, u"777"_s);
-        service.answer = RestExchange::response(200, QByteArray(R"({"success": true, "result": {)") + result + "}}");
-        EXPECT_THROW(session->price(), BasicException);
-        start();
-        EXPECT_EQ(session->result().spent(), Money());
-        service.answer = RestExchange::response(200, good);
-        session->spend();
-        EXPECT_EQ(session->close().spent(), Money::fromKopecks(1234));
-    }
 }
 
 TEST_F(Session, DropsAnOrderThatWasPerhapsCreatedWhenTheTillWasKilled)

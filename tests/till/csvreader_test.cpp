@@ -4,8 +4,6 @@
 #include "till/csvreader.h"
 #include "till/replayday.h"
 
-#include <core/basicexception.h>
-
 #include <gmock/gmock.h>
 
 #include <QtCore/QTemporaryDir>
@@ -88,17 +86,6 @@ TEST(ReplayDay, TellsSalesReturnsAndBadLinesApart)
     EXPECT_EQ(dayOf("Чек;Артикул;Кол-во;Цена;Дата\n7;A;1,5;1 000,50;01.12.2010 8:26\n"), u"7  1500.75\n"_s);
     EXPECT_EQ(dayOf("Bill,EAN,qty,Net\n7,A,2,0.05\n", {{u"invoice"_s, u"Bill"_s}, {u"price"_s, u"Net"_s}}),
               u"7  0.10\n"_s);
-}
-
-TEST(ReplayDay, SaysWhichColumnIsMissing)
-{
-    const auto complaint = [](const std::string &text) {
-        return testing::ThrowsMessage<BasicException>(testing::HasSubstr(text));
-    };
-    EXPECT_THAT([] { dayOf("Bill,EAN,qty,price\n"); }, complaint("no column for invoice among Bill, EAN"));
-    EXPECT_THAT([] { dayOf("Check,EAN,qty,price\n", {{u"price"_s, u"Net"_s}}); }, complaint("no column \"Net\""));
-    EXPECT_THAT([] { dayOf("Check,EAN,qty,price\n", {{u"cost"_s, u"price"_s}}); }, complaint("--map cost"));
-    EXPECT_THAT([] { dayOf("Check,EAN,qty,price\n1,A,-1,1\n"); }, complaint("no receipts"));
 }
 
 } // namespace

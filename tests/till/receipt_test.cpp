@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QtCore/QRegularExpression>
 #include <QtCore/QTimeZone>
 
 using namespace Qt::Literals::StringLiterals;
@@ -58,23 +57,6 @@ TEST(Receipt, HasItsColumnsAndTwoDecimalsInEveryLocale)
                            "В очереди с            05.03.2026 14:03:09\n"
                            "==========================================\n";
     EXPECT_EQ(till::receiptText(result, {2, 0, opened}).toStdString(), expected);
-}
-
-TEST(Receipt, KeepsTextsFromOutsideInTheirPlace)
-{
-    const QString hostile = u"X\nИТОГО 0.00\u2028ИТОГО 0.00\x1b[2J\u202e"_s;
-    const QString endless(1'000'000, u'Ы');
-    for (const QString &text : {hostile, endless}) {
-        const till::CheckResult result{text, {}, u"closed"_s, {{1, text, 1, {}, {}, {}}}, text, u"b-1"_s, text, text,
-                                       {},   {}, text};
-        const QStringList rows = till::receiptText(result, {}).split(u'\n');
-        EXPECT_LT(rows.size(), 50);
-        EXPECT_EQ(rows.filter(QRegularExpression(u"^ИТОГО"_s)).size(), 1);
-        for (const QString &row : rows) {
-            EXPECT_LE(row.size(), till::receiptWidth);
-            EXPECT_FALSE(row.contains(QRegularExpression(u"[\\p{Cc}\\p{Cf}\u2028]"_s))) << row.toStdString();
-        }
-    }
 }
 
 } // namespace

@@ -69,20 +69,13 @@ extern "C" {
     }
 
 KVO_WATCH(Sync, int, fdatasync, (int file), file)
-KVO_WATCH(Sync, int, fsync, (int file), file)
+KVO_WATCH(Connect, int, connect, (int file, const sockaddr *address, socklen_t size), file, address, size)
 KVO_WATCH(Read, ssize_t, read, (int file, void *data, size_t size), file, data, size)
 KVO_WATCH(Read, ssize_t, recv, (int file, void *data, size_t size, int flags), file, data, size, flags)
 KVO_WATCH(Read, ssize_t, pread64, (int file, void *data, size_t size, off64_t at), file, data, size, at)
 KVO_WATCH(Write, ssize_t, write, (int file, const void *data, size_t size), file, data, size)
 KVO_WATCH(Write, ssize_t, send, (int file, const void *data, size_t size, int flags), file, data, size, flags)
 KVO_WATCH(Write, ssize_t, pwrite64, (int file, const void *data, size_t size, off64_t at), file, data, size, at)
-
-KVO_VISIBLE int connect(int file, const sockaddr *address, socklen_t size)
-{
-    if (address && address->sa_family == AF_INET)
-        count(Connect);
-    return next<int (*)(int, const sockaddr *, socklen_t)>("connect")(file, address, size);
-}
 
 // open() and its relatives take the mode of a new file as a variable argument.
 #define KVO_WATCH_OPEN(name, parameters, ...)                                                                          \

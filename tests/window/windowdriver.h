@@ -60,10 +60,11 @@ public:
         QStringList rows;
         const auto *table = window.findChild<till::ListPage *>()->findChild<QTableWidget *>();
         for (int row = 0; table->isVisible() && row < table->rowCount(); ++row) {
+            QString text;
+            for (int column = 0; column < table->columnCount(); ++column)
+                text += table->item(row, column)->text() + u'|';
             if (!table->isRowHidden(row))
-                rows.append(QString());
-            for (int column = 0; !table->isRowHidden(row) && column < table->columnCount(); ++column)
-                rows.last() += table->item(row, column)->text() + u'|';
+                rows.append(text);
         }
         return rows;
     }

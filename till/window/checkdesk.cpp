@@ -7,11 +7,9 @@
 
 #include <cashier/verificationlogic.h>
 #include <core/basicexception.h>
-#include <core/singleton.h>
 #include <loyalty/basicloyaltysystem.h>
 #include <net/linkstate.h>
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QTimer>
 
 #include <stdexcept>
@@ -25,14 +23,11 @@ namespace {
 QString maskedPhone(const BasicLoyaltySystem &system)
 {
     const auto card = system.getCard();
-    const auto client = card ? card->getCard()->getClient() : nullptr;
-    return client ? maskedCard(client->getPhoneNumber()) : QString();
+    return card && card->getCard()->getClient() ? maskedCard(card->getCard()->getClient()->getPhoneNumber())
+                                                : QString();
 }
 
 } // namespace
-
-CheckDesk::CheckDesk(const QString &configFile) : m_configFile(configFile)
-{}
 
 void CheckDesk::start(const QSharedPointer<CashierUi> &self)
 {
@@ -175,7 +170,7 @@ std::optional<Answer> CheckDesk::waitForAnswer(Question question, std::optional<
     if (m_isAbandoned)
         throw std::runtime_error("the window is closed");
     ++m_question; // From here on an answer comes too late.
-    const std::optional<Answer> answer = std::exchange(m_answer, std::nullopt);
+    std::optional<Answer> answer = std::exchange(m_answer, std::nullopt);
     m_view.question.reset();
     m_view.waitingSince = QDateTime::currentDateTime();
     Q_EMIT changed(m_view);

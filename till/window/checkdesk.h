@@ -26,7 +26,7 @@ public:
     using Work = std::function<void(CheckDesk &)>;
 
     /// `configFile` is read by start().
-    explicit CheckDesk(const QString &configFile);
+    explicit CheckDesk(const QString &configFile) : m_configFile(configFile) {}
 
     /// Puts host and plugin in place, and goes on with the check that was open when the till ended. `self` becomes the
     /// host's CashierUi until finish().

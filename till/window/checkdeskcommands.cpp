@@ -5,7 +5,6 @@
 #include "till/receiptprinter.h"
 
 #include <core/basicexception.h>
-#include <core/singleton.h>
 
 #include <QtCore/QDir>
 #include <QtCore/QSaveFile>

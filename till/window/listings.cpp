@@ -38,13 +38,13 @@ QString moneyText(Money sum)
 Page linesPage(const QList<ResultLine> &lines)
 {
     const QStringList marks = Texts::each("без баллов|не списать|не начислить|");
-    Page page{.header = Texts::each("№|Товар|Кол-во|Цена|Отметка|Баллы|Сумма"), .numbers = {0, 2, 3, 5, 6}, .wide = 1};
+    Page page{.header = Texts::each("№|Товар|Кол-во|Цена|Баллы|Сумма"), .numbers = {0, 2, 3, 4, 5}, .wide = 1};
     for (const ResultLine &line : lines) {
         const QString id = QString::number(line.lineId);
         const QString mark = marks.value(2 * line.takesPoints + line.earnsPoints);
-        const QString points = line.spent.isZero() ? QString() : moneyText(-line.spent);
+        const QString points = line.spent.isZero() ? mark : moneyText(-line.spent) + u'\n' + mark;
         page.rows.append({id,
-                          {id, line.name, quantityText(line.quantity), moneyText(line.price), mark, points,
+                          {id, line.name, quantityText(line.quantity), moneyText(line.price), points.trimmed(),
                            moneyText(line.amount - line.spent)}});
     }
     return page;

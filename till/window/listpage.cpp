@@ -8,19 +8,9 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace till {
 
-namespace {
+static const QStringList keys{u"Enter"_s, u"F5"_s, u"F6"_s};
 
-const QStringList keys{u"Enter"_s, u"F5"_s, u"F6"_s};
-
-} // namespace
-
-ListPage::ListPage()
-    : m_title(makeLabel(u"title"_s)),
-      m_search(new QLineEdit),
-      m_table(new ListTable),
-      m_text(new QPlainTextEdit),
-      m_summary(makeLabel(u"figure"_s)),
-      m_back(makeButton(tr("Назад  Esc")))
+ListPage::ListPage() : m_text(new QPlainTextEdit)
 {
     m_search->setPlaceholderText(tr("Поиск"));
     m_search->setAccessibleName(tr("Поиск"));

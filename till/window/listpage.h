@@ -40,12 +40,12 @@ private:
     QString subject() const;
     void updateButtons();
 
-    QLabel *m_title;
-    QLineEdit *m_search;
-    ListTable *m_table;
+    QLabel *m_title = makeLabel(QStringLiteral("title"));
+    QLineEdit *m_search = new QLineEdit;
+    ListTable *m_table = new ListTable;
     QPlainTextEdit *m_text;
-    QLabel *m_summary;
-    QPushButton *m_back;
+    QLabel *m_summary = makeLabel(QStringLiteral("figure"));
+    QPushButton *m_back = makeButton(tr("Назад  Esc"));
     QList<QPushButton *> m_buttons;
     QList<Action> m_actions;
 };

@@ -1,6 +1,5 @@
 // kvo-window: the reference till with a window.
 #include "mainwindow.h"
-#include "theme.h"
 
 #include <CLI/CLI.hpp>
 

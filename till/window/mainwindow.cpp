@@ -16,12 +16,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace till {
 
-MainWindow::MainWindow(CheckThread &till)
-    : m_till(till),
-      m_pages(new QStackedWidget),
-      m_list(new ListPage),
-      m_questions(new QuestionPanel),
-      m_message(makeLabel())
+MainWindow::MainWindow(CheckThread &till) : m_till(till), m_pages(new QStackedWidget), m_questions(new QuestionPanel)
 {
     m_sale = makeSale();
     m_totals = makeTotals();
@@ -52,10 +47,7 @@ MainWindow::MainWindow(CheckThread &till)
 
 QWidget *MainWindow::makeSale()
 {
-    m_prompt = makeLabel();
-    m_entry = new QLineEdit;
     m_prompt->setBuddy(m_entry);
-    m_lines = new ListTable;
     m_lines->setAccessibleName(tr("Строки чека"));
     connect(m_entry, &QLineEdit::returnPressed, this, &MainWindow::submit);
     QWidget *entry = arrange(Qt::Horizontal, {m_prompt, m_entry}, {m_entry});
@@ -69,10 +61,9 @@ QWidget *MainWindow::makeCustomer()
 {
     auto *panel = new QFrame;
     panel->setProperty("role", u"card"_s);
-    panel->setFixedWidth(264);
-    m_customer = makeLabel(u"title"_s);
-    m_card = makeLabel(u"muted"_s);
+    panel->setFixedWidth(244);
     auto *form = new QFormLayout(panel);
+    form->setRowWrapPolicy(QFormLayout::WrapLongRows);
     for (QLabel *label : {m_customer, m_card}) {
         label->setWordWrap(true);
         form->addRow(label);
@@ -88,9 +79,7 @@ QWidget *MainWindow::makeCustomer()
 
 QWidget *MainWindow::makeTotals()
 {
-    m_sum = makeLabel(u"muted"_s);
     m_sum->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    m_total = makeLabel(u"big"_s);
     m_total->setAccessibleName(tr("К оплате"));
     return arrange(Qt::Horizontal, {m_sum, m_total}, {});
 }
@@ -105,7 +94,7 @@ QWidget *MainWindow::makeActions()
         action.button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
         action.button->setFocusPolicy(Qt::TabFocus);
         action.button->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-        action.button->setMinimumHeight(76);
+        action.button->setMinimumHeight(88);
         action.button->setIconSize(QSize(26, 26));
         addKey(action.button, Qt::Key(Qt::Key_F1 + index));
         connect(action.button, &QToolButton::clicked, this, action.run);
@@ -118,20 +107,12 @@ QWidget *MainWindow::makeActions()
 
 void MainWindow::makeStatusBar()
 {
-    m_link = makeLabel();
-    m_queue = new QPushButton;
     addKey(m_queue, Qt::CTRL | Qt::Key_L);
     connect(m_queue, &QPushButton::clicked, this, [this] { m_till.send(&CheckDesk::showQueue); });
     statusBar()->setSizeGripEnabled(false);
     statusBar()->addWidget(m_link);
     statusBar()->addWidget(m_queue);
     statusBar()->addPermanentWidget(makeLabel({}, tr("Принтера нет")));
-}
-
-MainWindow::Mode MainWindow::customerMode(ECardNumberType type, const QString &prompt, const QString &hint)
-{
-    return {prompt, hint, tr("Ищем покупателя"),
-            [type](CheckDesk &desk, const QString &text) { desk.identify(type, text); }};
 }
 
 /// In the order of the keys F1 to F12.
@@ -143,10 +124,13 @@ QList<MainWindow::Action> MainWindow::actions()
     const auto has = [&does](void (CheckSession::*operation)(), const QString &waitingFor = {}) {
         return does([operation](CheckDesk &desk) { (desk.session().*operation)(); }, waitingFor);
     };
+    const auto customer = [](ECardNumberType type, const QString &prompt, const QString &hint) {
+        return Mode{prompt, hint, tr("Ищем покупателя"),
+                    [type](CheckDesk &desk, const QString &text) { desk.identify(type, text); }};
+    };
     const auto takes = [this](const Mode &mode) { return [this, mode] { enter(mode); }; };
-    const Mode card =
-        customerMode(ECardNumberType::Scanned, tr("Номер карты"), tr("Проведите карту или введите номер"));
-    const Mode phone = customerMode(ECardNumberType::Phone, tr("Телефон"), tr("Например, +79001234567"));
+    const Mode card = customer(ECardNumberType::Scanned, tr("Номер карты"), tr("Проведите карту или введите номер"));
+    const Mode phone = customer(ECardNumberType::Phone, tr("Телефон"), tr("Например, +79001234567"));
     const auto always = [](const TillView &) { return true; };
     const auto isOpen = [](const TillView &view) { return view.isOpen; };
     const auto hasNoCard = [](const TillView &view) { return !view.hasCard(); };
@@ -210,25 +194,18 @@ QList<ListPage::Action> MainWindow::pageActions(Page::Kind kind)
             m_till.send([operation, id](CheckDesk &desk) { (desk.*operation)(id); });
         };
     };
-    switch (kind) {
-    case Page::Kind::Goods:
-        return {{tr("Добавить"), does(&CheckDesk::addGoods)}};
-    case Page::Kind::Parked:
-        return {{tr("Вернуть чек"), does(&CheckDesk::take)}};
-    case Page::Kind::Journal:
-        return {{tr("Показать чек"), does(&CheckDesk::showReceipt)}};
-    case Page::Kind::Queue:
-        return {{tr("Отправить снова"), does(&CheckDesk::retryRequest)},
-                {tr("Снять с отправки"), [this](const QString &id) { discardRequest(id); }}};
-    case Page::Kind::Receipt:
-        return {{tr("Следующий чек"), [this](const QString &) { showSale(); }},
-                {tr("Копировать"), [](const QString &text) { QApplication::clipboard()->setText(text); }},
-                {tr("Сохранить"), does(&CheckDesk::saveReceipt)}};
-    case Page::Kind::Help:
-    case Page::Kind::Fault:
-        break;
-    }
-    return {};
+    const QMap<Page::Kind, QList<ListPage::Action>> actions{
+        {Page::Kind::Goods, {{tr("Добавить"), does(&CheckDesk::addGoods)}}},
+        {Page::Kind::Parked, {{tr("Вернуть чек"), does(&CheckDesk::take)}}},
+        {Page::Kind::Journal, {{tr("Показать чек"), does(&CheckDesk::showReceipt)}}},
+        {Page::Kind::Queue,
+         {{tr("Отправить снова"), does(&CheckDesk::retryRequest)},
+          {tr("Снять с отправки"), [this](const QString &id) { discardRequest(id); }}}},
+        {Page::Kind::Receipt,
+         {{tr("Следующий чек"), [this](const QString &) { showSale(); }},
+          {tr("Копировать"), [](const QString &text) { QApplication::clipboard()->setText(text); }},
+          {tr("Сохранить"), does(&CheckDesk::saveReceipt)}}}};
+    return actions.value(kind);
 }
 
 } // namespace till

@@ -58,7 +58,6 @@ private:
     void useTheme(bool isDark);
     void apply();
     void showCheck(const CheckResult &check);
-    void showCustomer(const CheckResult &check);
     void showStatus(const TillView &view);
     void showMessage();
     void showPage(const Page &page);
@@ -66,7 +65,6 @@ private:
     void showSale();
     void updateAreas();
 
-    static Mode customerMode(ECardNumberType type, const QString &prompt, const QString &hint);
     void changeLine();
     void removeLine();
     void voidCheck();
@@ -85,21 +83,21 @@ private:
     CheckThread &m_till;
     QStackedWidget *m_pages;
     QWidget *m_sale;
-    ListPage *m_list;
+    ListPage *m_list = new ListPage;
     QWidget *m_totals;
     QWidget *m_actionArea;
     QuestionPanel *m_questions;
-    QLabel *m_customer;
-    QLabel *m_card;
+    QLabel *m_customer = makeLabel(QStringLiteral("title"));
+    QLabel *m_card = makeLabel(QStringLiteral("muted"));
     QList<QLabel *> m_points;
-    ListTable *m_lines;
-    QLabel *m_prompt;
-    QLineEdit *m_entry;
-    QLabel *m_message;
-    QLabel *m_sum;
-    QLabel *m_total;
-    QLabel *m_link;
-    QPushButton *m_queue;
+    ListTable *m_lines = new ListTable;
+    QLabel *m_prompt = makeLabel();
+    QLineEdit *m_entry = new QLineEdit;
+    QLabel *m_message = makeLabel();
+    QLabel *m_sum = makeLabel(QStringLiteral("muted"));
+    QLabel *m_total = makeLabel(QStringLiteral("big"));
+    QLabel *m_link = makeLabel();
+    QPushButton *m_queue = new QPushButton;
     QList<Action> m_actions;
 
     Mode m_mode;

@@ -44,16 +44,11 @@ void MainWindow::apply()
 
 void MainWindow::showCheck(const CheckResult &check)
 {
-    showCustomer(check);
     m_total->setText(moneyText(check.total()));
     m_sum->setText(check.spent().isZero()
                        ? tr("К оплате")
                        : tr("Сумма %1\nБаллами −%2\nК оплате").arg(moneyText(check.sum()), moneyText(check.spent())));
     m_lines->show(linesPage(check.lines), check.lines.size() - 1);
-}
-
-void MainWindow::showCustomer(const CheckResult &check)
-{
     const bool hasCard = !check.card.isEmpty();
     const bool isPriced = hasCard && !check.basket.isEmpty();
     const QString name = check.customer.isEmpty() ? tr("Имя неизвестно") : check.customer;
@@ -69,10 +64,9 @@ void MainWindow::showCustomer(const CheckResult &check)
 
 void MainWindow::showStatus(const TillView &view)
 {
-    const QString since = view.serviceSince.toString(u"HH:mm:ss"_s);
-    m_link->setText(!view.serviceSince.isValid() ? tr("Служба лояльности: обмена ещё не было")
-                    : view.isServiceReachable ? tr("Служба лояльности на связи")
-                                              : tr("Нет связи со службой лояльности с %1").arg(since));
+    const QString lost = tr("Нет связи со службой лояльности с %1").arg(view.serviceSince.toString(u"HH:mm:ss"_s));
+    const QString link = view.isServiceReachable ? tr("Служба лояльности на связи") : lost;
+    m_link->setText(view.serviceSince.isValid() ? link : tr("Служба лояльности: обмена ещё не было"));
     setTone(m_link, view.isServiceReachable ? u"good"_s : u"warning"_s);
     m_queue->setText(tr("Запросы: ждут %1, отклонено %2  Ctrl+L")
                          .arg(QString::number(view.queue.waiting), QString::number(view.queue.deadLetters)));
@@ -84,18 +78,17 @@ void MainWindow::updateAreas()
     const TillView &view = m_till.view();
     const bool isSale = m_pages->currentWidget() == m_sale;
     const std::optional<Question> &question = m_confirmation ? m_confirmation : view.question;
-    if (question)
-        m_questions->show(*question);
-    else
-        m_questions->hide();
+    // One takes the place of the other: with both the window would grow.
+    m_actionArea->setVisible(isSale && !question && !m_questions->isVisible());
+    question ? m_questions->show(*question) : m_questions->hide();
+    m_actionArea->setVisible(isSale && !question);
     m_list->setEnabled(!question);
     m_totals->setVisible(isSale);
-    m_actionArea->setVisible(isSale && !question);
     m_queue->setEnabled(m_till.isIdle() && !question);
     for (qsizetype index = 0; index < m_actions.size(); ++index) {
         const Action &action = m_actions.at(index);
         const QString text = action.icon == "park"_L1 && !view.isOpen ? tr("Вернуть чек") : action.text;
-        action.button->setText(u"%1  F%2"_s.arg(text, QString::number(index + 1)));
+        action.button->setText(u"%1\nF%2"_s.arg(text, QString::number(index + 1)));
         action.button->setEnabled(m_till.isIdle() && action.isAllowed(view));
     }
 }

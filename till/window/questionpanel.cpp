@@ -1,24 +1,15 @@
 // Questions of the till and the loyalty system, worded as they word them.
 #include "questionpanel.h"
 
-#include <QtGui/QShortcut>
-
 using namespace Qt::Literals::StringLiterals;
 
 namespace till {
 
 QuestionPanel::QuestionPanel()
-    : m_text(makeLabel(u"title"_s)),
-      m_reason(makeLabel()),
-      m_time(makeLabel(u"muted"_s)),
-      m_entry(new QLineEdit),
-      m_first(makeButton()),
-      m_firstKey(addKey(m_first, Qt::Key_F5)),
-      m_again(makeButton(tr("Отправить ещё раз  F8"))),
-      m_second(makeButton())
 {
     setProperty("role", u"card"_s);
     m_first->setProperty("role", u"main"_s);
+    addKey(m_first, Qt::Key_F5);
     addKey(m_again, Qt::Key_F8);
     addKey(m_second, Qt::Key_F10);
     for (QLabel *label : {m_text, m_reason, m_time})
@@ -48,7 +39,6 @@ void QuestionPanel::show(const Question &question)
     m_time->setVisible(isCode);
     m_again->setVisible(isCode);
     m_first->setText(question.first + (isTyped ? u"  Enter"_s : u"  F5"_s));
-    m_firstKey->setEnabled(!isTyped);
     m_second->setText(question.second + u"  F10"_s);
     showTimeLeft();
     setVisible(true);

@@ -25,14 +25,13 @@ private:
     void answer(Answer::Kind kind);
 
     Question m_question;
-    QLabel *m_text;
-    QLabel *m_reason;
-    QLabel *m_time;
-    QLineEdit *m_entry;
-    QPushButton *m_first;
-    QShortcut *m_firstKey;
-    QPushButton *m_again;
-    QPushButton *m_second;
+    QLabel *m_text = makeLabel(QStringLiteral("title"));
+    QLabel *m_reason = makeLabel();
+    QLabel *m_time = makeLabel(QStringLiteral("muted"));
+    QLineEdit *m_entry = new QLineEdit;
+    QPushButton *m_first = makeButton();
+    QPushButton *m_again = makeButton(tr("Отправить ещё раз  F8"));
+    QPushButton *m_second = makeButton();
 };
 
 } // namespace till

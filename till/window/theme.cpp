@@ -1,7 +1,6 @@
 // The window's palette and style sheet.
 #include "theme.h"
 
-#include <QtCore/QFile>
 #include <QtGui/QPainter>
 #include <QtGui/QPalette>
 #include <QtSvg/QSvgRenderer>
@@ -9,7 +8,6 @@
 #include <QtWidgets/QStyleFactory>
 
 #include <tuple>
-#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -24,7 +22,7 @@ constexpr std::tuple<QStringView, QRgb, QRgb> colours[]{
     {u"onAccent", 0xffffff, 0x0c1620}, {u"warning", 0xa8321c, 0xff9a80}, {u"good", 0x1d6b34, 0x86d99a}};
 
 const QString styleSheet = uR"(
-* { font-size: 15px; }
+* { font-size: 15px; outline: 0; }
 QMainWindow, QWidget#page { background: @ground; }
 QLabel[role="muted"] { color: @muted; }
 QLabel[role="title"] { font-size: 20px; font-weight: 600; }
@@ -39,11 +37,10 @@ QLineEdit { padding: 6px 10px; font-size: 20px; }
 QLineEdit[tone="code"] { font-size: 34px; letter-spacing: 10px; }
 QTableView { font-size: 16px; }
 QPlainTextEdit { font-family: monospace; }
-QLineEdit, QTableView, QPlainTextEdit { selection-background-color: @accent; selection-color: @onAccent; outline: 0; }
-QTableView::item { padding: 4px 8px; border: 0; }
+QLineEdit, QTableView, QPlainTextEdit { selection-background-color: @accent; selection-color: @onAccent; }
+QTableView::item { padding: 4px 5px; border: 0; }
 QTableView::item:selected { background: @accent; color: @onAccent; }
-QHeaderView { background: @surface; }
-QHeaderView::section { background: @surface; color: @muted; border: 0; border-bottom: 1px solid @line; padding: 6px 8px;
+QHeaderView, QHeaderView::section { background: @surface; color: @muted; border: 0; border-bottom: 1px solid @line; padding: 6px 5px;
             font-size: 14px; font-weight: 400; }
 QToolButton, QPushButton { padding: 6px 4px; }
 QToolButton:pressed, QPushButton:pressed { background: @line; }
@@ -64,7 +61,7 @@ QColor Theme::colour(QStringView name) const
 {
     for (const auto &[known, light, dark] : colours) {
         if (known == name)
-            return QColor(m_isDark ? dark : light);
+            return QColor(isDark ? dark : light);
     }
     return {};
 }

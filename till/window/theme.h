@@ -9,10 +9,9 @@ class QApplication;
 namespace till {
 
 /// Text has a contrast of at least 4.5:1 on every ground it is put on.
-class Theme
+struct Theme
 {
-public:
-    explicit Theme(bool isDark) : m_isDark(isDark) {}
+    bool isDark = false;
 
     /// By its name in the style sheet, such as "ground".
     QColor colour(QStringView name) const;
@@ -22,9 +21,6 @@ public:
 
     /// The icon of that name in icons.svg, in this colour, and muted while it is disabled.
     QIcon icon(const QString &name, const QColor &colour) const;
-
-private:
-    bool m_isDark;
 };
 
 } // namespace till

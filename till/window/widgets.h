@@ -3,7 +3,6 @@
 
 #include "tillview.h"
 
-#include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QBoxLayout>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QLineEdit>
