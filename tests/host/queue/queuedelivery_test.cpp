@@ -237,13 +237,3 @@ TEST_F(QueueDeliveryTest, DrainsOnOneDatabaseNeverShareAnOrder)
     EXPECT_EQ(drain(), u"a1 a2"_s);
     EXPECT_EQ(sentByOther, (QStringList{u"b1"_s, u"b2"_s}));
 }
-
-TEST(BackOffTest, DoublesUpToItsLongest)
-{
-    const BackOff backOff([] { return 1.0; });
-    const std::pair<int, std::chrono::milliseconds> cases[] = {{1, 500ms}, {2, 1s},  {3, 2s},         {7, 32s},
-                                                               {8, 60s},   {9, 60s}, {1'000'000, 60s}};
-    for (const auto &[failures, delay] : cases)
-        EXPECT_EQ(backOff.delay(failures), delay) << failures;
-    EXPECT_EQ(BackOff([] { return 0.0; }).delay(5), 0ms) << "full jitter";
-}
