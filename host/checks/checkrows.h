@@ -16,14 +16,14 @@ struct CheckRow
     QByteArray content = {}; ///< Compact JSON.
 };
 
-/// What is stored of one check. It keeps a copy of every object, because comparing is so much cheaper than writing.
+/// What is stored of one check. Keeps a copy of every object, because comparing is much cheaper than writing.
 class POSHOST_EXPORT CheckRows
 {
 public:
     /// Nothing is stored yet.
     CheckRows() = default;
 
-    /// What has to be removed, and then written, so that `check` is stored; from then on it counts as stored. Throws
+    /// What must be removed, and then written, to store `check`, which counts as stored from then on. Throws
     /// BasicException when plugin data holds what serder::toPlain() cannot take apart. When this throws, or when the
     /// rows cannot be stored, the object is of no further use.
     struct Changes
