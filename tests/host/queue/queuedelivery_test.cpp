@@ -13,17 +13,6 @@ TEST_F(QueueDeliveryTest, EventsLeaveInOrderOfPushAndAreGoneAfterwards)
     EXPECT_EQ(sql(u"SELECT COUNT(*) FROM event"_s), 0);
 }
 
-TEST_F(QueueDeliveryTest, FailureHoldsBackItsOwnOrderOnly)
-{
-    push(u"a1 a2 b1 c1 a3"_s);
-    unreachable = {u"a1"_s};
-    EXPECT_EQ(drain(), u"a1 b1 c1"_s);
-    EXPECT_EQ(drain(), u""_s);
-    now += BackOff::base;
-    unreachable.clear();
-    EXPECT_EQ(drain(), u"a1 a2 a3"_s);
-}
-
 TEST_F(QueueDeliveryTest, ServiceThatIsDownGetsOneProbeAndNotTheWholeQueue)
 {
     push(u"a1 b1 c1 d1 e1"_s);
