@@ -23,7 +23,7 @@ public:
     /// Nothing is stored yet.
     CheckRows() = default;
 
-    /// What must be removed, and then written, to store `check`, which counts as stored from then on. Throws
+    /// What has to be removed, and then written, so that `check` is stored; from then on it counts as stored. Throws
     /// BasicException when plugin data holds what serder::toPlain() cannot take apart. When this throws, or when the
     /// rows cannot be stored, the object is of no further use.
     struct Changes
