@@ -102,7 +102,7 @@ CheckRows::Changes CheckRows::update(const SaleDocument &check)
     return changes;
 }
 
-// Objects come to a check and go, and those that stay never change places.
+// Objects are added and removed; those that stay never change places.
 template <class T>
 void CheckRows::updateList(const QString &kind, KeptList<T> &kept, const QList<QSharedPointer<T>> &objects,
                            Changes &changes)

@@ -16,7 +16,7 @@ struct CheckRow
     QByteArray content = {}; ///< Compact JSON.
 };
 
-/// What is stored of one check. It keeps a copy of every object, because comparing is so much cheaper than writing.
+/// What is stored of one check. Keeps a copy of every object, because comparing is much cheaper than writing.
 class POSHOST_EXPORT CheckRows
 {
 public:

@@ -70,7 +70,7 @@ CheckStore::CheckStore(const QString &folder, Access access)
 
 CheckStore::~CheckStore() = default;
 
-// What has begun in a file that turns out to be beyond use is done once more in a new one.
+// An operation that finds the file beyond use is repeated in a new one.
 template <class Operation>
 auto CheckStore::attempt(Operation operation)
 {

@@ -27,7 +27,7 @@ public:
     virtual ~DatabaseConnection() = default;
     Q_DISABLE_COPY_MOVE(DatabaseConnection)
 
-    /// How people know the database: "Очередь запросов «/var/lib/kvo/queue.db»". Error texts begin with it.
+    /// The name that error texts begin with: "Очередь запросов «/var/lib/kvo/queue.db»".
     const QString &title() const { return m_title; }
 
     /// Never given to another connection of this process.
@@ -49,8 +49,8 @@ public:
     /// False when the connection must be replaced before anything else is done; the reason is logged.
     virtual bool isUsable() = 0;
 
-    /// Makes lazy commits durable if the database would not do so soon by itself. What a reader or another process
-    /// blocks is left for the next time.
+    /// Makes lazy commits durable if the database would not do so soon by itself. Leaves what a reader or another
+    /// process blocks for the next time.
     virtual void checkpoint() {}
 
 protected:
@@ -63,7 +63,7 @@ protected:
     /// The error as a text for people, to follow the title.
     virtual QString problemText(const QSqlError &error) const = 0;
 
-    /// Whether the error says that the database is damaged or is none. UnusableDatabase is thrown then.
+    /// Whether the error says that the database is damaged, or that the file is none; UnusableDatabase is thrown then.
     virtual bool isUnusable(const QSqlError &) const { return false; }
 
     QSqlDatabase database() const { return QSqlDatabase::database(m_registration.name, false); }

@@ -10,7 +10,7 @@
 class DatabaseFile
 {
 public:
-    /// `what`: what people call the database, "Очередь запросов".
+    /// `what`: the database's name for people, "Очередь запросов".
     DatabaseFile(QStringView what, const QString &fileName);
 
     const QString &name() const { return m_name; }

@@ -15,7 +15,7 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr std::chrono::milliseconds busyTimeout{2000}; // the cashier waits for this
-// To open: another program may be making the file, with some ten syncs of a disk that may be slow.
+// For opening: another program may be creating the file, with some ten syncs on a disk that may be slow.
 constexpr std::chrono::milliseconds openTimeout{10'000};
 constexpr std::chrono::milliseconds timeBetweenTries{10};
 
@@ -120,8 +120,7 @@ void SqliteConnection::configure(Commits commits)
     expect(u"PRAGMA synchronous", commits == Commits::Synced ? u"2" : u"1");
 }
 
-// The busy time-out does not cover two connections that switch at the same moment: SQLite tells one of them at once
-// that the file is busy.
+// The busy time-out does not cover two connections that switch at the same moment: one of them fails at once.
 void SqliteConnection::switchToWriteAheadLog()
 {
     constexpr QStringView sql = u"PRAGMA journal_mode = WAL";

@@ -9,7 +9,7 @@
 /// What a program expects of its file.
 struct SqliteSchema
 {
-    QStringView what;                        ///< What people call it, "Очередь запросов".
+    QStringView what;                        ///< Its name for people, "Очередь запросов".
     QStringView settings;                    ///< What names the file, for error texts: "Queue:database".
     int applicationId;                       ///< Tells our databases from each other and from those of other programs.
     int version;                             ///< From 1.

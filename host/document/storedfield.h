@@ -1,5 +1,5 @@
-// A field of a type that is stored with a check. Each stored type lists its fields once, in storedFields(); that list
-// writes a row, reads it strictly and tells whether it has changed. See storedrow.h.
+// A field of a type that is stored with a check. Each stored type lists its fields once, in storedFields(). That list
+// serves to write a row, to read it strictly and to compare it. See storedrow.h.
 #pragma once
 
 #include <tuple>

@@ -15,9 +15,9 @@ namespace {
 // The cashier waits for these. In seconds: to connect; in milliseconds: for a network that has gone silent.
 constexpr QStringView reachOptions = u"connect_timeout=2 tcp_user_timeout=5000 keepalives_idle=5 keepalives_interval=2";
 
-// Milliseconds, but the server's keep-alives in seconds: by them it notices that a till has lost its power, whose drain
-// then gives up its lease. A queue fills and empties faster than the server counts its rows, so the planner is kept
-// from reading the whole table because it was empty a minute ago.
+// In milliseconds, but the server's keep-alives in seconds: they tell it that a till has lost its power, which frees
+// its drain's lease. A queue fills and empties faster than the server counts its rows, so the planner is kept from
+// reading the whole table because it was empty a minute ago.
 constexpr QStringView sessionOptions =
     u"options='-c search_path=poshost_queue -c synchronous_commit=%1 -c lock_timeout=1500 -c statement_timeout=2000 "
     u"-c idle_in_transaction_session_timeout=10000 -c tcp_keepalives_idle=10 -c tcp_keepalives_interval=5 "
@@ -44,7 +44,7 @@ constexpr std::array serverProblems = {
     ServerProblem{u"57P", u"сервер остановлен или перезапускается, повторите позже"},
 };
 
-// Qt gives no SQLSTATE where no connection came about; the server's text is in its own language.
+// Qt gives no SQLSTATE if connecting failed, and the server's text is in its own language.
 QString stateOf(const QSqlError &error)
 {
     static const QRegularExpression noDatabase(uR"((database|база данных) ".*" (does not exist|не существует))"_s);
@@ -110,7 +110,7 @@ PostgresConnection::PostgresConnection(const QueueSettings &settings, Commits co
     server.setPort(settings.port);
     server.setUserName(settings.user);
     server.setPassword(settings.password);
-    // The last one counts of options that are given twice: the limits may be configured, the session not.
+    // Of an option given twice the last one counts: the limits may be configured, the session may not.
     server.setConnectOptions(u"%1 %2 %3"_s.arg(reachOptions, settings.options, sessionOptions.toString().arg(synced)));
     if (!server.open())
         fail(u"connect", server.lastError());
@@ -184,7 +184,7 @@ QString PostgresConnection::problemText(const QSqlError &error) const
 class SessionLease : public QueueLease
 {
 public:
-    // Waits where the server has not noticed yet that the previous connection is gone.
+    // Waits while the server has not noticed yet that the previous connection is gone.
     void hold(DatabaseConnection &connection) override
     {
         if (m_heldIn == connection.identifier())

@@ -149,7 +149,7 @@ void QueueAdmin::retry(qint64 id)
     });
 }
 
-// A dead letter that waits behind another one waits on, but is none any more.
+// A dead letter behind another one becomes a waiting event, and goes on waiting.
 int QueueAdmin::retryAll()
 {
     QList<qint64> ids;

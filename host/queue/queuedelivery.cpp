@@ -19,10 +19,10 @@ constexpr int eventsBetweenCheckpoints = 500;
 
 constexpr int largestBatch = 32;
 
-// How long events are kept from other drains; accepted ones may be sent again if the process is killed meanwhile.
+// How long events are kept from other drains. If the process is killed meanwhile, accepted ones may be sent again.
 constexpr std::chrono::milliseconds batchTime{10};
 
-// As it is stored and logged; not every database takes a NUL in a text.
+// As stored and logged. Not every database takes a NUL in a text.
 QString errorText(const QString &error)
 {
     return eventmask::maskText(error).remove(QChar::Null);
@@ -143,7 +143,7 @@ void QueueDelivery::record(QueueStore &store)
     m_unrecorded.reset();
 }
 
-// First what was not accepted, since all that is still claimed then counts as accepted.
+// What was not accepted comes first: all that is still claimed afterwards counts as accepted.
 void QueueDelivery::write(QueueStore &store, const Batch &batch) const
 {
     const std::span claims(batch.claims);

@@ -45,14 +45,14 @@ inline constexpr QStringView countAttempts =
 inline constexpr QStringView releaseLease = u"DELETE FROM claim WHERE lease = ?";
 inline constexpr QStringView release = u"DELETE FROM claim WHERE lease = ? AND id = ?";
 
-// Heads that nobody has claimed, those first that have been due longest. %1: which; %2: locks the rows if several can
-// write at a time. Values: lease, owner, those of %1, how many.
+// Unclaimed heads, longest due first. %1: which; %2: locks the rows if several can write at a time. Values: lease,
+// owner, those of %1, how many.
 inline constexpr QStringView claim =
     u"INSERT INTO claim (lease, id) SELECT ?, e.id FROM head e WHERE e.owner = ? AND %1 "
     u"AND NOT EXISTS (SELECT 1 FROM claim c WHERE c.id = e.id) ORDER BY e.next_attempt, e.id LIMIT ? %2 "
     u"ON CONFLICT DO NOTHING";
 inline constexpr QStringView due = u"e.next_attempt <= ?";
-// Computed before somebody put the clock back. Value: now + longest back-off.
+// Computed before the clock was put back. Value: now + longest back-off.
 inline constexpr QStringView tooFar = u"e.next_attempt > ?";
 // Somebody has asked for these. -1 comes before all others.
 inline constexpr QStringView askedFor = u"e.next_attempt = -1";

@@ -126,7 +126,7 @@ std::vector<QueueClaim> QueueStore::claimed(const QueueLease &lease)
     return claims;
 }
 
-// The caller's own are claims whose commit was stored, but not answered.
+// Claims of the caller's own are there when their commit was stored, but not answered.
 void QueueStore::releaseWhatNobodyIsSending(const QueueLease &lease)
 {
     QList<qint64> found;
@@ -255,7 +255,7 @@ void QueueStore::count(const Counts &change)
     m_connection.change(queuesql::count, {change.waiting, change.blocked, m_database->summaryRow()});
 }
 
-// The head is the order's first event, if that waits.
+// The order's first event is its head if it is waiting.
 void QueueStore::correctHead(const QString &owner, const QString &basket)
 {
     qint64 first = 0;

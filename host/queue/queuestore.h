@@ -18,7 +18,7 @@ QueueTime currentQueueTime();
 qint64 storedTime(QueueTime time);
 QDateTime dateTimeOf(const QVariant &stored);
 
-/// What the orders of events begin with that stand alone: each of these events is an order of its own.
+/// How the order of an event that stands alone begins: each such event has an order of its own.
 inline constexpr QStringView loneOrder = u"lone:";
 
 /// An event that a drain has taken, to be sent by nobody else.
@@ -56,8 +56,8 @@ public:
     /// events whose drain has died are released. Not to be called while an event of this lease is being sent.
     std::vector<QueueClaim> claim(const QString &owner, QueueLease &lease, QueueTime now, qint64 after, int most);
 
-    /// Runs `operation` in a transaction: all that it changes is stored, or nothing. The operations that follow are for
-    /// use in it.
+    /// Runs `operation` in a transaction: all that it changes is stored, or nothing. The operations that follow belong
+    /// inside.
     void record(const std::function<void()> &operation);
 
     /// To be called before claims are settled. All locks on orders come before all changes to the summary, as in a

@@ -36,7 +36,7 @@ constexpr std::array<QStringView, 8> queueTables = {
     u"NULL AS last_error_time",
 };
 
-// Checkpoints are the drain's work; where none runs, pushes make one at 64 MiB.
+// Checkpoints are the drain's work; if none is running, pushes checkpoint at 64 MiB.
 constexpr SqliteSchema queueSchema{
     u"Очередь запросов", u"Queue:database и Host:dataFolder", 0x506f7351, 1, queueTables, 16384};
 

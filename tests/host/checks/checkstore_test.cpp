@@ -8,7 +8,6 @@
 
 #include <gmock/gmock.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 
 #include <QtCore/QTemporaryDir>
 #include <QtSql/QSqlDatabase>
@@ -16,7 +15,6 @@
 #include <QtSql/QSqlQuery>
 
 #include <csignal>
-#include <filesystem>
 
 using namespace Qt::Literals::StringLiterals;
 using testing::HasSubstr;
@@ -50,8 +48,6 @@ protected:
         checks.save(*next);
         EXPECT_EQ(builder::text(*CheckStore(folder).restore()), builder::text(*next));
     }
-
-    static auto permissionsOf(const QString &path) { return std::filesystem::status(path.toStdString()).permissions(); }
 
     QTemporaryDir temporary;
     const QString folder = temporary.filePath(u"data/till"_s);
@@ -99,16 +95,6 @@ TEST_F(CheckStoreTest, SavesInProportionToTheChange)
     EXPECT_LE(afterLine - before, 5 * 4200);
     store.save(*check);
     EXPECT_EQ(logSize(), afterLine) << "nothing has changed";
-}
-
-TEST_F(CheckStoreTest, KeepsOthersOutWhateverTheUmask)
-{
-    const mode_t before = ::umask(0);
-    store.save(*fullCheck());
-    ::umask(before);
-    for (const QString &suffix : {u""_s, u"-wal"_s, u"-shm"_s})
-        EXPECT_EQ(permissionsOf(file + suffix), std::filesystem::perms(0600));
-    EXPECT_EQ(permissionsOf(folder), std::filesystem::perms(0700));
 }
 
 TEST_F(CheckStoreTest, FinishesACheckOnceAndKeepsTheOthers)

@@ -296,37 +296,17 @@ TEST(SaleDocumentLines, AreChangedRemovedAndPutBackByTheirNumber)
     EXPECT_EQ(restored->getGoodsItems().first(), first);
 }
 
-template <class Enum>
-QList<int> numbersOf(std::initializer_list<Enum> values)
-{
-    QList<int> numbers;
-    for (const Enum value : values)
-        numbers.append(static_cast<int>(value));
-    return numbers;
-}
-
 // Stored checks and the plugin's requests hold them.
 TEST(HostContract, NumbersOfEnumerationsNeverChange)
 {
-    using Mode = EDiscountMode;
-    using Price = EPriceSourceType;
-    using Type = EDiscountType;
-    const QList<int> fromZero{0, 1, 2, 3, 4, 5, 6};
-    EXPECT_EQ(numbersOf({Mode::Undefined, Mode::Automatic, Mode::LoyaltySystem, Mode::Manual, Mode::Card, Mode::Coupon,
-                         Mode::Payment}),
-              fromZero);
-    EXPECT_EQ(numbersOf({Type::None, Type::Percent, Type::Sum, Type::FixedPrice, Type::Coupon, Type::Bonus}),
-              fromZero.first(6));
-    EXPECT_EQ(numbersOf({Price::Undefined, Price::Catalogue, Price::Barcode, Price::Manual, Price::MinimumPrice,
-                         Price::Promotion}),
-              fromZero.first(6));
-    EXPECT_EQ(numbersOf({EImpactSource::Undefined, EImpactSource::DiscountSystem, EImpactSource::LoyaltySystem,
-                         EImpactSource::Cashier}),
-              fromZero.first(4));
-    EXPECT_EQ(numbersOf({EDiscountObject::Check, EDiscountObject::Position}), fromZero.first(2));
-    EXPECT_EQ(numbersOf({Client::Sex::Male, Client::Sex::Female}), fromZero.first(2));
-    EXPECT_EQ(numbersOf({EDocumentType::Sale, EDocumentType::Refund, EDocumentType::RefundBySale}),
-              (QList<int>{1, 2, 25}));
+    const auto number = [](auto value) { return static_cast<int>(value); };
+    EXPECT_EQ(
+        (QList<int>{number(EDiscountMode::LoyaltySystem), number(EDiscountMode::Manual), number(EDiscountMode::Payment),
+                    number(EDiscountType::Bonus), number(EDiscountType::Sum), number(EDiscountObject::Position),
+                    number(EImpactSource::LoyaltySystem), number(EPriceSourceType::Catalogue),
+                    number(EPriceSourceType::Promotion), number(EDocumentType::Sale), number(EDocumentType::Refund),
+                    number(EDocumentType::RefundBySale), number(Client::Sex::Male)}),
+        (QList<int>{2, 3, 6, 5, 2, 1, 2, 1, 5, 1, 2, 25, 0}));
 }
 
 } // namespace

@@ -46,7 +46,7 @@ void PowerCutWork::sabotageCommits() const
 namespace {
 
 constexpr int livesOfATill = 30;
-constexpr int longestLife = 500; // operations on files
+constexpr int longestLife = 250; // operations on files
 
 /// Makes these the only files in the folder. Of the log's index, which is never synced, anything may be there.
 void put(const PowerCutDisk::Contents &contents, const QString &folder, bool withIndex)
@@ -66,14 +66,14 @@ void put(const PowerCutDisk::Contents &contents, const QString &folder, bool wit
 bool live(auto &work, PowerCutDisk &disk, const QString &folder, PowerCutTally &tally)
 {
     std::vector<std::pair<PowerCutDisk::Contents, PowerCutWork::Judgement>> cuts;
-    int operations = work.upTo(longestLife) + 1;
-    const double density = work.chance(0.05) ? 1 : 0.05; // some lives are cut before each operation
+    const bool isDense = work.chance(0.05); // cut before each operation
+    int operations = work.upTo(isDense ? longestLife / 4 : longestLife) + 1;
     {
         PowerCutVfs vfs(disk);
         vfs.afterDatabaseWrite = [&] { work.afterDatabaseWrite(); };
         vfs.beforeOperation = [&] {
             --operations;
-            if (operations == 0 || (operations > 0 && work.chance(density)))
+            if (operations == 0 || (operations > 0 && (isDense || work.chance(0.1))))
                 cuts.emplace_back(disk.cut(), work.judgement());
         };
         while (operations > 0) {

@@ -13,17 +13,6 @@ TEST_F(QueueDeliveryTest, EventsLeaveInOrderOfPushAndAreGoneAfterwards)
     EXPECT_EQ(sql(u"SELECT COUNT(*) FROM event"_s), 0);
 }
 
-TEST_F(QueueDeliveryTest, FailureHoldsBackItsOwnOrderOnly)
-{
-    push(u"a1 a2 b1 c1 a3"_s);
-    unreachable = {u"a1"_s};
-    EXPECT_EQ(drain(), u"a1 b1 c1"_s);
-    EXPECT_EQ(drain(), u""_s);
-    now += BackOff::base;
-    unreachable.clear();
-    EXPECT_EQ(drain(), u"a1 a2 a3"_s);
-}
-
 TEST_F(QueueDeliveryTest, ServiceThatIsDownGetsOneProbeAndNotTheWholeQueue)
 {
     push(u"a1 b1 c1 d1 e1"_s);
@@ -236,14 +225,4 @@ TEST_F(QueueDeliveryTest, DrainsOnOneDatabaseNeverShareAnOrder)
     };
     EXPECT_EQ(drain(), u"a1 a2"_s);
     EXPECT_EQ(sentByOther, (QStringList{u"b1"_s, u"b2"_s}));
-}
-
-TEST(BackOffTest, DoublesUpToItsLongest)
-{
-    const BackOff backOff([] { return 1.0; });
-    const std::pair<int, std::chrono::milliseconds> cases[] = {{1, 500ms}, {2, 1s},  {3, 2s},         {7, 32s},
-                                                               {8, 60s},   {9, 60s}, {1'000'000, 60s}};
-    for (const auto &[failures, delay] : cases)
-        EXPECT_EQ(backOff.delay(failures), delay) << failures;
-    EXPECT_EQ(BackOff([] { return 0.0; }).delay(5), 0ms) << "full jitter";
 }
