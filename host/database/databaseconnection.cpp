@@ -10,10 +10,18 @@
 
 using namespace Qt::Literals::StringLiterals;
 
-DatabaseConnection::Registration::Registration(const QString &driver)
+namespace {
+
+QString nextName()
 {
     static std::atomic<int> count = 0;
-    name = u"poshost.database.%1"_s.arg(++count);
+    return u"poshost.database.%1"_s.arg(++count);
+}
+
+} // namespace
+
+DatabaseConnection::Registration::Registration(const QString &driver) : name(nextName())
+{
     // Loading a driver for the first time is not thread-safe in Qt 6.4.
     static std::mutex mutex;
     const std::scoped_lock lock(mutex);
