@@ -30,7 +30,7 @@ public:
     {
         m_buffer.append(data, size);
         std::size_t begin = 0;
-        for (std::size_t end; (end = m_buffer.find('\n', begin)) != std::string::npos; begin = end + 1)
+        for (std::size_t end = 0; (end = m_buffer.find('\n', begin)) != std::string::npos; begin = end + 1)
             line(m_buffer.substr(begin, end - begin));
         m_buffer.erase(0, begin);
         return static_cast<bool>(std::cout.flush());

@@ -54,7 +54,7 @@ QString configureTill(const QString &configFile, const QString &folder)
     if (!original.open(QFile::ReadOnly))
         throw BasicException(u"%1: %2"_s.arg(configFile, original.errorString()));
     const QByteArray encoded = QFile::encodeName(folder);
-    const QString fileName = QDir(folder).filePath(u"till.ini"_s);
+    QString fileName = QDir(folder).filePath(u"till.ini"_s);
     writeFile(fileName,
               original.readAll() + "\n[Host]\ndataFolder = " + encoded + "\n[Log]\nfile = " + encoded + "/till.log\n");
     return fileName;
