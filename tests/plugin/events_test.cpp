@@ -16,20 +16,6 @@ protected:
     const QJsonObject priced = plugin.interface->createOrderBody(document, card, false);
 };
 
-TEST_F(Events, AResultThatIsDroppedIsPricedAnew)
-{
-    for (const int code : {237, 239}) {
-        service.calls.clear();
-        service.failures = {u"cancelOrder"_s};
-        EXPECT_THROW(raise(code), BasicException) << "a failure is the host's to know";
-        EXPECT_EQ(card->getOperationId(), u"basket-1");
-        raise(code);
-        EXPECT_EQ(service.calls, (QStringList{u"cancelOrder"_s, u"cancelOrder"_s, u"calculateOrder"_s}));
-        EXPECT_NE(card->getOperationId(), u"basket-1");
-        card->setOperationId(u"basket-1"_s);
-    }
-}
-
 TEST_F(Events, AnUpdateCreatesTheOrderAsItWasPricedFirst)
 {
     EXPECT_CALL(*saveToFile, save(DocumentPtr(document), QString(), 0.0));

@@ -137,8 +137,7 @@ void Proof::finish()
     if (!watchWork())
         return;
     m_shop.sell(m_sales.lastShift());
-    if (deliverAll())
-        sellUndisturbed();
+    deliverAll();
     for (const QJsonValue entry : undelivered())
         m_findings.append(u"%1 of order %2 is left in the queue: %3"_s.arg(
             entry[u"operation"].toString(), entry[u"order"].toString(), entry[u"lastError"].toString()));
@@ -146,8 +145,7 @@ void Proof::finish()
         m_findings.append(u"a check is left open"_s);
 }
 
-/// False when something is wrong with the till.
-bool Proof::deliverAll()
+void Proof::deliverAll()
 {
     bool good = watchWork();
     for (int i = 0; good && !undelivered().isEmpty() && i < lastAttempts; ++i) {
@@ -155,24 +153,6 @@ bool Proof::deliverAll()
         m_shop.drain(60s);
         good = watchWork();
     }
-    return good;
-}
-
-/// Under faults, cashiers remove cards and requests are repeated. Without faults neither may happen: a product that
-/// fails on its own would otherwise look like one that was disturbed.
-void Proof::sellUndisturbed()
-{
-    const auto checks = m_shop.journal().size();
-    const auto exchanges = m_shop.record().size();
-    m_shop.sell(m_sales.undisturbedShift());
-    std::ignore = deliverAll();
-    for (const QJsonObject &check : m_shop.journal().mid(checks))
-        if (check.value(u"card").toString().isEmpty())
-            m_findings.append(u"check %1 has lost its card without a fault"_s.arg(check.value(u"check").toString()));
-    const Traffic traffic = count(m_shop.record().mid(exchanges));
-    if (traffic.refused + traffic.repeats > 0)
-        m_findings.append(u"without a fault %1 requests were refused and %2 delivered again"_s.arg(
-            QString::number(traffic.refused), QString::number(traffic.repeats)));
 }
 
 QJsonArray Proof::undelivered() const

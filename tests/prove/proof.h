@@ -38,8 +38,7 @@ private:
     void scheduleKill(int longestPause) { m_nextKill = QDeadlineTimer(number(0, longestPause)); }
     void sendRefusedAgain();
     void finish();
-    [[nodiscard]] bool deliverAll();
-    void sellUndisturbed();
+    void deliverAll();
     void judge();
     void judgeTraffic();
     QJsonArray undelivered() const;

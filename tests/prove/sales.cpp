@@ -74,12 +74,12 @@ QJsonObject Sales::answers()
     return answers;
 }
 
-QJsonObject Sales::newCheck(int cardPercent, int leastLines)
+QJsonObject Sales::newCheck()
 {
     QJsonArray lines;
-    for (int i = number(leastLines, 4); i > 0; --i)
+    for (int i = number(1, 4); i > 0; --i)
         lines.append(goods());
-    QJsonArray steps = chance(cardPercent) ? cardSteps() : QJsonArray();
+    QJsonArray steps = chance(92) ? cardSteps() : QJsonArray();
     if (chance(85))
         steps.append(u"price"_s);
     for (int i = number(0, 3); i > 0; --i)
@@ -108,18 +108,7 @@ QJsonObject Sales::shift()
 {
     QJsonArray checks{continuation()};
     for (int i = number(1, 5); i > 0; --i)
-        checks.append(newCheck(92, 1));
-    return {{u"checks"_s, checks}};
-}
-
-QJsonObject Sales::undisturbedShift()
-{
-    QJsonArray checks;
-    while (checks.size() < 12) {
-        QJsonObject check = newCheck(100, 2); // With one line "restore" may leave nothing to be sold.
-        check.remove(u"answers"_s);
-        checks.append(check);
-    }
+        checks.append(newCheck());
     return {{u"checks"_s, checks}};
 }
 

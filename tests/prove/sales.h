@@ -23,9 +23,6 @@ public:
     /// Only that ending.
     QJsonObject lastShift() { return {{QStringLiteral("checks"), QJsonArray{continuation()}}}; }
 
-    /// A card on each check, and nobody who would take it off or give a wrong code: for a service that never fails.
-    QJsonObject undisturbedShift();
-
 private:
     int number(int least, int most) { return std::uniform_int_distribution(least, most)(m_random); }
     bool chance(int percent) { return number(1, 100) <= percent; }
@@ -34,7 +31,7 @@ private:
     QJsonValue changeOrPrice();
     QString ending();
     QJsonObject answers();
-    QJsonObject newCheck(int cardPercent, int leastLines);
+    QJsonObject newCheck();
     QJsonObject continuation();
 
     std::mt19937_64 m_random;

@@ -85,9 +85,9 @@ LoyaltyHost::~LoyaltyHost()
     Singleton<Config>::replace({});
 }
 
-void LoyaltyHost::open(EDocumentType type)
+void LoyaltyHost::open()
 {
-    check = QSharedPointer<SaleDocument>::create(type);
+    check = QSharedPointer<SaleDocument>::create();
     for (const auto &[kopecks, quantity] : {std::pair(4550, 1.0), std::pair(9100, 2.0)}) {
         const auto item = QSharedPointer<GoodsItem>::create();
         item->setPrice(Money::fromKopecks(kopecks));

@@ -45,7 +45,7 @@ public:
     Q_DISABLE_COPY_MOVE(LoyaltyHost)
 
     /// Opens a check of 227.50, of which points may pay 113.75.
-    void open(EDocumentType type = EDocumentType::Sale);
+    void open();
 
     /// Makes calls one after the other, such as "price change:3 spend commit"; see the source for their names. Throws
     /// Killed and BasicException as they come.

@@ -1,11 +1,10 @@
-// What is asked of the cashier, and what happens on the answer: codes, questions, and a card taken off a check.
+// What is asked of the cashier, and what happens on the answer: codes, and a card taken off a check.
 #include "tests/support/checkbuilder.h"
 #include "tests/support/fakeconfig.h"
 #include "tests/support/installed.h"
 
 #include <cashier/cardaddlogic.h>
 #include <cashier/cashierui.h>
-#include <cashier/dialog.h>
 #include <cashier/verificationlogic.h>
 #include <core/basicexception.h>
 #include <core/currenttime.h>
@@ -34,8 +33,6 @@ public:
 
     QDateTime currentDateTime() const override { return now; }
 
-    bool ask(const tr::Tr &, const tr::Tr &, const tr::Tr &) override { return first; }
-
     std::optional<QString> enterCode(const tr::Tr &, std::chrono::milliseconds, int) override
     {
         ++prompts;
@@ -46,7 +43,6 @@ public:
         return answer.code;
     }
 
-    bool first = false;
     QDateTime now = QDateTime::currentDateTime();
     QList<Answer> answers;
     int prompts = 0;
@@ -106,19 +102,6 @@ TEST_F(CashierTest, ConfirmsTheCustomerOnlyByTheRightCodeInTime)
         EXPECT_THAT(error, testing::Not(HasSubstr("0417")));
         EXPECT_EQ(keyboard->prompts, prompts);
     }
-}
-
-TEST_F(CashierTest, AnswersAQuestionWithTheValueOfTheChosenButton)
-{
-    for (const bool first : {true, false}) {
-        keyboard->first = first;
-        EXPECT_EQ(Dialog().question({}, 1, {}, {}, 0), first);
-        EXPECT_EQ(Dialog().question({}, 0, {}, {}, 1), !first);
-    }
-    // A program without a cashier never repeats for ever and never confirms.
-    Singleton<CashierUi>::replace({});
-    EXPECT_FALSE(Dialog().question({}, 1, {}, {}, 0));
-    EXPECT_THAT(verify(u"0417"_s), HasSubstr("отменён"));
 }
 
 class Loyalty : public BasicLoyaltySystem
