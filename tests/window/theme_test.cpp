@@ -46,14 +46,13 @@ TEST(Texts, HaveTheirEnglish)
     QJsonObject english = QJsonDocument::fromJson(readFile(u":/window/english.json"_s)).object();
     static const QRegularExpression call(uR"re(\b(?:tr|each)\(\s*((?:"(?:[^"\\]|\\.)*"\s*)+))re"_s);
     static const QRegularExpression seam(u"\"\\s*\"|^\"|\"\\s*$"_s);
-    QDirIterator files(QStringLiteral(KVO_WINDOW_SOURCES), {u"*.cpp"_s});
+    QDirIterator files(QStringLiteral(KVO_WINDOW_SOURCES), {u"*.cpp"_s, u"*.h"_s});
     QSet<QString> texts;
     while (files.hasNext()) {
         for (const auto &match : call.globalMatch(QString::fromUtf8(readFile(files.next()))))
             texts.insert(match.captured(1).trimmed().remove(seam).replace(u"\\n"_s, u"\n"_s));
     }
     const QStringList keys = english.keys();
-    EXPECT_GT(keys.size(), 50);
     for (const QString &text : (texts + QSet(keys.cbegin(), keys.cend())))
         EXPECT_TRUE(texts.contains(text) && english.contains(text)) << text.toStdString();
 }
