@@ -34,7 +34,6 @@ TEST_P(Tour, SellsByPhoneWithPointsAndCode)
     ASSERT_TRUE(WindowDriver::waitFor([&] { return code() != first; }));
     picture(u"code-"_s + theme);
     ASSERT_TRUE(shop->type(code()));
-    EXPECT_FALSE(shop->till.view().check.spent().isZero());
 
     ASSERT_TRUE(shop->press(Qt::Key_F12));
     EXPECT_THAT(text(shop->page()), HasSubstr("КАССОВЫЙ ЧЕК"));
@@ -57,7 +56,9 @@ TEST_P(Tour, SellsByPhoneWithPointsAndCode)
         EXPECT_GT(iowatch::onOthers.at(call), 0) << call;
     }
     const QDir data(folder.filePath(u"data"_s), u"receipt-*.txt"_s);
-    EXPECT_EQ(QString::fromUtf8(readFile(data.filePath(data.entryList().value(0)))), receipt);
+    const QFileInfo saved(data.filePath(data.entryList().value(0)));
+    EXPECT_EQ(QString::fromUtf8(readFile(saved.filePath())), receipt);
+    EXPECT_FALSE(saved.permission(QFile::ReadGroup) || saved.permission(QFile::ReadOther));
     shop.reset();
     drain();
     expectEqualBooks(1);
