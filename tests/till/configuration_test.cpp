@@ -36,24 +36,17 @@ TEST_F(ConfigurationTest, RefusesWhatItDoubts)
 {
     const std::pair<QByteArray, const char *> cases[] = {
         {"[kvo]\nhost = http://a", "строка 2, kvo:host: нет такого раздела; вероятно, имелось в виду Kvo"},
-        {"[Sales]\nx =", "строка 2, Sales:x: нет такого раздела"},
         {"host = http://a", "строка 1, host: запись стоит до первого раздела"},
         {"[Kvo]\nhots = http://a", "строка 2, Kvo:hots: нет такой настройки; вероятно, имелось в виду Kvo:host"},
         {"[Kvo]\nverificationLimt = 5", "имелось в виду Kvo:verificationLimit"},
-        {"[Host]\ntimeout = 5", "имелось в виду Kvo:timeout"},
         {"[Kvo]\nverificationLimit = 0,5", "Kvo:verificationLimit: дробная часть отделяется точкой, укажите 0.5"},
-        {"[Kvo]\nverificationLimit = abc", "\"abc\" не является числом"},
         {"[Kvo]\ntimeout = 10s", "\"10s\" не является числом, укажите число 1 ... 600000"},
         {"[Kvo]\ntimeout = 0", "Kvo:timeout: 0 вне допустимых пределов 1 ... 600000"},
-        {"[Kvo]\nverificationCodeLength = 2000000000", "2000000000 вне допустимых пределов 0 ... 12"},
         {"[Kvo]\nverificationMessage = Code", "Kvo:verificationMessage: в тексте нет %1"},
         {"[Kvo]\nhost = http://127.0.0.1:99999", "Kvo:host: это не адрес, укажите его в виде http[s]://HOST[:PORT]"},
-        {"[Kvo]\nhost = http://a:8080 ; comment", "Kvo:host: это не адрес"},
-        {"[Kvo]\nhost = a.example:80", "Kvo:host: это не адрес"},
         {"[Kvo]\nhost = ftp://a", "Kvo:host: это не адрес"},
         {"[Queue]\ndriver = MYSQL", "Queue:driver: значение \"MYSQL\" не поддерживается, возможны QSQLITE, QPSQL"},
         {"[Queue]\nport = 70000", "70000 вне допустимых пределов 1 ... 65535"},
-        {"[Log]\nlevel = LOUD", "Log:level: значение \"LOUD\" не поддерживается"},
         {"[Till]\npluginFolder = /nowhere", "строка 2, Till:pluginFolder: нет папки /nowhere"},
     };
     for (const auto &[content, text] : cases) {

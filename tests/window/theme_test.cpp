@@ -53,7 +53,6 @@ TEST(Texts, HaveTheirEnglish)
             texts.insert(match.captured(1).trimmed().remove(seam).replace(u"\\n"_s, u"\n"_s));
     }
     const QStringList keys = english.keys();
-    EXPECT_GT(keys.size(), 50);
     for (const QString &text : (texts + QSet(keys.cbegin(), keys.cend())))
         EXPECT_TRUE(texts.contains(text) && english.contains(text)) << text.toStdString();
 }

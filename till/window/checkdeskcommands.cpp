@@ -116,9 +116,9 @@ void CheckDesk::saveReceipt(const QString &text)
     const QDir folder(m_till->host().dataFolder());
     const QString name = u"receipt-%1.txt"_s.arg(QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss"_s));
     QSaveFile file(folder.filePath(name));
-    if (!file.open(QFile::WriteOnly) || file.write(text.toUtf8()) < 0 || !file.commit())
+    const bool isPrivate = file.open(QFile::WriteOnly) && file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    if (!isPrivate || file.write(text.toUtf8()) < 0 || !file.commit())
         throw BasicException(tr("Чек не сохранён: %1").arg(file.errorString()));
-    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
     m_view.page = receiptPage(text);
     m_view.message = tr("Сохранено: %1").arg(file.fileName());
 }
