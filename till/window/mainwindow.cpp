@@ -61,7 +61,7 @@ QWidget *MainWindow::makeCustomer()
 {
     auto *panel = new QFrame;
     panel->setProperty("role", u"card"_s);
-    panel->setFixedWidth(244);
+    panel->setFixedWidth(264);
     auto *form = new QFormLayout(panel);
     form->setRowWrapPolicy(QFormLayout::WrapLongRows);
     for (QLabel *label : {m_customer, m_card}) {

@@ -40,7 +40,8 @@ QPlainTextEdit { font-family: monospace; }
 QLineEdit, QTableView, QPlainTextEdit { selection-background-color: @accent; selection-color: @onAccent; }
 QTableView::item { padding: 4px 5px; border: 0; }
 QTableView::item:selected { background: @accent; color: @onAccent; }
-QHeaderView, QHeaderView::section { background: @surface; color: @muted; border: 0; border-bottom: 1px solid @line; padding: 6px 5px;
+QHeaderView { background: @surface; }
+QHeaderView::section { background: @surface; color: @muted; border: 0; border-bottom: 1px solid @line; padding: 6px 5px;
             font-size: 14px; font-weight: 400; }
 QToolButton, QPushButton { padding: 6px 4px; }
 QToolButton:pressed, QPushButton:pressed { background: @line; }
