@@ -159,7 +159,7 @@ std::vector<ComparedRow> compare(const std::map<std::string, JournalCheck> &jour
         const auto order = byBasket.find(check.basket);
         rows.push_back(compareCheck(check, order == byBasket.end() ? nullptr : order->second, orders));
         if (!check.basket.empty() && !claimed.insert(check.basket).second)
-            rows.back().differences.push_back("another check has the same basket");
+            rows.back().differences.emplace_back("another check has the same basket");
     }
     for (const Order &order : orders) {
         const std::string fault = claimed.contains(order.basket) ? std::string() : strayFault(order, open);

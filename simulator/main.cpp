@@ -99,6 +99,7 @@ void addTail(CLI::App &app, sim::TailOptions &options)
 
 } // namespace
 
+// The command line takes a statement per option. NOLINTNEXTLINE(readability-function-size)
 int main(int argc, char **argv)
 try {
     CLI::App app("Stand-in for the loyalty service: its HTTP API on a ledger of its own.", "loyalty-sim");

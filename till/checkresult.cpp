@@ -136,7 +136,7 @@ CheckResult resultFromJournal(const QJsonObject &entry)
     result.identifier = entry.value("check"_L1).toString();
     result.dateTime = QDateTime::fromString(entry.value("opened"_L1).toString(), Qt::ISODateWithMs);
     result.outcome = entry.value("outcome"_L1).toString();
-    for (const QJsonArray lines = entry.value("lines"_L1).toArray(); const QJsonValue &value : lines) {
+    for (const QJsonArray lines = entry.value("lines"_L1).toArray(); const auto &value : lines) {
         const QJsonObject line = value.toObject();
         result.lines.append({line.value("lineId"_L1).toInt(), line.value("name"_L1).toString(),
                              line.value("quantity"_L1).toDouble(), money(line.value("price"_L1)),

@@ -193,6 +193,7 @@ int runDoctor(const Arguments &arguments)
 
 } // namespace
 
+// The command line takes a statement per option. NOLINTNEXTLINE(readability-function-size)
 int main(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);

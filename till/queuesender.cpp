@@ -115,6 +115,7 @@ LoyaltyQueries loyaltyQueries()
 {
     const Draft client;
     client.searchCustomer(u"0"_s, ECardNumberType::Manual);
+    // A copy: the next call replaces it. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const kvo::Request customer = client.last();
     client.verification({}, {});
     return {customer.url, client.last().url, customer.headers, client.time()};

@@ -14,14 +14,12 @@ namespace till {
 
 namespace {
 
-using Kind = Step::Kind;
-
 enum class Takes { Nothing, Text, Line, Change };
 
 struct Word
 {
     QString name;
-    Kind kind;
+    Step::Kind kind;
     Takes takes;
     QString example;
     QString meaning;
@@ -30,19 +28,19 @@ struct Word
 const QList<Word> &words()
 {
     static const QList<Word> list{
-        {u"phone"_s, Kind::Phone, Takes::Text, u"phone +79001234567"_s, u"карта покупателя по телефону"_s},
-        {u"card"_s, Kind::Card, Takes::Text, u"card 7770000000001"_s, u"карта по номеру"_s},
-        {u"price"_s, Kind::Price, Takes::Nothing, u"price"_s, u"рассчитать баллы"_s},
-        {u"spend"_s, Kind::Spend, Takes::Nothing, u"spend"_s, u"списать баллы"_s},
-        {u"subtotal"_s, Kind::Subtotal, Takes::Nothing, u"subtotal"_s, u"подытог"_s},
-        {u"change"_s, Kind::Change, Takes::Change, u"change 2 quantity 5 price 45.50"_s,
+        {u"phone"_s, Step::Kind::Phone, Takes::Text, u"phone +79001234567"_s, u"карта покупателя по телефону"_s},
+        {u"card"_s, Step::Kind::Card, Takes::Text, u"card 7770000000001"_s, u"карта по номеру"_s},
+        {u"price"_s, Step::Kind::Price, Takes::Nothing, u"price"_s, u"рассчитать баллы"_s},
+        {u"spend"_s, Step::Kind::Spend, Takes::Nothing, u"spend"_s, u"списать баллы"_s},
+        {u"subtotal"_s, Step::Kind::Subtotal, Takes::Nothing, u"subtotal"_s, u"подытог"_s},
+        {u"change"_s, Step::Kind::Change, Takes::Change, u"change 2 quantity 5 price 45.50"_s,
          u"изменить количество или цену строки"_s},
-        {u"remove"_s, Kind::Remove, Takes::Line, u"remove 2"_s, u"убрать строку"_s},
-        {u"restore"_s, Kind::Restore, Takes::Nothing, u"restore"_s, u"отменить последнее изменение строки"_s},
-        {u"park"_s, Kind::Park, Takes::Nothing, u"park"_s, u"отложить чек"_s},
-        {u"take"_s, Kind::Take, Takes::Text, u"take 1"_s, u"вернуться к отложенному чеку"_s},
-        {u"close"_s, Kind::Close, Takes::Nothing, u"close"_s, u"закрыть чек"_s},
-        {u"void"_s, Kind::Void, Takes::Nothing, u"void"_s, u"аннулировать чек"_s},
+        {u"remove"_s, Step::Kind::Remove, Takes::Line, u"remove 2"_s, u"убрать строку"_s},
+        {u"restore"_s, Step::Kind::Restore, Takes::Nothing, u"restore"_s, u"отменить последнее изменение строки"_s},
+        {u"park"_s, Step::Kind::Park, Takes::Nothing, u"park"_s, u"отложить чек"_s},
+        {u"take"_s, Step::Kind::Take, Takes::Text, u"take 1"_s, u"вернуться к отложенному чеку"_s},
+        {u"close"_s, Step::Kind::Close, Takes::Nothing, u"close"_s, u"закрыть чек"_s},
+        {u"void"_s, Step::Kind::Void, Takes::Nothing, u"void"_s, u"аннулировать чек"_s},
     };
     return list;
 }
@@ -123,7 +121,7 @@ Step readGoodsLine(const QString &line, const Catalogue &catalogue)
         throw BasicException(u"Подходит несколько товаров, введите штрихкод:\n"_s + names.join(u'\n'));
     }
     Step step;
-    step.kind = Kind::Add;
+    step.kind = Step::Kind::Add;
     step.goods = found.constFirst();
     return step;
 }

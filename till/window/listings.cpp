@@ -18,7 +18,7 @@ struct Texts
 };
 
 /// Without decimals that are not needed.
-QString quantityText(double quantity)
+QString localQuantity(double quantity)
 {
     return QLocale().toString(quantity, 'g', QLocale::FloatingPointShortest);
 }
@@ -44,7 +44,7 @@ Page linesPage(const QList<ResultLine> &lines)
         const QString mark = marks.value(2 * line.takesPoints + line.earnsPoints);
         const QString points = line.spent.isZero() ? mark : moneyText(-line.spent) + u'\n' + mark;
         page.rows.append({id,
-                          {id, line.name, quantityText(line.quantity), moneyText(line.price), points.trimmed(),
+                          {id, line.name, localQuantity(line.quantity), moneyText(line.price), points.trimmed(),
                            moneyText(line.amount - line.spent)}});
     }
     return page;

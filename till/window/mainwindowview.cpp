@@ -16,7 +16,7 @@ namespace till {
 void MainWindow::useTheme(bool isDark)
 {
     m_isDark = isDark;
-    const Theme theme(isDark);
+    const Theme theme{isDark};
     theme.apply(*static_cast<QApplication *>(QApplication::instance()));
     for (const Action &action : std::as_const(m_actions)) {
         const bool isMain = &action == &m_actions.constLast();
