@@ -10,8 +10,9 @@ namespace {
 
 constexpr qsizetype visibleDigits = 4;
 
-QString maskDigits(QString number)
+QString maskDigits(const QString &text)
 {
+    QString number = text;
     qsizetype toHide =
         std::count_if(number.cbegin(), number.cend(), [](QChar c) { return c.isDigit(); }) - visibleDigits;
     for (QChar &c : number)
@@ -47,7 +48,7 @@ bool isNumberToHide(const QString &name)
 }
 
 /// `text` with what `pattern` finds replaced by what `mask` makes of it.
-QString replaced(const QString &text, const QRegularExpression &pattern, QString (*mask)(QString))
+QString replaced(const QString &text, const QRegularExpression &pattern, QString (*mask)(const QString &))
 {
     QString result;
     qsizetype end = 0;
@@ -71,8 +72,8 @@ QString maskPhones(const QString &text)
 QString maskPasswords(const QString &text)
 {
     static const QRegularExpression password(uR"((?<=://)[^/?#\s]*@)"_s);
-    // cppcheck-suppress passedByValue; the type of replaced()'s functions
-    return replaced(text, password, [](QString login) { return login.section(u':', 0, 0).remove(u'@') + u":***@"_s; });
+    return replaced(text, password,
+                    [](const QString &login) { return login.section(u':', 0, 0).remove(u'@') + u":***@"_s; });
 }
 
 QString maskCards(const QString &text)
