@@ -1,5 +1,5 @@
-// Settings, the form of a stored request, and the judgement of answers: what is an error, what is only logged, what may
-// be sent again.
+// Settings, queries, the form of a stored request, and the judgement of answers: what is an error, what is only logged,
+// what may be sent again.
 #include "client/interface.h"
 #include "client/refusal.h"
 #include "tests/support/fakeconfig.h"
@@ -94,6 +94,7 @@ TEST(Settings, GiveAddressesTimeoutAndCredentials)
          u"https://h:81/sms/a%20b"_s,
          u"dTpwOiUx"_s,
          5},
+        {{{u"Kvo:host"_s, u"http://h:80a80"_s}}, {}, {}, u"Og=="_s, 10000}, // Nothing may go to port 80.
     };
     for (const auto &c : cases) {
         const FakeConfig config(c.settings);
@@ -116,6 +117,46 @@ TEST(Settings, PlainHttpToAnotherMachineIsWarnedAboutOnce)
     const QString lines = log.take();
     EXPECT_EQ(lines.count(u" WARN kvo - Обмен с h "_s), 1) << lines.toStdString();
     EXPECT_EQ(lines.count(u'\n'), 1);
+}
+
+TEST(Queries, NameWhatTheyAskForAndReadTheData)
+{
+    const FakeConfig config({{u"Kvo:brand"_s, u"B"_s}, {u"Kvo:verificationBrand"_s, u"V"_s}});
+    RestExchange exchange;
+    const OpenInterface client;
+    const struct
+    {
+        std::function<QJsonValue()> ask;
+        const char *call, *data;
+        QJsonValue result;
+    } cases[] = {
+        {[&] { return client.searchCustomer(u"+7 50%&Ё"_s, ECardNumberType::Phone); },
+         "searchCustomer?Brand=B&Phone=%2B7%2050%25%26%D0%81", R"({"a": 1})", QJsonObject{{u"a"_s, 1}}},
+        {[&] { return client.searchCustomer({}, ECardNumberType::Scanned); },
+         "searchCustomer?Brand=B&CardNumber=", "[1]", QJsonObject()},
+        {[&] { return client.cardInfo(u"1"_s, u"C"_s); }, "cardInfo?Brand=B&CardNumber=1&CustAccountNum=C",
+         R"({"a": 1})", QJsonObject{{u"a"_s, 1}}},
+        {[&] { return client.loyaltyBonusInfo(u"1"_s, u"C"_s); },
+         "loyaltyBalanceInfo?Brand=B&CardNumber=1&CustAccountNum=C", R"({"AmountQty": 12.5})", 12.5},
+        {[&] { return client.loyaltyBonusInfo(u"1"_s, {}); },
+         "loyaltyBalanceInfo?Brand=B&CardNumber=1&CustAccountNum=", R"({"AmountQty": "12.5"})", 0},
+    };
+    for (const auto &c : cases) {
+        exchange.answer = RestExchange::response(200, R"({"success": true, "data": )" + QByteArray(c.data) + "}");
+        EXPECT_EQ(c.ask(), c.result) << c.call;
+        EXPECT_EQ(exchange.calls.last(), QString::fromUtf8(c.call));
+        EXPECT_EQ(exchange.sentOp, QNetworkAccessManager::GetOperation);
+        EXPECT_EQ(exchange.sentHeaders, client.headers);
+        exchange.failures = {exchange.calls.last().section(u'?', 0, 0)};
+        EXPECT_THROW(c.ask(), BasicException) << c.call;
+    }
+    client.verification(u"code 1"_s, u"+7"_s);
+    EXPECT_EQ(exchange.sentUrl.path(), u"/api/twofa/msg/v1/send"_s);
+    EXPECT_EQ(exchange.sentOp, QNetworkAccessManager::PostOperation);
+    EXPECT_EQ(exchange.sentHeaders, client.headers);
+    EXPECT_EQ(exchange.bodies.last(), json(R"({"brand": "B", "phone": "+7", "text": "code 1", "channel": "sms"})"));
+    exchange.failures = {u"send"_s};
+    EXPECT_THROW(client.verification({}, {}), BasicException);
 }
 
 TEST(Transport, JudgesAnswers)

@@ -1,10 +1,13 @@
-// The order body: how goods, discounts and payments are told to the service.
+// Orders: how goods, discounts and payments are told to the service, and what its answers say.
 #include "client/interface.h"
 #include "tests/support/checkbuilder.h"
 #include "tests/support/commalocale.h"
 #include "tests/support/fakeconfig.h"
 #include "tests/support/json.h"
 #include "tests/support/printqt.h"
+#include "tests/support/restexchange.h"
+
+#include <core/basicexception.h>
 
 #include <gtest/gtest.h>
 
@@ -98,6 +101,71 @@ TEST_F(OrderBody, SaysWhatMayNotBeSpentAndEarned)
         SCOPED_TRACE(&c - cases);
         EXPECT_EQ(line(c.forbid).value("noDiscountAllowed"_L1), c.noDiscount);
         EXPECT_EQ(line(c.forbid).value("noEarnAllowed"_L1), c.noEarn);
+    }
+}
+
+TEST_F(OrderBody, IsKeptOnTheCardOnceTheServiceHasAcceptedIt)
+{
+    RestExchange exchange;
+    const struct
+    {
+        std::function<Response()> send;
+        QString method;
+        bool forbidsSpending = false;
+    } cases[] = {
+        {[this] { return client.calculateOrder(document, card); }, u"calculateOrder"_s},
+        {[this] { return client.createOrder(document, card, false); }, u"createOrder"_s},
+        {[this] { return client.createOrder(document, card, true); }, u"createOrder"_s, true},
+    };
+    for (const auto &c : cases) {
+        exchange.answer = RestExchange::response(200, R"({"success": true, "result": {"earnPoints": 3,
+            "redeemPoints": [{"lineId": 1, "points": 10}, {"points": 2.5}, {}, 7, {"points": "8"}]}})");
+        const Response response = c.send();
+        const QJsonObject body = exchange.bodies.last();
+        EXPECT_EQ(exchange.calls.last(), c.method);
+        EXPECT_EQ(body.value("orderLines"_L1)[0]["noDiscountAllowed"_L1].toBool(), c.forbidsSpending);
+        EXPECT_EQ(card->getOperationInfo().toJsonObject(), body);
+        EXPECT_EQ(response.basket, body.value("basket"_L1).toString());
+        EXPECT_EQ(response.basket.size(), 36);
+        EXPECT_TRUE(card->getOperationId().isEmpty());
+        EXPECT_EQ(response.earnPoints(), 3);
+        EXPECT_EQ(response.redeemPoints().size(), 5);
+        EXPECT_EQ(response.redeemPointsAmount(), 12.5);
+        exchange.answer = RestExchange::response(200, R"({"success": true})");
+        EXPECT_EQ(c.send().redeemPointsAmount(), 0);
+        exchange.failures = {c.method};
+        const QVariant accepted = card->getOperationInfo();
+        EXPECT_THROW(c.send(), BasicException);
+        EXPECT_EQ(card->getOperationInfo(), accepted);
+    }
+}
+
+TEST_F(OrderBody, GoesIntoRequestsThatNameTheOrder)
+{
+    card->setOperationId(u"1"_s);
+    card->setOperationInfo(QVariantMap{{u"basket"_s, u"as accepted"_s}});
+    const QJsonObject order =
+        json(R"({"brand": "B", "cardNumber": "2000", "onlineStore": "S", "basket": "1", "terminal": "T"})");
+    QJsonObject binding = order;
+    binding.insert("orderID"_L1, document->getIdentifier());
+    const struct
+    {
+        Request request;
+        QString method;
+        QJsonObject body;
+    } cases[] = {
+        {client.createOrderRequest(document, card, true), u"createOrder"_s,
+         client.createOrderBody(document, card, true)},
+        {client.updateOrderRequest(document, card), u"updateOrder"_s, client.createOrderBody(document, card, false)},
+        {client.postOrderRequest(card), u"postOrder"_s, {{u"basket"_s, u"as accepted"_s}}},
+        {client.bindOrderIdRequest(document, card), u"bindOrderId"_s, binding},
+        {client.cancelOrderRequest(document, card), u"cancelOrder"_s, order},
+    };
+    for (const auto &[request, method, body] : cases) {
+        EXPECT_EQ(request.op, QNetworkAccessManager::PostOperation);
+        EXPECT_EQ(request.url, QUrl(u"http://localhost/api/ax/xpp/v1/"_s + method));
+        EXPECT_EQ(request.headers.size(), 2);
+        EXPECT_EQ(request.payload.object(), body) << method.toStdString();
     }
 }
 
