@@ -32,7 +32,7 @@ Finding address(ServiceAccess &service)
     if (!url.isValid() || !web || url.host().isEmpty())
         return {Verdict::Failure, u"Kvo:host is not an address"_s,
                 u"Write it like https://loyalty.example.com or http://10.0.0.5:8080"_s};
-    service.probe = std::make_unique<Probe>(service.queries.timeout, service.trustFile);
+    service.probe = std::make_unique<Probe>(service.queries.timeout);
     return {Verdict::Ok, service.queries.customer.toString(QUrl::RemoveUserInfo | QUrl::RemoveQuery)};
 }
 

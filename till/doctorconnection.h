@@ -13,10 +13,9 @@ namespace till::doctor {
 /// How the service is reached; filled by the check "service address".
 struct ServiceAccess
 {
-    QString trustFile; ///< Replaces the system's certificate authorities unless empty.
-    LoyaltyQueries queries{};
-    std::unique_ptr<http::Probe> probe{};
-    http::ProbeResult handshake{};
+    LoyaltyQueries queries;
+    std::unique_ptr<http::Probe> probe;
+    http::ProbeResult handshake;
 };
 
 /// Address, encryption, name, connection and TLS. Nothing is sent.

@@ -205,9 +205,9 @@ Finding sendSample(const QString &phone)
 
 } // namespace
 
-QList<Check> serviceChecks(const QString &phone, const QString &trustFile)
+QList<Check> serviceChecks(const QString &phone)
 {
-    const auto access = std::make_shared<ServiceAccess>(ServiceAccess{.trustFile = trustFile});
+    const auto access = std::make_shared<ServiceAccess>();
     const auto service = std::make_shared<Service>(access);
     const auto check = [&service](const QString &name, const QString &needs, auto operation) {
         return Check{name, needs, [service, operation] { return (service.get()->*operation)(); }};

@@ -6,7 +6,7 @@
 namespace till::doctor {
 
 /// Address, name, connection, TLS, answer, login, both APIs, clock, times, kept connections; and, when `phone` is
-/// given, a text message to it. `trustFile` replaces the system's certificate authorities.
-QList<Check> serviceChecks(const QString &phone = {}, const QString &trustFile = {});
+/// given, a text message to it.
+QList<Check> serviceChecks(const QString &phone = {});
 
 } // namespace till::doctor

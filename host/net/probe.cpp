@@ -161,8 +161,7 @@ ProbeResult Probe::Handle::perform(const QUrl &url)
     return result;
 }
 
-Probe::Probe(std::chrono::milliseconds timeout, const QString &trustFile)
-    : m_timeout(timeout), m_trustFile(trustFile.toLocal8Bit()), m_kept(makeHandle())
+Probe::Probe(std::chrono::milliseconds timeout) : m_timeout(timeout), m_kept(makeHandle())
 {}
 
 Probe::~Probe() = default;
@@ -182,10 +181,6 @@ std::unique_ptr<Probe::Handle> Probe::makeHandle() const
     handle->set(CURLOPT_ERRORBUFFER, handle->errorText.data());
     handle->set(CURLOPT_WRITEFUNCTION, &receive);
     handle->set(CURLOPT_WRITEDATA, &handle->body);
-    if (!m_trustFile.isEmpty()) {
-        handle->set(CURLOPT_CAINFO, m_trustFile.constData());
-        handle->set<const char *>(CURLOPT_CAPATH, nullptr);
-    }
     return handle;
 }
 

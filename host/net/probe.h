@@ -41,8 +41,8 @@ class POSHOST_EXPORT Probe
 public:
     enum class Trust { Verified, Anybody };
 
-    /// `timeout` limits each call. `trustFile` (PEM) replaces the system's certificate authorities.
-    explicit Probe(std::chrono::milliseconds timeout, const QString &trustFile = {});
+    /// `timeout` limits each call.
+    explicit Probe(std::chrono::milliseconds timeout);
     ~Probe();
     Q_DISABLE_COPY_MOVE(Probe)
 
@@ -59,7 +59,6 @@ private:
     std::unique_ptr<Handle> makeHandle() const;
 
     std::chrono::milliseconds m_timeout;
-    QByteArray m_trustFile;
     std::unique_ptr<Handle> m_kept;
 };
 

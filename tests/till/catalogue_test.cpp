@@ -1,15 +1,11 @@
-// The catalogue: what is entered at the till, and what the file may not contain.
-#include "tests/support/file.h"
+// The catalogue: which goods are meant by what is entered.
 #include "till/catalogue.h"
 
 #include <core/basicexception.h>
 
-#include <gmock/gmock.h>
-
-#include <QtCore/QTemporaryDir>
+#include <gtest/gtest.h>
 
 using namespace Qt::Literals::StringLiterals;
-using testing::HasSubstr;
 
 namespace {
 
@@ -47,20 +43,6 @@ TEST(Catalogue, FindsWhatIsEntered)
         EXPECT_EQ(found, names) << entry;
     }
     EXPECT_EQ(catalogue.find(u"масло"_s).size(), 2);
-}
-
-TEST(Catalogue, NamesThePlaceOfWhatItRefuses)
-{
-    const QTemporaryDir folder;
-    const QString file = folder.filePath(u"goods.json"_s);
-    const QByteArray milk = R"({"barcode": "1", "name": "A", "price": 1)";
-    const std::pair<QByteArray, const char *> cases[]{
-        {milk + "}, " + milk + "}", "goods.json: /goods/1/barcode: штрихкод 1 уже есть"},
-        {milk + R"(, "quantity": 2})", "goods.json: /goods/0/quantity: в справочнике"}};
-    for (const auto &[goods, complaint] : cases) {
-        writeFile(file, R"({"goods": [)" + goods + "]}");
-        EXPECT_THAT([&] { till::Catalogue read(file); }, testing::ThrowsMessage<BasicException>(HasSubstr(complaint)));
-    }
 }
 
 } // namespace

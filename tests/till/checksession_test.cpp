@@ -5,6 +5,7 @@
 #include "tests/support/installed.h"
 #include "tests/support/json.h"
 #include "tests/support/restexchange.h"
+#include "tests/support/sql.h"
 #include "till/checksession.h"
 #include "till/endingqueue.h"
 
@@ -14,12 +15,8 @@
 #include <queue/queuedrain.h>
 
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 
-#include <QtCore/QFileInfo>
 #include <QtCore/QTemporaryDir>
-
-#include <csignal>
 
 using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
@@ -215,39 +212,19 @@ TEST_F(Session, LeavesTheCheckAsItWasWhenAnOperationIsRefused)
     }
 }
 
-/// A disk on which no file of the process grows beyond this size.
-class FullDisk
-{
-public:
-    explicit FullDisk(qint64 size)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        ::getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit limit{static_cast<rlim_t>(size), m_before.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk() { ::setrlimit(RLIMIT_FSIZE, &m_before); }
-    Q_DISABLE_COPY_MOVE(FullDisk)
-
-private:
-    rlimit m_before{};
-};
-
 TEST_F(Session, SellsOnWhileTheQueueIsFullAndDeliversLater)
 {
-    for (int i = 0; i < 300; ++i) // The queue's file is to be larger than that of the checks.
-        queue->push(u"other"_s, {{u"payload"_s, QString(4000, u'x')}}, {});
     openPriced();
     session->spend();
-    {
-        const FullDisk full(QFileInfo(folder.filePath(u"queue.db-wal"_s)).size());
-        const till::CheckResult closed = session->close();
-        EXPECT_EQ(closed.outcome, u"closed"_s);
-        EXPECT_FALSE(closed.loyaltyOff.isEmpty());
-        EXPECT_EQ(session->keptChecks().size(), 1);
-        EXPECT_TRUE(booked().isEmpty()) << "what is in the books is certain to be sent";
-    }
-    session->open(); // The disk has room again.
+    const QString file = folder.filePath(u"queue.db"_s);
+    runSql(file, u"CREATE TRIGGER full BEFORE INSERT ON event BEGIN SELECT RAISE(FAIL, 'full'); END"_s);
+    const till::CheckResult closed = session->close();
+    EXPECT_EQ(closed.outcome, u"closed"_s);
+    EXPECT_FALSE(closed.loyaltyOff.isEmpty());
+    EXPECT_EQ(session->keptChecks().size(), 1);
+    EXPECT_TRUE(booked().isEmpty()) << "what is in the books is certain to be sent";
+    runSql(file, u"DROP TRIGGER full"_s);
+    session->open();
     EXPECT_EQ(session->loyaltyOff(), QString());
     EXPECT_TRUE(session->keptChecks().isEmpty());
     ASSERT_EQ(booked().size(), 1);

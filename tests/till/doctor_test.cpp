@@ -2,6 +2,7 @@
 #include "tests/support/certificate.h"
 #include "tests/support/checkbuilder.h"
 #include "tests/support/file.h"
+#include "tests/support/sql.h"
 #include "till/doctorhost.h"
 #include "till/doctorservice.h"
 #include "till/doctorstore.h"
@@ -17,8 +18,6 @@
 #include <QtCore/QLibraryInfo>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
-#include <QtSql/QSqlDatabase>
-#include <QtSql/QSqlQuery>
 
 #include <thread>
 
@@ -111,12 +110,11 @@ protected:
     ~DoctorTest() override { Singleton<Config>::replace({}); }
 
     /// What the doctor finds with a sound configuration to which `ini` is added; a section that comes twice is joined.
-    QString report(const QByteArray &address, const QByteArray &ini, const QString &trustFile = {},
-                   const QString &phone = {})
+    QString report(const QByteArray &address, const QByteArray &ini, const QString &phone = {})
     {
         writeFile(m_file,
                   "[Host]\ndataFolder = " + path("data") + "\n[Kvo]\nbrand = B\nhost = " + address + '\n' + ini);
-        return reportText(examine(hostChecks(m_file) + storeChecks() + serviceChecks(phone, trustFile)));
+        return reportText(examine(hostChecks(m_file) + storeChecks() + serviceChecks(phone)));
     }
     QString report(const QByteArray &ini) { return report("http://" + m_service.address(), ini); }
 
@@ -196,7 +194,7 @@ TEST_F(DoctorTest, NamesEachFaultAndItsRemedy)
         const Service service(handler);
         expectLine(handler ? report("http://" + service.address(), ini) : report(ini), QString::fromUtf8(line));
     }
-    expectLine(report("http://" + m_service.address(), {}, {}, u"+7900"_s),
+    expectLine(report("http://" + m_service.address(), {}, u"+7900"_s),
                u"failure  text message: *not taken the message*Kvo:verificationPath*\n *no such card"_s);
     expectLine(reportText(examine(hostChecks(m_file, qint64{1} << 60))), u"warning  disk space: *MiB*Make room"_s);
     expectLine(reportText(examine(hostChecks(u"/nowhere"_s))), u"failure  *: /nowhere does not exist*--config"_s);
@@ -207,12 +205,10 @@ TEST_F(DoctorTest, NamesEachFaultAndItsRemedy)
 
 TEST_F(DoctorTest, NamesWhatIsWrongWithTls)
 {
-    const QString trusted = m_folder.filePath(u"trusted.pem"_s);
-    const auto expect = [&](const QString &line, const char *names, int fromDay, int toDay, bool trust = true) {
-        const Certificate certificate(names, fromDay, toDay);
-        writeFile(trusted, certificate.pem());
+    const auto expect = [this](const QString &line, const char *names, int fromDay, int toDay, bool isTrusted = true) {
+        const Certificate certificate(names, fromDay, toDay, isTrusted ? &trustedAuthority() : nullptr);
         const Service service({}, &certificate);
-        expectLine(report("https://" + service.address(), {}, trust ? trusted : QString()), line);
+        expectLine(report("https://" + service.address(), {}), line);
     };
     expect(u"ok       TLS: TLSv1.3, certificate of CN = doctor, 99 days left\n"_s, "IP:127.0.0.1", -1, 100);
     expect(u"warning  TLS: *9 days left*renewed in time"_s, "IP:127.0.0.1", -1, 10);
@@ -221,21 +217,14 @@ TEST_F(DoctorTest, NamesWhatIsWrongWithTls)
     expect(u"failure  TLS: *certificate*Use the name"_s, "DNS:other.example", -1, 100);
     expect(u"failure  TLS: *self-signed*update-ca-certificates"_s, "IP:127.0.0.1", -1, 100, false);
     expectLine(report("https://" + m_service.address(), {}), u"failure  TLS: *scheme and port"_s);
-    const Certificate certificate("IP:127.0.0.1", -1, 1);
-    const Service secure({}, &certificate);
+    const Service secure({}, &trustedAuthority());
     expectLine(report("http://" + secure.address(), {}), u"failure  answer: *scheme and port"_s);
 }
 
 TEST_F(DoctorTest, LooksIntoQueueAndCheckStore)
 {
-    const auto sql = [this](const QString &file, const QString &statement) {
-        {
-            QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"doctor"_s);
-            database.setDatabaseName(m_folder.filePath(u"data/"_s + file));
-            EXPECT_TRUE(database.open());
-            EXPECT_TRUE(QSqlQuery(statement, database).isActive());
-        }
-        QSqlDatabase::removeDatabase(u"doctor"_s);
+    const auto sql = [this](const char *file, const QString &statement) {
+        runSql(m_folder.filePath(u"data/"_s + QString::fromUtf8(file)), statement);
     };
     const auto expectLines = [this](const QStringList &lines) {
         const QString found = report({});
@@ -251,14 +240,14 @@ TEST_F(DoctorTest, LooksIntoQueueAndCheckStore)
     expectLines({u"ok       queue: *1 waiting, the oldest since "_s, u"ok       refused requests: none"_s,
                  u"ok       open check: "_s + check->getIdentifier() + u", since 20"_s,
                  u"ok       checks put aside: *(no loyalty)"_s});
-    sql(u"queue.db"_s, u"UPDATE event SET created = created - 7200000"_s);
-    sql(u"checks.db"_s, u"UPDATE sale SET since = since - 7200000"_s);
+    sql("queue.db", u"UPDATE event SET created = created - 7200000"_s);
+    sql("checks.db", u"UPDATE sale SET since = since - 7200000"_s);
     expectLines({u"warning  queue: *1 waiting*kvo-till drain"_s, u"warning  open check: *kvo-till void"_s});
-    sql(u"queue.db"_s, u"UPDATE event SET state = 'dead', rejected = 1"_s);
-    sql(u"checks.db"_s, u"UPDATE sale SET standing = 2 WHERE standing = 1"_s);
+    sql("queue.db", u"UPDATE event SET state = 'dead', rejected = 1"_s);
+    sql("checks.db", u"UPDATE sale SET standing = 2 WHERE standing = 1"_s);
     expectLines({u"warning  refused requests: 1 refused for good*retry or discard"_s,
                  u"warning  checks put aside: cannot be read: *support"_s});
-    sql(u"checks.db"_s, u"UPDATE part SET content = 'x' WHERE kind = 'goods'"_s);
+    sql("checks.db", u"UPDATE part SET content = 'x' WHERE kind = 'goods'"_s);
     expectLines({u"failure  open check: *cannot be read*support*\n *"_s + check->getIdentifier()});
     writeFile(m_folder.filePath(u"data/checks.db"_s), QByteArray(9999, 'x'));
     expectLines({u"failure  open check: *checks.db cannot be read*support"_s});

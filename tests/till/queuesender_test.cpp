@@ -9,7 +9,6 @@
 #include <core/basicexception.h>
 #include <queue/dbqueuebroker.h>
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <httplib.h>
 
@@ -18,21 +17,6 @@
 #include <thread>
 
 using namespace Qt::Literals::StringLiterals;
-
-const Certificate &serviceCertificate()
-{
-    static const Certificate made("IP:127.0.0.1", -1, 1);
-    return made;
-}
-
-// Has the system trust the service, as an administrator would.
-extern "C" Q_DECL_EXPORT int X509_STORE_load_file(X509_STORE *store, const char *file)
-{
-    X509_STORE_add_cert(store, serviceCertificate().x509());
-    static const auto next =
-        reinterpret_cast<decltype(&X509_STORE_load_file)>(::dlsym(RTLD_NEXT, "X509_STORE_load_file"));
-    return next(store, file);
-}
 
 namespace till {
 
@@ -110,7 +94,8 @@ TEST(QueueSender, SendsToTheAddressAndWithThePasswordOfNow)
 
 TEST(QueueSender, DeliversWhatHasWaitedWhileTheServiceMovedToTls)
 {
-    httplib::SSLServer server(serviceCertificate().x509(), serviceCertificate().key());
+    const Certificate certificate("IP:127.0.0.1", -1, 1, &trustedAuthority());
+    httplib::SSLServer server(certificate.x509(), certificate.key());
     std::string body;
     server.Post("/other/postOrder", [&](const httplib::Request &request, httplib::Response &response) {
         body = request.body;

@@ -1,5 +1,6 @@
-// Scenario files: complaints that name file and path, and amounts to the kopeck.
+// Scenario files and catalogues: complaints that name file and path, and amounts to the kopeck.
 #include "tests/support/file.h"
+#include "till/catalogue.h"
 #include "till/scenarioreader.h"
 
 #include <core/basicexception.h>
@@ -16,18 +17,22 @@ namespace {
 class ScenarioReader : public testing::Test
 {
 protected:
-    till::Scenario read(const QByteArray &json)
+    /// What a scenario, or a catalogue, is refused with; empty when it is accepted.
+    std::string complaint(const QByteArray &json)
     {
         writeFile(file, json);
-        return till::readScenario(file);
+        try {
+            if (json.startsWith(R"({"goods")"))
+                till::Catalogue catalogue(file);
+            else
+                scenario = till::readScenario(file);
+        } catch (const BasicException &error) {
+            return error.text().ru().toStdString();
+        }
+        return {};
     }
 
-    void expectComplaint(const QByteArray &json, const std::string &complaint)
-    {
-        EXPECT_THAT([&] { read(json); }, testing::ThrowsMessage<BasicException>(HasSubstr(complaint)))
-            << json.toStdString();
-    }
-
+    till::Scenario scenario; ///< The last one that was accepted.
     QTemporaryDir folder;
     const QString file = folder.filePath(u"sale.json"_s);
 };
@@ -60,9 +65,11 @@ TEST_F(ScenarioReader, NamesFileAndPathOfWhatItRefuses)
         {withSteps(R"({"card": "1", "phone": "2"})"), "/checks/0/steps/0: нужен ровно один ключ"},
         {withSteps(R"({"change": {"line": 1}})"), "/checks/0/steps/0/change: нужно \"quantity\" или \"price\""},
         {R"({"checks": [{"steps": [], "answers": {"dialogs": ["later"]}}]})", "/checks/0/answers/dialogs/0: \"later\""},
+        {R"({"goods": [)" + goods + "}, " + goods + "}]}", "sale.json: /goods/1/barcode: штрихкод 1 уже есть"},
+        {R"({"goods": [)" + goods + R"(, "quantity": 2}]})", "/goods/0/quantity: в справочнике"},
     };
     for (const auto &[json, expected] : cases)
-        expectComplaint(json, expected);
+        EXPECT_THAT(complaint(json), HasSubstr(expected)) << json.toStdString();
     EXPECT_THROW(till::readScenario(u"none.json"_s), BasicException);
 }
 
@@ -77,10 +84,9 @@ TEST_F(ScenarioReader, TakesAmountsToTheKopeckOrRefusesThem)
               {"\"\"", -1},        {"true", -1},     {"\"1000000000\"", -1}};
     for (const auto &[price, kopecks] : cases) {
         const QByteArray json = withGoods(R"({"barcode": "1", "name": "A", "price": )" + QByteArray(price) + "}");
-        if (kopecks < 0)
-            expectComplaint(json, "/checks/0/goods/0/price: нужна сумма");
-        else
-            EXPECT_EQ(read(json).checks.constFirst().goods.constFirst().price.kopecks(), kopecks) << price;
+        const std::string said = complaint(json);
+        EXPECT_EQ(said.empty() ? scenario.checks.at(0).goods.at(0).price.kopecks() : -1, kopecks) << price;
+        EXPECT_THAT(said, HasSubstr(kopecks < 0 ? "/checks/0/goods/0/price: нужна сумма" : ""));
     }
 }
 

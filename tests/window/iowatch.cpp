@@ -1,4 +1,4 @@
-// Stands before the C library's calls that reach files and the network.
+// Stands before the C library's calls with which Qt, SQLite and libcurl reach files and the network.
 #include "iowatch.h"
 
 #include <dlfcn.h>
@@ -6,92 +6,83 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstdarg>
+#include <mutex>
 
 namespace iowatch {
 
-Counts onMainThread;
-Counts onOthers;
-
 namespace {
 
-std::string watched = "/nowhere"; // set before there are other threads
+std::mutex mutex;
+std::string watched = "/nowhere";
+Calls made;
 
-void count(Call call)
+void note(const char *call, const std::string &path)
 {
-    ++(::gettid() == ::getpid() ? onMainThread : onOthers).at(call);
+    const std::scoped_lock lock(mutex);
+    if (path.starts_with(watched))
+        (::gettid() == ::getpid() ? made.ofMainThread : made.ofOthers).insert(call);
 }
 
-/// Of the till's files, or a connection to a service; not the display, fonts, or the queues of threads.
-void count(Call call, int file)
+/// One of the till's files, or a connection to a service; not the display, fonts, or the queues of threads.
+void note(const char *call, int file)
 {
     char path[PATH_MAX];
     const ssize_t size = ::readlink(("/proc/self/fd/" + std::to_string(file)).c_str(), path, sizeof path);
     sockaddr address = {};
     socklen_t length = sizeof address;
     const bool isSocket = ::getsockname(file, &address, &length) == 0 && address.sa_family == AF_INET;
-    if (isSocket || std::string(path, size > 0 ? static_cast<std::size_t>(size) : 0).starts_with(watched))
-        count(call);
-}
-
-template <class Function>
-Function next(const char *name)
-{
-    return reinterpret_cast<Function>(::dlsym(RTLD_NEXT, name));
+    note(call, isSocket ? watched : std::string(path, static_cast<std::size_t>(std::max<ssize_t>(size, 0))));
 }
 
 } // namespace
 
 void watch(const std::string &folder)
 {
+    const std::scoped_lock lock(mutex);
     watched = folder;
-    for (Counts *counts : {&onMainThread, &onOthers}) {
-        for (std::atomic<int> &one : *counts)
-            one = 0;
-    }
+    made = {};
+}
+
+Calls calls()
+{
+    const std::scoped_lock lock(mutex);
+    return made;
 }
 
 } // namespace iowatch
-
-using namespace iowatch;
 
 extern "C" {
 
 #define KVO_VISIBLE __attribute__((visibility("default")))
 
 // A call whose first argument is the file, with and without further ones.
-#define KVO_WATCH(call, result, name, parameters, ...)                                                                 \
+#define KVO_WATCH(result, name, parameters, ...)                                                                       \
     KVO_VISIBLE result name parameters                                                                                 \
     {                                                                                                                  \
-        count(call, file);                                                                                             \
-        return next<result(*) parameters>(#name)(__VA_ARGS__);                                                         \
+        iowatch::note(#name, file);                                                                                    \
+        return reinterpret_cast<result(*) parameters>(::dlsym(RTLD_NEXT, #name))(__VA_ARGS__);                         \
     }
 
-KVO_WATCH(Sync, int, fdatasync, (int file), file)
-KVO_WATCH(Connect, int, connect, (int file, const sockaddr *address, socklen_t size), file, address, size)
-KVO_WATCH(Read, ssize_t, read, (int file, void *data, size_t size), file, data, size)
-KVO_WATCH(Read, ssize_t, recv, (int file, void *data, size_t size, int flags), file, data, size, flags)
-KVO_WATCH(Read, ssize_t, pread64, (int file, void *data, size_t size, off64_t at), file, data, size, at)
-KVO_WATCH(Write, ssize_t, write, (int file, const void *data, size_t size), file, data, size)
-KVO_WATCH(Write, ssize_t, send, (int file, const void *data, size_t size, int flags), file, data, size, flags)
-KVO_WATCH(Write, ssize_t, pwrite64, (int file, const void *data, size_t size, off64_t at), file, data, size, at)
+KVO_WATCH(int, fdatasync, (int file), file)
+KVO_WATCH(int, connect, (int file, const sockaddr *address, socklen_t size), file, address, size)
+KVO_WATCH(ssize_t, read, (int file, void *data, size_t size), file, data, size)
+KVO_WATCH(ssize_t, recv, (int file, void *data, size_t size, int flags), file, data, size, flags)
+KVO_WATCH(ssize_t, pread64, (int file, void *data, size_t size, off64_t at), file, data, size, at)
+KVO_WATCH(ssize_t, write, (int file, const void *data, size_t size), file, data, size)
+KVO_WATCH(ssize_t, send, (int file, const void *data, size_t size, int flags), file, data, size, flags)
+KVO_WATCH(ssize_t, pwrite64, (int file, const void *data, size_t size, off64_t at), file, data, size, at)
 
-// open() and its relatives take the mode of a new file as a variable argument.
-#define KVO_WATCH_OPEN(name, parameters, ...)                                                                          \
-    KVO_VISIBLE int name parameters                                                                                    \
-    {                                                                                                                  \
-        va_list arguments;                                                                                             \
-        va_start(arguments, flags);                                                                                    \
-        const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) ? va_arg(arguments, mode_t) : 0;                           \
-        va_end(arguments);                                                                                             \
-        if (std::string(path).starts_with(watched))                                                                    \
-            count(Open);                                                                                               \
-        return next<int(*) parameters>(#name)(__VA_ARGS__, flags, mode);                                               \
-    }
-
-KVO_WATCH_OPEN(open, (const char *path, int flags, ...), path)
-KVO_WATCH_OPEN(open64, (const char *path, int flags, ...), path)
-KVO_WATCH_OPEN(openat, (int folder, const char *path, int flags, ...), folder, path)
-KVO_WATCH_OPEN(openat64, (int folder, const char *path, int flags, ...), folder, path)
+// The mode of a new file is a variable argument.
+KVO_VISIBLE int open64(const char *path, int flags, ...)
+{
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    iowatch::note("open64", path);
+    return reinterpret_cast<int (*)(const char *, int, ...)>(::dlsym(RTLD_NEXT, "open64"))(path, flags, mode);
+}
 }

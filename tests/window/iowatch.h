@@ -1,19 +1,20 @@
-// What this process asks of files below a folder and of the network, counted by thread.
+// Which calls this process makes for files below a folder and for the network, by thread.
 #pragma once
 
-#include <array>
-#include <atomic>
+#include <set>
 #include <string>
 
 namespace iowatch {
 
-enum Call { Open, Read, Write, Sync, Connect };
-using Counts = std::array<std::atomic<int>, 5>;
+struct Calls
+{
+    std::set<std::string> ofMainThread;
+    std::set<std::string> ofOthers;
+};
 
-extern Counts onMainThread;
-extern Counts onOthers;
-
-/// Counts from zero, for files below this folder.
+/// Begins anew, for files below this folder.
 void watch(const std::string &folder);
+
+Calls calls();
 
 } // namespace iowatch

@@ -51,13 +51,13 @@ TEST_P(Tour, SellsByPhoneWithPointsAndCode)
     ASSERT_TRUE(shop->press(Qt::Key_F5));
     EXPECT_EQ(QApplication::clipboard()->text(), receipt);
     ASSERT_TRUE(shop->press(Qt::Key_F6));
-    for (std::size_t call = 0; call < iowatch::onOthers.size(); ++call) {
-        EXPECT_EQ(iowatch::onMainThread.at(call), 0) << "the window's thread has waited for a disk or a service";
-        EXPECT_GT(iowatch::onOthers.at(call), 0) << call;
-    }
+    const iowatch::Calls calls = iowatch::calls();
+    EXPECT_THAT(calls.ofMainThread, testing::IsEmpty()) << "the window's thread has waited for a disk or a service";
+    EXPECT_EQ(calls.ofOthers.size(), 9);
     const QDir data(folder.filePath(u"data"_s), u"receipt-*.txt"_s);
     const QFileInfo saved(data.filePath(data.entryList().value(0)));
     EXPECT_EQ(QString::fromUtf8(readFile(saved.filePath())), receipt);
+    EXPECT_GT(iowatch::calls().ofMainThread.count("open64"), 0) << "which is noticed";
     EXPECT_FALSE(saved.permission(QFile::ReadGroup) || saved.permission(QFile::ReadOther));
     shop.reset();
     drain();
@@ -65,20 +65,6 @@ TEST_P(Tour, SellsByPhoneWithPointsAndCode)
 }
 
 INSTANTIATE_TEST_SUITE_P(Themes, Tour, testing::Values("light", "dark"), [](const auto &theme) { return theme.param; });
-
-TEST_F(WindowTest, WouldNoticeWorkOfTheWindowsThread)
-{
-    using namespace iowatch;
-    watch(folder.path().toStdString());
-    writeFile(folder.filePath(u"file"_s), "content");
-    EXPECT_EQ(std::pair(onMainThread[Open] > 0, onMainThread[Write] > 0), std::pair(true, true));
-    readFile(folder.filePath(u"file"_s));
-    EXPECT_GT(onMainThread[Read], 0);
-    watch(folder.path().toStdString());
-    requestsOf(u"createOrder"_s);
-    for (const Call call : {Connect, Read, Write})
-        EXPECT_GT(onMainThread[call], 0) << call;
-}
 
 TEST_F(WindowTest, LooksAfterTheQueue)
 {

@@ -1,16 +1,14 @@
 // An HTTP server that can do what a correct one never does: cut, stall, trickle, hang up.
 #pragma once
 
+#include <arpa/inet.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <QtCore/QUrl>
-#include <QtNetwork/QTcpServer>
-#include <QtNetwork/QTcpSocket>
 
 #include <atomic>
 #include <functional>
-#include <future>
-#include <memory>
 #include <mutex>
 #include <thread>
 
@@ -19,13 +17,13 @@ class RawServer
 {
 public:
     /// Answers the request with this number (1 and up); false hangs up.
-    using Handler = std::function<bool(QTcpSocket &client, int number)>;
+    using Handler = std::function<bool(int client, int number)>;
 
     enum class End { Kept, HungUp, Reset };
 
     /// Gives every request this answer, and the connection this end.
     explicit RawServer(const QByteArray &answer, End end = End::Kept)
-        : RawServer([=](QTcpSocket &client, int) {
+        : RawServer([=](int client, int) {
               const bool connected = send(client, answer);
               return end == End::Reset ? reset(client) : connected && end == End::Kept;
           })
@@ -33,9 +31,16 @@ public:
 
     explicit RawServer(const Handler &handler) : m_handler(handler)
     {
-        std::promise<int> port;
-        m_thread = std::jthread([this, &port](const std::stop_token &stop) { serve(port, stop); });
-        m_port = port.get_future().get();
+        constexpr timeval look{0, 10'000}; // how often its end is looked for, on its connections, too
+        ::setsockopt(m_listener, SOL_SOCKET, SO_RCVTIMEO, &look, sizeof look);
+        sockaddr_in address{.sin_family = AF_INET, .sin_port = 0, .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero = {}};
+        socklen_t size = sizeof address;
+        auto *const name = reinterpret_cast<sockaddr *>(&address);
+        ::bind(m_listener, name, size);
+        ::listen(m_listener, SOMAXCONN);
+        ::getsockname(m_listener, name, &size);
+        m_port = ntohs(address.sin_port);
+        m_thread = std::jthread([this](const std::stop_token &stop) { serve(stop); });
     }
 
     QUrl url(const QString &pathAndQuery) const
@@ -51,20 +56,17 @@ public:
     }
     int connections() const { return m_connections; }
 
-    static bool send(QTcpSocket &client, const QByteArray &bytes)
+    /// Whether the client has taken everything.
+    static bool send(int client, const QByteArray &bytes)
     {
-        client.write(bytes);
-        while (client.bytesToWrite() > 0 && client.waitForBytesWritten()) {
-        }
-        return client.state() == QAbstractSocket::ConnectedState;
+        return ::send(client, bytes.constData(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL) == bytes.size();
     }
 
-    /// Ends the connection by a reset, where hanging up would end it in order.
-    static bool reset(QTcpSocket &client)
+    /// Has the connection end by a reset, where hanging up would end it in order.
+    static bool reset(int client)
     {
         constexpr linger atOnce{1, 0};
-        ::setsockopt(static_cast<int>(client.socketDescriptor()), SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
-        client.abort();
+        ::setsockopt(client, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
         return false;
     }
 
@@ -76,33 +78,28 @@ public:
     }
 
 private:
-    static constexpr int lookMs = 10; ///< How often the end of the server is looked for.
-
-    void serve(std::promise<int> &port, const std::stop_token &stop)
+    void serve(const std::stop_token &stop)
     {
-        QTcpServer server;
-        server.listen(QHostAddress::LocalHost);
-        port.set_value(server.serverPort());
         while (!stop.stop_requested()) {
-            if (!server.hasPendingConnections() && !server.waitForNewConnection(lookMs))
-                continue;
-            const std::unique_ptr<QTcpSocket> client(server.nextPendingConnection());
-            for (bool first = true; nextRequest(*client, stop); first = false) {
-                m_connections += first ? 1 : 0;
-                if (!m_handler(*client, static_cast<int>(requests().size())))
-                    break;
+            const int client = ::accept(m_listener, nullptr, nullptr);
+            m_connections += client == -1 ? 0 : 1;
+            while (client != -1 && nextRequest(client, stop) &&
+                   m_handler(client, static_cast<int>(requests().size()))) {
             }
+            ::close(client);
         }
+        ::close(m_listener);
     }
 
-    bool nextRequest(QTcpSocket &client, const std::stop_token &stop)
+    bool nextRequest(int client, const std::stop_token &stop)
     {
         QByteArray request;
         while (!isComplete(request)) {
-            if (stop.stop_requested() || client.state() != QAbstractSocket::ConnectedState)
+            char bytes[65'536];
+            const ssize_t size = ::recv(client, bytes, sizeof bytes, 0);
+            if (stop.stop_requested() || size == 0 || (size == -1 && errno != EAGAIN))
                 return false;
-            client.waitForReadyRead(lookMs);
-            request += client.readAll();
+            request.append(bytes, std::max<ssize_t>(size, 0));
         }
         const std::lock_guard lock(m_mutex);
         m_requests.append(request);
@@ -117,6 +114,7 @@ private:
     }
 
     Handler m_handler;
+    int m_listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     int m_port = 0;
     std::atomic<int> m_connections = 0;
     mutable std::mutex m_mutex;
