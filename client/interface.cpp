@@ -52,8 +52,7 @@ Interface::Interface() : Interface(utils::ForMock())
     verificationPath = toPath(config->getString(u"Kvo:verificationPath"_s, u"/api/twofa/msg/v1"_s));
     const QString user = config->getString(u"Kvo:user"_s, QString());
     const QString password = config->getString(u"Kvo:password"_s, QString());
-    server = QUrl(host, QUrl::TolerantMode);
-    warnOfPlainHttp(server, *logger);
+    warnOfPlainHttp(QUrl(host), *logger);
     headers = commonHeaders(user, password);
     timeout = config->getInt(u"Kvo:timeout"_s, 10000);
     brand = config->getString(u"Kvo:brand"_s, QString());
