@@ -124,8 +124,6 @@ private:
     Response requestResult(const Request &order) const;
     Response sendOrder(const Request &order, DocumentCardRecord &card) const;
     QUrl methodUrl(const std::filesystem::path &prefix, const QString &method, const QUrlQuery &query) const;
-
-    QUrl server; ///< `host`, parsed once.
 };
 
 } // namespace kvo

@@ -56,7 +56,7 @@ QUrl Interface::getVerificationUrl(const QString &method) const
 
 QUrl Interface::methodUrl(const std::filesystem::path &prefix, const QString &method, const QUrlQuery &query) const
 {
-    QUrl url = server;
+    QUrl url(host, QUrl::TolerantMode);
     // Setting a path would clear the error, and the request would go to the default port of the part that could be
     // parsed.
     if (!url.errorString().isEmpty())
