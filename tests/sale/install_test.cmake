@@ -30,7 +30,10 @@ host/smallest-host host.ini "$1/lib/kvo/libKvo.so" 7770000000001
 "$1/bin/loyalty-sim" check --database sim.db
 [ "$("$1/bin/loyalty-sim" ledger --database sim.db | grep -c ' bound ')" = 2 ]
 ]=])
-# Nothing of the build tree may be needed.
-execute_process(COMMAND env -i PATH=/usr/bin:/bin LANG=C.UTF-8 sh "${WORK}/sell" "${prefix}"
-    WORKING_DIRECTORY "${WORK}" COMMAND_ERROR_IS_FATAL ANY)
+# Nothing of the build tree may be needed, and beside the system only a Log4Qt that has a prefix of its own.
+if(LOG4QT)
+    set(libraries "${LOG4QT}/../..")
+endif()
+execute_process(COMMAND env -i PATH=/usr/bin:/bin LANG=C.UTF-8 "LD_LIBRARY_PATH=${libraries}"
+    sh "${WORK}/sell" "${prefix}" WORKING_DIRECTORY "${WORK}" COMMAND_ERROR_IS_FATAL ANY)
 file(REMOVE_RECURSE "${WORK}")
