@@ -50,6 +50,11 @@ void DatabaseFile::prepare()
     m_inode = status.st_ino;
 }
 
+bool DatabaseFile::isSingleByte() const
+{
+    return QFileInfo(m_name).size() == 1 && !QFileInfo::exists(m_name + u"-journal"_s);
+}
+
 bool DatabaseFile::isReplaced() const
 {
     struct stat status = {};

@@ -23,6 +23,10 @@ public:
     /// Leaves rights to the file and its log to the owner only; logs a warning where that fails.
     void tighten() const;
 
+    /// True when the file is a single byte, which SQLite takes for an empty file and writes over. Power failures leave
+    /// such a file only with its journal.
+    bool isSingleByte() const;
+
     /// True when the file was deleted or replaced since prepare().
     bool isReplaced() const;
 

@@ -25,15 +25,17 @@ struct Problem
     QStringView text;
 };
 constexpr int busy = 5;
+constexpr int corrupt = 11;
+constexpr int notADatabase = 26;
 constexpr std::array problems = {
     Problem{busy, u"файл занят другой программой, повторите позже"},
     Problem{6, u"файл занят другой программой, повторите позже"},
     Problem{8, u"нет права записи в файл"},
     Problem{10, u"ошибка чтения или записи диска"},
-    Problem{11, u"файл повреждён; сохраните его копию и обратитесь в поддержку"},
+    Problem{corrupt, u"файл повреждён; сохраните его копию и обратитесь в поддержку"},
     Problem{13, u"нет места на диске"},
     Problem{14, u"не удалось открыть файл, проверьте путь и права"},
-    Problem{26, u"файл не является базой данных; проверьте %1"},
+    Problem{notADatabase, u"файл не является базой данных; проверьте %1"},
 };
 
 int primaryCode(const QSqlError &error)
@@ -52,6 +54,8 @@ SqliteConnection::SqliteConnection(const SqliteSchema &schema, const QString &fi
     if (missing == Missing::IsRefused && !QFileInfo::exists(m_file.name()))
         throw databaseerror::make(title(), u"файла нет; проверьте %1"_s.arg(m_schema.settings), u"ENOENT"_s);
     m_file.prepare();
+    if (m_file.isSingleByte())
+        fail(u"open", QSqlError({}, u"a single byte"_s, QSqlError::ConnectionError, QString::number(notADatabase)));
     QSqlDatabase file = database();
     file.setDatabaseName(m_file.name());
     file.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=%1"_s.arg(openTimeout.count()));
@@ -111,7 +115,8 @@ void SqliteConnection::configure(Commits commits)
     execute(u"PRAGMA cache_size = -512"); // KiB: a till's memory does not grow with its journal
     if (commits == Commits::Synced) {
         execute(u"PRAGMA synchronous = FULL");
-        execute(u"PRAGMA wal_autocheckpoint = %1"_s.arg(m_schema.pagesBeforeCheckpoint));
+        if (m_schema.pagesBeforeCheckpoint)
+            execute(u"PRAGMA wal_autocheckpoint = %1"_s.arg(*m_schema.pagesBeforeCheckpoint));
     } else {
         execute(u"PRAGMA synchronous = NORMAL");
         execute(u"PRAGMA wal_autocheckpoint = 0");
@@ -158,7 +163,5 @@ QString SqliteConnection::problemText(const QSqlError &error) const
 
 bool SqliteConnection::isUnusable(const QSqlError &error) const
 {
-    constexpr int corrupt = 11;
-    constexpr int notADatabase = 26;
     return primaryCode(error) == corrupt || primaryCode(error) == notADatabase;
 }

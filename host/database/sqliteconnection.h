@@ -4,6 +4,7 @@
 #include "databaseconnection.h"
 #include "databasefile.h"
 
+#include <optional>
 #include <span>
 
 /// What a program expects of its file.
@@ -14,7 +15,8 @@ struct SqliteSchema
     int applicationId;                       ///< Tells our databases from each other and from those of other programs.
     int version;                             ///< From 1.
     std::span<const QStringView> statements; ///< Create the tables.
-    int pagesBeforeCheckpoint = 1000; ///< How long the log may grow before a synced commit checkpoints, in 4 KiB.
+    /// How long the log may grow before a synced commit checkpoints, in 4 KiB. By default SQLite decides.
+    std::optional<int> pagesBeforeCheckpoint = {};
 };
 
 /// Write-ahead log, durable commits, file mode 0600. Safe against other threads and processes that open the same file,
