@@ -3,8 +3,6 @@
 
 #include "eventmask.h"
 
-#include <database/databaseerror.h>
-
 #include <QtCore/QJsonDocument>
 
 #include <algorithm>
@@ -114,7 +112,7 @@ QueueDelivery::Outcome QueueDelivery::send(const Receiver &receiver, const Queue
 
 void QueueDelivery::log(const QString &receiver, const QueueClaim &claim, const Outcome &outcome)
 {
-    Log4Qt::Logger *logger = databaseerror::logger();
+    Log4Qt::Logger *logger = queueLogger();
     if (outcome.result == Result::Accepted && !logger->isEnabledFor(Log4Qt::Level::DEBUG_INT))
         return; // the common case: avoids building a message nobody reads
     const QString what = u"запись %1 для «%2», заказ «%3», попытка %4"_s.arg(

@@ -3,7 +3,7 @@
 
 #include "queuesql.h"
 
-#include <database/databaseerror.h>
+#include <log4qt/logmanager.h>
 
 #include <QtCore/QList>
 #include <QtCore/QUuid>
@@ -21,11 +21,17 @@ QString claimText(QStringView which, const QueueDatabase &database)
 
 void warnOfChange(qint64 first, qint64 last, qint64 changed)
 {
-    databaseerror::logger()->warn(u"Очередь запросов: из записей %1–%2 кем-то изменены во время отправки: %3"_s.arg(
+    queueLogger()->warn(u"Очередь запросов: из записей %1–%2 кем-то изменены во время отправки: %3"_s.arg(
         QString::number(first), QString::number(last), QString::number(changed)));
 }
 
 } // namespace
+
+Log4Qt::Logger *queueLogger()
+{
+    static Log4Qt::Logger *const logger = Log4Qt::LogManager::logger(u"poshost.queue"_s);
+    return logger;
+}
 
 QueueTime currentQueueTime()
 {

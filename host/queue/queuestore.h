@@ -6,10 +6,15 @@
 #include "queuedatabase.h"
 #include "queuestatus.h"
 
+#include <log4qt/logger.h>
+
 #include <functional>
 #include <optional>
 #include <span>
 #include <vector>
+
+/// The logger "poshost.queue".
+Log4Qt::Logger *queueLogger();
 
 /// The system's clock.
 QueueTime currentQueueTime();
