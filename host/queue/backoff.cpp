@@ -13,9 +13,11 @@ BackOff::BackOff(std::function<double()> random) : m_random(std::move(random))
 
 std::chrono::milliseconds BackOff::delay(int failures) const
 {
-    constexpr int doublingsToLongest = 7;
-    const auto bound = std::min(base * (1 << std::clamp(failures - 1, 0, doublingsToLongest)), longest);
-    return std::chrono::milliseconds(static_cast<qint64>(static_cast<double>(bound.count()) * m_random()));
+    std::chrono::milliseconds bound = base;
+    for (int failure = 1; failure < failures && bound < longest; ++failure)
+        bound *= 2;
+    const auto most = static_cast<double>(std::min(bound, longest).count());
+    return std::chrono::milliseconds(static_cast<qint64>(most * m_random()));
 }
 
 void CircuitBreaker::answered()

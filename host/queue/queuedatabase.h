@@ -6,6 +6,9 @@
 
 #include <database/databaseconnection.h>
 
+#include <QtCore/QRandomGenerator>
+
+#include <limits>
 #include <memory>
 
 /// Identifies who is sending what: a random number with a lock that ends with its holder, however that ends. So whether
@@ -27,18 +30,22 @@ public:
     virtual bool isHeldByOther(qint64 lease, DatabaseConnection &connection) const = 0;
 
 protected:
-    QueueLease();
+    QueueLease() = default;
 
 private:
-    qint64 m_id;
+    // There is room for one more byte in a file offset; 63 random bits do not repeat.
+    qint64 m_id = QRandomGenerator::system()->bounded(std::numeric_limits<qint64>::max());
 };
 
 class QueueDatabase
 {
 public:
-    /// Opens the queue; throws BasicException when that fails or when this program must not write to what is there.
-    static std::unique_ptr<QueueDatabase> open(const QueueSettings &settings, DatabaseConnection::Commits commits,
-                                               DatabaseConnection::Missing missing);
+    /// Open the queue; throw BasicException when that fails or when this program must not write to what is there.
+    static std::unique_ptr<QueueDatabase> openSqlite(const QueueSettings &settings, DatabaseConnection::Commits commits,
+                                                     DatabaseConnection::Missing missing);
+    static std::unique_ptr<QueueDatabase> openPostgres(const QueueSettings &settings,
+                                                       DatabaseConnection::Commits commits,
+                                                       DatabaseConnection::Missing missing);
     virtual ~QueueDatabase() = default;
     Q_DISABLE_COPY_MOVE(QueueDatabase)
 
@@ -62,11 +69,4 @@ public:
 
 protected:
     QueueDatabase() = default;
-
-private:
-    static std::unique_ptr<QueueDatabase> openSqlite(const QueueSettings &settings, DatabaseConnection::Commits commits,
-                                                     DatabaseConnection::Missing missing);
-    static std::unique_ptr<QueueDatabase> openPostgres(const QueueSettings &settings,
-                                                       DatabaseConnection::Commits commits,
-                                                       DatabaseConnection::Missing missing);
 };

@@ -50,7 +50,9 @@ QDateTime dateTimeOf(const QVariant &stored)
 
 QueueStore::QueueStore(const QueueSettings &settings, DatabaseConnection::Commits commits,
                        DatabaseConnection::Missing missing)
-    : m_database(QueueDatabase::open(settings, commits, missing)),
+    : m_database(settings.driver == QueueSettings::Driver::Sqlite
+                     ? QueueDatabase::openSqlite(settings, commits, missing)
+                     : QueueDatabase::openPostgres(settings, commits, missing)),
       m_connection(m_database->connection()),
       m_claimDue(claimText(queuesql::due, *m_database)),
       m_claimTooFar(claimText(queuesql::tooFar, *m_database)),
