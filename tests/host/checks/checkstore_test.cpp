@@ -2,19 +2,15 @@
 // stands in nobody's way.
 #include "tests/support/checkbuilder.h"
 #include "tests/support/file.h"
+#include "tests/support/fulldisk.h"
+#include "tests/support/sql.h"
 
 #include <checks/checkstore.h>
 #include <core/basicexception.h>
 
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 
 #include <QtCore/QTemporaryDir>
-#include <QtSql/QSqlDatabase>
-#include <QtSql/QSqlError>
-#include <QtSql/QSqlQuery>
-
-#include <csignal>
 
 using namespace Qt::Literals::StringLiterals;
 using testing::HasSubstr;
@@ -25,23 +21,6 @@ namespace {
 class CheckStoreTest : public testing::Test
 {
 protected:
-    /// Runs SQL on the file, as support or a fault might; returns the first column of all rows.
-    QStringList sql(const QString &statement) const
-    {
-        QStringList values;
-        {
-            QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"test"_s);
-            database.setDatabaseName(file);
-            QSqlQuery query(database);
-            const bool done = database.open() && query.exec(statement);
-            EXPECT_TRUE(done) << query.lastError().text().toStdString();
-            while (query.next())
-                values.append(query.value(0).toString());
-        }
-        QSqlDatabase::removeDatabase(u"test"_s);
-        return values;
-    }
-
     void expectSells(CheckStore &checks)
     {
         const auto next = builder::check({100});
@@ -131,13 +110,10 @@ TEST_F(CheckStoreTest, KeepsWhatIsStoredWhenTheDiskIsFull)
     const QByteArray before = builder::text(*check);
     for (int i = 0; i < 200; ++i)
         check->addGoodsItem(builder::line(100));
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit limit = {};
-    ::getrlimit(RLIMIT_FSIZE, &limit);
-    const rlimit full = {static_cast<rlim_t>(QFileInfo(file + u"-wal"_s).size() + 8000), limit.rlim_max};
-    ::setrlimit(RLIMIT_FSIZE, &full);
-    EXPECT_THROW(store.save(*check), BasicException);
-    ::setrlimit(RLIMIT_FSIZE, &limit);
+    {
+        const FullDisk full(QFileInfo(file + u"-wal"_s).size() + 8000);
+        EXPECT_THROW(store.save(*check), BasicException);
+    }
     EXPECT_EQ(builder::text(*CheckStore(folder).restore()), before);
     store.save(*check);
     EXPECT_EQ(builder::text(*CheckStore(folder).restore()), builder::text(*check));
@@ -158,7 +134,7 @@ TEST_F(CheckStoreTest, PutsACheckAsideThatCannotBeRead)
         SCOPED_TRACE(named);
         const auto check = fullCheck();
         store.save(*check);
-        sql(damage);
+        runSql(file, damage);
         CheckStore look(folder, CheckStore::Access::Look);
         EXPECT_FALSE(look.restore());
         EXPECT_EQ(look.checks().last().standing, Standing::Current) << "looking changes nothing";
@@ -170,16 +146,16 @@ TEST_F(CheckStoreTest, PutsACheckAsideThatCannotBeRead)
         EXPECT_THAT(next.takeNotices().join(u' ').toStdString(), HasSubstr(check->getIdentifier().toStdString()));
         EXPECT_TRUE(next.takeNotices().isEmpty());
         EXPECT_THROW(next.resume(check->getIdentifier()), BasicException);
-        EXPECT_EQ(sql(u"SELECT count(*) FROM part JOIN sale ON sale.id = sale WHERE identifier = '%1'"_s.arg(
-                      check->getIdentifier())),
-                  QStringList(QString::number(builder::rows(*check).size())));
+        EXPECT_EQ(runSql(file, u"SELECT count(*) FROM part JOIN sale ON sale.id = sale WHERE identifier = '%1'"_s.arg(
+                                   check->getIdentifier())),
+                  QVariantList{builder::rows(*check).size()});
         expectSells(next);
         next.park({});
     }
     const auto parked = fullCheck();
     store.save(*parked);
     store.park(u"Отложен"_s);
-    sql(u"DELETE FROM part WHERE kind = 'check'"_s);
+    runSql(file, u"DELETE FROM part WHERE kind = 'check'"_s);
     EXPECT_THROW(store.resume(parked->getIdentifier()), BasicException);
     EXPECT_EQ(store.checks().last().standing, Standing::Unreadable);
     EXPECT_TRUE(store.takeNotices().isEmpty()) << "told by the exception";
@@ -190,13 +166,14 @@ TEST_F(CheckStoreTest, PutsAFileAsideThatIsBeyondUse)
     store.save(*fullCheck());
     const std::pair<const char *, std::function<void()>> cases[] = {
         {"no database", [&] { writeFile(file, QByteArray(10'000, 'x')); }},
+        {"a single byte", [&] { writeFile(file, "x"); }},
         {"damaged", [&] { writeFile(file, readFile(file).first(4096) + QByteArray(20'000, '\xff')); }},
-        {"newer", [&] { sql(u"PRAGMA user_version = 2"_s); }},
-        {"another program's", [&] { sql(u"PRAGMA application_id = 7"_s); }},
+        {"newer", [&] { runSql(file, u"PRAGMA user_version = 2"_s); }},
+        {"another program's", [&] { runSql(file, u"PRAGMA application_id = 7"_s); }},
     };
     for (const auto &[label, damage] : cases) {
         SCOPED_TRACE(label);
-        sql(u"PRAGMA wal_checkpoint(TRUNCATE)"_s);
+        runSql(file, u"PRAGMA wal_checkpoint(TRUNCATE)"_s);
         damage();
         const QByteArray damaged = readFile(file);
         CheckStore next(folder);

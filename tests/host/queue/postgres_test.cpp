@@ -1,13 +1,6 @@
 // What only a server can do to the queue. Run by scripts/with-postgres.
 #include "queuefixture.h"
 
-#include <queue/queuedrain.h>
-
-#include <QtCore/QMap>
-
-#include <latch>
-#include <mutex>
-
 class PostgresQueueTest : public QueueTest
 {
 protected:
@@ -56,44 +49,11 @@ TEST_F(PostgresQueueTest, WhatADrainWithoutConnectionHasSentIsRecordedLaterUnles
     EXPECT_EQ(broker.status().waiting, 0);
 }
 
-TEST_F(PostgresQueueTest, DrainsShareTheWorkAndKeepTheOrder)
-{
-    std::mutex mutex;
-    QMap<QString, QStringList> expected;
-    QMap<QString, QStringList> arrived;
-    for (int number = 1; number <= 20; ++number)
-        for (const QString &order : {u"a"_s, u"b"_s, u"c"_s, u"d"_s}) {
-            expected[order].append(order + QString::number(number));
-            push(expected[order].constLast());
-        }
-    std::latch bothAreAtWork(2);
-    QueueDrain drains[2];
-    for (QueueDrain &drain : drains) {
-        drain.setHandler(u"kvo"_s, [&, isFirst = true](const QJsonObject &event) mutable {
-            if (std::exchange(isFirst, false))
-                bothAreAtWork.arrive_and_wait();
-            const std::scoped_lock lock(mutex);
-            arrived[nameOf(event).left(1)].append(nameOf(event));
-        });
-        drain.start();
-    }
-    for (QueueDrain &drain : drains)
-        EXPECT_TRUE(drain.waitUntilDrained(60s));
-    EXPECT_EQ(arrived, expected);
-}
-
 TEST_F(PostgresQueueTest, ProblemsAreToldByTheirCause)
 {
     push(u"a1"_s);
     sql(u"CREATE ROLE guest LOGIN PASSWORD 'secret'"_s);
-    const struct
-    {
-        QByteArray lines;
-        QString statement;
-        QString text;
-    } cases[] = {
-        {"driver = QMYSQL\n", {}, u"Queue:driver"_s},
-        {"database =\n", {}, u"Queue:database"_s},
+    const std::tuple<QByteArray, QString, QString> cases[] = {
         {"database = nowhere\n", {}, u"нет такой базы данных"_s},
         {"host = " + QFile::encodeName(folder.path()) + "\n", {}, u"недоступен"_s},
         {"user = guest\npassword = wrong\n", {}, u"имя или пароль"_s},

@@ -3,8 +3,8 @@
 // same terms their durability is undermined, and they must be seen to lose something. Exit status 1: a promise was
 // broken, or the proof has proved nothing.
 #include "powercutchecks.h"
+#include "powercutdisk.h"
 #include "powercutqueue.h"
-#include "powercutvfs.h"
 
 #include <core/logsetup.h>
 
@@ -13,35 +13,8 @@
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
 #include <QtCore/QTemporaryDir>
-#include <QtSql/QSqlDatabase>
-#include <QtSql/QSqlQuery>
 
 #include <iostream>
-
-using namespace Qt::Literals::StringLiterals;
-
-bool PowerCutWork::isSound(const QString &fileName)
-{
-    bool sound = false;
-    {
-        QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"check"_s);
-        database.setDatabaseName(fileName);
-        sound = database.open();
-        QSqlQuery check(u"PRAGMA integrity_check"_s, database);
-        sound = sound && check.next() && check.value(0) == u"ok"_s;
-    }
-    QSqlDatabase::removeDatabase(u"check"_s);
-    return sound;
-}
-
-void PowerCutWork::sabotageCommits() const
-{
-    if (m_sabotage != Sabotage::SynchronousNormal)
-        return;
-    QSqlQuery query(QSqlDatabase::database(QSqlDatabase::connectionNames().constFirst(), false));
-    if (!query.exec(u"PRAGMA synchronous = NORMAL"_s))
-        throw std::runtime_error("PRAGMA synchronous = NORMAL");
-}
 
 namespace {
 
@@ -62,10 +35,21 @@ void put(const PowerCutDisk::Contents &contents, const QString &folder, bool wit
     }
 }
 
-/// Works until the power fails. False: what is left is beyond use.
-bool live(auto &work, PowerCutDisk &disk, const QString &folder, PowerCutTally &tally)
+bool isJudgedUsable(auto &work, const QString &folder, const auto &ledger)
 {
-    std::vector<std::pair<PowerCutDisk::Contents, PowerCutWork::Judgement>> cuts;
+    try {
+        return work.judge(folder, ledger);
+    } catch (const std::exception &error) {
+        std::cout << error.what() << '\n';
+        return false;
+    }
+}
+
+/// Works until the power fails. False: what is left is beyond use.
+template <class Work>
+bool live(Work &work, PowerCutDisk &disk, const QString &folder, PowerCutTally &tally)
+{
+    std::vector<std::pair<PowerCutDisk::Contents, typename Work::Ledger>> cuts;
     const bool isDense = work.chance(0.05); // cut before each operation
     int operations = work.upTo(isDense ? longestLife / 4 : longestLife) + 1;
     {
@@ -74,7 +58,7 @@ bool live(auto &work, PowerCutDisk &disk, const QString &folder, PowerCutTally &
         vfs.beforeOperation = [&] {
             --operations;
             if (operations == 0 || (operations > 0 && (isDense || work.chance(0.1))))
-                cuts.emplace_back(disk.cut(), work.judgement());
+                cuts.emplace_back(disk.cut(), work.ledger());
         };
         while (operations > 0) {
             work.open();
@@ -86,10 +70,10 @@ bool live(auto &work, PowerCutDisk &disk, const QString &folder, PowerCutTally &
         }
     }
     const QTemporaryDir copy;
-    for (const auto &[left, judge] : cuts) {
+    for (const auto &[left, ledger] : cuts) {
         put(left, copy.path(), work.chance(0.3));
         ++tally.cuts;
-        if (!judge(copy.path())) {
+        if (!isJudgedUsable(work, copy.path(), ledger)) {
             ++tally.broken["corrupt"];
             return false;
         }
@@ -166,11 +150,6 @@ int main(int argc, char **argv)
         qputenv("TMPDIR", "/dev/shm");
     const FakeConfig config({{u"Log:level"_s, u"OFF"_s}}); // each cut would be an error line
     setUpLogging(*Singleton<Config>::instance());
-    try {
-        const bool queueHolds = prove<PowerCutQueue>("queue", cuts, seed);
-        return prove<PowerCutChecks>("check store", cuts, seed) && queueHolds ? 0 : 1;
-    } catch (const std::exception &error) {
-        std::cerr << error.what() << '\n';
-        return 1;
-    }
+    const bool queueHolds = prove<PowerCutQueue>("queue", cuts, seed);
+    return prove<PowerCutChecks>("check store", cuts, seed) && queueHolds ? 0 : 1;
 }

@@ -15,20 +15,22 @@ void put(std::string &file, std::size_t offset, std::string_view bytes)
 
 PowerCutDisk::FilePtr PowerCutDisk::open(const std::string &name, bool nameIsSynced)
 {
-    FilePtr &file = m_names[name];
+    Names names = m_names.back();
+    FilePtr &file = names[name];
     if (!file) {
         file = std::make_shared<File>();
-        m_pendingNames.emplace_back(name, file);
-        if (nameIsSynced)
-            m_syncedNames[name] = file;
+        m_names.push_back(names);
     }
+    for (Names &possible : m_names)
+        if (nameIsSynced)
+            possible[name] = file;
     return file;
 }
 
 void PowerCutDisk::remove(const std::string &name)
 {
-    m_names.erase(name);
-    m_pendingNames.emplace_back(name, nullptr);
+    m_names.push_back(m_names.back());
+    m_names.back().erase(name);
 }
 
 void PowerCutDisk::sync(File &file) const
@@ -46,10 +48,8 @@ void PowerCutDisk::sync(File &file) const
 
 void PowerCutDisk::syncFolder()
 {
-    if (m_ignoreSyncs)
-        return;
-    m_syncedNames = m_names;
-    m_pendingNames.clear();
+    if (!m_ignoreSyncs)
+        m_names.erase(m_names.begin(), m_names.end() - 1);
 }
 
 PowerCutDisk::Contents PowerCutDisk::cut()
@@ -57,24 +57,17 @@ PowerCutDisk::Contents PowerCutDisk::cut()
     constexpr double keepings[] = {0, 0.5, 0.9, 1};
     const double keeping = keepings[m_random() % std::size(keepings)];
     const std::size_t blockSize = chance(0.5) ? 512 : 4096;
-    Names names = m_syncedNames;
-    for (std::size_t done = 0, most = m_random() % (m_pendingNames.size() + 1); done < most; ++done)
-        names[m_pendingNames[done].first] = m_pendingNames[done].second;
     Contents left;
-    for (const auto &[name, file] : names) {
-        if (file)
-            left[name] = survivor(*file, keeping, blockSize);
-    }
+    for (const auto &[name, file] : m_names[m_random() % m_names.size()])
+        left[name] = survivor(*file, keeping, blockSize);
     return left;
 }
 
 void PowerCutDisk::restart(const Contents &contents)
 {
-    m_names.clear();
+    m_names = {{}};
     for (const auto &[name, bytes] : contents)
-        m_names[name] = std::make_shared<File>(File{bytes, {}});
-    m_syncedNames = m_names;
-    m_pendingNames.clear();
+        m_names.back()[name] = std::make_shared<File>(File{bytes, {}});
 }
 
 std::string PowerCutDisk::survivor(const File &file, double keeping, std::size_t blockSize)

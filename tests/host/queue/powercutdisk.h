@@ -1,8 +1,11 @@
 // What of a few files is on the disk for certain, and what the system still holds in memory and may write in any order,
-// in part, or not at all when the power fails. Knows nothing of databases.
+// in part, or not at all when the power fails; and the operating system as SQLite sees it, which reports to that disk.
 #pragma once
 
+#include <sqlite3.h>
+
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -47,7 +50,7 @@ public:
     /// Starts again with these files, all of them synced.
     void restart(const Contents &contents);
 
-    bool isEmpty() const { return m_names.empty(); }
+    bool isEmpty() const { return m_names.back().empty(); }
 
     /// Blocks that were written in part, at all cuts so far.
     int torn() const { return m_torn; }
@@ -62,8 +65,26 @@ private:
 
     std::mt19937_64 m_random;
     bool m_ignoreSyncs;
-    Names m_names; // as programs see them
-    Names m_syncedNames;
-    std::vector<Names::value_type> m_pendingNames; // in order; without a file: removed
+    std::vector<Names> m_names{{}}; // since the folder was synced; the last ones are those that programs see
     int m_torn = 0;
+};
+
+/// While the object lives, it is what SQLite opens databases with where nothing else is asked for; one at a time, used
+/// on one thread. Everything really happens, in real files that the connections read; the disk is told of what would
+/// have to be durable.
+///
+/// The shared memory of the write-ahead index stays the system's own: it is no durable state. It is never synced, and
+/// whoever opens the database first after a cut makes it anew from the log, whatever the file holds.
+struct PowerCutVfs
+{
+    explicit PowerCutVfs(PowerCutDisk &disk);
+    ~PowerCutVfs();
+    PowerCutVfs(const PowerCutVfs &) = delete;
+    PowerCutVfs &operator=(const PowerCutVfs &) = delete;
+
+    PowerCutDisk &disk;
+    std::function<void()> beforeOperation = [] {};    ///< Called before anything that changes or syncs the disk.
+    std::function<void()> afterDatabaseWrite = [] {}; ///< Called after each write to a database itself, not to its log.
+    sqlite3_vfs *system;
+    sqlite3_vfs vfs;
 };

@@ -1,5 +1,5 @@
 // SQLite's file operations: reported to the disk, then done for real.
-#include "powercutvfs.h"
+#include "powercutdisk.h"
 
 #include <new>
 

@@ -1,12 +1,19 @@
-// A program whose data must survive power cuts: what it does on its disk, and what it may find there afterwards.
+// What the programs that must survive power cuts have in common. Each has a Ledger, kept where no power cut reaches it,
+// and these operations:
+//   open(), act(), close()   starts on what is in its folder, does something at random, ends in good order
+//   afterDatabaseWrite()     called after each write to a database itself, not to its log
+//   ledger()                 how to judge a cut at this moment; called in the middle of SQLite's operations
+//   judge(folder, ledger)    judges what a cut has left in the folder; false: it is beyond use
+//   goBack()                 forgets all that was done since the cut judged last; open() follows, on what that has left
 #pragma once
 
-#include <QtCore/QString>
+#include <support/sql.h>
 
-#include <functional>
 #include <map>
 #include <random>
 #include <string>
+
+using namespace Qt::Literals::StringLiterals;
 
 /// How the durability that the program relies on is undermined, to see that the loss is noticed.
 enum class Sabotage {
@@ -30,34 +37,24 @@ public:
     PowerCutWork(std::uint64_t seed, Sabotage sabotage, PowerCutTally &tally)
         : m_sabotage(sabotage), m_tally(tally), m_random(seed)
     {}
-    virtual ~PowerCutWork() = default;
-    PowerCutWork(const PowerCutWork &) = delete;
-    PowerCutWork &operator=(const PowerCutWork &) = delete;
-
-    /// Starts on what is in its folder.
-    virtual void open() = 0;
-    /// Does something at random.
-    virtual void act() = 0;
-    /// Ends in good order.
-    virtual void close() = 0;
-
-    /// Judges what a power cut has left in the folder; false: it is beyond use.
-    using Judgement = std::function<bool(const QString &folder)>;
-    /// How to judge a cut at this moment, later. To be called in the middle of SQLite's operations.
-    virtual Judgement judgement() = 0;
-
-    /// Forgets all that was done since the cut that was judged last; open() follows, on what that cut has left.
-    virtual void goBack() = 0;
 
     bool chance(double probability) { return std::bernoulli_distribution(probability)(m_random); }
     int upTo(int most) { return std::uniform_int_distribution(0, most)(m_random); }
 
 protected:
-    /// Whether SQLite finds the database sound.
-    static bool isSound(const QString &fileName);
+    static void requireSound(const QString &fileName)
+    {
+        if (runSql(fileName, u"PRAGMA integrity_check"_s) != QVariantList{u"ok"_s})
+            throw std::runtime_error("not sound");
+    }
 
     /// To be called when the connection that must sync its commits is the only one.
-    void sabotageCommits() const;
+    void sabotageCommits() const
+    {
+        QSqlQuery query(QSqlDatabase::database(QSqlDatabase::connectionNames().constFirst(), false));
+        if (m_sabotage == Sabotage::SynchronousNormal && !query.exec(u"PRAGMA synchronous = NORMAL"_s))
+            throw std::runtime_error("PRAGMA synchronous = NORMAL");
+    }
 
     const Sabotage m_sabotage;
     PowerCutTally &m_tally;

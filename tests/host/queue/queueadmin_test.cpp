@@ -18,8 +18,16 @@ protected:
     }
 };
 
-TEST_F(QueueAdminTest, ListTellsWhatEachEventIsAndWhyItIsThere)
+TEST_F(QueueAdminTest, StatusAndListTellWhatEachEventIsAndWhyItIsThere)
 {
+    QueueAdmin admin;
+    const QueueStatus status = admin.status();
+    EXPECT_EQ(status.waiting, 1);
+    EXPECT_EQ(status.deadLetters, 2);
+    EXPECT_EQ(status.lastSuccess.toMSecsSinceEpoch(), now.time_since_epoch().count());
+    EXPECT_EQ(status.lastError, u"заказ не найден"_s);
+    EXPECT_EQ(status.lastErrorTime, status.lastSuccess);
+    EXPECT_EQ(status.oldest, admin.list().constFirst().stored);
     QJsonObject named = eventNamed(u"d1"_s);
     named.insert(
         u"payload"_s,
@@ -27,7 +35,6 @@ TEST_F(QueueAdminTest, ListTellsWhatEachEventIsAndWhyItIsThere)
     const QJsonObject alone{{u"payload"_s, QJsonObject{{u"orderID"_s, 8}}}};
     for (const QJsonObject &event : {named, alone, QJsonObject(), eventNamed(u"a3"_s)})
         broker.push(u"kvo"_s, event, {});
-    QueueAdmin admin;
     const QList<QueueAdmin::Entry> entries = admin.list();
     ASSERT_EQ(entries.size(), 7);
     EXPECT_EQ(entries[0].operation, u"a1"_s);
@@ -57,17 +64,6 @@ TEST_F(QueueAdminTest, ListTellsWhatEachEventIsAndWhyItIsThere)
     };
     for (const auto &[filter, count] : filters)
         EXPECT_EQ(admin.list(filter).size(), count) << &filter - &filters[0].first;
-}
-
-TEST_F(QueueAdminTest, StatusTellsCountsAndTheLastSuccessAndError)
-{
-    const QueueStatus status = QueueAdmin().status();
-    EXPECT_EQ(status.waiting, 1);
-    EXPECT_EQ(status.deadLetters, 2);
-    EXPECT_EQ(status.lastSuccess.toMSecsSinceEpoch(), now.time_since_epoch().count());
-    EXPECT_EQ(status.lastError, u"заказ не найден"_s);
-    EXPECT_EQ(status.lastErrorTime, status.lastSuccess);
-    EXPECT_EQ(status.oldest, QueueAdmin().list().constFirst().stored);
 }
 
 TEST_F(QueueAdminTest, WaitingEventIsSentNowEvenWhileTheServiceIsTakenToBeDown)

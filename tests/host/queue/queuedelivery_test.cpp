@@ -1,17 +1,11 @@
 // What is sent when: order within an order, independence of orders, failures, refusals, probes, several drains.
 #include "queuefixture.h"
 
+#include <core/logsetup.h>
 #include <queue/backoff.h>
 #include <queue/queueadmin.h>
 
 using QueueDeliveryTest = QueueTest;
-
-TEST_F(QueueDeliveryTest, EventsLeaveInOrderOfPushAndAreGoneAfterwards)
-{
-    push(u"a1 b1 a2 c1 b2 a3"_s);
-    EXPECT_EQ(drain(), u"a1 b1 a2 c1 b2 a3"_s);
-    EXPECT_EQ(sql(u"SELECT COUNT(*) FROM event"_s), 0);
-}
 
 TEST_F(QueueDeliveryTest, ServiceThatIsDownGetsOneProbeAndNotTheWholeQueue)
 {
@@ -78,8 +72,10 @@ TEST_F(QueueDeliveryTest, OwnersTakeTurns)
                        {[this] { return now += 10ms; }, {}, {}}); // slow: one event at a time
     push(u"a1 b1 c1"_s);
     push(u"a1 b1 c1"_s, u"other"_s);
+    push(u"a1"_s, u"somebody"_s);
     while (both.step())
         ;
+    EXPECT_EQ(broker.status().waiting, 1) << "nobody has asked for it";
     ASSERT_EQ(turns.size(), 6);
     for (qsizetype turn = 1; turn < turns.size(); ++turn)
         EXPECT_NE(turns[turn], turns[turn - 1]) << turn;
@@ -145,12 +141,31 @@ TEST_F(QueueDeliveryTest, ErrorsAreStoredWithoutSecrets)
     }
 }
 
-TEST_F(QueueDeliveryTest, EventsOfUnknownOwnersStay)
+TEST_F(QueueDeliveryTest, LogTellsWhatHasBecomeOfEachEvent)
 {
-    push(u"a1"_s, u"somebody"_s);
-    push(u"a1"_s);
-    EXPECT_EQ(drain(), u"a1"_s);
-    EXPECT_EQ(broker.status().waiting, 1);
+    expectsDamage = true;
+    const QString log = folder.filePath(u"queue.log"_s);
+    configure("[Log]\nlevel = DEBUG\nfile = " + QFile::encodeName(log) + '\n');
+    setUpLogging(*Singleton<Config>::instance());
+    push(u"a1 b1 c1 d1"_s);
+    refused = {u"b1"_s};
+    unreachable = {u"c1"_s};
+    whileSending = [this] {
+        for (const QString &table : {u"head"_s, u"event"_s})
+            sql(u"DELETE FROM %1 WHERE id > 2 AND id = %2"_s.arg(table, QString::number(sent.size())));
+    };
+    EXPECT_EQ(drain(), u"a1 b1 c1 d1"_s);
+    setUpLogging(Config());
+    const auto expect = [text = QString::fromUtf8(readFile(log))](const QString &line) {
+        EXPECT_TRUE(text.contains(line)) << qPrintable(line + u" is not in:\n"_s + text);
+    };
+    expect(u"DEBUG poshost::queue - Доставлена запись 1 для «kvo», заказ «a», попытка 1\n"_s);
+    expect(
+        u"ERROR poshost::queue - Отклонена и больше не отправляется запись 2 для «kvo», заказ «b», попытка 1: заказ"_s);
+    expect(u"WARN poshost::queue - Не доставлена запись 3 для «kvo», заказ «c», попытка 1, будет повтор: connection"_s);
+    for (const int id : {3, 4})
+        expect(u"WARN poshost::queue - Очередь запросов: из записей %1–%1 кем-то изменены во время отправки: 1\n"_s.arg(
+            id));
 }
 
 TEST_F(QueueDeliveryTest, AcceptedEventIsNotSentAgainWhenTheDatabaseFailsToForgetIt)
@@ -190,16 +205,6 @@ TEST_F(QueueDeliveryTest, RunGrowsUntilSomethingEndsItAndTheRestIsGivenBack)
             if (entry.state != QueueAdmin::State::Discarded)
                 QueueAdmin().discard(entry.id, u"end of the case"_s);
     }
-}
-
-TEST_F(QueueDeliveryTest, BatchesDoubleUpToTheirLargest)
-{
-    QList<int> sizes;
-    for (int order = 0; order < 96; ++order)
-        push(QChar(u'Ā' + order) + u"1"_s);
-    for (qsizetype before = 0; delivery.step(); before = sent.size())
-        sizes.append(static_cast<int>(sent.size() - before));
-    EXPECT_EQ(sizes, (QList<int>{1, 2, 4, 8, 16, 32, 32, 1}));
 }
 
 TEST_F(QueueDeliveryTest, ClaimThatWasStoredWithoutAnAnswerHoldsNothingUp)

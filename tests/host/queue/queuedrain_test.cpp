@@ -9,6 +9,8 @@
 #include <QtCore/QProcess>
 #include <QtCore/QThread>
 
+#include <latch>
+
 class QueueDrainTest : public QueueTest
 {
 protected:
@@ -34,20 +36,26 @@ protected:
         QProcess process;
     };
 
-    int argc = 1;
-    char name[5] = "test";
-    char *argv[2] = {name, nullptr};
-    QCoreApplication application{argc, argv};
+    /// Waits until it holds, but not for ever.
+    static bool becomes(const std::function<bool()> &condition)
+    {
+        for (const QDeadlineTimer deadline(30s); !deadline.hasExpired(); QThread::msleep(1))
+            if (condition())
+                return true;
+        return false;
+    }
+
+    int argc = 0;
+    QCoreApplication application{argc, nullptr};
 };
 
-TEST_F(QueueDrainTest, DeliversOnItsOwnThreadWhatIsPushedBeforeAndAfterItsStart)
+TEST_F(QueueDrainTest, DeliversOnItsOwnThreadWhatIsPushedAndFindsByItselfWhatAnotherProgramHasPushed)
 {
     std::atomic<int> count = 0;
-    QueueDrain drain;
-    drain.setHandler(u"kvo"_s, [&count](const QJsonObject &event) {
+    QueueDrain drain(10ms);
+    drain.setHandler(u"kvo"_s, [&count](const QJsonObject &) {
         if (++count == 2)
             throw 1; // not even a std::exception may end the drain
-        EXPECT_FALSE(event.isEmpty());
     });
     push(u"a1"_s);
     drain.start();
@@ -57,17 +65,17 @@ TEST_F(QueueDrainTest, DeliversOnItsOwnThreadWhatIsPushedBeforeAndAfterItsStart)
     EXPECT_TRUE(drain.waitUntilDrained(30s));
     EXPECT_EQ(count, 3);
     EXPECT_EQ(broker.status().waiting, 0);
+    sql(u"INSERT INTO event (owner, basket, event, created, state) VALUES ('kvo', 'x', '{}', 1, 'waiting')"_s);
+    sql(u"UPDATE summary SET waiting = waiting + 1 WHERE id = 0"_s);
+    sql(u"INSERT INTO head SELECT id, owner, 0 FROM event"_s);
+    EXPECT_TRUE(becomes([&] { return count == 4; }));
 }
 
 TEST_F(QueueDrainTest, WakesForAPushForACallAndForAPerson)
 {
     std::atomic<int> count = 0;
     std::atomic<bool> down = true;
-    const auto hasSent = [&count](int expected) {
-        for (const QDeadlineTimer deadline(20s); count < expected && !deadline.hasExpired();)
-            QThread::msleep(1);
-        return count >= expected;
-    };
+    const auto hasSent = [&count](int expected) { return becomes([&] { return count >= expected; }); };
     QueueDrain drain(1h);
     drain.setHandler(u"kvo"_s, [&](const QJsonObject &) {
         ++count;
@@ -82,25 +90,38 @@ TEST_F(QueueDrainTest, WakesForAPushForACallAndForAPerson)
     EXPECT_TRUE(hasSent(2)) << "without waiting for the end of the back-off";
     down = false;
     QueueAdmin admin;
-    for (const QDeadlineTimer deadline(20s); admin.list().constFirst().attempts < 2 && !deadline.hasExpired();)
-        QThread::msleep(1);
+    EXPECT_TRUE(becomes([&] { return admin.list().constFirst().attempts == 2; }));
     admin.retry(admin.list().constFirst().id);
     EXPECT_TRUE(hasSent(3));
 }
 
-TEST_F(QueueDrainTest, FindsByItselfWhatAnotherProgramHasPushed)
+TEST_F(QueueDrainTest, DrainsShareALongQueueAndKeepEachOrder)
 {
-    QueueDrain drain(10ms);
-    std::atomic<bool> arrived = false;
-    drain.setHandler(u"kvo"_s, [&arrived](const QJsonObject &) { arrived = true; });
-    drain.start();
-    EXPECT_TRUE(drain.waitUntilDrained(30s));
-    sql(u"INSERT INTO event (owner, basket, event, created, state) VALUES ('kvo', 'x', '{}', 1, 'waiting')"_s);
-    sql(u"UPDATE summary SET waiting = waiting + 1 WHERE id = 0"_s);
-    sql(u"INSERT INTO head SELECT id, owner, 0 FROM event"_s);
-    for (const QDeadlineTimer deadline(20s); !arrived && !deadline.hasExpired();)
-        QThread::msleep(1);
-    EXPECT_TRUE(arrived);
+    std::mutex mutex;
+    QMap<QString, QStringList> expected;
+    QMap<QString, QStringList> arrived;
+    for (int number = 1; number <= 20; ++number)
+        for (QChar order = u'a'; order <= u'z'; order = QChar(order.unicode() + 1)) {
+            expected[order].append(order + QString::number(number));
+            push(expected[order].constLast());
+        }
+    std::latch bothAreAtWork(2);
+    QueueDrain drains[2];
+    for (QueueDrain &drain : drains) {
+        drain.setHandler(u"kvo"_s, [&, isFirst = true](const QJsonObject &event) mutable {
+            if (std::exchange(isFirst, false))
+                bothAreAtWork.arrive_and_wait();
+            const std::scoped_lock lock(mutex);
+            arrived[nameOf(event).left(1)].append(nameOf(event));
+            if (nameOf(event).endsWith(u"20"))
+                throw QueueRefusal(u"заказ не найден"_s);
+        });
+        drain.start();
+    }
+    for (QueueDrain &drain : drains)
+        EXPECT_TRUE(drain.waitUntilDrained(60s));
+    EXPECT_EQ(arrived, expected);
+    EXPECT_EQ(broker.status().deadLetters, 26);
 }
 
 TEST_F(QueueDrainTest, StopsAfterTheExchangeInHandAndGoesOnAtTheNextStart)
@@ -129,10 +150,7 @@ TEST_F(QueueDrainTest, WhatAnotherProcessIsSendingIsLeftToItUntilItDies)
     EXPECT_TRUE(delivery.hasDeliverable());
     child.kill();
     // A server learns a moment later that a connection has ended.
-    QString delivered;
-    for (const QDeadlineTimer deadline(30s); delivered.isEmpty() && !deadline.hasExpired(); QThread::msleep(5))
-        delivered = drain();
-    EXPECT_EQ(delivered, u"a1 a2"_s);
+    EXPECT_TRUE(becomes([this] { return drain() == u"a1 a2"; }));
 }
 
 TEST_F(QueueDrainTest, BeingSentWhenTheDrainIsKilledCountsAsAnAttempt)

@@ -1,44 +1,13 @@
 // The queue in a file: what is stored is on the disk, and a file that cannot be used is left alone.
 #include "queuefixture.h"
-#include "tests/support/file.h"
+#include "tests/support/fulldisk.h"
 
 #include <queue/queueadmin.h>
 #include <queue/queuedrain.h>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <QtCore/QScopeGuard>
-
-#include <csignal>
-
 using testing::HasSubstr;
-
-namespace {
-
-/// While it lives, no file of this process can grow beyond `size` bytes.
-class FullDisk
-{
-public:
-    explicit FullDisk(qint64 size) : m_handler(::signal(SIGXFSZ, SIG_IGN))
-    {
-        EXPECT_EQ(::getrlimit(RLIMIT_FSIZE, &m_limit), 0);
-        const rlimit small = {static_cast<rlim_t>(size), m_limit.rlim_max};
-        EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-    }
-    ~FullDisk()
-    {
-        ::setrlimit(RLIMIT_FSIZE, &m_limit);
-        ::signal(SIGXFSZ, m_handler);
-    }
-    Q_DISABLE_COPY_MOVE(FullDisk)
-
-private:
-    sighandler_t m_handler;
-    rlimit m_limit = {};
-};
-
-} // namespace
 
 class QueueFileTest : public QueueTest
 {
@@ -79,7 +48,26 @@ TEST_F(QueueFileTest, CommitsReachTheDiskBeforePushReturns)
     delivery.rest();
     const QString copy = folder.filePath(u"copy.db"_s); // without the log
     EXPECT_TRUE(QFile::copy(file, copy));
-    EXPECT_EQ(sql(copy, u"SELECT COUNT(last_success) FROM summary"_s), 1) << "an idle drain checkpoints";
+    EXPECT_EQ(runSql(copy, u"SELECT COUNT(last_success) FROM summary"_s).value(0), 1) << "an idle drain checkpoints";
+    push(u"a2"_s);
+    const QByteArray before = readFile(file);
+    delivery.rest();
+    EXPECT_EQ(readFile(file), before) << "but never twice in a row";
+}
+
+TEST_F(QueueFileTest, BatchesDoubleAndABusyDrainCheckpointsAfterFiveHundredEvents)
+{
+    for (int event = 0; event < 511; ++event)
+        push(QChar(u'Ā' + event) + u"1"_s);
+    const QByteArray before = readFile(file);
+    for (const int size : QList<int>{1, 2, 4, 8, 16} + QList<int>(14, 32)) {
+        sent.clear();
+        EXPECT_TRUE(delivery.step());
+        EXPECT_EQ(sent.size(), size);
+    }
+    EXPECT_EQ(readFile(file), before);
+    EXPECT_TRUE(delivery.step());
+    EXPECT_NE(readFile(file), before);
 }
 
 TEST_F(QueueFileTest, ProblemIsAskedWithoutWritingUnlessTheLastPushFailed)
@@ -124,34 +112,27 @@ TEST_F(QueueFileTest, UnusableFileIsRefusedByNameLeftAloneAndUsedAgainWhenItIsMe
     sql(u"VACUUM"_s);
     sql(u"PRAGMA wal_checkpoint(TRUNCATE)"_s);
     const QByteArray good = readFile(file);
-    const QString foreign = folder.filePath(u"foreign.db"_s);
-    sql(foreign, u"CREATE TABLE theirs (x)"_s);
-    const QString newer = folder.filePath(u"newer.db"_s);
-    writeFile(newer, good);
-    sql(newer, u"PRAGMA user_version = 99"_s);
-    const QString other = folder.filePath(u"other.db"_s);
-    writeFile(other, good);
-    sql(other, u"PRAGMA application_id = 1"_s);
-    const struct
-    {
-        const char *what;
-        QByteArray bytes;
-        QString text;
-    } cases[] = {
-        {"not a database", QByteArray(8192, 'x'), u"не является базой данных"_s},
-        {"cut off", good.first(good.size() / 2), u"повреждён"_s},
-        {"of another program", readFile(foreign), u"принадлежит другой программе"_s},
-        {"ours, but no queue", readFile(other), u"принадлежит другой программе"_s},
-        {"of a newer version", readFile(newer), u"более новой версией"_s},
+    const auto changed = [&](const QByteArray &from, const QString &statement) {
+        const QString name = folder.filePath(u"changed.db"_s);
+        writeFile(name, from);
+        runSql(name, statement);
+        return readFile(name);
     };
-    for (const auto &entry : cases) {
-        SCOPED_TRACE(entry.what);
-        putFile(entry.bytes);
-        EXPECT_TRUE(broker.problem().contains(file) && broker.problem().contains(entry.text))
-            << qPrintable(broker.problem());
+    const std::tuple<const char *, QByteArray, const char *> cases[] = {
+        {"not a database", QByteArray(8192, 'x'), "не является базой данных"},
+        {"a single byte", "x", "не является базой данных; проверьте Queue:database"},
+        {"cut off", good.first(good.size() / 2), "повреждён"},
+        {"of another program", changed({}, u"CREATE TABLE theirs (x)"_s), "принадлежит другой программе"},
+        {"ours, but no queue", changed(good, u"PRAGMA application_id = 1"_s), "принадлежит другой программе"},
+        {"of a newer version", changed(good, u"PRAGMA user_version = 99"_s), "более новой версией"},
+    };
+    for (const auto &[what, bytes, text] : cases) {
+        SCOPED_TRACE(what);
+        putFile(bytes);
+        EXPECT_THAT(broker.problem().toStdString(), AllOf(HasSubstr(file.toStdString()), HasSubstr(text)));
         EXPECT_THROW(push(u"a1"_s), BasicException);
         EXPECT_THROW(delivery.step(), BasicException);
-        EXPECT_EQ(readFile(file), entry.bytes);
+        EXPECT_EQ(readFile(file), bytes);
         putFile(good);
         EXPECT_EQ(broker.problem(), u""_s);
         push(u"c1"_s);
@@ -178,12 +159,7 @@ TEST_F(QueueFileTest, FileThatCannotBeWrittenNamesTheReasonLosesNothingAndIsUsed
         EXPECT_TRUE(locker.open() && QSqlQuery(locker).exec(u"BEGIN IMMEDIATE"_s));
     };
     std::optional<FullDisk> fullDisk;
-    const struct
-    {
-        const char *reason;
-        std::function<void()> begin;
-        std::function<void()> end;
-    } cases[] = {
+    const std::tuple<const char *, std::function<void()>, std::function<void()>> cases[] = {
         {"ошибка чтения или записи диска",
          [&] {
              delivery.hasDeliverable(); // keeps the log
@@ -246,7 +222,7 @@ TEST_F(QueueFileTest, FileThatIsTakenAwayOrReplacedIsNotWrittenToAnyMore)
             QFile::copy(old, file);
         push(u"b1"_s);
         EXPECT_EQ(drain(), isReplaced ? u"a1 b1"_s : u"b1"_s);
-        EXPECT_EQ(sql(old, u"SELECT COUNT(*) FROM event"_s), 1);
+        EXPECT_EQ(runSql(old, u"SELECT COUNT(*) FROM event"_s), QVariantList{1});
     }
 }
 

@@ -2,6 +2,9 @@
 // drained step by step, under a clock that the test sets, to a receiver that notes what it gets.
 #pragma once
 
+#include "tests/support/file.h"
+#include "tests/support/sql.h"
+
 #include <core/basicexception.h>
 #include <core/config.h>
 #include <core/singleton.h>
@@ -10,13 +13,10 @@
 
 #include <gmock/gmock.h>
 
-#include <QtCore/QDir>
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 #include <QtCore/QJsonObject>
 #include <QtCore/QTemporaryDir>
-#include <QtSql/QSqlDatabase>
-#include <QtSql/QSqlQuery>
+
+#include <algorithm>
 
 using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
@@ -41,25 +41,22 @@ inline QString postgresFolder()
 class QueueTest : public testing::Test
 {
 protected:
-    ~QueueTest() override
+    void TearDown() override
     {
         if (!expectsDamage && QFile::exists(file) == postgresFolder().isEmpty())
             expectConsistency();
         Singleton<Config>::replace(nullptr);
         if (!postgresFolder().isEmpty())
-            sql(u"postgres"_s, u"DROP DATABASE \"%1\" WITH (FORCE)"_s.arg(database));
+            runSql(u"postgres"_s, u"DROP DATABASE \"%1\" WITH (FORCE)"_s.arg(database), postgresFolder());
     }
 
     /// Configures the queue, with further lines.
     QueueSettings configure(const QByteArray &lines)
     {
-        QFile ini(iniFile);
-        EXPECT_TRUE(ini.open(QFile::WriteOnly));
-        ini.write("[Queue]\ndatabase = " + QFile::encodeName(database) + "\n");
+        QByteArray ini = "[Queue]\ndatabase = " + QFile::encodeName(database) + '\n';
         if (!postgresFolder().isEmpty())
-            ini.write("driver = QPSQL\nuser = postgres\nhost = " + QFile::encodeName(postgresFolder()) + "\n");
-        ini.write(lines);
-        ini.close();
+            ini += "driver = QPSQL\nuser = postgres\nhost = " + QFile::encodeName(postgresFolder()) + '\n';
+        writeFile(iniFile, ini + lines);
         Singleton<Config>::replace(QSharedPointer<Config>::create(iniFile));
         return QueueSettings::configured();
     }
@@ -67,7 +64,7 @@ protected:
     QueueSettings makeQueue()
     {
         if (!postgresFolder().isEmpty())
-            sql(u"postgres"_s, u"CREATE DATABASE \"%1\""_s.arg(database));
+            runSql(u"postgres"_s, u"CREATE DATABASE \"%1\""_s.arg(database), postgresFolder());
         return configure({});
     }
 
@@ -89,13 +86,9 @@ protected:
     /// What is kept is what could be counted: the summary, and the first event of each order if it waits.
     void expectConsistency()
     {
-        EXPECT_EQ(sql(u"SELECT COUNT(*) FROM (SELECT id, owner FROM head EXCEPT SELECT e.id, owner FROM event e WHERE "
-                      u"state = 'waiting' AND NOT EXISTS (SELECT 1 FROM event p WHERE p.owner = e.owner AND "
-                      u"p.basket = e.basket AND p.id < e.id)) AS wrong"_s),
-                  0);
-        EXPECT_EQ(sql(u"SELECT COUNT(*) FROM head"_s),
-                  sql(u"SELECT COUNT(*) FROM event WHERE state = 'waiting' AND id IN "
-                      u"(SELECT MIN(id) FROM event GROUP BY owner, basket)"_s));
+        EXPECT_EQ(column(u"SELECT id || owner FROM head ORDER BY id"_s),
+                  column(u"SELECT id || owner FROM event WHERE state = 'waiting' AND id IN "
+                         u"(SELECT MIN(id) FROM event GROUP BY owner, basket) ORDER BY id"_s));
         const QString behind = u"EXISTS (SELECT 1 FROM event p WHERE p.owner = e.owner AND p.basket = e.basket AND "
                                u"p.id <= e.id AND p.state = 'dead')"_s;
         EXPECT_EQ(sql(u"SELECT SUM(blocked) FROM summary"_s).toInt(),
@@ -105,36 +98,15 @@ protected:
     }
 
     /// What somebody with a database tool does.
-    static QVariant sql(const QString &database, const QString &statement)
-    {
-        QVariant result;
-        {
-            const QString driver = postgresFolder().isEmpty() ? u"QSQLITE"_s : u"QPSQL"_s;
-            QSqlDatabase other = QSqlDatabase::addDatabase(driver, u"test"_s);
-            other.setDatabaseName(database);
-            if (!postgresFolder().isEmpty()) {
-                other.setHostName(postgresFolder());
-                other.setUserName(u"postgres"_s);
-                other.setConnectOptions(u"options='-c search_path=poshost_queue'"_s);
-            }
-            EXPECT_TRUE(other.open());
-            QSqlQuery query(other);
-            EXPECT_TRUE(query.exec(statement)) << qPrintable(statement);
-            result = query.next() ? query.value(0) : QVariant();
-        }
-        QSqlDatabase::removeDatabase(u"test"_s);
-        return result;
-    }
-    QVariant sql(const QString &statement) { return sql(database, statement); }
+    QVariantList column(const QString &statement) const { return runSql(database, statement, postgresFolder()); }
+    QVariant sql(const QString &statement) const { return column(statement).value(0); }
 
     /// The same on the newest connection of the queue itself.
     static QVariant sqlInside(const QString &statement)
     {
-        QStringList names = QSqlDatabase::connectionNames();
-        std::sort(names.begin(), names.end(), [](const QString &a, const QString &b) {
-            return a.section(u'.', -1).toInt() < b.section(u'.', -1).toInt();
-        });
-        QSqlQuery query(QSqlDatabase::database(names.value(names.size() - 1), false));
+        const auto number = [](const QString &name) { return name.section(u'.', -1).toInt(); };
+        const QStringList names = QSqlDatabase::connectionNames();
+        QSqlQuery query(QSqlDatabase::database(*std::ranges::max_element(names, {}, number), false));
         EXPECT_TRUE(query.exec(statement)) << qPrintable(statement);
         return query.next() ? query.value(0) : QVariant();
     }
@@ -145,8 +117,6 @@ protected:
         sqlInside(postgresFolder().isEmpty() ? u"PRAGMA query_only = 1"_s
                                              : u"SET default_transaction_read_only = on"_s);
     }
-
-    void makeFolder() { EXPECT_TRUE(QDir().mkpath(folder.filePath(u"data"_s))); }
 
     QTemporaryDir folder;
     QString file = folder.filePath(u"data/queue.db"_s);
