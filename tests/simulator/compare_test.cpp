@@ -25,12 +25,8 @@ struct Sides
 
 TEST(Compare, FindsEachDifference)
 {
-    const struct
-    {
-        const char *name;
-        std::function<void(Sides &)> change;
-        const char *difference; ///< a part of the finding; empty when the sides are equal
-    } cases[] = {
+    // What is changed, and a part of the finding; empty when the sides are equal.
+    const std::tuple<const char *, std::function<void(Sides &)>, const char *> cases[] = {
         {"equal", [](Sides &) {}, ""},
         {"closed without order", [](Sides &s) { s.orders.clear(); }, "no order"},
         {"unposted", [](Sides &s) { s.order().state = State::Created; }, "not posted"},

@@ -17,8 +17,8 @@ protected:
         return file;
     }
 
-    Folder folder;
-    const std::string file = folder / "input.json";
+    QTemporaryDir folder;
+    const std::string file = folder.filePath(QStringLiteral("input")).toStdString();
 };
 
 TEST_F(Files, NameThePlaceOfAMistake)
@@ -44,30 +44,28 @@ TEST_F(Files, NameThePlaceOfAMistake)
     for (const auto &[patch, field] : customers) {
         Json wrong = customer;
         wrong.merge_patch(Json::parse(patch));
-        EXPECT_THAT([&] { readCustomerFile(written(Json{wrong}.dump())); }, names("input.json: ", field));
+        EXPECT_THAT([&] { readCustomerFile(written(Json{wrong}.dump())); }, names("input: ", field));
     }
     EXPECT_THAT([&] { readCustomerFile(written(Json{customer, customer}.dump())); }, names("[1].CustAccount", "twice"));
-    EXPECT_THAT([&] { readCustomerFile(written(R"([{"Balance": NaN}])")); }, names("input.json: ", "line 1"));
-    EXPECT_THAT([&] { readJournal(written("{}\n{")); }, names("input.json:1: ", "check"));
+    EXPECT_THAT([&] { readCustomerFile(written(R"([{"Balance": NaN}])")); }, names("input: ", "line 1"));
+    EXPECT_THAT([&] { readJournal(written("{}\n{")); }, names("input:1: ", "check"));
 }
 
 TEST_F(Files, TellAGoodLedgerFromABadOneAndFromAForeignFile)
 {
-    const std::string ledger = folder / "ledger.db";
-    const auto status = [&ledger](const char *command) {
-        return QProcess::execute(
-            QStringLiteral(LOYALTY_SIM_PROGRAM),
-            {QString::fromUtf8(command), QStringLiteral("--database"), QString::fromStdString(ledger)});
+    const auto status = [this](const QString &command) {
+        return QProcess::execute(QStringLiteral(LOYALTY_SIM_PROGRAM),
+                                 {command, QStringLiteral("--database"), QString::fromStdString(file)});
     };
-    Database(ledger, Database::Access::Serve).write([](const SQLite::Database &connection) {
+    Database(file, Database::Access::Serve).write([](const SQLite::Database &connection) {
         return addCustomers(connection, sampleCustomers());
     });
-    EXPECT_EQ(status("check"), 0);
-    SQLite::Database(ledger, SQLite::OPEN_READWRITE).exec("UPDATE customers SET balance = balance + 1");
-    EXPECT_EQ(status("check"), 1);
-    SQLite::Database(ledger, SQLite::OPEN_READWRITE).exec("PRAGMA application_id = 1");
-    EXPECT_EQ(status("check"), 2);
-    EXPECT_EQ(status("serve"), 2);
+    EXPECT_EQ(status(QStringLiteral("check")), 0);
+    SQLite::Database(file, SQLite::OPEN_READWRITE).exec("UPDATE customers SET balance = balance + 1");
+    EXPECT_EQ(status(QStringLiteral("check")), 1);
+    SQLite::Database(file, SQLite::OPEN_READWRITE).exec("PRAGMA application_id = 1");
+    EXPECT_EQ(status(QStringLiteral("check")), 2);
+    EXPECT_EQ(status(QStringLiteral("serve")), 2);
 }
 
 } // namespace sim

@@ -75,14 +75,9 @@ TEST(Pricing, FollowsTheRules)
     constexpr bool no = false;
     constexpr Points rich = 1000000;
     constexpr OrderLine usual{1, 10000, 0, no, no, no};
-    const struct
-    {
-        const char *name;
-        std::vector<OrderLine> lines; ///< line, amount, payment discount, sale, no discount, no earn
-        Points available;
-        std::vector<Points> spent;
-        Points earned; ///< at 5 %
-    } cases[] = {
+    // The lines (line, amount, payment discount, sale, no discount, no earn), the points that are available, those that
+    // are spent on each line, and those that are earned at 5 %.
+    const std::tuple<const char *, std::vector<OrderLine>, Points, std::vector<Points>, Points> cases[] = {
         {"half of a line", {usual}, rich, {5000}, 250},
         {"both round down", {{1, 101, 0, no, no, no}}, rich, {50}, 2},
         {"payment discount is neither redeemed nor earned", {{1, 10000, 2000, no, no, no}}, rich, {4000}, 200},

@@ -26,7 +26,8 @@ using FaultProxy = SimulatorTest;
 
 TEST_F(FaultProxy, DoesWhatTheFaultIsCalled)
 {
-    ProxyRecord record(folder / "record");
+    const QString file = folder.filePath(u"record"_s);
+    ProxyRecord record(file.toStdString());
     int processed = 0;
     for (const ProxyFault &fault : allProxyFaults()) {
         SCOPED_TRACE(fault.name);
@@ -49,7 +50,7 @@ TEST_F(FaultProxy, DoesWhatTheFaultIsCalled)
         processed += fault.processed ? 1 : 0;
         EXPECT_EQ(caller.requests()["counts"]["searchCustomer"], processed);
     }
-    const QByteArray lines = readFile(QString::fromStdString(folder / "record"));
+    const QByteArray lines = readFile(file);
     EXPECT_EQ(lines.count("\"fault\""), allProxyFaults().size());
     EXPECT_EQ(lines.count("\"accepted\":true"), processed);
 }

@@ -63,13 +63,6 @@ inline Json order(const std::string &basket, const std::vector<Json> &lines, con
     return body;
 }
 
-inline Json binding(const std::string &basket, const std::string &orderId)
-{
-    Json body = basketBody(basket);
-    body["orderID"] = orderId;
-    return body;
-}
-
 /// Speaks to a simulator over real HTTP with the credentials u:p.
 class Caller
 {
@@ -93,9 +86,11 @@ public:
     /// Calls "calculateOrder", "createOrder" and so on with the usual body for the basket.
     Received call(const std::string &method, const std::string &basket)
     {
+        Json body = method == "cancelOrder" || method == "bindOrderId" ? basketBody(basket)
+                                                                       : order(basket, {line(1, "100.00")});
         if (method == "bindOrderId")
-            return post(method, binding(basket, "check-" + basket));
-        return post(method, method == "cancelOrder" ? basketBody(basket) : order(basket, {line(1, "100.00")}));
+            body["orderID"] = "check-" + basket;
+        return post(method, body);
     }
 
     void fault(const Json &fault) { EXPECT_EQ(send("/sim/faults", fault.dump()).status, 200); }
@@ -121,15 +116,6 @@ private:
     }
 };
 
-class Folder
-{
-public:
-    std::string operator/(const char *name) const { return m_folder.filePath(QString::fromUtf8(name)).toStdString(); }
-
-private:
-    QTemporaryDir m_folder;
-};
-
 class SimulatorTest : public testing::Test
 {
 protected:
@@ -139,8 +125,8 @@ protected:
     }
     ~SimulatorTest() override { server.stop(); }
 
-    Folder folder;
-    Database database{folder / "ledger.db", Database::Access::Serve};
+    QTemporaryDir folder;
+    Database database{folder.filePath(QStringLiteral("ledger.db")).toStdString(), Database::Access::Serve};
     HttpServer server{database, {"u", "p", "K"}};
     int port = server.bind(0);
     std::jthread thread{[this] { server.run(); }};

@@ -24,12 +24,7 @@ QString textOf(const QList<till::CsvRecord> &records)
 
 TEST(CsvReader, ReadsWhatIsExported)
 {
-    const struct
-    {
-        const char *name;
-        QByteArray data;
-        QString records;
-    } cases[]{
+    const std::tuple<const char *, QByteArray, QString> cases[]{
         {"byte order mark, CR LF, no end of the last line",
          "\xEF\xBB\xBF"
          "a,b\r\n1,2",

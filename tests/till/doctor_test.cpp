@@ -1,7 +1,7 @@
 // Each fault that the doctor can name is made for real: the line that it prints, with the remedy.
-#include "tests/support/certificate.h"
 #include "tests/support/checkbuilder.h"
 #include "tests/support/file.h"
+#include "tests/support/service.h"
 #include "tests/support/sql.h"
 #include "till/doctorhost.h"
 #include "till/doctorservice.h"
@@ -13,13 +13,10 @@
 #include <queue/dbqueuebroker.h>
 
 #include <gtest/gtest.h>
-#include <httplib.h>
 
 #include <QtCore/QLibraryInfo>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
-
-#include <thread>
 
 using namespace Qt::Literals::StringLiterals;
 using namespace till::doctor;
@@ -29,45 +26,17 @@ namespace {
 using Handler = httplib::Server::Handler;
 
 /// Answers like the loyalty service, with what a handler makes of it.
-class Service
+Handler loyalty(const Handler &handler = {})
 {
-public:
-    explicit Service(const Handler &handler, const Certificate *certificate = nullptr)
-        : m_server(certificate ? std::make_unique<httplib::SSLServer>(certificate->x509(), certificate->key())
-                               : std::make_unique<httplib::Server>())
-    {
-        const Handler answer = [handler](const httplib::Request &request, httplib::Response &response) {
-            const bool isKnown =
-                request.path == "/api/ax/xpp/v1/searchCustomer" || request.path == "/api/twofa/msg/v1/send";
-            response.status = isKnown ? 405 : 404;
-            response.set_content(R"({"success":false,"message":"no such\u001b[1m card"})", "application/json");
-            if (handler)
-                handler(request, response);
-        };
-        m_server->Get(".*", answer);
-        m_server->Post(".*", answer);
-        m_server->set_keep_alive_max_count(100);
-        m_server->set_keep_alive_timeout(1); // its end waits for idle connections
-        m_server->set_tcp_nodelay(true);
-        m_port = m_server->bind_to_any_port("127.0.0.1");
-        m_thread = std::thread([this] { m_server->listen_after_bind(); });
-        while (!m_server->is_running())
-            std::this_thread::yield(); // before that it cannot be stopped
-    }
-    ~Service()
-    {
-        m_server->stop();
-        m_thread.join();
-    }
-    Q_DISABLE_COPY_MOVE(Service)
-
-    QByteArray address() const { return "127.0.0.1:" + QByteArray::number(m_port); }
-
-private:
-    std::unique_ptr<httplib::Server> m_server;
-    std::thread m_thread;
-    int m_port = 0;
-};
+    return [handler](const httplib::Request &request, httplib::Response &response) {
+        const bool isKnown =
+            request.path == "/api/ax/xpp/v1/searchCustomer" || request.path == "/api/twofa/msg/v1/send";
+        response.status = isKnown ? 405 : 404;
+        response.set_content(R"({"success":false,"message":"no such\u001b[1m card"})", "application/json");
+        if (handler)
+            handler(request, response);
+    };
+}
 
 Handler page(int status, const std::string &body, const char *type = "application/json", const char *ending = "")
 {
@@ -122,7 +91,7 @@ protected:
 
     QTemporaryDir m_folder;
     const QString m_file = m_folder.filePath(u"till.ini"_s);
-    const Service m_service{{}};
+    const Service m_service{loyalty()};
 };
 
 TEST_F(DoctorTest, NamesEachFaultAndItsRemedy)
@@ -191,7 +160,7 @@ TEST_F(DoctorTest, NamesEachFaultAndItsRemedy)
         {"warning  kept connections: 10 of 10 exchanges*keep connections", {}, header("Connection", "close")},
     };
     for (const auto &[line, ini, handler] : cases) {
-        const Service service(handler);
+        const Service service(loyalty(handler));
         expectLine(handler ? report("http://" + service.address(), ini) : report(ini), QString::fromUtf8(line));
     }
     expectLine(report("http://" + m_service.address(), {}, u"+7900"_s),
@@ -207,7 +176,7 @@ TEST_F(DoctorTest, NamesWhatIsWrongWithTls)
 {
     const auto expect = [this](const QString &line, const char *names, int fromDay, int toDay, bool isTrusted = true) {
         const Certificate certificate(names, fromDay, toDay, isTrusted ? &trustedAuthority() : nullptr);
-        const Service service({}, &certificate);
+        const Service service(loyalty(), &certificate);
         expectLine(report("https://" + service.address(), {}), line);
     };
     expect(u"ok       TLS: TLSv1.3, certificate of CN = doctor, 99 days left\n"_s, "IP:127.0.0.1", -1, 100);
@@ -217,7 +186,7 @@ TEST_F(DoctorTest, NamesWhatIsWrongWithTls)
     expect(u"failure  TLS: *certificate*Use the name"_s, "DNS:other.example", -1, 100);
     expect(u"failure  TLS: *self-signed*update-ca-certificates"_s, "IP:127.0.0.1", -1, 100, false);
     expectLine(report("https://" + m_service.address(), {}), u"failure  TLS: *scheme and port"_s);
-    const Service secure({}, &trustedAuthority());
+    const Service secure(loyalty(), &trustedAuthority());
     expectLine(report("http://" + secure.address(), {}), u"failure  answer: *scheme and port"_s);
 }
 

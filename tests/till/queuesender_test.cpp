@@ -1,20 +1,17 @@
 // What counts as delivered, and where a request goes that has waited while the till was given other settings.
-#include "tests/support/certificate.h"
 #include "tests/support/fakeconfig.h"
 #include "tests/support/json.h"
 #include "tests/support/printqt.h"
 #include "tests/support/restexchange.h"
+#include "tests/support/service.h"
 #include "till/queuesender.h"
 
 #include <core/basicexception.h>
 #include <queue/dbqueuebroker.h>
 
 #include <gtest/gtest.h>
-#include <httplib.h>
 
 #include <QtCore/QTemporaryDir>
-
-#include <thread>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -40,12 +37,7 @@ Outcome send(const QJsonObject &event)
 
 TEST(QueueSender, KeepsWhatTheServiceHasNotAccepted)
 {
-    const struct
-    {
-        int status;
-        const char *body;
-        Outcome outcome;
-    } cases[] = {
+    const std::tuple<int, const char *, Outcome> cases[] = {
         {200, R"({"success": true})", Outcome::Delivered},
         {202, "", Outcome::Delivered},
         {200, R"({"result": {}})", Outcome::Delivered},
@@ -60,9 +52,9 @@ TEST(QueueSender, KeepsWhatTheServiceHasNotAccepted)
     };
     const FakeConfig config({});
     RestExchange exchange;
-    for (const auto &c : cases) {
-        exchange.answer = RestExchange::response(c.status, c.body);
-        EXPECT_EQ(send({{u"op"_s, 4}, {u"url"_s, u"http://h/postOrder"_s}}), c.outcome) << c.status << c.body;
+    for (const auto &[status, body, outcome] : cases) {
+        exchange.answer = RestExchange::response(status, body);
+        EXPECT_EQ(send({{u"op"_s, 4}, {u"url"_s, u"http://h/postOrder"_s}}), outcome) << status << body;
     }
 }
 
@@ -71,10 +63,7 @@ TEST(QueueSender, SendsToTheAddressAndWithThePasswordOfNow)
     const QJsonObject stored =
         json(R"({"op": 4, "url": "http://u:p@old:8080/other/postOrder?q=%2B7", "payload": {"basket": "1"},
                  "headers": {"Authorization": "Basic old", "Content-Type": "application/json"}})");
-    const struct
-    {
-        QString host, sentTo;
-    } cases[] = {
+    const std::pair<QString, QString> cases[] = {
         {u"http://old:8080"_s, u"http://old:8080/other/postOrder?q=%2B7"_s},
         {u"http://old:9090"_s, u"http://old:9090/other/postOrder?q=%2B7"_s},
         {u"https://new/path"_s, u"https://new/other/postOrder?q=%2B7"_s},
@@ -82,11 +71,11 @@ TEST(QueueSender, SendsToTheAddressAndWithThePasswordOfNow)
         {u"http://old:99999"_s, {}},
     };
     RestExchange exchange;
-    for (const auto &c : cases) {
-        const FakeConfig config({{u"Kvo:host"_s, c.host}, {u"Kvo:user"_s, u"u"_s}, {u"Kvo:password"_s, u"p"_s}});
+    for (const auto &[host, sentTo] : cases) {
+        const FakeConfig config({{u"Kvo:host"_s, host}, {u"Kvo:user"_s, u"u"_s}, {u"Kvo:password"_s, u"p"_s}});
         EXPECT_EQ(send(stored), Outcome::Delivered);
-        EXPECT_EQ(exchange.sentUrl.toString(QUrl::FullyEncoded), c.sentTo);
-        EXPECT_EQ(exchange.sentUrl.isValid(), !c.sentTo.isEmpty());
+        EXPECT_EQ(exchange.sentUrl.toString(QUrl::FullyEncoded), sentTo);
+        EXPECT_EQ(exchange.sentUrl.isValid(), !sentTo.isEmpty());
         EXPECT_EQ(exchange.sentHeaders.value(u"Authorization"_s), u"Basic dTpw");
         EXPECT_EQ(exchange.bodies.last(), stored.value("payload"_L1).toObject());
     }
@@ -94,19 +83,15 @@ TEST(QueueSender, SendsToTheAddressAndWithThePasswordOfNow)
 
 TEST(QueueSender, DeliversWhatHasWaitedWhileTheServiceMovedToTls)
 {
-    const Certificate certificate("IP:127.0.0.1", -1, 1, &trustedAuthority());
-    httplib::SSLServer server(certificate.x509(), certificate.key());
     std::string body;
-    server.Post("/other/postOrder", [&](const httplib::Request &request, httplib::Response &response) {
-        body = request.body;
+    const Certificate certificate("IP:127.0.0.1", -1, 1, &trustedAuthority());
+    const auto accept = [&body](const httplib::Request &request, httplib::Response &response) {
+        body = request.path + ' ' + request.body;
         response.set_content(R"({"success": true})", "application/json");
-    });
-    const int port = server.bind_to_any_port("127.0.0.1");
-    std::jthread serving([&] { server.listen_after_bind(); });
+    };
+    const Service service(accept, &certificate);
     const QTemporaryDir folder;
-    const FakeConfig config(
-        {{u"Host:dataFolder"_s, folder.path()}, {u"Kvo:host"_s, u"https://127.0.0.1:%1"_s.arg(port)}});
-
+    const FakeConfig config({{u"Host:dataFolder"_s, folder.path()}, {u"Kvo:host"_s, "https://" + service.address()}});
     DBQueueBroker().push(loyaltyQueueOwner, json(R"({"op": 4, "url": "http://127.0.0.1/other/postOrder",
                                                      "headers": {}, "payload": {"basket": "1"}})"),
                          {});
@@ -114,8 +99,7 @@ TEST(QueueSender, DeliversWhatHasWaitedWhileTheServiceMovedToTls)
     drain.setHandler(loyaltyQueueOwner, makeLoyaltySender());
     drain.start();
     EXPECT_TRUE(drain.waitUntilDrained(std::chrono::seconds(25)));
-    server.stop();
-    EXPECT_EQ(body, R"({"basket":"1"})");
+    EXPECT_EQ(body, R"(/other/postOrder {"basket":"1"})");
 }
 
 } // namespace till

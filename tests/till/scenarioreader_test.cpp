@@ -37,34 +37,25 @@ protected:
     const QString file = folder.filePath(u"sale.json"_s);
 };
 
-/// A file with one check that has the given goods, steps or expectation.
-QByteArray withGoods(const QByteArray &goods)
+/// A file with one check that has these keys and no steps, unless they are among them.
+QByteArray check(const QByteArray &keys)
 {
-    return R"({"checks": [{"goods": [)" + goods + R"(], "steps": []}]})";
-}
-
-QByteArray withSteps(const QByteArray &steps)
-{
-    return R"({"checks": [{"steps": [)" + steps + "]}]}";
+    return R"({"checks": [{)" + keys + (keys.contains("steps") ? "}]}" : R"(, "steps": []}]})");
 }
 
 TEST_F(ScenarioReader, NamesFileAndPathOfWhatItRefuses)
 {
     const QByteArray goods = R"({"barcode": "1", "name": "A", "price": 1)";
-    const struct
-    {
-        QByteArray json;
-        const char *complaint;
-    } cases[]{
+    const std::pair<QByteArray, const char *> cases[]{
         {"{\n\"checks\": [}", "sale.json: строка 2: не JSON"},
         {"{}", "sale.json: /: нет обязательного ключа \"checks\""},
-        {R"({"checks": [{"steps": [], "expects": {}}]})", "sale.json: /checks/0/expects: неизвестный ключ"},
-        {withGoods(R"({"barcode": "1", "name": "A"})"), "/checks/0/goods/0: нет обязательного ключа \"price\""},
-        {withGoods(goods + R"(, "quantity": 0})"), "/checks/0/goods/0/quantity: нужно количество"},
-        {withSteps(R"("close", "spend")"), "/checks/0/steps/1: чек уже закрыт"},
-        {withSteps(R"({"card": "1", "phone": "2"})"), "/checks/0/steps/0: нужен ровно один ключ"},
-        {withSteps(R"({"change": {"line": 1}})"), "/checks/0/steps/0/change: нужно \"quantity\" или \"price\""},
-        {R"({"checks": [{"steps": [], "answers": {"dialogs": ["later"]}}]})", "/checks/0/answers/dialogs/0: \"later\""},
+        {check(R"("expects": {})"), "sale.json: /checks/0/expects: неизвестный ключ"},
+        {check(R"("goods": [{"barcode": "1", "name": "A"}])"), "/checks/0/goods/0: нет обязательного ключа \"price\""},
+        {check(R"("goods": [)" + goods + R"(, "quantity": 0}])"), "/checks/0/goods/0/quantity: нужно количество"},
+        {check(R"("steps": ["close", "spend"])"), "/checks/0/steps/1: чек уже закрыт"},
+        {check(R"("steps": [{"card": "1", "phone": "2"}])"), "/checks/0/steps/0: нужен ровно один ключ"},
+        {check(R"("steps": [{"change": {"line": 1}}])"), "/checks/0/steps/0/change: нужно \"quantity\" или \"price\""},
+        {check(R"("answers": {"dialogs": ["later"]})"), "/checks/0/answers/dialogs/0: \"later\""},
         {R"({"goods": [)" + goods + "}, " + goods + "}]}", "sale.json: /goods/1/barcode: штрихкод 1 уже есть"},
         {R"({"goods": [)" + goods + R"(, "quantity": 2}]})", "/goods/0/quantity: в справочнике"},
     };
@@ -75,16 +66,14 @@ TEST_F(ScenarioReader, NamesFileAndPathOfWhatItRefuses)
 
 TEST_F(ScenarioReader, TakesAmountsToTheKopeckOrRefusesThem)
 {
-    const struct
-    {
-        const char *price;
-        qint64 kopecks; ///< Below 0: refused.
-    } cases[]{{"\"45.50\"", 4550}, {"45.5", 4550},   {"\"7\"", 700},        {"0", 0},       {"0.29", 29},
-              {"1.15", 115},       {"\"45,5\"", -1}, {"\"45.505\"", -1},    {"45.505", -1}, {"-1", -1},
-              {"\"\"", -1},        {"true", -1},     {"\"1000000000\"", -1}};
+    // A price, and its kopecks; below 0: refused.
+    const std::pair<const char *, qint64> cases[]{
+        {"\"45.50\"", 4550}, {"45.5", 4550},   {"\"7\"", 700},        {"0", 0},       {"0.29", 29},
+        {"1.15", 115},       {"\"45,5\"", -1}, {"\"45.505\"", -1},    {"45.505", -1}, {"-1", -1},
+        {"\"\"", -1},        {"true", -1},     {"\"1000000000\"", -1}};
     for (const auto &[price, kopecks] : cases) {
-        const QByteArray json = withGoods(R"({"barcode": "1", "name": "A", "price": )" + QByteArray(price) + "}");
-        const std::string said = complaint(json);
+        const std::string said =
+            complaint(check(R"("goods": [{"barcode": "1", "name": "A", "price": )" + QByteArray(price) + "}]"));
         EXPECT_EQ(said.empty() ? scenario.checks.at(0).goods.at(0).price.kopecks() : -1, kopecks) << price;
         EXPECT_THAT(said, HasSubstr(kopecks < 0 ? "/checks/0/goods/0/price: нужна сумма" : ""));
     }

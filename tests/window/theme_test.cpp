@@ -8,8 +8,8 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QRegularExpression>
-
-#include <cmath>
+#include <QtGui/QColorSpace>
+#include <QtGui/QColorTransform>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -18,10 +18,9 @@ namespace {
 /// As the web's accessibility guidelines define it.
 double luminance(const QColor &colour)
 {
-    const auto linear = [](float part) {
-        return part <= 0.04045F ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) + 0.0722 * linear(colour.blueF());
+    static const auto linear = QColorSpace(QColorSpace::SRgb).transformationToColorSpace(QColorSpace::SRgbLinear);
+    const QColor light = linear.map(colour);
+    return 0.2126 * light.redF() + 0.7152 * light.greenF() + 0.0722 * light.blueF();
 }
 
 TEST(Theme, CanBeRead)

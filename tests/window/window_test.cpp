@@ -1,7 +1,12 @@
 // The cashier's window, driven with keys against the real plugin and the service's stand-in.
-#include "windowfixture.h"
+#include "iowatch.h"
+#include "tests/sale/salefixture.h"
+#include "tests/support/sql.h"
+#include "windowdriver.h"
 
+#include <QtCore/QDir>
 #include <QtGui/QClipboard>
+#include <QtGui/QPixmap>
 #include <QtWidgets/QApplication>
 
 using testing::HasSubstr;
@@ -12,6 +17,58 @@ std::string text(const QString &text)
 {
     return text.toStdString();
 }
+
+/// A shop whose till has a window.
+class WindowTest : public SaleTest
+{
+protected:
+    WindowTest() { writeFile(folder.filePath(u"data/goods.json"_s), readFile(QStringLiteral(KVO_GOODS))); }
+
+    /// Starts the till, with the settings that are given besides the usual ones.
+    void start(const QByteArray &settings = {})
+    {
+        writeFile(ini(), readFile(ini()) + settings);
+        iowatch::watch(folder.path().toStdString());
+        shop = std::make_unique<WindowDriver>(ini());
+        ASSERT_TRUE(shop->ready);
+    }
+
+    /// Puts the customer with 1500 points on the check, which the service then prices.
+    void addCustomer()
+    {
+        ASSERT_TRUE(shop->press(Qt::Key_F3));
+        ASSERT_TRUE(shop->type(u"+79001234567"_s));
+        ASSERT_TRUE(shop->press(Qt::Key_F4));
+    }
+
+    /// The code in the customer's last text message.
+    QString code() const
+    {
+        QProcess outbox;
+        outbox.start(QStringLiteral(KVO_SIMULATOR),
+                     {u"outbox"_s, u"--database"_s, folder.filePath(u"service.db"_s), u"--last"_s, u"--code"_s});
+        EXPECT_TRUE(outbox.waitForFinished());
+        return QString::fromUtf8(outbox.readAll()).trimmed();
+    }
+
+    /// Looks whether the window fits a screen of 1024x768 at 125 %, and keeps a picture of it where it has a name and
+    /// the environment names a folder.
+    void picture(const QString &name)
+    {
+        const QSize least = shop->window.minimumSizeHint();
+        EXPECT_TRUE(least.width() <= 1024 / 1.25 && least.height() <= 768 / 1.25)
+            << least.width() << 'x' << least.height();
+        QTest::qWait(1); // a last event or two before it is drawn
+        const QPixmap shown = shop->window.grab();
+        if (const QString out = qEnvironmentVariable("KVO_SCREENSHOTS"); !out.isEmpty() && !name.isEmpty()) {
+            EXPECT_TRUE(shown.save(QDir(out).filePath(name + u".png"_s)));
+        }
+    }
+
+    QString ini() const { return folder.filePath(u"till.ini"_s); }
+
+    std::unique_ptr<WindowDriver> shop;
+};
 
 class Tour : public WindowTest, public testing::WithParamInterface<const char *>
 {
@@ -69,20 +126,43 @@ INSTANTIATE_TEST_SUITE_P(Themes, Tour, testing::Values("light", "dark"), [](cons
 TEST_F(WindowTest, LooksAfterTheQueue)
 {
     start();
-    ASSERT_TRUE(shop->type(u"4600000000059"_s));
-    addCustomer();
-    addFault(QJsonDocument::fromJson(R"({"method": "postOrder", "kind": "status", "status": 200})").object());
-    ASSERT_TRUE(shop->press(Qt::Key_F12));
-    ASSERT_TRUE(WindowDriver::waitFor([this] { return shop->till.view().queue.deadLetters > 0; }));
-    ASSERT_TRUE(shop->press(Qt::Key_L, Qt::ControlModifier));
-    EXPECT_THAT(text(shop->rows().join(u'\n')), AllOf(HasSubstr("postOrder|отклонён|"), HasSubstr("bindOrderId")));
+    const auto openRefused = [this] {
+        ASSERT_TRUE(shop->type(u"4600000000059"_s));
+        addCustomer();
+        addFault({{u"method"_s, u"postOrder"_s}, {u"kind"_s, u"status"_s}, {u"status"_s, 200}});
+        ASSERT_TRUE(shop->press(Qt::Key_F12));
+        ASSERT_TRUE(WindowDriver::waitFor([this] { return shop->till.view().queue.deadLetters > 0; }));
+        ASSERT_TRUE(shop->press(Qt::Key_L, Qt::ControlModifier));
+        EXPECT_THAT(text(shop->rows().join(u'\n')), AllOf(HasSubstr("postOrder|отклонён|"), HasSubstr("bindOrderId")));
+    };
+    openRefused();
+    ASSERT_TRUE(shop->press(Qt::Key_Return)); // send again
+    EXPECT_TRUE(WindowDriver::waitFor(
+        [this] { return shop->press(Qt::Key_L, Qt::ControlModifier) && shop->rows().isEmpty(); }));
+    shop->hit(Qt::Key_Escape);
+
+    openRefused();
     ASSERT_TRUE(shop->press(Qt::Key_F5)); // discard
     ASSERT_TRUE(shop->type({}));
     ASSERT_TRUE(shop->type(u"по просьбе поддержки"_s));
     EXPECT_THAT(text(shop->rows().value(0)), HasSubstr("снят|1|по просьбе поддержки"));
-    ASSERT_TRUE(WindowDriver::waitFor([this] { return requestsOf(u"bindOrderId"_s) == 1; }));
+    ASSERT_TRUE(WindowDriver::waitFor([this] { return requestsOf(u"bindOrderId"_s) == 2; }));
     ASSERT_TRUE(shop->press(Qt::Key_Return)); // send again
     EXPECT_NE(shop->message(), QString()) << "what was discarded is not sent";
+}
+
+TEST_F(WindowTest, FitsTheScreenWhateverTheCustomerIsCalled)
+{
+    start();
+    for (const QString &name : {QString(200, u'Ш'), u"Шш "_s.repeated(66)}) {
+        runSql(folder.filePath(u"service.db"_s), u"UPDATE customers SET last_name = '%1'"_s.arg(name));
+        ASSERT_TRUE(shop->type(u"4600000000059"_s));
+        addCustomer();
+        ASSERT_TRUE(shop->press(Qt::Key_F5));
+        picture({});
+        for (const Qt::Key key : {Qt::Key_F10, Qt::Key_F10, Qt::Key_F12, Qt::Key_Return}) // no points, no card
+            ASSERT_TRUE(shop->press(key));
+    }
 }
 
 TEST_F(WindowTest, IsWalkedThroughWithTheTabKey)
@@ -159,27 +239,17 @@ TEST_F(WindowTest, LivesAndTakesGoodsWhileAnExchangeHangs)
 
 TEST_F(WindowTest, GoesOnAfterAKillAndLetsNobodyElseIn)
 {
-    QProcess other;
-    other.start(QCoreApplication::applicationFilePath(), {u"--sell"_s, ini()});
-    ASSERT_TRUE(other.waitForReadyRead(30'000));
+    const auto other = startTill(R"({"checks": [{"goods": [{"barcode": "1", "name": "Хлеб", "price": "45.50"}],
+                                                 "steps": [{"hold": 100}]}]})");
+    ASSERT_TRUE(waitFor([&] { return other->waitForReadyRead(10) && other->readAll().contains("Касса ждёт"); }));
     start();
-    EXPECT_THAT(text(shop->till.view().fault), HasSubstr(std::to_string(other.processId())));
+    EXPECT_THAT(text(shop->till.view().fault), HasSubstr(std::to_string(other->processId())));
     EXPECT_EQ(shop->page(), shop->till.view().fault);
     shop.reset();
-    kill(other);
+    kill(*other);
     start();
     EXPECT_EQ(shop->till.view().check.lines.size(), 1);
     EXPECT_THAT(text(shop->message()), HasSubstr("Чек восстановлен"));
-}
-
-/// Puts something on a check, says so, and sits there.
-int sell(const QString &configFile)
-{
-    WindowDriver shop(configFile);
-    const bool sold = shop.type(u"4600000000059"_s) && shop.till.view().isOpen;
-    std::puts("sold");
-    std::fflush(stdout);
-    return sold ? QApplication::exec() : 1;
 }
 
 } // namespace
@@ -191,7 +261,5 @@ int main(int argc, char *argv[])
         qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
     QLocale::setDefault(QLocale::Russian);
-    if (argc == 3)
-        return sell(QString::fromLocal8Bit(argv[2]));
     return RUN_ALL_TESTS();
 }

@@ -23,10 +23,7 @@ QString localQuantity(double quantity)
     return QLocale().toString(quantity, 'g', QLocale::FloatingPointShortest);
 }
 
-QString timeText(const QDateTime &time)
-{
-    return time.toString(u"dd.MM HH:mm:ss"_s);
-}
+const QString timeFormat = u"dd.MM HH:mm:ss"_s;
 
 } // namespace
 
@@ -70,8 +67,8 @@ Page queuePage(const QList<QueueAdmin::Entry> &entries)
         const QString id = QString::number(entry.id);
         const QString reason = entry.state == QueueAdmin::State::Discarded ? entry.discardReason : entry.lastError;
         page.rows.append({id,
-                          {id, timeText(entry.stored), entry.operation, states.value(static_cast<int>(entry.state)),
-                           QString::number(entry.attempts), reason}});
+                          {id, entry.stored.toString(timeFormat), entry.operation,
+                           states.value(static_cast<int>(entry.state)), QString::number(entry.attempts), reason}});
     }
     return page;
 }
@@ -81,7 +78,7 @@ Page parkedPage(const QList<CheckStore::KeptCheck> &checks)
     const QString count = Texts::tr("Записей: %1").arg(checks.size());
     Page page{Page::Kind::Parked, Texts::tr("Отложенные чеки"), count, Texts::each("Отложен|Чек|Причина"), {}, 2};
     for (const CheckStore::KeptCheck &check : checks)
-        page.rows.append({check.identifier, {timeText(check.since), check.identifier, check.reason}});
+        page.rows.append({check.identifier, {check.since.toString(timeFormat), check.identifier, check.reason}});
     return page;
 }
 
@@ -94,9 +91,9 @@ Page journalPage(const QList<CheckResult> &finished)
     for (const CheckResult &check : finished) {
         const bool isClosed = check.outcome == "closed"_L1;
         page.rows.append({check.identifier,
-                          {timeText(check.dateTime), isClosed ? Texts::tr("закрыт") : Texts::tr("аннулирован"),
-                           moneyText(check.total()), moneyText(check.spent()), moneyText(check.earned), check.customer,
-                           check.identifier}});
+                          {check.dateTime.toString(timeFormat),
+                           isClosed ? Texts::tr("закрыт") : Texts::tr("аннулирован"), moneyText(check.total()),
+                           moneyText(check.spent()), moneyText(check.earned), check.customer, check.identifier}});
         sum += isClosed ? check.total() : Money();
         spent += isClosed ? check.spent() : Money();
     }

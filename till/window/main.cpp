@@ -48,8 +48,7 @@ int main(int argc, char *argv[])
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
-        constexpr int unusable = 2;
-        return program.exit(error) == 0 ? 0 : unusable;
+        return program.exit(error) == 0 ? 0 : 2;
     }
     QApplication application(argc, argv);
 

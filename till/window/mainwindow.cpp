@@ -28,10 +28,8 @@ MainWindow::MainWindow(CheckThread &till) : m_till(till), m_pages(new QStackedWi
     m_message->setAccessibleName(tr("Сообщение"));
     m_pages->addWidget(m_sale);
     m_pages->addWidget(m_list);
-    auto *central = new QWidget;
-    central->setObjectName(u"page"_s);
     QWidget *bottom = arrange(Qt::Horizontal, {m_message, m_totals}, {m_message});
-    setCentralWidget(arrange(Qt::Vertical, {m_pages, bottom, m_actionArea, m_questions}, {m_pages}, central));
+    setCentralWidget(arrange(Qt::Vertical, {m_pages, bottom, m_actionArea, m_questions}, {m_pages}, new QWidget));
     makeStatusBar();
 
     connect(m_list, &ListPage::left, this, &MainWindow::showSale);
@@ -128,6 +126,9 @@ QList<MainWindow::Action> MainWindow::actions()
         return Mode{prompt, hint, tr("Ищем покупателя"),
                     [type](CheckDesk &desk, const QString &text) { desk.identify(type, text); }};
     };
+    const auto removeLine = [this] {
+        m_till.send([line = selectedLine()](CheckDesk &desk) { desk.session().removeGoods(line); });
+    };
     const auto takes = [this](const Mode &mode) { return [this, mode] { enter(mode); }; };
     const Mode card = customer(ECardNumberType::Scanned, tr("Номер карты"), tr("Проведите карту или введите номер"));
     const Mode phone = customer(ECardNumberType::Phone, tr("Телефон"), tr("Например, +79001234567"));
@@ -148,7 +149,7 @@ QList<MainWindow::Action> MainWindow::actions()
         {u"price"_s, tr("Рассчитать"), canPrice, has(&CheckSession::price, tr("Рассчитываем чек"))},
         {u"spend"_s, tr("Списать баллы"), canSpend, has(&CheckSession::spend, tr("Списываем баллы"))},
         {u"change"_s, tr("Изменить"), hasLines, [this] { changeLine(); }},
-        {u"remove"_s, tr("Удалить"), hasLines, [this] { removeLine(); }},
+        {u"remove"_s, tr("Удалить"), hasLines, removeLine},
         {u"restore"_s, tr("Вернуть"), canRestore, has(&CheckSession::restoreGoods)},
         {u"park"_s, tr("Отложить"), always, does(&CheckDesk::parkOrShowParked)},
         {u"void"_s, tr("Аннулировать"), isOpen, [this] { voidCheck(); }},
@@ -163,11 +164,6 @@ void MainWindow::changeLine()
            tr("Количество, или =цена"),
            {},
            [line = selectedLine()](CheckDesk &desk, const QString &text) { desk.changeGoods(line, text); }});
-}
-
-void MainWindow::removeLine()
-{
-    m_till.send([line = selectedLine()](CheckDesk &desk) { desk.session().removeGoods(line); });
 }
 
 void MainWindow::voidCheck()

@@ -66,7 +66,6 @@ private:
     void updateAreas();
 
     void changeLine();
-    void removeLine();
     void voidCheck();
     void discardRequest(const QString &number);
 

@@ -44,6 +44,7 @@ void MainWindow::apply()
 
 void MainWindow::showCheck(const CheckResult &check)
 {
+    constexpr qsizetype longestName = 40; // characters
     m_total->setText(moneyText(check.total()));
     m_sum->setText(check.spent().isZero()
                        ? tr("К оплате")
@@ -51,9 +52,11 @@ void MainWindow::showCheck(const CheckResult &check)
     m_lines->show(linesPage(check.lines), check.lines.size() - 1);
     const bool hasCard = !check.card.isEmpty();
     const bool isPriced = hasCard && !check.basket.isEmpty();
-    const QString name = check.customer.isEmpty() ? tr("Имя неизвестно") : check.customer;
+    const QString name = check.customer.isEmpty() ? tr("Имя неизвестно") : fitting(check.customer, longestName);
     m_customer->setText(hasCard ? name : tr("Покупатель не указан"));
-    m_card->setText(hasCard ? check.tier + u'\n' + tr("Карта %1").arg(check.card) : tr("F2 – карта, F3 – телефон"));
+    m_customer->setToolTip(check.customer);
+    m_card->setText(hasCard ? fitting(check.tier, longestName) + u'\n' + tr("Карта %1").arg(check.card)
+                            : tr("F2 – карта, F3 – телефон"));
     const QList<std::optional<Money>> sums{check.balance, check.offered, check.spent(), check.earned,
                                            check.balanceAfter()};
     for (qsizetype index = 0; index < sums.size(); ++index) {
@@ -100,12 +103,12 @@ void MainWindow::showMessage()
     const TillView &view = m_till.view();
     const qint64 waited = view.waitingSince.msecsTo(QDateTime::currentDateTime());
     const bool isWaiting = m_till.isBusy() && !view.question && !view.waitingFor.isEmpty() && waited > unnoticed;
-    QString text = view.message;
+    QString text = fitting(view.message);
     if (isWaiting)
         text = tr("%1: ждём ответа %2 с, с %3")
                    .arg(view.waitingFor, QString::number(waited / 1000), view.waitingSince.toString(u"HH:mm:ss"_s));
     if (!m_pending.isEmpty())
-        text += u"\n"_s + tr("Введено и будет добавлено: %1").arg(m_pending.join(u", "_s));
+        text += u"\n"_s + fitting(tr("Введено и будет добавлено: %1").arg(m_pending.join(u", "_s)));
     m_message->setText(text);
     setTone(m_message, isWaiting ? u"wait"_s : view.isWarning && !text.isEmpty() ? u"warning"_s : QString());
     m_questions->showTimeLeft();
@@ -134,10 +137,8 @@ void MainWindow::showHelp()
 
 void MainWindow::showSale()
 {
-    if (!m_till.view().fault.isEmpty()) {
-        close();
-        return;
-    }
+    if (!m_till.view().fault.isEmpty())
+        return static_cast<void>(close());
     m_pages->setCurrentWidget(m_sale);
     updateAreas();
     setMode({tr("Товар"), tr("Штрихкод, 3*штрихкод или название"), {}, nullptr});
@@ -207,9 +208,7 @@ void MainWindow::settle(const Answer &answer)
 void MainWindow::closeEvent(QCloseEvent *event)
 {
     // Until then the check thread could not end, and the window would stand still.
-    if (!m_till.isBusy() || m_till.view().question || !m_till.view().fault.isEmpty())
-        return QMainWindow::closeEvent(event);
-    event->ignore();
+    event->setAccepted(!m_till.isBusy() || m_till.view().question || !m_till.view().fault.isEmpty());
 }
 
 void MainWindow::keyPressEvent(QKeyEvent *event)

@@ -12,10 +12,11 @@ QuestionPanel::QuestionPanel()
     addKey(m_first, Qt::Key_F5);
     addKey(m_again, Qt::Key_F8);
     addKey(m_second, Qt::Key_F10);
-    for (QLabel *label : {m_text, m_reason, m_time})
+    for (QLabel *label : {m_text, m_reason})
         label->setWordWrap(true);
+    QWidget *entry = arrange(Qt::Horizontal, {m_entry, m_time}, {m_entry});
     QWidget *buttons = arrange(Qt::Horizontal, {m_first, m_again, m_second}, {m_first, m_again, m_second});
-    arrange(Qt::Vertical, {m_text, m_reason, m_time, m_entry, buttons}, {}, this);
+    arrange(Qt::Vertical, {m_text, m_reason, entry, buttons}, {}, this);
     connect(m_first, &QPushButton::clicked, this, [this] { answer(Answer::Kind::First); });
     connect(m_entry, &QLineEdit::returnPressed, this, [this] { answer(Answer::Kind::First); });
     connect(m_again, &QPushButton::clicked, this, [this] { answer(Answer::Kind::SendAgain); });
@@ -29,8 +30,8 @@ void QuestionPanel::show(const Question &question)
     m_question = question;
     const bool isCode = question.entry == Question::Entry::Code;
     const bool isTyped = question.entry != Question::Entry::None;
-    m_text->setText(question.text);
-    m_reason->setText(question.reason);
+    m_text->setText(fitting(question.text));
+    m_reason->setText(fitting(question.reason));
     m_reason->setVisible(!question.reason.isEmpty());
     m_entry->clear();
     m_entry->setAccessibleName(question.text);

@@ -23,7 +23,7 @@ constexpr std::tuple<QStringView, QRgb, QRgb> colours[]{
 
 const QString styleSheet = uR"(
 * { font-size: 15px; outline: 0; }
-QMainWindow, QWidget#page { background: @ground; }
+QMainWindow { background: @ground; }
 QLabel[role="muted"] { color: @muted; }
 QLabel[role="title"] { font-size: 20px; font-weight: 600; }
 QLabel[role="big"] { font-size: 44px; font-weight: 700; }
@@ -34,10 +34,9 @@ QLabel#message[tone="wait"] { background: @accent; color: @onAccent; }
 QLineEdit, QTableView, QPlainTextEdit, QToolButton, QPushButton, QFrame[role="card"] { background: @surface;
             border: 2px solid @line; border-radius: 8px; }
 QLineEdit { padding: 6px 10px; font-size: 20px; }
-QLineEdit[tone="code"] { font-size: 34px; letter-spacing: 10px; }
+QLineEdit[tone="code"] { font-size: 30px; letter-spacing: 10px; }
 QTableView { font-size: 16px; }
 QPlainTextEdit { font-family: monospace; }
-QLineEdit, QTableView, QPlainTextEdit { selection-background-color: @accent; selection-color: @onAccent; }
 QTableView::item { padding: 4px 5px; border: 0; }
 QTableView::item:selected { background: @accent; color: @onAccent; }
 QHeaderView { background: @surface; }

@@ -1,6 +1,9 @@
 // Makes the window's labels, buttons and tables.
 #include "widgets.h"
 
+#include <core/plaintext.h>
+
+#include <QtCore/QRegularExpression>
 #include <QtGui/QShortcut>
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QStyle>
@@ -32,6 +35,16 @@ QLabel *makeLabel(const QString &role, const QString &text)
     return label;
 }
 
+QString fitting(const QString &text, qsizetype longest)
+{
+    // Nine letters, with more to come, of a word that has twenty.
+    static const QRegularExpression longWord(u"((?:\\G(?!^)|(?<!\\S)(?=\\S{20}))\\S{9})(?=\\S)"_s);
+    QStringList lines = text.split(u'\n').mid(0, 4);
+    for (QString &line : lines)
+        line = plainText(line, longest).replace(longWord, u"\\1\u200B"_s);
+    return lines.join(u'\n');
+}
+
 QPushButton *makeButton(const QString &text)
 {
     auto *button = new QPushButton(text);
@@ -40,9 +53,9 @@ QPushButton *makeButton(const QString &text)
     return button;
 }
 
-QShortcut *addKey(QAbstractButton *button, const QKeySequence &key)
+void addKey(QAbstractButton *button, const QKeySequence &key)
 {
-    return new QShortcut(key, button, [button] { button->click(); });
+    new QShortcut(key, button, [button] { button->click(); });
 }
 
 void setTone(QWidget *widget, const QString &tone)

@@ -9,8 +9,6 @@
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QTableWidget>
 
-class QShortcut;
-
 namespace till {
 
 /// Puts widgets side by side or one below the other, into `box` or a new one; those in `wide` take the room that is
@@ -21,12 +19,16 @@ QWidget *arrange(Qt::Orientation orientation, const QList<QWidget *> &widgets, c
 /// A label for plain text. `role` is one of the style sheet's.
 QLabel *makeLabel(const QString &role = {}, const QString &text = {});
 
+/// A text that came from outside, fit for a label: plain, with `longest` characters of a line at most and few lines,
+/// and with places where even a word without end can be wrapped.
+QString fitting(const QString &text, qsizetype longest = 200);
+
 /// A large button.
 QPushButton *makeButton(const QString &text = {});
 
 /// Gives a button a key for as long as it can be seen and is enabled. Unlike QAbstractButton's own shortcut it acts at
 /// once, and survives a new text.
-QShortcut *addKey(QAbstractButton *button, const QKeySequence &key);
+void addKey(QAbstractButton *button, const QKeySequence &key);
 
 /// Shows the widget in another tone of the style sheet.
 void setTone(QWidget *widget, const QString &tone);

@@ -7,19 +7,6 @@
 
 #include <limits>
 
-inline void PrintTo(Money money, std::ostream *out)
-{
-    *out << money.kopecks();
-}
-
-static QList<Money> kopecks(const QList<qint64> &numbers)
-{
-    QList<Money> sums;
-    for (const qint64 number : numbers)
-        sums.append(Money::fromKopecks(number));
-    return sums;
-}
-
 TEST(Money, RoundsRublesAsAPersonReadsThem)
 {
     const CommaLocale commas;
@@ -43,15 +30,24 @@ TEST(Money, RoundsRublesAsAPersonReadsThem)
 TEST(Money, DistributesToTheKopeck)
 {
     constexpr qint64 huge = 4'000'000'000'000'000'000;
-    const std::tuple<qint64, QList<Money>, QList<Money>> cases[] = {
-        {100, kopecks({1, 1, 1}), kopecks({34, 33, 33})},
-        {-100, kopecks({1, 1, 1}), kopecks({-34, -33, -33})},
-        {1, kopecks({1, 2, 2}), kopecks({0, 1, 0})},
-        {10, kopecks({0, 5, -3, 5}), kopecks({0, 5, 0, 5})},
-        {7, kopecks({0, 0}), kopecks({7, 0})},
+    // The sum, the weights and the parts.
+    using Kopecks = std::vector<qint64>;
+    const std::tuple<qint64, Kopecks, Kopecks> cases[] = {
+        {100, {1, 1, 1}, {34, 33, 33}},
+        {-100, {1, 1, 1}, {-34, -33, -33}},
+        {1, {1, 2, 2}, {0, 1, 0}},
+        {10, {0, 5, -3, 5}, {0, 5, 0, 5}},
+        {7, {0, 0}, {7, 0}},
         {5, {}, {}},
-        {huge, kopecks({huge, huge}), kopecks({huge / 2, huge / 2})},
+        {huge, {huge, huge}, {huge / 2, huge / 2}},
     };
-    for (const auto &[total, weights, parts] : cases)
-        EXPECT_EQ(Money::distribute(Money::fromKopecks(total), weights), parts);
+    for (const auto &[total, weights, expected] : cases) {
+        QList<Money> sums;
+        for (const qint64 weight : weights)
+            sums.append(Money::fromKopecks(weight));
+        Kopecks parts;
+        for (const Money part : Money::distribute(Money::fromKopecks(total), sums))
+            parts.push_back(part.kopecks());
+        EXPECT_EQ(parts, expected);
+    }
 }

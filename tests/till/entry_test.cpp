@@ -1,4 +1,4 @@
-// What the cashier types in a terminal.
+// What the cashier enters: goods, and in a terminal other steps, too.
 #include "till/catalogue.h"
 #include "till/typedstep.h"
 
@@ -11,6 +11,38 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 using Kind = till::Step::Kind;
+
+TEST(Catalogue, FindsWhatIsEntered)
+{
+    const till::Catalogue catalogue(QStringLiteral(KVO_GOODS));
+    ASSERT_EQ(catalogue.goods().size(), 30);
+    // What is entered, the quantity (0: refused), and the names that are found.
+    const std::tuple<const char *, double, QStringList> cases[]{
+        {" 4600000000011 ", 1, {u"Молоко 2,5% 1 л"_s}},
+        {"1.25 * 4600000000097", 1.25, {u"Яблоки сезонные, кг"_s}},
+        {"0,345*сыр", 0.345, {u"Сыр Российский весовой, кг"_s}},
+        {"черный ЧАЙ", 1, {u"Чай чёрный листовой по акции 100 г"_s}},
+        {"4600000099999", 1, {}},
+        {"0*4600000000011", 0, {}},
+        {"1.2345*4600000000011", 0, {}},
+        {"два*4600000000011", 0, {}},
+        {"3*", 0, {}},
+        {"", 0, {}},
+    };
+    for (const auto &[entry, quantity, names] : cases) {
+        if (quantity == 0) {
+            EXPECT_THROW(catalogue.find(QString::fromUtf8(entry)), BasicException) << entry;
+            continue;
+        }
+        QStringList found;
+        for (const till::Goods &goods : catalogue.find(QString::fromUtf8(entry))) {
+            found.append(goods.name);
+            EXPECT_EQ(goods.quantity, quantity) << entry;
+        }
+        EXPECT_EQ(found, names) << entry;
+    }
+    EXPECT_EQ(catalogue.find(u"масло"_s).size(), 2);
+}
 
 TEST(TypedStep, IsAWordOfTheScenariosOrGoods)
 {
