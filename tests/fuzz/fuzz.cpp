@@ -13,7 +13,6 @@
 
 #include <checks/checkrows.h>
 #include <core/basicexception.h>
-#include <core/plaintext.h>
 
 #include <log4qt/logmanager.h>
 #include <sys/mman.h>
@@ -90,13 +89,6 @@ void check(const QByteArray &input)
         require(!CheckRows().read(CheckRows().update(*check).written).isNull());
 }
 
-void plainTexts(const QByteArray &input)
-{
-    const auto *units = reinterpret_cast<const char16_t *>(input.constData());
-    const QString plain = plainText(QString::fromUtf16(units, input.size() / 2), 40);
-    require(plain.size() <= 40 && plainText(plain, 40) == plain);
-}
-
 void typedLine(const QByteArray &input)
 {
     static const till::Catalogue catalogue(QStringLiteral(KVO_SOURCES "/till/goods.json"));
@@ -125,7 +117,6 @@ const std::map<std::string_view, void (*)(Input)> operations{
     {"csv", [](Input input) { till::readCsv(input); }},
     {"error-check", errorCheck},
     {"event", [](Input input) { kvo::Request::fromQueueEvent(object(input)).toQueueEvent(); }},
-    {"plaintext", plainTexts},
     {"plugin-data", pluginData},
     {"scenario", [](Input input) { orRefuse([&] { till::readScenario(file(input)); }); }},
     {"typed-line", typedLine},
