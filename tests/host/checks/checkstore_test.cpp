@@ -98,7 +98,9 @@ TEST_F(CheckStoreTest, FinishesACheckOnceAndKeepsTheOthers)
     EXPECT_EQ(builder::text(*later.resume(parked->getIdentifier())), builder::text(*parked));
     EXPECT_EQ(later.checks().first().standing, Standing::Current);
     later.park(u"Покупатель отошёл"_s);
-    EXPECT_THROW(later.resume(check->getIdentifier()), BasicException) << "finished";
+    EXPECT_THAT([&] { later.resume(check->getIdentifier()); },
+                testing::ThrowsMessage<BasicException>(HasSubstr("Отложенного чека")))
+        << "finished";
     EXPECT_EQ(later.checks().first().reason, u"Покупатель отошёл"_s);
     EXPECT_FALSE(later.restore());
 }

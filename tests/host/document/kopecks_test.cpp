@@ -301,23 +301,22 @@ TEST(SaleDocumentLines, AreChangedRemovedAndPutBackByTheirNumber)
 TEST(HostContract, NumbersOfEnumerationsNeverChange)
 {
     const auto numbers = [](auto... values) { return QList<int>{static_cast<int>(values)...}; };
-    {
-        using enum EDiscountMode;
-        EXPECT_EQ(numbers(Undefined, Automatic, LoyaltySystem, Manual, Card, Coupon, Payment),
-                  numbers(0, 1, 2, 3, 4, 5, 6));
-    }
-    {
-        using enum EDiscountType;
-        EXPECT_EQ(numbers(None, Percent, Sum, FixedPrice, Coupon, Bonus), numbers(0, 1, 2, 3, 4, 5));
-    }
-    {
-        using enum EPriceSourceType;
-        EXPECT_EQ(numbers(Undefined, Catalogue, Barcode, Manual, MinimumPrice, Promotion), numbers(0, 1, 2, 3, 4, 5));
-    }
+    using Mode = EDiscountMode;
+    using Type = EDiscountType;
+    using Price = EPriceSourceType;
+    EXPECT_EQ(numbers(Mode::Undefined, Mode::Automatic, Mode::LoyaltySystem, Mode::Manual, Mode::Card, Mode::Coupon,
+                      Mode::Payment),
+              numbers(0, 1, 2, 3, 4, 5, 6));
+    EXPECT_EQ(numbers(Type::None, Type::Percent, Type::Sum, Type::FixedPrice, Type::Coupon, Type::Bonus),
+              numbers(0, 1, 2, 3, 4, 5));
+    EXPECT_EQ(numbers(Price::Undefined, Price::Catalogue, Price::Barcode, Price::Manual, Price::MinimumPrice,
+                      Price::Promotion),
+              numbers(0, 1, 2, 3, 4, 5));
     EXPECT_EQ(numbers(EDiscountObject::Position, EImpactSource::DiscountSystem, EImpactSource::LoyaltySystem,
                       EImpactSource::Cashier, EDocumentType::Sale, EDocumentType::Refund, EDocumentType::RefundBySale,
                       Client::Sex::Male, Client::Sex::Female),
               numbers(1, 1, 2, 3, 1, 2, 25, 0, 1));
+    EXPECT_EQ(DocumentImpactDetail().getGivenSum(), 0);
     EXPECT_EQ(DocumentBonusRecord(), (DocumentBonusRecord{{}, 0, {}, {}, 0}));
 }
 

@@ -56,6 +56,7 @@ TEST_F(PostgresQueueTest, ProblemsAreToldByTheirCause)
     const std::tuple<QByteArray, QString, QString> cases[] = {
         {"database = nowhere\n", {}, u"нет такой базы данных"_s},
         {"host = " + QFile::encodeName(folder.path()) + "\n", {}, u"недоступен"_s},
+        {"options = sslmode=nonsense\n", {}, u"недоступен"_s},
         {"user = guest\npassword = wrong\n", {}, u"имя или пароль"_s},
         {"user = guest\npassword = secret\n", {}, u"недостаточно прав"_s},
         {{},

@@ -35,16 +35,6 @@ void put(const PowerCutDisk::Contents &contents, const QString &folder, bool wit
     }
 }
 
-bool isJudgedUsable(auto &work, const QString &folder, const auto &ledger)
-{
-    try {
-        return work.judge(folder, ledger);
-    } catch (const std::exception &error) {
-        std::cout << error.what() << '\n';
-        return false;
-    }
-}
-
 /// Works until the power fails. False: what is left is beyond use.
 template <class Work>
 bool live(Work &work, PowerCutDisk &disk, const QString &folder, PowerCutTally &tally)
@@ -73,8 +63,10 @@ bool live(Work &work, PowerCutDisk &disk, const QString &folder, PowerCutTally &
     for (const auto &[left, ledger] : cuts) {
         put(left, copy.path(), work.chance(0.3));
         ++tally.cuts;
-        if (!isJudgedUsable(work, copy.path(), ledger)) {
-            ++tally.broken["corrupt"];
+        try {
+            work.judge(copy.path(), ledger);
+        } catch (const std::exception &error) {
+            ++tally.broken[error.what()];
             return false;
         }
     }

@@ -55,7 +55,7 @@ public:
     void afterDatabaseWrite() {}
     const Ledger &ledger() const { return m_ledger; }
 
-    bool judge(const QString &folder, const Ledger &ledger)
+    void judge(const QString &folder, const Ledger &ledger)
     {
         CheckStore store(folder);
         requireSound(store.fileName());
@@ -65,7 +65,8 @@ public:
             ++m_tally.seen[m_judged == last ? "not done" : "step in progress done"];
         else if (m_judged != last)
             ++m_tally.broken[ledger.states.contains(m_judged) ? "lost" : "halved"];
-        return store.takeNotices().isEmpty();
+        if (!store.takeNotices().isEmpty())
+            throw std::runtime_error("put aside");
     }
 
     void goBack()

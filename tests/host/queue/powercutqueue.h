@@ -81,7 +81,7 @@ public:
     const Ledger &ledger() const { return m_ledger; }
     void goBack() { m_ledger = m_judged; }
 
-    bool judge(const QString &folder, const Ledger &ledger)
+    void judge(const QString &folder, const Ledger &ledger)
     {
         m_judged = ledger;
         std::set<int> left;
@@ -108,7 +108,6 @@ public:
             entry.gone = !isLeft;
             entry.deleted = false;
         }
-        return true;
     }
 
 private:

@@ -3,7 +3,7 @@
 //   open(), act(), close()   starts on what is in its folder, does something at random, ends in good order
 //   afterDatabaseWrite()     called after each write to a database itself, not to its log
 //   ledger()                 how to judge a cut at this moment; called in the middle of SQLite's operations
-//   judge(folder, ledger)    judges what a cut has left in the folder; false: it is beyond use
+//   judge(folder, ledger)    judges what a cut has left in the folder; throws when that is beyond use
 //   goBack()                 forgets all that was done since the cut judged last; open() follows, on what that has left
 #pragma once
 

@@ -3,14 +3,14 @@
 
 #include <unistd.h>
 
-int main(int argc, char **argv)
+#include <cstdio>
+
+int main(int, char **argv)
 {
-    if (argc != 2)
-        return 2;
     Singleton<Config>::replace(QSharedPointer<Config>::create(QString::fromLocal8Bit(argv[1])));
     QueueDelivery delivery(QueueSettings::configured(), {{u"kvo"_s, [](const QJsonObject &) {
-                                                              if (::write(STDOUT_FILENO, "sent\n", 5) != 5)
-                                                                  return;
+                                                              std::puts("sent");
+                                                              std::fflush(stdout);
                                                               while (true)
                                                                   ::pause();
                                                           }}});

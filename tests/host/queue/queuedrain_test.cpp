@@ -3,6 +3,7 @@
 
 #include <queue/queueadmin.h>
 #include <queue/queuedrain.h>
+#include <queue/queuesignal.h>
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDeadlineTimer>
@@ -10,31 +11,20 @@
 #include <QtCore/QThread>
 
 #include <latch>
+#include <thread>
 
 class QueueDrainTest : public QueueTest
 {
 protected:
-    /// A second process on the same queue, see queuechild.cpp: begins to send and never ends.
-    class Child
+    /// A second process on the same queue, see queuechild.cpp: begins to send and never ends. Killed with the object.
+    std::unique_ptr<QProcess> startChild()
     {
-    public:
-        explicit Child(const QString &ini)
-        {
-            process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-            process.start(QStringLiteral(QUEUE_CHILD), {ini});
-            EXPECT_TRUE(process.waitForReadyRead(30'000)) << "nothing sent";
-        }
-        ~Child() { kill(); }
-
-        void kill()
-        {
-            process.kill();
-            process.waitForFinished();
-        }
-
-    private:
-        QProcess process;
-    };
+        auto child = std::make_unique<QProcess>();
+        child->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        child->start(QStringLiteral(QUEUE_CHILD), {iniFile});
+        EXPECT_TRUE(child->waitForReadyRead(30'000)) << "nothing sent";
+        return child;
+    }
 
     /// Waits until it holds, but not for ever.
     static bool becomes(const std::function<bool()> &condition)
@@ -145,10 +135,10 @@ TEST_F(QueueDrainTest, StopsAfterTheExchangeInHandAndGoesOnAtTheNextStart)
 TEST_F(QueueDrainTest, WhatAnotherProcessIsSendingIsLeftToItUntilItDies)
 {
     push(u"a1 a2 b1"_s);
-    Child child(iniFile);
+    auto child = startChild();
     EXPECT_EQ(drain(), u"b1"_s);
     EXPECT_TRUE(delivery.hasDeliverable());
-    child.kill();
+    child.reset();
     // A server learns a moment later that a connection has ended.
     EXPECT_TRUE(becomes([this] { return drain() == u"a1 a2"; }));
 }
@@ -157,8 +147,19 @@ TEST_F(QueueDrainTest, BeingSentWhenTheDrainIsKilledCountsAsAnAttempt)
 {
     push(u"a1"_s);
     for (int kills = 1; kills <= 2; ++kills)
-        Child(iniFile).kill();
+        startChild();
     unreachable = {u"a1"_s};
     EXPECT_EQ(drain(), u"a1"_s);
     EXPECT_EQ(sql(u"SELECT attempts FROM event"_s), 3);
+}
+
+TEST(QueueSignalTest, WaitsUntilItIsRaisedOrTheTimeIsUp)
+{
+    QueueSignal signal;
+    const auto start = std::chrono::steady_clock::now();
+    signal.wait(signal.count(), 20ms);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 20ms);
+    const std::jthread other([&] { signal.raise(); });
+    signal.wait(0, 1h);
+    EXPECT_EQ(signal.count(), 1);
 }

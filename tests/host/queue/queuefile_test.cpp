@@ -139,12 +139,14 @@ TEST_F(QueueFileTest, UnusableFileIsRefusedByNameLeftAloneAndUsedAgainWhenItIsMe
     }
 }
 
-TEST_F(QueueFileTest, FolderOrFileThatCannotBeMadeIsRefused)
+TEST_F(QueueFileTest, FolderOrFileThatCannotBeOrIsNotToBeMadeIsRefused)
 {
     writeFile(folder.filePath(u"data"_s), "a file where the folder should be");
     EXPECT_THAT(problemOfPush(u"a1"_s), HasSubstr("не удалось создать"));
     EXPECT_THROW(push(u"a1"_s, u""_s), BasicException) << "nobody to deliver it to";
     QFile::remove(folder.filePath(u"data"_s));
+    EXPECT_THROW(QueueAdmin(), BasicException);
+    EXPECT_FALSE(QFile::exists(folder.filePath(u"data"_s)));
     QDir().mkpath(file);
     EXPECT_THAT(problemOfPush(u"a1"_s), HasSubstr("не удалось открыть файл"));
     QDir().rmdir(file);
@@ -224,13 +226,6 @@ TEST_F(QueueFileTest, FileThatIsTakenAwayOrReplacedIsNotWrittenToAnyMore)
         EXPECT_EQ(drain(), isReplaced ? u"a1 b1"_s : u"b1"_s);
         EXPECT_EQ(runSql(old, u"SELECT COUNT(*) FROM event"_s), QVariantList{1});
     }
-}
-
-TEST_F(QueueFileTest, QueueThatDoesNotExistIsNotMade)
-{
-    QFile::rename(folder.filePath(u"data"_s), folder.filePath(u"elsewhere"_s));
-    EXPECT_THROW(QueueAdmin(), BasicException);
-    EXPECT_FALSE(QFile::exists(file));
 }
 
 TEST_F(QueueFileTest, DrainGoesOnWhenTheFileCanBeUsedAgain)
