@@ -113,6 +113,7 @@ TEST(RestClient, TellsTheServicesWordFromEverythingElseWithinItsMemory)
         {"negative length", sized("-2", "{}"), 0, Error::ProtocolFailure},
         {"at the cap", json(cap), 200, Error::NoError},
         {"over the cap", json(cap + 1), 0, Error::UnknownContentError},
+        {"over the cap without a length", start + "\r\n" + QByteArray(cap + 1, ' '), 0, Error::UnknownContentError},
         {"flood of trailers", chunked + "0\r\n" + QByteArray("A: b\r\n").repeated(5'000'000), 0,
          Error::UnknownContentError},
         {"flood of interim answers", QByteArray("HTTP/1.1 100 Continue\r\n\r\n").repeated(5'000) + json(2), 0,
