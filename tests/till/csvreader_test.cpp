@@ -50,12 +50,8 @@ QString dayOf(const QByteArray &data, const QHash<QString, QString> &columns = {
     writeFile(file, data);
     QString text;
     const till::Day day = till::readDay(file, columns);
-    for (const till::Receipt &receipt : day.receipts) {
-        Money sum;
-        for (const till::Goods &goods : receipt.goods)
-            sum += Money::fromRubles(goods.price.toRubles() * goods.quantity);
-        text += u"%1 %2 %3\n"_s.arg(receipt.invoice, receipt.customer, sum.toText());
-    }
+    for (const till::Receipt &receipt : day.receipts)
+        text += u"%1 %2 %3\n"_s.arg(receipt.invoice, receipt.customer, till::Day{{receipt}, {}}.sum().toText());
     for (const till::LeftOut &left : day.leftOut)
         text += QString::number(left.line) + QStringLiteral("BRC").at(static_cast<int>(left.kind)) + u'\n';
     return text;

@@ -1,4 +1,4 @@
-// The receipt's text, whatever the locale.
+// The receipt's text, whatever the locale and whatever stands in names and numbers.
 #include "tests/support/commalocale.h"
 #include "till/receipt.h"
 
@@ -17,12 +17,12 @@ TEST(Receipt, HasItsColumnsAndTwoDecimalsInEveryLocale)
     const till::CheckResult result{u"c0ffee00-0000-4000-8000-000000000001"_s,
                                    opened,
                                    u"closed"_s,
-                                   {{1, u"Сыр Российский особый весовой с длинным названием на ценнике"_s, 0.345,
+                                   {{1, u"Сыр Российский\u2028особый весовой с длинным названием на ценнике"_s, 0.345,
                                      Money::fromKopecks(64000), Money::fromKopecks(22080), Money::fromKopecks(11040)},
                                     {3, u"Хлеб"_s, 2, Money::fromKopecks(4550), Money::fromKopecks(9100), Money()}},
-                                   u"7770000000001"_s,
+                                   u"\x1b[2J7770000000001\u202e"_s,
                                    u"b-1"_s,
-                                   u"Константинопольская-Преображенская Александра Владимировна"_s,
+                                   u"Константинопольская-Преображенская\nАлександра Владимировна"_s,
                                    u"Золото"_s,
                                    Money::fromKopecks(123456789),
                                    Money::fromKopecks(5),
