@@ -136,6 +136,9 @@ void PostgresConnection::ensureTables(Missing missing)
 void PostgresConnection::makeTables()
 {
     DatabaseTransaction transaction(*this);
+    // In milliseconds: another till may be creating the tables, on a slow server. The session's limits are too short.
+    execute(u"SET LOCAL lock_timeout = 10000");
+    execute(u"SET LOCAL statement_timeout = 10000");
     value(schemaLock);
     if (foundVersion() != 0) // another till was faster
         return;
