@@ -110,7 +110,7 @@ TEST(Settings, GiveAddressesTimeoutAndCredentials)
 TEST(Settings, PlainHttpToAnotherMachineIsWarnedAboutOnce)
 {
     LogFile log;
-    for (const char *host : {"http://localhost:8080", "http://127.0.0.1", "https://h", "http://h", "http://other"}) {
+    for (const char *host : {"http://localhost:8080", "http://127.0.0.1", "https://safe", "http://h", "http://other"}) {
         const FakeConfig config({{u"Kvo:host"_s, QString::fromLatin1(host)}});
         Interface();
     }

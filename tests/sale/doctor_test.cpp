@@ -27,8 +27,7 @@ TEST_F(DoctorSaleTest, TellsATillThatSellsFromOneThatDoesNot)
         EXPECT_THAT(report, testing::HasSubstr(line));
     EXPECT_EQ(requestsOf(u"createOrder"_s) + requestsOf(u"calculateOrder"_s), 0);
 
-    const QString file = folder.filePath(u"till.ini"_s);
-    writeFile(file, readFile(file) + "hots = http://127.0.0.1\n");
+    configure("hots = http://127.0.0.1\n");
     EXPECT_THAT(doctor(2, {u"--json"_s}), testing::HasSubstr("Kvo:hots: unknown key, did you mean Kvo:host?"));
     const QString refusal = runTill(R"({"checks": []})", 2);
     EXPECT_TRUE(refusal.contains(u"till.ini"_s) && refusal.contains(u"Kvo:hots"_s)) << refusal.toStdString();

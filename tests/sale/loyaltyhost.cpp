@@ -124,10 +124,17 @@ std::function<void()> LoyaltyHost::callOf(const QString &name, const QString &ar
         {u"cancel"_s, [this] { system().cancel(); }},
         {u"restart"_s, [this] { restart(); }},
         {u"damage"_s, [this] { damagePluginData(); }},
+        {u"deliver"_s,
+         [this] {
+             if (!deliver())
+                 throw std::logic_error("something is left in the queue");
+         }},
         // Trouble for the calls that follow.
         {u"kill-before"_s, [=, this] { trouble.killBefore = argument; }},
         {u"kill-after"_s, [=, this] { trouble.killAfter = argument; }},
         {u"fail-push"_s, [=, this] { trouble.failingPush = argument.toInt(); }},
+        {u"remove-at-question"_s, [this] { trouble.answer = [this] { return removeCard(), true; }; }},
+        {u"remove-at-prompt"_s, [this] { trouble.atCodePrompt = [this] { removeCard(); }; }},
     };
     return calls.value(name);
 }

@@ -20,6 +20,15 @@
 
 using namespace Qt::Literals::StringLiterals;
 
+/// A scenario with one check: bread for 45.50 and milk twice for 91.00, 227.50 in all, up to 113.75 of it in points.
+inline QByteArray check(const QByteArray &steps, const QByteArray &expect = "{}", const QByteArray &answers = "{}")
+{
+    return R"({"checks": [{"goods": [
+        {"barcode": "1", "name": "Хлеб", "price": "45.50"},
+        {"barcode": "2", "name": "Молоко", "price": "91.00", "quantity": 2}], "steps": [)" +
+           steps + R"(], "answers": )" + answers + R"(, "expect": )" + expect + "}]}";
+}
+
 class SaleTest : public testing::Test
 {
 protected:
@@ -57,6 +66,16 @@ protected:
                       "\ntimeout = 20000\nbrand = B\nonlineStore = S\nterminal = T\nverificationLimit = 100\n");
     }
 
+    /// Gives the till further settings.
+    void configure(const QByteArray &lines)
+    {
+        const QString file = folder.filePath(u"till.ini"_s);
+        writeFile(file, readFile(file) + lines);
+    }
+
+    /// To a folder without plugin.
+    void movePluginFolder() { configure("[Till]\npluginFolder = " + QFile::encodeName(folder.path()) + '\n'); }
+
     /// Starts it at another port and with another password, which the till is told.
     void moveService(const QString &password)
     {
@@ -67,6 +86,8 @@ protected:
 
     void stopService()
     {
+        if (m_service.state() == QProcess::NotRunning)
+            return;
         recordExchanges();
         m_service.terminate();
         EXPECT_TRUE(m_service.waitForFinished(patience));
@@ -164,7 +185,7 @@ private:
     void recordExchanges()
     {
         const QString records = qEnvironmentVariable("KVO_RECORDS");
-        if (records.isEmpty() || m_service.state() != QProcess::Running || !QDir().mkpath(records))
+        if (records.isEmpty() || !QDir().mkpath(records))
             return;
         const auto *test = testing::UnitTest::GetInstance()->current_test_info();
         const QString name =
