@@ -41,6 +41,8 @@ struct TroubledQueue : DBQueueBroker
         if (trouble.failingPush > 0 && --trouble.failingPush == 0)
             throw BasicException(u"диск полон"_s);
         DBQueueBroker::push(owner, event, key);
+        if (event.value("url"_L1).toString().endsWith(u'/' + trouble.killAfter))
+            trouble.kill();
     }
     Trouble &trouble;
 };

@@ -35,6 +35,8 @@ const Row rows[]{
     {"KilledBetweenNameAndCreation", "kill-before:createOrder spend! price spend commit"},
     {"KilledAfterCreationThenVoided", "kill-after:createOrder spend! rollback", "0.00", voided},
     {"KilledAfterCreationInCommit", "price kill-after:createOrder commit! commit", "0.00"},
+    {"KilledWhileTheCardIsRemovedThenRemovedAgain", "price spend kill-after:cancelOrder remove! remove commit", "0.00"},
+    {"KilledWhileTheCardIsRemovedThenDropped", "price spend kill-after:cancelOrder remove! take-off drop spend commit"},
     {"CardReplaced", "price spend remove card:7770000000032 price spend commit"},
     {"CancelledBetweenTwoCustomers", // The first one has no points.
      "remove phone:+79007654321 remove cancel card:7770000000032 price spend commit"},
