@@ -94,7 +94,6 @@ private:
     /// could tell whether the order's cancellation was stored already.
     bool removesCard()
     {
-        std::puts("| > Удалить");
         m_host.check->setState(State::Open);
         m_host.save();
         m_host.play(u"remove"_s);

@@ -47,16 +47,10 @@ struct TroubledQueue : DBQueueBroker
     Trouble &trouble;
 };
 
-struct TroubledDialog : Dialog
+struct TroubledCashier : Dialog, VerificationLogic
 {
-    explicit TroubledDialog(Trouble &cause) : trouble(cause) {}
+    explicit TroubledCashier(Trouble &cause) : trouble(cause) {}
     bool question(const tr::Tr &, int, const tr::Tr &, const tr::Tr &, int) override { return trouble.answer(); }
-    Trouble &trouble;
-};
-
-struct TroubledPrompt : VerificationLogic
-{
-    explicit TroubledPrompt(Trouble &cause) : trouble(cause) {}
     void verify(const QString &, const tr::Tr &, int) override { trouble.atCodePrompt(); }
     Trouble &trouble;
 };
@@ -69,8 +63,9 @@ LoyaltyHost::LoyaltyHost(const QString &configFile, const QString &pluginFolder)
     setUpLogging(*Singleton<Config>::instance());
     Singleton<DBQueueBroker>::replace(QSharedPointer<TroubledQueue>::create(trouble));
     MockFactory<RestClient>::install(QSharedPointer<TroubledWire>::create(trouble));
-    MockFactory<Dialog>::install(QSharedPointer<TroubledDialog>::create(trouble));
-    MockFactory<VerificationLogic>::install(QSharedPointer<TroubledPrompt>::create(trouble));
+    const auto cashier = QSharedPointer<TroubledCashier>::create(trouble);
+    MockFactory<Dialog>::install(cashier);
+    MockFactory<VerificationLogic>::install(cashier);
     m_plugin = std::make_unique<till::LoyaltyPlugin>(m_pluginFolder);
 }
 

@@ -1,8 +1,6 @@
 // Whole sales. What is expected of each check stands in its scenario; at the end the books of both sides must agree.
 #include "salefixture.h"
 
-using testing::HasSubstr;
-
 namespace {
 
 /// A fault of the service, in the simulator's words.
@@ -59,11 +57,6 @@ const Case cases[]{
           R"({"outcome": "closed", "spent": "113.75",
               "messages": ["код", "Неверный код", "Неверный код", "Повторить", "код"]})",
           R"({"codes": ["no", "no", "no"], "dialogs": ["retry"]})")},
-    {"CodeNotGivenAndCardRemoved",
-     {},
-     sale(R"("price", "spend", "close")",
-          R"({"outcome": "closed", "card": "", "total": "227.50", "messages": ["код", "Повторить"]})",
-          R"({"codes": ["give-up"], "dialogs": ["remove"]})")},
     {"CardRemovedAtClose",
      {fault("createOrder", "status")},
      sale(R"("price", "close")", withoutCard, R"({"dialogs": ["remove"]})")},
@@ -90,22 +83,12 @@ INSTANTIATE_TEST_SUITE_P(Shop, Sale, testing::ValuesIn(cases),
 
 TEST_F(SaleTest, IsDeliveredAfterTheServiceIsBack)
 {
-    for (int checks : {1, 2}) {
-        runTill("offline-begin.json");
-        stopService();
-        runTill("offline-close.json", 0, {u"--drain-seconds"_s, u"0"_s});
-        checks == 1 ? startService() : moveService(u"new password"_s);
-        drain();
-        expectEqualBooks(checks);
-    }
-}
-
-TEST_F(SaleTest, RefusesAFolderInWhichAnotherTillWorks)
-{
-    const auto first = startTill(sale(R"("price", {"hold": 100})", "{}"));
-    ASSERT_TRUE(waitFor([&] { return first->waitForReadyRead(10) && first->readAll().contains("Касса ждёт"); }));
-    EXPECT_THAT(runTill("void.json", 2).toStdString(), HasSubstr("занята"));
-    kill(*first);
+    runTill("offline-begin.json");
+    stopService();
+    runTill("offline-close.json", 0, {u"--drain-seconds"_s, u"0"_s});
+    startService();
+    drain();
+    expectEqualBooks(1);
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 // The till sells whatever has become of loyalty: what is broken, what the cashier and `status` say, what is still sold.
 #include "salefixture.h"
 
-#include <QtCore/QDir>
 #include <QtCore/QLibraryInfo>
 
 using testing::HasSubstr;
@@ -33,20 +32,7 @@ public:
 
     QString data(const char *name) { return folder.filePath(u"data/"_s + QString::fromUtf8(name)); }
 
-    /// Puts bytes into a file that a till has left.
-    void patch(const char *name, qsizetype offset, const QByteArray &bytes)
-    {
-        runTill(plain);
-        QByteArray content = readFile(data(name));
-        ASSERT_GT(content.size(), offset + bytes.size());
-        writeFile(data(name), content.replace(offset, bytes.size(), bytes));
-    }
-
-    void damage(const char *name)
-    {
-        QDir().mkpath(folder.filePath(u"data"_s));
-        writeFile(data(name), QByteArray(8192, 'x'));
-    }
+    void damage(const char *name) { writeFile(data(name), QByteArray(8192, 'x')); }
 };
 
 TEST_P(Broken, LeavesATillThatSells)
@@ -71,9 +57,6 @@ const Case cases[]{
      },
      "а нужен модуль"},
     {"DamagedQueue", [](Broken &shop) { shop.damage("queue.db"); }, "Бонусы не работают"},
-    {"QueueOfANewerVersion", [](Broken &shop) { shop.patch("queue.db", 60, QByteArray("\0\0\x03\xe8", 4)); },
-     "Бонусы не работают"},
-    {"QueueThatCanOnlyBeRead", [](Broken &shop) { shop.patch("queue.db", 18, "\x03"); }, "Бонусы не работают"},
     {"NoServerForTheQueue",
      [](Broken &shop) { shop.configure("[Queue]\ndriver = QPSQL\nhost = 127.0.0.1\nport = 1\ndatabase = kvo\n"); },
      "Бонусы не работают"},
