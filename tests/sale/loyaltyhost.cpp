@@ -120,7 +120,6 @@ std::function<void()> LoyaltyHost::callOf(const QString &name, const QString &ar
         {u"rollback"_s, [=, this] { system().rollback(withDocument ? check : nullptr); }},
         {u"cancel"_s, [this] { system().cancel(); }},
         {u"restart"_s, [this] { restart(); }},
-        {u"damage"_s, [this] { damagePluginData(); }},
         {u"deliver"_s,
          [this] {
              if (!deliver())
@@ -201,14 +200,6 @@ void LoyaltyHost::notify(EventCode code, bool withDocument)
     if (withDocument)
         values.insert(u"document"_s, QVariant::fromValue(check.staticCast<AbstractDocument>()));
     Singleton<ActivityNotifier>::instance()->notify(Event(code, values));
-}
-
-void LoyaltyHost::damagePluginData()
-{
-    const QVariantList damaged{QVariantMap{{u"amount"_s, u"x"_s}}, u"x"_s};
-    for (const auto &key : {u"bonusRecords"_s, u"bonusImpacts"_s})
-        system().setPluginData(key, damaged);
-    save();
 }
 
 void LoyaltyHost::restart()

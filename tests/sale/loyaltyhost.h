@@ -75,7 +75,6 @@ private:
     void takePointsOff();
     void removeCard();
     void notify(EventCode code, bool withDocument);
-    void damagePluginData();
 
     QString m_pluginFolder;
     std::unique_ptr<till::LoyaltyPlugin> m_plugin;

@@ -42,7 +42,6 @@ const Row rows[]{
      "remove phone:+79007654321 remove cancel card:7770000000032 price spend commit"},
     {"CardRemovedAtTheQuestion", "price refuse:createOrder remove-at-question commit", "0.00"},
     {"CardRemovedAtTheCodePrompt", "price remove-at-prompt spend commit", "0.00"},
-    {"RestoredWithADamagedField", "price spend damage restart commit"},
     {"PriceChangeSpend", "price change:1 price spend commit", "68.25"},
     {"PriceSpendChange", "price spend change:1 subtotal commit", "0.00"},
     {"PriceSpendChangePriceSpend", "price spend change:1 subtotal price spend commit", "68.25"},
