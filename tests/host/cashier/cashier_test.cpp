@@ -145,7 +145,8 @@ TEST(CardAddLogic, KeepsTheCardUntilTheCancellationIsStored)
     system.queueIsFull = false;
     CardAddLogic().removeCard(check, card);
     EXPECT_TRUE(check->getCardRecords().isEmpty() && check->getDiscountSum().isZero());
-    EXPECT_TRUE(system.getPluginData().isEmpty() && !system.hasPointsForSpend()) << "points would come back after a restart";
+    EXPECT_TRUE(system.getPluginData().isEmpty() && !system.hasPointsForSpend())
+        << "points would come back after a restart";
 }
 
 } // namespace
