@@ -35,7 +35,7 @@ bool isLoopback(const QString &host)
 void warnOfPlainHttp(const QUrl &url, Log4Qt::Logger &logger)
 {
     static std::atomic_flag warned;
-    if (url.scheme() != "http"_L1 || isLoopback(url.host()) || warned.test_and_set())
+    if (!url.isValid() || url.scheme() != "http"_L1 || isLoopback(url.host()) || warned.test_and_set())
         return;
     logger.warn(
         u"Обмен с %1 пойдёт без шифрования (http): пароль и данные покупателей будут видны в сети, укажите https "

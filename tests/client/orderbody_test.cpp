@@ -129,7 +129,6 @@ TEST_F(OrderBody, IsKeptOnTheCardOnceTheServiceHasAcceptedIt)
         EXPECT_EQ(response.basket.size(), 36);
         EXPECT_TRUE(card->getOperationId().isEmpty());
         EXPECT_EQ(response.earnPoints(), 3);
-        EXPECT_EQ(response.redeemPoints().size(), 5);
         EXPECT_EQ(response.redeemPointsAmount(), 12.5);
         exchange.answer = RestExchange::response(200, R"({"success": true})");
         EXPECT_EQ(c.send().redeemPointsAmount(), 0);

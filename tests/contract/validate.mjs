@@ -47,30 +47,23 @@ function problems({ target, body, status, answer }) {
   return [...found, ...check('answer', resolve([...at, 'responses', key]).names, JSON.parse(answer))];
 }
 
-// What a spoilt exchange may look like; undefined where the exchange has nothing to spoil in this way.
-const edited = (text, change) => {
-  const value = JSON.parse(text || '{}');
-  return change(value) === false ? undefined : JSON.stringify(value);
-};
-const spoilt = [
-  ['brand as a number', (one) => ({ body: one.body && edited(one.body, (body) => { body.brand = 1; }) })],
-  ['a member too many', (one) => ({ body: one.body && edited(one.body, (body) => { body.extra = ''; }) })],
-  ['a sum as a number', (one) => ({
-    body: one.body && edited(one.body, (body) => (body.orderLines ? void (body.paymentDiscAmount = 0) : false)),
-  })],
-  ['a misspelt line member', (one) => ({
-    body: one.body && edited(one.body, (body) => {
-      if (!body.orderLines?.length) return false;
-      body.orderLines[0].lineId = body.orderLines[0].lineID;
-      delete body.orderLines[0].lineID;
-    }),
-  })],
-  ['a parameter renamed', (one) => ({ target: one.target.includes('Brand=') ? one.target.replace('Brand=', 'brand=') : undefined })],
-  ['"success" as a text', (one) => ({ answer: edited(one.answer, (answer) => { answer.success = 'true'; }) })],
-  ['points as a text', (one) => ({
-    answer: edited(one.answer, (answer) => (answer.result ? void (answer.result.earnPoints = '1') : false)),
-  })],
-];
+// A value with each part of it in turn of another type.
+function* retyped(value) {
+  yield typeof value === 'string' ? 1 : 'text';
+  if (typeof value !== 'object') return;
+  for (const key of Object.keys(value)) {
+    for (const part of retyped(value[key])) yield Object.assign(structuredClone(value), { [key]: part });
+  }
+}
+function* spoilt({ target, body, answer }) {
+  if (target.includes('?')) yield { target: target.replace('?', '?x') };
+  if (body) {
+    yield { body: JSON.stringify({ ...JSON.parse(body), extra: '' }) };
+    for (const value of retyped(JSON.parse(body))) yield { body: JSON.stringify(value) };
+  }
+  if (target.endsWith('/send')) return; // the rest of its answer is the gateway's own
+  for (const value of retyped(JSON.parse(answer))) yield { answer: JSON.stringify(value) };
+}
 
 // Faults switched on by a test answer what they like, or nothing: they are no exchange of the contract.
 const exchanges = recordFiles
@@ -78,19 +71,16 @@ const exchanges = recordFiles
   .filter((one) => one.answer && !one.fault);
 let failures = 0;
 const fail = (text) => { failures += 1; console.error(text); };
-const noticed = new Map(spoilt.map(([name]) => [name, 0]));
+let noticed = 0;
 for (const one of exchanges) {
   const found = problems(one);
   if (found.length) fail(`${one.file}: request ${one.number}, ${one.target}: ${found.join(' | ')}`);
-  for (const [name, spoil] of spoilt) {
-    const change = spoil(one);
-    if (Object.values(change).some((value) => !value)) continue;
-    if (problems({ ...one, ...change }).length) noticed.set(name, noticed.get(name) + 1);
-    else fail(`${one.file}: request ${one.number}: ${name} was not noticed`);
+  for (const change of spoilt(one)) {
+    if (problems({ ...one, ...change }).length) noticed += 1;
+    else fail(`${one.file}: request ${one.number}: not noticed: ${JSON.stringify(change)}`);
   }
 }
 const methods = new Set(exchanges.map((one) => new URL(one.target, 'http://service').pathname));
 for (const path of Object.keys(api.paths)) if (!methods.has(path)) fail(`${path}: never exchanged`);
-for (const [name, count] of noticed) if (!count) fail(`${name}: nothing to try it on`);
-console.log(`${exchanges.length} exchanges of ${methods.size} methods checked, ${[...noticed.values()].reduce((a, b) => a + b)} spoilt ones noticed, ${failures} failures`);
+console.log(`${exchanges.length} exchanges of ${methods.size} methods checked, ${noticed} spoilt ones noticed, ${failures} failures`);
 process.exitCode = failures ? 1 : 0;

@@ -22,6 +22,11 @@ TEST_F(Lifecycle, PricingStoresPointsAndOrder)
     EXPECT_EQ(card->getOperationId().size(), 36);
     EXPECT_EQ(plugin.getPluginData(u"pointsForEarn"_s, {}), QVariant(3.0));
     EXPECT_FALSE(plugin.orderCreated);
+
+    service.failures = {u"calculateOrder"_s};
+    EXPECT_FALSE(plugin.request(document));
+    EXPECT_EQ(plugin.getLastErrorString().ru(), u"отказ");
+    EXPECT_EQ(plugin.pointsForSpend, 12.5);
 }
 
 TEST_F(Lifecycle, ClosingCreatesOneOrderWithoutSpending)
@@ -97,6 +102,11 @@ TEST_F(Lifecycle, VoidingQueuesTheCancellationOnceAndForgetsTheCustomer)
     EXPECT_EQ(queued, QStringList{u"cancelOrder"_s});
     EXPECT_EQ(queuedBodies[0].value("basket"_L1), u"basket-1"_s);
     EXPECT_TRUE(card->getOperationId().isEmpty() && card->getOperationInfo().isNull() && plugin.customer.isEmpty());
+    const FakeConfig nowhere({{u"Kvo:host"_s, u"http://h:80a80"_s}});
+    plugin.interface.reset(new Interface);
+    card->setOperationId(u"basket-2"_s);
+    EXPECT_THROW(plugin.rollback(document), BasicException);
+    EXPECT_EQ(queued.size(), 1) << "nothing that could never be delivered";
 }
 
 TEST_F(Lifecycle, WithoutCardOrderOrCheckNothingIsSentNorForRefunds)

@@ -22,8 +22,6 @@ protected:
     LoadedPlugin() : loader(QString::fromUtf8(LIBKVO_FILE)) {}
     ~LoadedPlugin() override { loader.unload(); }
 
-    BasicLoyaltySystem *system() { return qobject_cast<BasicLoyaltySystem *>(loader.instance()); }
-
     FakeConfig config{{}};
     QPluginLoader loader;
 };
@@ -38,7 +36,7 @@ TEST_F(LoadedPlugin, SaysWhatItIs)
     ASSERT_TRUE(plugin) << loader.errorString().toStdString();
     EXPECT_STREQ(plugin->metaObject()->className(), "kvo::Plugin");
     EXPECT_NE(plugin->metaObject()->indexOfMethod("handleEvent(Event)"), -1);
-    BasicLoyaltySystem *loyalty = system();
+    auto *loyalty = qobject_cast<BasicLoyaltySystem *>(plugin);
     ASSERT_TRUE(loyalty);
     EXPECT_EQ(plugin->qt_metacast("LoyaltySystem"), loyalty);
     EXPECT_EQ(plugin->qt_metacast("org.poshost.AbstractPlugin"), static_cast<BasicPlugin *>(loyalty));
@@ -65,7 +63,7 @@ TEST_F(LoadedPlugin, ExportsItsEntryPointsAndNothingElse)
 
 TEST_F(LoadedPlugin, MayBeUnloadedWhileItsValuesLiveOn)
 {
-    BasicLoyaltySystem *plugin = system();
+    auto *plugin = qobject_cast<BasicLoyaltySystem *>(loader.instance());
     ASSERT_TRUE(plugin);
     const auto document = QSharedPointer<SaleDocument>::create();
     plugin->setDocument(document);

@@ -40,28 +40,22 @@ TEST_F(Spending, TurnsRedeemedPointsIntoDiscountsAndEarnedOnesIntoRecords)
     EXPECT_EQ(plugin.getPluginData(u"bonusImpacts"_s, {}).value<BonusImpactPtrList>(), plugin.bonusImpacts);
     EXPECT_TRUE(log.take().contains(u"Создание оплаты бонусами в виде скидки на сумму 150.00, по карте 2000"_s));
     // All fields survive a restart.
-    plugin.setPluginData(u"bonusImpacts"_s, QVariant::fromValue(plugin.bonusImpacts).toList());
+    const QVariantList plain = QVariant::fromValue(plugin.bonusImpacts).toList();
+    QJsonArray written = QJsonArray::fromVariantList(plain);
+    EXPECT_FALSE(written[1]["totals"_L1]["dateTime"_L1].toString().isEmpty());
+    EXPECT_EQ(written.size(), 2);
+    EXPECT_EQ(written[0]["shares"_L1], (QJsonArray{json(R"({"position": 1, "discountSum": 12.5})")}));
+    EXPECT_EQ(written[1]["shares"_L1], (QJsonArray{json(R"({"position": 0, "discountSum": 0.0051})")}));
+    QJsonObject totals = written[0]["totals"_L1].toObject();
+    totals.remove("dateTime"_L1);
+    EXPECT_EQ(totals, json(R"({"cardIndex": 4, "discountType": 5, "discountMode": 2, "discountName": "Баллы Kvo",
+        "discountObject": 1, "position": 1, "discountRate": 12.5, "discountSum": 12.5, "impactSource": 2,
+        "minPriceIgnored": true})"));
+    plugin.setPluginData(u"bonusImpacts"_s, plain);
     EXPECT_TRUE(plugin.restoreLoyaltySystem());
-    ASSERT_EQ(plugin.bonusImpacts.size(), 2);
-    const auto totals = plugin.bonusImpacts[0]->getTotals();
-    EXPECT_EQ(totals->getCardRecord(), card);
-    EXPECT_EQ(totals->getCardIndex(), QVariant(4));
-    EXPECT_TRUE(totals->getDateTime().isValid());
-    EXPECT_EQ(static_cast<int>(totals->getDiscountType()), 5);
-    EXPECT_EQ(static_cast<int>(totals->getDiscountMode()), 2);
-    EXPECT_EQ(totals->getDiscountName(), u"Баллы Kvo");
-    EXPECT_EQ(static_cast<int>(totals->getDiscountObject()), 1);
-    EXPECT_EQ(totals->getDiscountRate(), QVariant(12.5));
-    EXPECT_EQ(static_cast<int>(totals->getImpactSource()), 2);
-    EXPECT_TRUE(totals->isMinPriceIgnored());
-    for (const auto &[index, position, points] : {std::tuple(0, 1, 12.5), std::tuple(1, 0, 0.0051)}) {
-        const auto impact = plugin.bonusImpacts[index];
-        EXPECT_EQ(impact->getTotals()->getPosition(), position);
-        EXPECT_EQ(impact->getDetails()[0]->getCardRecord(), card);
-        EXPECT_EQ(impact->getTotals()->getDiscountSum(), points);
-        EXPECT_EQ(impact->getDetails()[0]->getPosition(), position);
-        EXPECT_EQ(impact->getDetails()[0]->getDiscountSum(), points);
-    }
+    EXPECT_EQ(QVariant::fromValue(plugin.bonusImpacts).toList(), plain);
+    for (const auto &detail : {plugin.bonusImpacts[1]->getTotals(), plugin.bonusImpacts[1]->getDetails()[0]})
+        EXPECT_EQ(detail->getCardRecord(), card);
 }
 
 TEST_F(Spending, ACodeThatHasNoPlaceInTheMessageIsNotSent)

@@ -132,7 +132,7 @@ class Proof:
         self.shop.sell_elsewhere(0)
         if not self.watch_work():
             return
-        self.shop.sell(self.sales.last_shift())
+        self.shop.sell({"checks": [self.sales.continuation()]})
         self.deliver_all()
         self.findings += [f"{entry['operation']} of order {entry['order']} is left in the queue: {entry['lastError']}"
                           for entry in self.undelivered()]
@@ -140,13 +140,12 @@ class Proof:
             self.findings.append("a check is left open")
 
     def deliver_all(self):
-        good = self.watch_work()
         for _ in range(LAST_ATTEMPTS):
-            if not good or not self.undelivered():
+            if not self.watch_work() or not self.undelivered():
                 return
             self.send_refused_again()
             self.shop.drain(60)
-            good = self.watch_work()
+        self.watch_work()
 
     def undelivered(self):
         return self.shop.ask_queue("list")["entries"]
@@ -157,7 +156,6 @@ class Proof:
             done = self.shop.inspect(*command)
             if done.returncode:
                 self.findings.append(f"loyalty-sim {command[0]}: {done.stdout.decode()}")
-        report("cards removed, each after a failure", self.shop.cards_removed())
         self.judge_traffic()
         orders = json.loads(self.shop.inspect("ledger", "--json").stdout)["orders"]
         self.findings += judge([json.loads(line) for line in journal], orders)

@@ -71,9 +71,10 @@ private:
 
     void disturb()
     {
-        const QString methods[]{u"calculateOrder"_s, u"createOrder"_s, u"updateOrder"_s, u"cancelOrder"_s};
+        const QString methods[]{u"calculateOrder"_s, u"createOrder"_s, u"updateOrder"_s,
+                                u"cancelOrder"_s,    u"postOrder"_s,   u"bindOrderId"_s};
         if (!m_isCalm && number(10) == 0)
-            (number(2) == 0 ? m_host.trouble.killBefore : m_host.trouble.killAfter) = methods[number(4)];
+            (number(2) == 0 ? m_host.trouble.killBefore : m_host.trouble.killAfter) = methods[number(6)];
     }
 
     /// False when it failed; the cashier would be shown why.
@@ -94,7 +95,6 @@ private:
     /// could tell whether the order's cancellation was stored already.
     bool removesCard()
     {
-        std::puts("| > Удалить");
         m_host.check->setState(State::Open);
         m_host.save();
         m_host.play(u"remove"_s);

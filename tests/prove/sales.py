@@ -73,6 +73,3 @@ class Sales:
 
     def shift(self):
         return {"checks": [self.continuation(), *(self.new_check() for _ in range(self.number(1, 5)))]}
-
-    def last_shift(self):
-        return {"checks": [self.continuation()]}

@@ -164,12 +164,6 @@ class Shop:
         file.write_text("".join(line + "\n" for line in lines), encoding="utf-8")
         return file, lines
 
-    # How often a cashier took a card off a check: by script, or asked with nobody there to answer. Tills ask only after
-    # a failure.
-    def cards_removed(self):
-        output = b"".join((self.folder / name).read_bytes() for name in ("till.out", "host.out"))
-        return output.count("| > Удалить".encode()) + output.count("2 - Удалить".encode())
-
     # What the proxies have done and seen.
     def record(self):
         return [json.loads(line) for line in (self.folder / "record.jsonl").read_bytes().splitlines()]

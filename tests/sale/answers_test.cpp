@@ -2,7 +2,6 @@
 // be saved, restored and ended, and the points that the service takes are those on the receipt.
 #include "tests/support/checkbuilder.h"
 #include "tests/support/fakeconfig.h"
-#include "tests/support/installed.h"
 #include "tests/support/printqt.h"
 #include "tests/support/restexchange.h"
 #include "till/checksession.h"
@@ -11,7 +10,6 @@
 #include "till/queuesender.h"
 #include "till/receipt.h"
 
-#include <cashier/verificationlogic.h>
 #include <core/basicexception.h>
 
 #include <gtest/gtest.h>
@@ -57,7 +55,6 @@ const QHash<QString, QByteArray> goodAnswers{
     {u"createOrder"_s, order},
     {u"updateOrder"_s, order},
     {u"cancelOrder"_s, R"("result": {})"},
-    {u"send"_s, R"("message": "")"},
 };
 
 QByteArray goodAnswer(const QString &method)
@@ -91,11 +88,6 @@ struct Service : RestExchange
     QString spoiltMethod;
     QByteArray text;
     mutable QHash<QString, double> taken; ///< By order.
-};
-
-struct EasyVerification : VerificationLogic
-{
-    void verify(const QString &, const tr::Tr &, int) override {}
 };
 
 class SpoiltAnswer : public testing::TestWithParam<QString>
@@ -146,9 +138,8 @@ protected:
     }
 
     QTemporaryDir folder{u"/dev/shm/kvo-XXXXXX"_s}; // In memory: thousands of saves are quick there.
-    FakeConfig config{{{u"Host:dataFolder"_s, folder.path()}, {u"Kvo:verificationLimit"_s, 0.0}}};
+    FakeConfig config{{{u"Host:dataFolder"_s, folder.path()}}};
     Service service;
-    Installed<VerificationLogic, EasyVerification> verification;
     QSharedPointer<till::EndingQueue> queue = QSharedPointer<till::EndingQueue>::create();
     till::LoyaltyPlugin plugin{QStringLiteral(KVO_PLUGIN_FOLDER)};
 };

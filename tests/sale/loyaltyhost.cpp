@@ -41,20 +41,16 @@ struct TroubledQueue : DBQueueBroker
         if (trouble.failingPush > 0 && --trouble.failingPush == 0)
             throw BasicException(u"диск полон"_s);
         DBQueueBroker::push(owner, event, key);
+        if (event.value("url"_L1).toString().endsWith(u'/' + trouble.killAfter))
+            trouble.kill();
     }
     Trouble &trouble;
 };
 
-struct TroubledDialog : Dialog
+struct TroubledCashier : Dialog, VerificationLogic
 {
-    explicit TroubledDialog(Trouble &cause) : trouble(cause) {}
+    explicit TroubledCashier(Trouble &cause) : trouble(cause) {}
     bool question(const tr::Tr &, int, const tr::Tr &, const tr::Tr &, int) override { return trouble.answer(); }
-    Trouble &trouble;
-};
-
-struct TroubledPrompt : VerificationLogic
-{
-    explicit TroubledPrompt(Trouble &cause) : trouble(cause) {}
     void verify(const QString &, const tr::Tr &, int) override { trouble.atCodePrompt(); }
     Trouble &trouble;
 };
@@ -67,8 +63,9 @@ LoyaltyHost::LoyaltyHost(const QString &configFile, const QString &pluginFolder)
     setUpLogging(*Singleton<Config>::instance());
     Singleton<DBQueueBroker>::replace(QSharedPointer<TroubledQueue>::create(trouble));
     MockFactory<RestClient>::install(QSharedPointer<TroubledWire>::create(trouble));
-    MockFactory<Dialog>::install(QSharedPointer<TroubledDialog>::create(trouble));
-    MockFactory<VerificationLogic>::install(QSharedPointer<TroubledPrompt>::create(trouble));
+    const auto cashier = QSharedPointer<TroubledCashier>::create(trouble);
+    MockFactory<Dialog>::install(cashier);
+    MockFactory<VerificationLogic>::install(cashier);
     m_plugin = std::make_unique<till::LoyaltyPlugin>(m_pluginFolder);
 }
 
@@ -123,11 +120,17 @@ std::function<void()> LoyaltyHost::callOf(const QString &name, const QString &ar
         {u"rollback"_s, [=, this] { system().rollback(withDocument ? check : nullptr); }},
         {u"cancel"_s, [this] { system().cancel(); }},
         {u"restart"_s, [this] { restart(); }},
-        {u"damage"_s, [this] { damagePluginData(); }},
+        {u"deliver"_s,
+         [this] {
+             if (!deliver())
+                 throw std::logic_error("something is left in the queue");
+         }},
         // Trouble for the calls that follow.
         {u"kill-before"_s, [=, this] { trouble.killBefore = argument; }},
         {u"kill-after"_s, [=, this] { trouble.killAfter = argument; }},
         {u"fail-push"_s, [=, this] { trouble.failingPush = argument.toInt(); }},
+        {u"remove-at-question"_s, [this] { trouble.answer = [this] { return removeCard(), true; }; }},
+        {u"remove-at-prompt"_s, [this] { trouble.atCodePrompt = [this] { removeCard(); }; }},
     };
     return calls.value(name);
 }
@@ -197,14 +200,6 @@ void LoyaltyHost::notify(EventCode code, bool withDocument)
     if (withDocument)
         values.insert(u"document"_s, QVariant::fromValue(check.staticCast<AbstractDocument>()));
     Singleton<ActivityNotifier>::instance()->notify(Event(code, values));
-}
-
-void LoyaltyHost::damagePluginData()
-{
-    const QVariantList damaged{QVariantMap{{u"amount"_s, u"x"_s}}, u"x"_s};
-    for (const auto &key : {u"bonusRecords"_s, u"bonusImpacts"_s})
-        system().setPluginData(key, damaged);
-    save();
 }
 
 void LoyaltyHost::restart()

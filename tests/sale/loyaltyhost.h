@@ -28,7 +28,7 @@ struct Killed
 struct Trouble
 {
     QString killBefore;  ///< The method that is never sent.
-    QString killAfter;   ///< The method whose answer is never seen.
+    QString killAfter;   ///< The method whose answer is never seen, or that is stored and nothing after it.
     int failingPush = 0; ///< Counts the pushes down to the one that cannot be stored; 0: none.
     std::function<void()> kill = [] { throw Killed(); };
     /// The cashier's answer to a question. By default none is expected.
@@ -75,7 +75,6 @@ private:
     void takePointsOff();
     void removeCard();
     void notify(EventCode code, bool withDocument);
-    void damagePluginData();
 
     QString m_pluginFolder;
     std::unique_ptr<till::LoyaltyPlugin> m_plugin;

@@ -6,47 +6,31 @@ using testing::HasSubstr;
 
 namespace {
 
-constexpr char header[] = "InvoiceNo,StockCode,Description,Quantity,InvoiceDate,UnitPrice,CustomerID\n";
-constexpr char day[] = "1,A,\"Cup, blue\",6,2010-12-01 08:26:00,2.55,17850.0\n"
+constexpr char day[] = "InvoiceNo,StockCode,Description,Quantity,InvoiceDate,UnitPrice,CustomerID\n"
+                       "1,A,\"Cup, blue\",6,2010-12-01 08:26:00,2.55,17850.0\n"
                        "1,B,\"Plate\n7\"\"\",1,2010-12-01 08:26:00,100.00,17850.0\n"
                        "2,A,Cup,1,2010-12-01 08:28:00,2.55,\n"
                        "C3,A,Cup,-1,2010-12-01 08:30:00,2.55,17850.0\n"
                        "4,C,Pot,many,2010-12-01 08:31:00,9.00,Smith\n"
                        "4,C,Pot,1,2010-12-01 08:31:00,9.00,Smith\n";
 
-class Replay : public SaleTest
+TEST_F(SaleTest, ReplaysADayWithTwoTillsAndEqualBooks)
 {
-protected:
-    Replay() { writeFile(file, QByteArray(header) + day); }
-
-    /// Replays the file and expects `status`.
-    std::string replay(const QStringList &options, int status)
-    {
-        return askTill(QStringList{u"replay"_s, file} + options, {}, status).toStdString();
-    }
-
-    void addCustomers()
-    {
-        const QString customers = folder.filePath(u"customers.json"_s);
-        replay({u"--make-customers"_s, customers}, 0);
-        stopService();
-        startService({u"--customers"_s, customers});
-    }
-
     const QString file = folder.filePath(u"day.csv"_s);
-    const QStringList twoTills{u"--tills"_s, u"2"_s, u"--ledger"_s, folder.filePath(u"service.db"_s)};
-};
-
-TEST_F(Replay, SellsADayWithTwoTillsAndEqualBooks)
-{
-    addCustomers();
+    writeFile(file, day);
+    const QString customers = folder.filePath(u"customers.json"_s);
+    askTill({u"replay"_s, file, u"--make-customers"_s, customers});
+    stopService();
+    startService({u"--customers"_s, customers});
+    const QStringList twoTills{u"replay"_s, file,          u"--tills"_s,
+                               u"2"_s,      u"--ledger"_s, folder.filePath(u"service.db"_s)};
     // 57.65 is half of the first receipt, 4.50 half of the last one: customers have 100 points each.
-    EXPECT_THAT(replay(twoTills, 0),
+    EXPECT_THAT(askTill(twoTills).toStdString(),
                 AllOf(HasSubstr("line 7: bad, left out: quantity \"many\""), HasSubstr("line 6: cancelled, invoice C3"),
                       HasSubstr("sold 3 of 3 receipts for 126.85 of 126.85, 62.15 of it in points"),
                       HasSubstr("all equal")));
     // The second time goes on with what is there: the books of both days are compared.
-    EXPECT_THAT(replay(twoTills, 0), AllOf(HasSubstr("4 orders"), HasSubstr("all equal")));
+    EXPECT_THAT(askTill(twoTills).toStdString(), AllOf(HasSubstr("4 orders"), HasSubstr("all equal")));
 }
 
 } // namespace

@@ -1,8 +1,6 @@
 // Whole sales. What is expected of each check stands in its scenario; at the end the books of both sides must agree.
 #include "salefixture.h"
 
-using testing::HasSubstr;
-
 namespace {
 
 /// A fault of the service, in the simulator's words.
@@ -11,14 +9,9 @@ QJsonObject fault(const char *method, const char *kind)
     return {{u"method"_s, QString::fromUtf8(method)}, {u"kind"_s, QString::fromUtf8(kind)}, {u"times"_s, 1}};
 }
 
-/// A scenario with one check: bread for 45.50 and milk twice for 91.00, 227.50 in all, up to 113.75 of it in points.
 QByteArray sale(const QByteArray &steps, const QByteArray &expect, const QByteArray &answers = "{}")
 {
-    return R"({"checks": [{"goods": [
-        {"barcode": "1", "name": "Хлеб", "price": "45.50"},
-        {"barcode": "2", "name": "Молоко", "price": "91.00", "quantity": 2}],
-        "steps": [{"card": "7770000000001"}, )" +
-           steps + R"(], "answers": )" + answers + R"(, "expect": )" + expect + "}]}";
+    return check(R"({"card": "7770000000001"}, )" + steps, expect, answers);
 }
 
 struct Case
@@ -55,20 +48,15 @@ const Case cases[]{
     {"CardWithLabelsAndUpdate", {}, "card-update.json"},
     {"Voided", {}, "void.json"},
     {"Parked", {}, "parked.json"},
-    {"UnknownCard", {}, R"({"checks": [{"goods": [{"barcode": "1", "name": "Хлеб", "price": 1}],
-                            "steps": [{"card": "1234"}, "close"],
-                            "expect": {"outcome": "closed", "card": "", "messages": ["1234"]}}]})"},
+    {"UnknownCard",
+     {},
+     check(R"({"card": "1234"}, "close")", R"({"outcome": "closed", "card": "", "messages": ["1234"]})")},
     {"WrongCodesThenACodeForAnotherAttempt",
      {},
      sale(R"("price", "spend", "close")",
           R"({"outcome": "closed", "spent": "113.75",
               "messages": ["код", "Неверный код", "Неверный код", "Повторить", "код"]})",
           R"({"codes": ["no", "no", "no"], "dialogs": ["retry"]})")},
-    {"CodeNotGivenAndCardRemoved",
-     {},
-     sale(R"("price", "spend", "close")",
-          R"({"outcome": "closed", "card": "", "total": "227.50", "messages": ["код", "Повторить"]})",
-          R"({"codes": ["give-up"], "dialogs": ["remove"]})")},
     {"CardRemovedAtClose",
      {fault("createOrder", "status")},
      sale(R"("price", "close")", withoutCard, R"({"dialogs": ["remove"]})")},
@@ -76,11 +64,6 @@ const Case cases[]{
      {fault("createOrder", "close")},
      sale(R"("price", "spend", "close")", R"({"outcome": "closed", "card": "", "total": "227.50", "queued": 0})",
           R"({"dialogs": ["remove"]})")},
-    {"AnswersOfUpdateLostThenRetry",
-     {fault("updateOrder", "close"), fault("updateOrder", "malformed")},
-     sale(R"("price", {"change": {"line": 2, "quantity": 1}}, "subtotal",
-                {"change": {"line": 2, "quantity": 2}}, "subtotal", "close")",
-          withoutPoints, R"({"dialogs": ["retry", "retry"]})")},
     {"AnswerToCancellationLostAtRepricing",
      {fault("cancelOrder", "close")},
      sale(R"("price", "spend", {"change": {"line": 2, "quantity": 1}}, "spend", "close")",
@@ -95,22 +78,12 @@ INSTANTIATE_TEST_SUITE_P(Shop, Sale, testing::ValuesIn(cases),
 
 TEST_F(SaleTest, IsDeliveredAfterTheServiceIsBack)
 {
-    for (int checks : {1, 2}) {
-        runTill("offline-begin.json");
-        stopService();
-        runTill("offline-close.json", 0, {u"--drain-seconds"_s, u"0"_s});
-        checks == 1 ? startService() : moveService(u"new password"_s);
-        drain();
-        expectEqualBooks(checks);
-    }
-}
-
-TEST_F(SaleTest, RefusesAFolderInWhichAnotherTillWorks)
-{
-    const auto first = startTill(sale(R"("price", {"hold": 100})", "{}"));
-    ASSERT_TRUE(waitFor([&] { return first->waitForReadyRead(10) && first->readAll().contains("Касса ждёт"); }));
-    EXPECT_THAT(runTill("void.json", 2).toStdString(), HasSubstr("занята"));
-    kill(*first);
+    runTill("offline-begin.json");
+    stopService();
+    runTill("offline-close.json", 0, {u"--drain-seconds"_s, u"0"_s});
+    startService();
+    drain();
+    expectEqualBooks(1);
 }
 
 } // namespace

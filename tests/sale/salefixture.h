@@ -9,16 +9,21 @@
 #include <gmock/gmock.h>
 
 #include <QtCore/QDir>
-#include <QtCore/QElapsedTimer>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
-#include <QtCore/QThread>
-
-#include <memory>
 
 using namespace Qt::Literals::StringLiterals;
+
+/// A scenario with one check: bread for 45.50 and milk twice for 91.00, 227.50 in all, up to 113.75 of it in points.
+inline QByteArray check(const QByteArray &steps, const QByteArray &expect = "{}", const QByteArray &answers = "{}")
+{
+    return R"({"checks": [{"goods": [
+        {"barcode": "1", "name": "Хлеб", "price": "45.50"},
+        {"barcode": "2", "name": "Молоко", "price": "91.00", "quantity": 2}], "steps": [)" +
+           steps + R"(], "answers": )" + answers + R"(, "expect": )" + expect + "}]}";
+}
 
 class SaleTest : public testing::Test
 {
@@ -35,17 +40,8 @@ protected:
     void startService(const QStringList &options = {})
     {
         m_service.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        QStringList arguments{u"serve"_s,
-                              u"--database"_s,
-                              folder.filePath(u"service.db"_s),
-                              u"--port"_s,
-                              QString::number(m_port),
-                              u"--port-file"_s,
-                              folder.filePath(u"port"_s)};
-        arguments += options;
-        if (!m_password.isEmpty())
-            arguments += {u"--password"_s, m_password};
-        m_service.start(m_simulator, arguments);
+        const QStringList port{u"--port"_s, QString::number(m_port), u"--port-file"_s, folder.filePath(u"port"_s)};
+        m_service.start(m_simulator, QStringList{u"serve"_s} + m_ledger + port + options);
         ASSERT_TRUE(m_service.waitForStarted(patience));
         ASSERT_TRUE(m_service.waitForReadyRead(patience)) << "the service does not say that it listens";
         m_port = readFile(folder.filePath(u"port"_s)).trimmed().toInt();
@@ -53,20 +49,23 @@ protected:
                   "[Host]\ndataFolder = " + QFile::encodeName(folder.filePath(u"data"_s)) +
                       "\n[Log]\nfile = " + QFile::encodeName(folder.filePath(u"till.log"_s)) +
                       "\n[Kvo]\nhost = http://127.0.0.1:" + QByteArray::number(m_port) +
-                      "\npassword = " + m_password.toUtf8() +
                       "\ntimeout = 20000\nbrand = B\nonlineStore = S\nterminal = T\nverificationLimit = 100\n");
     }
 
-    /// Starts it at another port and with another password, which the till is told.
-    void moveService(const QString &password)
+    /// Gives the till further settings.
+    void configure(const QByteArray &lines)
     {
-        m_port = 0;
-        m_password = password;
-        startService();
+        const QString file = folder.filePath(u"till.ini"_s);
+        writeFile(file, readFile(file) + lines);
     }
+
+    /// To a folder without plugin.
+    void movePluginFolder() { configure("[Till]\npluginFolder = " + QFile::encodeName(folder.path()) + '\n'); }
 
     void stopService()
     {
+        if (m_service.state() == QProcess::NotRunning)
+            return;
         recordExchanges();
         m_service.terminate();
         EXPECT_TRUE(m_service.waitForFinished(patience));
@@ -81,26 +80,18 @@ protected:
         return exchange("GET", u"/sim/requests"_s).value(u"counts"_s).toObject().value(method).toInt();
     }
 
-    /// Starts the till with a scenario: JSON text, or the name of a sample scenario; none with an empty text.
-    std::unique_ptr<QProcess> startTill(const QByteArray &scenario, const QStringList &options = {})
-    {
-        const QString code =
-            u"\"%1\" outbox --database \"%2\" --last --code"_s.arg(m_simulator, folder.filePath(u"service.db"_s));
-        QStringList arguments = QStringList{u"run"_s, u"--code-command"_s, code} + m_config + options;
-        if (scenario.startsWith('{')) {
-            const QString fileName = folder.filePath(u"scenario%1.json"_s.arg(++m_scenarios));
-            writeFile(fileName, scenario);
-            arguments.append(fileName);
-        } else if (!scenario.isEmpty()) {
-            arguments.append(QStringLiteral(KVO_SCENARIOS) + u'/' + QString::fromUtf8(scenario));
-        }
-        return start(m_till, arguments);
-    }
-
-    /// Runs the till to its end and expects `status`; returns what it printed.
+    /// Has the till play a scenario, JSON text or the name of a sample scenario, and expects `status`; returns what it
+    /// printed.
     QString runTill(const QByteArray &scenario, int status = 0, const QStringList &options = {})
     {
-        return QString::fromUtf8(finish(*startTill(scenario, options), status));
+        QString file = folder.filePath(u"scenario.json"_s);
+        if (scenario.startsWith('{'))
+            writeFile(file, scenario);
+        else
+            file = QStringLiteral(KVO_SCENARIOS) + u'/' + QString::fromUtf8(scenario);
+        const QString code =
+            u"\"%1\" outbox --database \"%2\" --last --code"_s.arg(m_simulator, folder.filePath(u"service.db"_s));
+        return askTill(QStringList{u"run"_s, file, u"--code-command"_s, code} + options, {}, status);
     }
 
     /// What `kvo-till` prints for another command, with `input` typed in.
@@ -112,40 +103,22 @@ protected:
     /// Runs `kvo-till drain` and expects it to deliver everything.
     void drain() { askTill({u"drain"_s, u"--seconds"_s, u"25"_s}); }
 
-    static void kill(QProcess &process)
-    {
-        process.kill();
-        EXPECT_TRUE(process.waitForFinished(patience));
-    }
-
-    /// Waits until the condition holds, at most half a minute.
-    static bool waitFor(const std::function<bool()> &condition)
-    {
-        QElapsedTimer waited;
-        for (waited.start(); !waited.hasExpired(patience); QThread::msleep(5)) {
-            if (condition())
-                return true;
-        }
-        return false;
-    }
-
     /// Expects the till's journal and the service's ledger to agree, with this many checks in the journal.
     void expectEqualBooks(int checks)
     {
-        EXPECT_EQ(journal().count('\n'), checks);
-        writeFile(folder.filePath(u"journal.jsonl"_s), journal());
-        compareBooks(folder.filePath(u"journal.jsonl"_s));
+        const QByteArray lines = askTill({u"journal"_s, u"--json"_s}).toUtf8();
+        EXPECT_EQ(lines.count('\n'), checks);
+        compareBooks(lines);
     }
 
-    void compareBooks(const QString &journalFile)
+    /// `journal`: JSON lines.
+    void compareBooks(const QByteArray &journal)
     {
-        const QStringList ledger{u"--database"_s, folder.filePath(u"service.db"_s)};
-        run(m_simulator, QStringList{u"compare"_s, u"--journal"_s, journalFile} + ledger);
-        run(m_simulator, QStringList{u"check"_s} + ledger);
+        const QString file = folder.filePath(u"journal.jsonl"_s);
+        writeFile(file, journal);
+        run(m_simulator, QStringList{u"compare"_s, u"--journal"_s, file} + m_ledger);
+        run(m_simulator, QStringList{u"check"_s} + m_ledger);
     }
-
-    /// The till's journal as JSON lines.
-    QByteArray journal() const { return askTill({u"journal"_s, u"--json"_s}).toUtf8(); }
 
     QTemporaryDir folder;
 
@@ -164,7 +137,7 @@ private:
     void recordExchanges()
     {
         const QString records = qEnvironmentVariable("KVO_RECORDS");
-        if (records.isEmpty() || m_service.state() != QProcess::Running || !QDir().mkpath(records))
+        if (records.isEmpty() || !QDir().mkpath(records))
             return;
         const auto *test = testing::UnitTest::GetInstance()->current_test_info();
         const QString name =
@@ -172,17 +145,13 @@ private:
         writeFile(QDir(records).filePath(name), QJsonDocument(exchange("GET", u"/sim/requests"_s)).toJson());
     }
 
-    static std::unique_ptr<QProcess> start(const QString &program, const QStringList &arguments)
+    static QByteArray run(const QString &program, const QStringList &arguments, const QByteArray &input = {},
+                          int status = 0)
     {
-        auto process = std::make_unique<QProcess>();
-        process->setProcessChannelMode(QProcess::MergedChannels);
-        process->start(program, arguments);
-        EXPECT_TRUE(process->waitForStarted(patience));
-        return process;
-    }
-
-    static QByteArray finish(QProcess &process, int status)
-    {
+        QProcess process;
+        process.setProcessChannelMode(QProcess::MergedChannels);
+        process.start(program, arguments);
+        process.write(input);
         process.closeWriteChannel();
         EXPECT_TRUE(process.waitForFinished(patience));
         QByteArray output = process.readAll();
@@ -191,21 +160,12 @@ private:
         return output;
     }
 
-    static QByteArray run(const QString &program, const QStringList &arguments, const QByteArray &input = {},
-                          int status = 0)
-    {
-        const auto process = start(program, arguments);
-        process->write(input);
-        return finish(*process, status);
-    }
-
     static constexpr int patience = 30'000; // milliseconds
     const QString m_till = QStringLiteral(KVO_TILL);
     const QString m_simulator = QStringLiteral(KVO_SIMULATOR);
+    const QStringList m_ledger{u"--database"_s, folder.filePath(u"service.db"_s)};
     const QStringList m_config{u"--config"_s, folder.filePath(u"till.ini"_s)};
     QProcess m_service;
     int m_port = 0;
-    QString m_password;
-    int m_scenarios = 0;
     int m_records = 0;
 };

@@ -2,36 +2,10 @@
 #include "loyaltyhost.h"
 #include "salefixture.h"
 
-using sale::LoyaltyHost;
-
 namespace {
 
-const QString card = u"card:7770000000001"_s;
 constexpr auto closed = SaleDocument::State::Closed;
 constexpr auto voided = SaleDocument::State::Voided;
-
-class Sequence : public SaleTest
-{
-protected:
-    /// Ends the check, delivers what is queued, and compares the books.
-    void finish(LoyaltyHost &host, SaleDocument::State state, const QString &spent)
-    {
-        const till::CheckResult result = host.end(state);
-        EXPECT_TRUE(host.deliver());
-        EXPECT_EQ(result.spent().toText(), spent);
-        m_journal += QJsonDocument(result.toJournal()).toJson(QJsonDocument::Compact) + '\n';
-        writeFile(folder.filePath(u"host.jsonl"_s), m_journal);
-        compareBooks(folder.filePath(u"host.jsonl"_s));
-    }
-
-    std::unique_ptr<LoyaltyHost> makeHost() const
-    {
-        return std::make_unique<LoyaltyHost>(folder.filePath(u"till.ini"_s), QStringLiteral(KVO_PLUGIN_FOLDER));
-    }
-
-private:
-    QByteArray m_journal;
-};
 
 /// `calls` get a check of 227.50 with a card, up to 113.75 of it in points, and end with a commit or rollback. Those
 /// with a "!" must fail or be killed.
@@ -61,12 +35,13 @@ const Row rows[]{
     {"KilledBetweenNameAndCreation", "kill-before:createOrder spend! price spend commit"},
     {"KilledAfterCreationThenVoided", "kill-after:createOrder spend! rollback", "0.00", voided},
     {"KilledAfterCreationInCommit", "price kill-after:createOrder commit! commit", "0.00"},
+    {"KilledWhileTheCardIsRemovedThenRemovedAgain", "price spend kill-after:cancelOrder remove! remove commit", "0.00"},
+    {"KilledWhileTheCardIsRemovedThenDropped", "price spend kill-after:cancelOrder remove! take-off drop spend commit"},
     {"CardReplaced", "price spend remove card:7770000000032 price spend commit"},
     {"CancelledBetweenTwoCustomers", // The first one has no points.
      "remove phone:+79007654321 remove cancel card:7770000000032 price spend commit"},
     {"CardRemovedAtTheQuestion", "price refuse:createOrder remove-at-question commit", "0.00"},
     {"CardRemovedAtTheCodePrompt", "price remove-at-prompt spend commit", "0.00"},
-    {"RestoredWithADamagedField", "price spend damage restart commit"},
     {"PriceChangeSpend", "price change:1 price spend commit", "68.25"},
     {"PriceSpendChange", "price spend change:1 subtotal commit", "0.00"},
     {"PriceSpendChangePriceSpend", "price spend change:1 subtotal price spend commit", "68.25"},
@@ -77,59 +52,54 @@ const Row rows[]{
     {"SpendWithoutPricingTheChange", "price change:3 spend commit", "159.25"},
 };
 
-class Sequences : public Sequence, public testing::WithParamInterface<Row>
+class Sequences : public SaleTest, public testing::WithParamInterface<Row>
 {
 protected:
-    void play(LoyaltyHost &host, const QString &call)
+    /// Puts the card on a new check, makes the calls, ends the check, delivers what is queued, and compares the books.
+    void sell(const QString &calls, SaleDocument::State state, const char *spent)
     {
-        const auto removeCard = [&host] {
-            host.play(u"remove"_s);
-            return true;
-        };
-        if (call == "deliver"_L1)
-            EXPECT_TRUE(host.deliver());
-        else if (call == "remove-at-question"_L1)
-            host.trouble.answer = removeCard;
-        else if (call == "remove-at-prompt"_L1)
-            host.trouble.atCodePrompt = removeCard;
-        else if (call.startsWith("refuse:"_L1))
-            addFault({{u"method"_s, call.section(u':', 1)}, {u"kind"_s, u"status"_s}});
-        else if (call.endsWith(u'!'))
-            EXPECT_TRUE(fails(host, call.chopped(1)));
-        else
-            host.play(call);
+        m_host.trouble = {};
+        m_host.open();
+        m_host.play(u"card:7770000000001"_s);
+        for (const QString &call : calls.split(u' ')) {
+            if (call.startsWith("refuse:"_L1))
+                addFault({{u"method"_s, call.section(u':', 1)}, {u"kind"_s, u"status"_s}});
+            else if (call.endsWith(u'!'))
+                EXPECT_TRUE(fails(call.chopped(1))) << call.toStdString();
+            else
+                m_host.play(call);
+        }
+        const till::CheckResult result = m_host.end(state);
+        EXPECT_TRUE(m_host.deliver());
+        EXPECT_EQ(result.spent().toText(), QString::fromUtf8(spent));
+        m_journal += QJsonDocument(result.toJournal()).toJson(QJsonDocument::Compact) + '\n';
+        compareBooks(m_journal);
     }
 
 private:
-    static bool fails(LoyaltyHost &host, const QString &call)
+    bool fails(const QString &call)
     {
         bool failed = true;
         try {
-            host.play(call);
+            m_host.play(call);
             failed = false;
         } catch (const BasicException &) {
         } catch (const sale::Killed &) {
-            host.restart();
+            m_host.restart();
         }
-        host.trouble = {};
+        m_host.trouble = {};
         return failed;
     }
+
+    sale::LoyaltyHost m_host{folder.filePath(u"till.ini"_s), QStringLiteral(KVO_PLUGIN_FOLDER)};
+    QByteArray m_journal;
 };
 
 TEST_P(Sequences, EndWithEqualBooks)
 {
-    const Row &row = GetParam();
-    const auto host = makeHost();
-    host->open();
-    host->play(card);
-    for (const QString &call : QString::fromUtf8(row.calls).split(u' '))
-        play(*host, call);
-    finish(*host, row.state, QString::fromUtf8(row.spent));
+    sell(QString::fromUtf8(GetParam().calls), GetParam().state, GetParam().spent);
     // Nothing of the check is left for the next one.
-    host->trouble = {};
-    host->open();
-    host->play(card + u" price commit"_s);
-    finish(*host, closed, u"0.00"_s);
+    sell(u"price commit"_s, closed, "0.00");
 }
 
 INSTANTIATE_TEST_SUITE_P(Host, Sequences, testing::ValuesIn(rows),

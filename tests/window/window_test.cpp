@@ -27,7 +27,7 @@ protected:
     /// Starts the till, with the settings that are given besides the usual ones.
     void start(const QByteArray &settings = {})
     {
-        writeFile(ini(), readFile(ini()) + settings);
+        configure(settings);
         iowatch::watch(folder.path().toStdString());
         shop = std::make_unique<WindowDriver>(ini());
         ASSERT_TRUE(shop->ready);
@@ -239,16 +239,21 @@ TEST_F(WindowTest, LivesAndTakesGoodsWhileAnExchangeHangs)
 
 TEST_F(WindowTest, GoesOnAfterAKillAndLetsNobodyElseIn)
 {
-    const auto other = startTill(R"({"checks": [{"goods": [{"barcode": "1", "name": "Хлеб", "price": "45.50"}],
-                                                 "steps": [{"hold": 100}]}]})");
-    ASSERT_TRUE(waitFor([&] { return other->waitForReadyRead(10) && other->readAll().contains("Касса ждёт"); }));
+    const QString scenario = folder.filePath(u"hold.json"_s);
+    writeFile(scenario, check(R"({"hold": 100})"));
+    QProcess other;
+    other.setProcessChannelMode(QProcess::MergedChannels);
+    other.start(QStringLiteral(KVO_TILL), {u"run"_s, u"--config"_s, ini(), scenario});
+    for (QByteArray said; !said.contains("Касса ждёт"); said += other.readAll())
+        ASSERT_TRUE(other.waitForReadyRead(30'000)) << said.toStdString();
     start();
-    EXPECT_THAT(text(shop->till.view().fault), HasSubstr(std::to_string(other->processId())));
+    EXPECT_THAT(text(shop->till.view().fault), HasSubstr(std::to_string(other.processId())));
     EXPECT_EQ(shop->page(), shop->till.view().fault);
     shop.reset();
-    kill(*other);
+    other.kill();
+    ASSERT_TRUE(other.waitForFinished());
     start();
-    EXPECT_EQ(shop->till.view().check.lines.size(), 1);
+    EXPECT_EQ(shop->till.view().check.lines.size(), 2);
     EXPECT_THAT(text(shop->message()), HasSubstr("Чек восстановлен"));
 }
 

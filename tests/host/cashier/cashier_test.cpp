@@ -5,6 +5,8 @@
 
 #include <cashier/cardaddlogic.h>
 #include <cashier/cashierui.h>
+#include <cashier/dialog.h>
+#include <cashier/savetofilelogic.h>
 #include <cashier/verificationlogic.h>
 #include <core/basicexception.h>
 #include <core/currenttime.h>
@@ -104,6 +106,13 @@ TEST_F(CashierTest, ConfirmsTheCustomerOnlyByTheRightCodeInTime)
     }
 }
 
+TEST_F(CashierTest, NobodyAtTheTillChoosesTheSecondButton)
+{
+    EXPECT_FALSE(Dialog().question({}, 1, {}, {}, 0));
+    EXPECT_TRUE(Dialog().question({}, 0, {}, {}, 2));
+    SaveToFileLogic().save({}, {}, 0); // There is nothing to save.
+}
+
 class Loyalty : public BasicLoyaltySystem
 {
 public:
@@ -126,6 +135,7 @@ TEST(CardAddLogic, KeepsTheCardUntilTheCancellationIsStored)
     Loyalty system;
     system.setDocument(check);
     system.setPluginData(u"pointsForSpend"_s, 10);
+    system.setPointsForSpend(10);
     system.init();
     EXPECT_THROW(CardAddLogic().removeCard(check, card), BasicException);
     EXPECT_EQ(check->getCardRecords(), QList{card});
@@ -135,7 +145,8 @@ TEST(CardAddLogic, KeepsTheCardUntilTheCancellationIsStored)
     system.queueIsFull = false;
     CardAddLogic().removeCard(check, card);
     EXPECT_TRUE(check->getCardRecords().isEmpty() && check->getDiscountSum().isZero());
-    EXPECT_TRUE(system.getPluginData().isEmpty()) << "points would come back after a restart";
+    EXPECT_TRUE(system.getPluginData().isEmpty() && !system.hasPointsForSpend())
+        << "points would come back after a restart";
 }
 
 } // namespace
