@@ -38,6 +38,8 @@ TEST_F(ConfigurationTest, RefusesWhatItDoubts)
         {"[kvo]\nhost = http://a", "строка 2, kvo:host: нет такого раздела; вероятно, имелось в виду Kvo"},
         {"host = http://a", "строка 1, host: запись стоит до первого раздела"},
         {"[Kvo]\nhots = http://a", "строка 2, Kvo:hots: нет такой настройки; вероятно, имелось в виду Kvo:host"},
+        {"[Kvo]\ndataFolder = /tmp", "Kvo:dataFolder: нет такой настройки; вероятно, имелось в виду Host:dataFolder"},
+        {"[Kvo]\nverificationLimit = nan", "\"nan\" не является числом"},
         {"[Kvo]\nverificationLimt = 5", "имелось в виду Kvo:verificationLimit"},
         {"[Kvo]\nverificationLimit = 0,5", "Kvo:verificationLimit: дробная часть отделяется точкой, укажите 0.5"},
         {"[Kvo]\ntimeout = 10s", "\"10s\" не является числом, укажите число 1 ... 600000"},
