@@ -3,10 +3,10 @@
 
 #include <CLI/CLI.hpp>
 
-#include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QLocale>
+#include <QtCore/QResource>
 #include <QtCore/QTranslator>
 #include <QtWidgets/QApplication>
 
@@ -16,20 +16,14 @@ namespace {
 class EnglishTranslator : public QTranslator
 {
 public:
-    EnglishTranslator()
-    {
-        QFile file(QStringLiteral(":/window/english.json"));
-        if (file.open(QFile::ReadOnly))
-            m_texts = QJsonDocument::fromJson(file.readAll()).object();
-    }
-
     QString translate(const char *, const char *source, const char *, int) const override
     {
         return m_texts.value(QString::fromUtf8(source)).toString();
     }
 
 private:
-    QJsonObject m_texts;
+    const QJsonObject m_texts =
+        QJsonDocument::fromJson(QResource(QStringLiteral(":/window/english.json")).uncompressedData()).object();
 };
 
 } // namespace
