@@ -154,7 +154,9 @@ class Shop:
         for file in (self.folder / "host/checks.db", self.folder / "till/checks.db"):
             if file.exists():
                 with closing(sqlite3.connect(file)) as store:
-                    rows += [row[0] for row in store.execute(query)]
+                    # A till that was killed before it had made its tables has stored nothing.
+                    if store.execute("SELECT 1 FROM sqlite_master WHERE name = 'journal'").fetchone():
+                        rows += [row[0] for row in store.execute(query)]
         return rows
 
     # The finished checks as JSON lines, in a file and as a list.
