@@ -11,7 +11,7 @@ protected:
     {
         service.answers[u"searchCustomer"_s] = RestExchange::response(200, R"({"success": true, "data":
             {"CustAccount": "C7", "LastName": "Иванов", "FirstName": "Пётр", "BirthDate": "1990-05-17 00:00:00",
-             "Gender": 1, "Email": "p@example.org", "Phone": "+79001234567", "CardNumber": "50% a&b"}})");
+             "Gender": 2, "Email": "p@example.org", "Phone": "+79001234567", "CardNumber": "50% a&b"}})");
         service.answers[u"loyaltyBalanceInfo"_s] =
             RestExchange::response(200, R"({"success": true, "data": {"AmountQty": 150.5}})");
     }
@@ -34,7 +34,7 @@ TEST_F(Identification, ByPhoneSearchesOnce)
     EXPECT_EQ(holder->getIdClient(), u"C7");
     EXPECT_EQ(holder->getName(), u"Иванов Пётр ");
     EXPECT_EQ(holder->getBirthday(), QDate(1990, 5, 17));
-    EXPECT_EQ(holder->getSex(), Client::Sex::Male);
+    EXPECT_EQ(holder->getSex(), Client::Sex::Female);
     EXPECT_EQ(holder->getEmail(), u"p@example.org");
     EXPECT_EQ(holder->getPhoneNumber(), u"+79001234567");
     EXPECT_EQ(card->getNumber(), QVariant(u"50% a&b"_s));

@@ -35,8 +35,9 @@ public:
 
     QDateTime currentDateTime() const override { return now; }
 
-    std::optional<QString> enterCode(const tr::Tr &, std::chrono::milliseconds, int) override
+    std::optional<QString> enterCode(const tr::Tr &prompt, std::chrono::milliseconds, int attemptsLeft) override
     {
+        EXPECT_EQ(prompt.ru().startsWith(u"Неверный код. Осталось попыток: %1."_s.arg(attemptsLeft)), prompts > 0);
         ++prompts;
         if (answers.isEmpty())
             return std::nullopt;
