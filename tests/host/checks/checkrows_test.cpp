@@ -55,46 +55,6 @@ QSharedPointer<SaleDocument> fullCheck()
     return check;
 }
 
-std::string contentOf(const QList<CheckRow> &rows, const QString &kind, const QVariant &key)
-{
-    for (const CheckRow &row : rows)
-        if (row.kind == kind && row.key == key)
-            return row.content.toStdString();
-    return "none";
-}
-
-TEST(CheckRowsTest, LayoutIsFixed)
-{
-    const auto check = fullCheck();
-    const QList<CheckRow> rows = builder::rows(*check);
-    const std::tuple<QString, QVariant, std::string> cases[] = {
-        {u"goods"_s, 2,
-         R"({"additionalBarcode":"","allowBonusEarn":false,"allowDiscount":true,"campaignLabels":["NOSPEND"],"posnum":2,)"
-         R"("price":30000000000,"quantity":1,"tmc":{"code":"","minPrice":0,"name":"","priceSourceType":5}})"},
-        {u"card"_s, 2,
-         R"({"bonusBalance":1000.25,"card":{"client":{"birthday":"1990-05-17","email":"","idClient":"","name":)"
-         R"("Иванова Анна ","phoneNumber":"","sex":1}},"codeInternal":2,"extendedOptions":{"loyaltyStatus":"Gold"},)"
-         R"("loyaltySystemCode":26,"number":"2600001","operationId":"order-1","operationInfo":{"basket":"order-1",)"
-         R"("lines":[{"lineID":"1"}],"sum":0.1},"pointsForEarn":5,"pointsForSpend":150.25})"},
-        {u"impact"_s, 1,
-         R"({"bonus":false,"details":[{"cardIndex":null,"dateTime":"","discountMode":0,"discountName":"",)"
-         R"("discountObject":0,"discountRate":null,"discountSum":33.33,"discountType":0,"givenSum":33.33,)"
-         R"("impactSource":0,"minPriceIgnored":true,"position":1,"valutCode":null},{"cardIndex":null,)"
-         R"("dateTime":"2024-03-01T12:30:15.250Z","discountMode":0,"discountName":"","discountObject":0,)"
-         R"("discountRate":null,"discountSum":0.01,"discountType":0,"givenSum":0.0051,"impactSource":0,)"
-         R"("minPriceIgnored":true,"position":2,"valutCode":null}],"totals":{"cardIndex":2,)"
-         R"("dateTime":"2024-03-01T12:30:15.250","discountMode":0,"discountName":"Баллы %1 €😀 \"a\\b\"\n\u0001",)"
-         R"("discountObject":0,"discountRate":null,"discountSum":33.34,"discountType":0,"givenSum":0,)"
-         R"("impactSource":0,"minPriceIgnored":true,"position":0,"valutCode":null}})"},
-        {u"data loyaltySystem26"_s, u"pointsForSpend"_s, "[60.5]"},
-        {u"check"_s, 0,
-         R"({"dateTime":")" + check->getDateTime().toString(Qt::ISODateWithMs).toStdString() + R"(","identifier":")" +
-             check->getIdentifier().toStdString() + R"(","lastCardCode":2,"lastPosnum":2,"state":0,"type":1})"},
-    };
-    for (const auto &[kind, key, content] : cases)
-        EXPECT_EQ(contentOf(rows, kind, key), content);
-}
-
 TEST(CheckRowsTest, EverythingComesBack)
 {
     const auto saved = fullCheck();
