@@ -6,6 +6,8 @@
 
 #include <log4qt/logmanager.h>
 
+#include <QtNetwork/QHostAddress>
+
 #include <atomic>
 
 using namespace Qt::Literals::StringLiterals;
@@ -28,7 +30,7 @@ QHash<QString, QString> commonHeaders(const QString &user, const QString &passwo
 
 bool isLoopback(const QString &host)
 {
-    return host == "localhost"_L1 || host == "127.0.0.1"_L1 || host == "::1"_L1;
+    return host == "localhost"_L1 || QHostAddress(host).isLoopback();
 }
 
 // Once per process: a till has two clients, one in the plugin and one for its queue.

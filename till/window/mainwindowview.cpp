@@ -137,8 +137,10 @@ void MainWindow::showHelp()
 
 void MainWindow::showSale()
 {
-    if (!m_till.view().fault.isEmpty())
-        return static_cast<void>(close());
+    if (!m_till.view().fault.isEmpty()) {
+        close();
+        return;
+    }
     m_pages->setCurrentWidget(m_sale);
     updateAreas();
     setMode({tr("Товар"), tr("Штрихкод, 3*штрихкод или название"), {}, nullptr});
