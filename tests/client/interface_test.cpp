@@ -73,8 +73,6 @@ Outcome judge(const Judgement &judgement, bool logOnly, LogFile &log)
     return logged.isEmpty() ? Outcome::Good : Outcome::Logged;
 }
 
-} // namespace
-
 TEST(Settings, GiveAddressesTimeoutAndCredentials)
 {
     const struct
@@ -200,5 +198,7 @@ TEST(Transport, SendsAQueuedEventAsItWasStored)
                                    {"null", 0}})
         EXPECT_EQ(static_cast<int>(Request::fromQueueEvent(json(R"({"op": )" + QByteArray(op) + "}")).op), read) << op;
 }
+
+} // namespace
 
 } // namespace kvo

@@ -41,8 +41,6 @@ protected:
     QSharedPointer<DocumentCardRecord> card = builder::card(u"2000"_s);
 };
 
-} // namespace
-
 TEST_F(OrderBody, TellsThePlainCheck)
 {
     card->setOperationId(u"basket-1"_s);
@@ -167,5 +165,7 @@ TEST_F(OrderBody, GoesIntoRequestsThatNameTheOrder)
         EXPECT_EQ(request.payload.object(), body) << method.toStdString();
     }
 }
+
+} // namespace
 
 } // namespace kvo

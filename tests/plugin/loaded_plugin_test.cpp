@@ -26,8 +26,6 @@ protected:
     QPluginLoader loader;
 };
 
-} // namespace
-
 TEST_F(LoadedPlugin, SaysWhatItIs)
 {
     EXPECT_EQ(loader.metaData().value("IID"_L1), u"Kvo"_s);
@@ -71,3 +69,5 @@ TEST_F(LoadedPlugin, MayBeUnloadedWhileItsValuesLiveOn)
     ASSERT_TRUE(loader.unload());
     EXPECT_EQ(document->getPluginData(document->pluginDataKeys().value(0)).size(), 1);
 }
+
+} // namespace

@@ -14,7 +14,7 @@ constexpr char isOff[] = "не работают"; // and no card is accepted
 
 class Broken;
 
-struct Case
+struct Breakage
 {
     const char *name;
     std::function<void(Broken &)> breakIt;
@@ -22,7 +22,7 @@ struct Case
     const char *message = isOff; ///< Part of what the cashier is told about the card; null: it is accepted.
 };
 
-class Broken : public SaleTest, public testing::WithParamInterface<Case>
+class Broken : public SaleTest, public testing::WithParamInterface<Breakage>
 {
 public:
     using SaleTest::configure;
@@ -47,7 +47,7 @@ TEST_P(Broken, LeavesATillThatSells)
     EXPECT_THAT(askTill({u"status"_s}).toStdString(), HasSubstr(status));
 }
 
-const Case cases[]{
+const Breakage breakages[]{
     {"NoPlugin", [](Broken &shop) { shop.movePluginFolder(); }, "Till:pluginFolder"},
     {"PluginForSomethingElse",
      [](Broken &shop) {
@@ -72,7 +72,7 @@ const Case cases[]{
      "Бонусы работают", "Нет связи"},
 };
 
-INSTANTIATE_TEST_SUITE_P(By, Broken, testing::ValuesIn(cases),
+INSTANTIATE_TEST_SUITE_P(By, Broken, testing::ValuesIn(breakages),
                          [](const auto &instance) { return std::string(instance.param.name); });
 
 TEST_F(SaleTest, SetsACheckWithACardAsideUntilThePluginIsBack)

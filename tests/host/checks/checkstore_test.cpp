@@ -35,7 +35,7 @@ protected:
 };
 
 /// A check with all kinds of rows.
-QSharedPointer<SaleDocument> fullCheck()
+QSharedPointer<SaleDocument> richCheck()
 {
     const auto check = builder::check({10000, 20000});
     check->addCard(builder::card(u"2600001"_s, 26));
@@ -50,7 +50,7 @@ TEST_F(CheckStoreTest, BringsBackWhatWasSaved)
     EXPECT_FALSE(look.restore() || !look.checks().isEmpty() || !look.journal().isEmpty());
     EXPECT_FALSE(QFile::exists(folder)) << "looking creates nothing";
     EXPECT_FALSE(store.restore());
-    const auto saved = fullCheck();
+    const auto saved = richCheck();
     store.save(*saved);
     CheckStore later(folder);
     const auto restored = later.restore();
@@ -78,7 +78,7 @@ TEST_F(CheckStoreTest, SavesInProportionToTheChange)
 
 TEST_F(CheckStoreTest, FinishesACheckOnceAndKeepsTheOthers)
 {
-    const auto parked = fullCheck();
+    const auto parked = richCheck();
     store.save(*parked);
     const auto check = builder::check({100});
     store.save(*check); // The other one was not finished.
@@ -134,7 +134,7 @@ TEST_F(CheckStoreTest, PutsACheckAsideThatCannotBeRead)
     };
     for (const auto &[damage, named] : cases) {
         SCOPED_TRACE(named);
-        const auto check = fullCheck();
+        const auto check = richCheck();
         store.save(*check);
         runSql(file, damage);
         CheckStore look(folder, CheckStore::Access::Look);
@@ -154,7 +154,7 @@ TEST_F(CheckStoreTest, PutsACheckAsideThatCannotBeRead)
         expectSells(next);
         next.park({});
     }
-    const auto parked = fullCheck();
+    const auto parked = richCheck();
     store.save(*parked);
     store.park(u"Отложен"_s);
     runSql(file, u"DELETE FROM part WHERE kind = 'check'"_s);
@@ -165,7 +165,7 @@ TEST_F(CheckStoreTest, PutsACheckAsideThatCannotBeRead)
 
 TEST_F(CheckStoreTest, PutsAFileAsideThatIsBeyondUse)
 {
-    store.save(*fullCheck());
+    store.save(*richCheck());
     const std::pair<const char *, std::function<void()>> cases[] = {
         {"no database", [&] { writeFile(file, QByteArray(10'000, 'x')); }},
         {"a single byte", [&] { writeFile(file, "x"); }},
