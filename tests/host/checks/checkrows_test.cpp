@@ -2,68 +2,23 @@
 #include "tests/support/checkbuilder.h"
 
 #include <core/basicexception.h>
-#include <document/documentbonusrecord.h>
 
 #include <gmock/gmock.h>
-
-#include <QtCore/QJsonArray>
-#include <QtCore/QJsonObject>
 
 using namespace Qt::Literals::StringLiterals;
 using testing::HasSubstr;
 
 namespace {
 
-const QDateTime moment(QDate(2024, 3, 1), QTime(12, 30, 15, 250));
-const QJsonObject order{
-    {u"basket"_s, u"order-1"_s}, {u"sum"_s, 0.1}, {u"lines"_s, QJsonArray{QJsonObject{{u"lineID"_s, u"1"_s}}}}};
-
-/// Two lines, two cards, points on both lines, a payment, and plugin data.
-QSharedPointer<SaleDocument> fullCheck()
-{
-    const auto check = builder::check({10000, 30'000'000'000});
-    const auto last = check->getGoodsItems().last();
-    last->setCampaignLabels({u"NOSPEND"_s});
-    last->setAllowBonusEarn(false);
-    last->getTmc()->setPriceSourceType(EPriceSourceType::Promotion);
-    check->addCard(builder::card(u"another"_s));
-    const auto client = QSharedPointer<Client>::create();
-    client->setName(u"Иванова Анна "_s);
-    client->setBirthday({1990, 5, 17});
-    client->setSex(Client::Sex::Female);
-    const auto card = builder::card(u"2600001"_s, 26);
-    card->getCard()->setClient(client);
-    card->setOperationId(u"order-1"_s);
-    card->setOperationInfo(order);
-    card->setPointsForSpend(150.25);
-    card->setPointsForEarn(5.0);
-    card->setBonusBalance(1000.25);
-    card->setExtendedOptions(QVariantMap{{u"loyaltyStatus"_s, QJsonValue(u"Gold"_s)}});
-    check->addCard(card);
-    const auto points = builder::shares({{1, 33.33}, {2, 0.0051}}, card);
-    points->getTotals()->setDateTime(moment);
-    points->getTotals()->setDiscountName(u"Баллы %1 €😀 \"a\\b\"\n\x01"_s);
-    points->getDetails().at(1)->setDateTime(QDateTime(moment.date(), moment.time(), Qt::UTC));
-    check->addImpact(points);
-    const auto payment = builder::discount(10);
-    payment->getTotals()->setValutCode(7);
-    check->addImpact(payment);
-    const DocumentBonusRecord record{u"2600001"_s, 12.5, moment, u"cashier 1"_s, 2};
-    check->setPluginData(u"loyaltySystem26"_s, {{u"pointsForSpend"_s, 60.5},
-                                                {u"rates"_s, QVariantList{1e-7, -1e300, 0.1, 1e15, qint64(1) << 53}},
-                                                {u"bonusRecords"_s, QVariant::fromValue(QList{record, record})}});
-    return check;
-}
-
 TEST(CheckRowsTest, EverythingComesBack)
 {
-    const auto saved = fullCheck();
+    const auto saved = builder::fullCheck();
     const auto restored = builder::restored(*saved);
     EXPECT_EQ(builder::text(*restored).toStdString(), builder::text(*saved).toStdString());
     EXPECT_EQ(restored->getDiscountSum().kopecks(), 3333 + 1 + 1000);
     EXPECT_EQ(restored->findGoodsItem(1)->getTotal(), saved->findGoodsItem(1)->getTotal());
     const auto card = restored->getCardRecords().at(1);
-    EXPECT_EQ(card->getOperationInfo().toJsonObject(), order);
+    EXPECT_EQ(card->getOperationInfo().toJsonObject(), builder::order);
     EXPECT_EQ(card->getPointsForEarn().typeId(), QMetaType::Double);
     EXPECT_FALSE(restored->getCardRecords().at(0)->getCard()->getClient());
     const auto impacts = restored->getDiscountImpacts();
@@ -75,7 +30,7 @@ TEST(CheckRowsTest, EverythingComesBack)
 
 TEST(CheckRowsTest, WritesTheRowsThatHaveChanged)
 {
-    const auto check = fullCheck();
+    const auto check = builder::fullCheck();
     CheckRows stored;
     stored.update(*check);
     const auto changes = [&] {
@@ -119,7 +74,7 @@ TEST(CheckRowsTest, WritesTheRowsThatHaveChanged)
 /// Empty: it reads.
 std::string problemOf(const char *kind, int key, const QByteArray &from, const QByteArray &to)
 {
-    QList<CheckRow> rows = builder::rows(*fullCheck());
+    QList<CheckRow> rows = builder::rows(*builder::fullCheck());
     const auto row = std::find_if(rows.begin(), rows.end(), [&](const CheckRow &one) {
         return one.kind == QLatin1StringView(kind) && one.key == key;
     });

@@ -34,23 +34,13 @@ protected:
     const QString file = store.fileName();
 };
 
-/// A check with all kinds of rows.
-QSharedPointer<SaleDocument> richCheck()
-{
-    const auto check = builder::check({10000, 20000});
-    check->addCard(builder::card(u"2600001"_s, 26));
-    check->addImpact(builder::discount(10, check->getCardRecords().first()));
-    check->setPluginData(u"loyaltySystem26"_s, {{u"pointsForSpend"_s, 60.5}});
-    return check;
-}
-
 TEST_F(CheckStoreTest, BringsBackWhatWasSaved)
 {
     CheckStore look(folder, CheckStore::Access::Look);
     EXPECT_FALSE(look.restore() || !look.checks().isEmpty() || !look.journal().isEmpty());
     EXPECT_FALSE(QFile::exists(folder)) << "looking creates nothing";
     EXPECT_FALSE(store.restore());
-    const auto saved = richCheck();
+    const auto saved = builder::fullCheck();
     store.save(*saved);
     CheckStore later(folder);
     const auto restored = later.restore();
@@ -78,7 +68,7 @@ TEST_F(CheckStoreTest, SavesInProportionToTheChange)
 
 TEST_F(CheckStoreTest, FinishesACheckOnceAndKeepsTheOthers)
 {
-    const auto parked = richCheck();
+    const auto parked = builder::fullCheck();
     store.save(*parked);
     const auto check = builder::check({100});
     store.save(*check); // The other one was not finished.
@@ -134,7 +124,7 @@ TEST_F(CheckStoreTest, PutsACheckAsideThatCannotBeRead)
     };
     for (const auto &[damage, named] : cases) {
         SCOPED_TRACE(named);
-        const auto check = richCheck();
+        const auto check = builder::fullCheck();
         store.save(*check);
         runSql(file, damage);
         CheckStore look(folder, CheckStore::Access::Look);
@@ -154,7 +144,7 @@ TEST_F(CheckStoreTest, PutsACheckAsideThatCannotBeRead)
         expectSells(next);
         next.park({});
     }
-    const auto parked = richCheck();
+    const auto parked = builder::fullCheck();
     store.save(*parked);
     store.park(u"Отложен"_s);
     runSql(file, u"DELETE FROM part WHERE kind = 'check'"_s);
@@ -165,7 +155,7 @@ TEST_F(CheckStoreTest, PutsACheckAsideThatCannotBeRead)
 
 TEST_F(CheckStoreTest, PutsAFileAsideThatIsBeyondUse)
 {
-    store.save(*richCheck());
+    store.save(*builder::fullCheck());
     const std::pair<const char *, std::function<void()>> cases[] = {
         {"no database", [&] { writeFile(file, QByteArray(10'000, 'x')); }},
         {"a single byte", [&] { writeFile(file, "x"); }},

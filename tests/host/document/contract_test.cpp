@@ -1,0 +1,38 @@
+// The numbers that the host's contract gives its enumerations; stored checks hold them too.
+#include <core/eventcode.h>
+#include <document/saledocument.h>
+#include <loyalty/ecardnumbertype.h>
+#include <loyalty/loyaltysystemoption.h>
+
+#include <gtest/gtest.h>
+
+template <class... Enum>
+QList<int> numbers(Enum... values)
+{
+    return {static_cast<int>(values)...};
+}
+
+TEST(Contract, NumbersStayAsTheyAre)
+{
+    using enum EventCode;
+    EXPECT_EQ(numbers(SubtotalEntered, PositionChanged, PositionRestored, PaymentStarted, LoyaltyResultDropped),
+              QList({24, 57, 237, 238, 239}));
+    using Mode = EDiscountMode;
+    EXPECT_EQ(numbers(Mode::Automatic, Mode::LoyaltySystem, Mode::Manual, Mode::Card, Mode::Coupon, Mode::Payment),
+              QList({1, 2, 3, 4, 5, 6}));
+    using Type = EDiscountType;
+    EXPECT_EQ(numbers(Type::None, Type::Percent, Type::Sum, Type::FixedPrice, Type::Coupon, Type::Bonus),
+              QList({0, 1, 2, 3, 4, 5}));
+    using Price = EPriceSourceType;
+    EXPECT_EQ(numbers(Price::Catalogue, Price::Barcode, Price::Manual, Price::MinimumPrice, Price::Promotion),
+              QList({1, 2, 3, 4, 5}));
+    using Source = EImpactSource;
+    EXPECT_EQ(numbers(Source::Undefined, Source::DiscountSystem, Source::LoyaltySystem, Source::Cashier),
+              QList({0, 1, 2, 3}));
+    EXPECT_EQ(numbers(EDocumentType::Sale, EDocumentType::Refund, EDocumentType::RefundBySale), QList({1, 2, 25}));
+    using Option = LoyaltySystemOption;
+    EXPECT_EQ(
+        numbers(Option::SpendPoints, Option::EarnPoints, Option::RequestAfterClose, Option::RequestPointsForSpend),
+        QList({1, 2, 4, 0x4000}));
+    EXPECT_EQ(numbers(ECardNumberType::Manual, ECardNumberType::Phone, ECardNumberType::Scanned), QList({0, 1, 2}));
+}
