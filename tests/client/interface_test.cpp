@@ -40,7 +40,7 @@ const Judgement judgements[] = {
     {"nothing to judge", 500, R"({"data": 1})", Outcome::Good, Outcome::Good},
     {"no JSON", 200, "", Outcome::Good, Outcome::Good},
     {"error code zero", 200, R"({"error": {"errorCode": 0}})", Outcome::Good, Outcome::Good},
-    {"error code", 200, R"({"success": true, "error": {"errorCode": 5, "description": "x"}})", Outcome::Rejected,
+    {"error code", 200, R"({"success": true, "error": {"errorCode": 1, "description": "x"}})", Outcome::Rejected,
      Outcome::Rejected, u"x"_s},
     {"refused 200", 200, R"({"success": false, "message": "m"})", Outcome::Rejected, Outcome::Logged, u"m"_s},
     {"refused 400", 400, R"({"success": false, "message": "m"})", Outcome::Rejected, Outcome::Logged, u"m"_s},
@@ -109,7 +109,7 @@ TEST(Settings, PlainHttpToAnotherMachineIsWarnedAboutOnce)
 {
     LogFile log;
     for (const char *host :
-         {"http://h:80a80", "http://localhost:8080", "http://127.0.0.1", "https://safe", "http://h", "http://other"}) {
+         {"http://bad:80a80", "http://localhost:8080", "http://127.0.0.1", "https://safe", "http://h", "http://other"}) {
         const FakeConfig config({{u"Kvo:host"_s, QString::fromLatin1(host)}});
         Interface();
     }

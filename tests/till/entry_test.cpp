@@ -71,7 +71,7 @@ TEST(TypedStep, IsAWordOfTheScenariosOrGoods)
     };
     for (const auto &[line, kind, holds] : cases) {
         SCOPED_TRACE(line);
-        const auto read = [&] { return till::readTypedStep(QString::fromUtf8(line), catalogue); };
+        const auto read = [&catalogue, line = line] { return till::readTypedStep(QString::fromUtf8(line), catalogue); };
         if (!kind) {
             EXPECT_THROW(read(), BasicException);
             continue;
