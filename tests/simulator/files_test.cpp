@@ -40,11 +40,11 @@ TEST_F(Files, NameThePlaceOfAMistake)
         {R"({"Tiers": [{"Name": "A", "Discount": -2}]})", "[0].Tiers[0].Discount"},
         {R"({"Tiers": [{"Name": "A", "Discount": 18446744073709551615}]})", "[0].Tiers[0].Discount"},
     };
-    EXPECT_EQ(readCustomerFile(written(Json{customer}.dump())).size(), 1u);
+    EXPECT_EQ(readCustomerFile(written(Json::array({customer}).dump())).size(), 1u);
     for (const auto &[patch, field] : customers) {
         Json wrong = customer;
         wrong.merge_patch(Json::parse(patch));
-        EXPECT_THAT([&] { readCustomerFile(written(Json{wrong}.dump())); }, names("input: ", field));
+        EXPECT_THAT([&] { readCustomerFile(written(Json::array({wrong}).dump())); }, names("input: ", field));
     }
     EXPECT_THAT([&] { readCustomerFile(written(Json{customer, customer}.dump())); }, names("[1].CustAccount", "twice"));
     EXPECT_THAT([&] { readCustomerFile(written(R"([{"Balance": NaN}])")); }, names("input: ", "line 1"));

@@ -31,7 +31,7 @@ TEST(Theme, CanBeRead)
         {u"onAccent", u"warning", 4.5}, {u"good", u"surface", 4.5},  {u"warning", u"surface", 4.5},
         {u"accent", u"surface", 3},     {u"accent", u"ground", 3}};
     for (const bool isDark : {false, true}) {
-        const till::Theme theme(isDark);
+        const till::Theme theme{isDark};
         for (const auto &[text, ground, least] : pairs) {
             const double one = luminance(theme.colour(text)) + 0.05;
             const double other = luminance(theme.colour(ground)) + 0.05;
