@@ -30,6 +30,7 @@ TEST(Contract, NumbersStayAsTheyAre)
     EXPECT_EQ(numbers(Source::Undefined, Source::DiscountSystem, Source::LoyaltySystem, Source::Cashier),
               QList({0, 1, 2, 3}));
     EXPECT_EQ(numbers(EDocumentType::Sale, EDocumentType::Refund, EDocumentType::RefundBySale), QList({1, 2, 25}));
+    EXPECT_EQ(numbers(EDiscountObject::Check, EDiscountObject::Position, Client::Sex::Male), QList({0, 1, 0}));
     using Option = LoyaltySystemOption;
     EXPECT_EQ(
         numbers(Option::SpendPoints, Option::EarnPoints, Option::RequestAfterClose, Option::RequestPointsForSpend),

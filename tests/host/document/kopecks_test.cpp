@@ -296,17 +296,4 @@ TEST(SaleDocumentLines, AreChangedRemovedAndPutBackByTheirNumber)
     EXPECT_EQ(restored->getGoodsItems().first(), first);
 }
 
-// Stored checks and the plugin's requests hold them.
-TEST(HostContract, NumbersOfEnumerationsNeverChange)
-{
-    const auto number = [](auto value) { return static_cast<int>(value); };
-    EXPECT_EQ(
-        (QList<int>{number(EDiscountMode::LoyaltySystem), number(EDiscountMode::Manual), number(EDiscountMode::Payment),
-                    number(EDiscountType::Bonus), number(EDiscountType::Sum), number(EDiscountObject::Position),
-                    number(EImpactSource::LoyaltySystem), number(EPriceSourceType::Catalogue),
-                    number(EPriceSourceType::Promotion), number(EDocumentType::Sale), number(EDocumentType::Refund),
-                    number(EDocumentType::RefundBySale), number(Client::Sex::Male)}),
-        (QList<int>{2, 3, 6, 5, 2, 1, 2, 1, 5, 1, 2, 25, 0}));
-}
-
 } // namespace
