@@ -6,7 +6,6 @@
 #include <cashier/cardaddlogic.h>
 #include <cashier/cashierui.h>
 #include <cashier/dialog.h>
-#include <cashier/savetofilelogic.h>
 #include <cashier/verificationlogic.h>
 #include <core/basicexception.h>
 #include <core/currenttime.h>
@@ -35,8 +34,9 @@ public:
 
     QDateTime currentDateTime() const override { return now; }
 
-    std::optional<QString> enterCode(const tr::Tr &prompt, std::chrono::milliseconds, int attemptsLeft) override
+    std::optional<QString> enterCode(const tr::Tr &prompt, std::chrono::milliseconds left, int attemptsLeft) override
     {
+        EXPECT_TRUE(prompt.ru().endsWith(u"Какой код?"_s) && left > 0ms && left <= 5min) << prompt.ru().toStdString();
         EXPECT_EQ(prompt.ru().startsWith(u"Неверный код. Осталось попыток: %1."_s.arg(attemptsLeft)), prompts > 0);
         ++prompts;
         if (answers.isEmpty())
@@ -61,7 +61,7 @@ protected:
     static std::string verify(const QString &code)
     {
         try {
-            VerificationLogic().verify(code, {}, 0);
+            VerificationLogic().verify(code, tr::Tr(u"Какой код?"_s), 0);
         } catch (const BasicException &error) {
             return error.what();
         }
@@ -111,7 +111,6 @@ TEST_F(CashierTest, NobodyAtTheTillChoosesTheSecondButton)
 {
     EXPECT_FALSE(Dialog().question({}, 1, {}, {}, 0));
     EXPECT_TRUE(Dialog().question({}, 0, {}, {}, 2));
-    SaveToFileLogic().save({}, {}, 0); // There is nothing to save.
 }
 
 class Loyalty : public BasicLoyaltySystem

@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
-
 TEST(Money, RoundsRublesAsAPersonReadsThem)
 {
     const CommaLocale commas;
@@ -21,7 +19,7 @@ TEST(Money, RoundsRublesAsAPersonReadsThem)
         {1'234'567'890'123.45, 123'456'789'012'345},
         {8.9e16, 8'900'000'000'000'000'000},
         {1e17, 0},
-        {std::numeric_limits<double>::quiet_NaN(), 0},
+        {qQNaN(), 0},
     };
     for (const auto &[rubles, kopecks] : cases)
         EXPECT_EQ(Money::fromRubles(rubles).kopecks(), kopecks) << rubles;

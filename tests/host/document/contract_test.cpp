@@ -23,12 +23,6 @@ TEST(Contract, NumbersStayAsTheyAre)
     using Type = EDiscountType;
     EXPECT_EQ(numbers(Type::None, Type::Percent, Type::Sum, Type::FixedPrice, Type::Coupon, Type::Bonus),
               QList({0, 1, 2, 3, 4, 5}));
-    using Price = EPriceSourceType;
-    EXPECT_EQ(numbers(Price::Catalogue, Price::Barcode, Price::Manual, Price::MinimumPrice, Price::Promotion),
-              QList({1, 2, 3, 4, 5}));
-    using Source = EImpactSource;
-    EXPECT_EQ(numbers(Source::Undefined, Source::DiscountSystem, Source::LoyaltySystem, Source::Cashier),
-              QList({0, 1, 2, 3}));
     EXPECT_EQ(numbers(EDocumentType::Sale, EDocumentType::Refund, EDocumentType::RefundBySale), QList({1, 2, 25}));
     EXPECT_EQ(numbers(EDiscountObject::Check, EDiscountObject::Position, Client::Sex::Male), QList({0, 1, 0}));
     using Option = LoyaltySystemOption;
