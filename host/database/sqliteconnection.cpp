@@ -112,9 +112,9 @@ void SqliteConnection::configure(Commits commits)
 {
     m_file.tighten();
     switchToWriteAheadLog();
-    execute(u"PRAGMA cache_size = -512"); // KiB: a till's memory does not grow with its journal
     if (commits == Commits::Synced) {
         execute(u"PRAGMA synchronous = FULL");
+        execute(u"PRAGMA cache_size = -512"); // KiB: a till's memory does not grow with its journal
         if (m_schema.pagesBeforeCheckpoint)
             execute(u"PRAGMA wal_autocheckpoint = %1"_s.arg(*m_schema.pagesBeforeCheckpoint));
     } else {
