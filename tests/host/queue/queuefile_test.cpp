@@ -130,7 +130,7 @@ TEST_F(QueueFileTest, UnusableFileIsRefusedByNameLeftAloneAndUsedAgainWhenItIsMe
     for (const auto &[what, bytes, text] : cases) {
         SCOPED_TRACE(what);
         putFile(bytes);
-        EXPECT_THAT(broker.problem().toStdString(), AllOf(HasSubstr(file.toStdString()), HasSubstr(text)));
+        EXPECT_THAT(broker.problem().toStdString(), AllOf(HasSubstr("«" + file.toStdString()), HasSubstr(text)));
         EXPECT_THROW(push(u"a1"_s), BasicException);
         EXPECT_THROW(delivery.step(), BasicException);
         EXPECT_EQ(readFile(file), bytes);
