@@ -109,7 +109,7 @@ TEST(Settings, PlainHttpToAnotherMachineIsWarnedAboutOnce)
 {
     LogFile log;
     for (const char *host :
-         {"http://bad:80a80", "http://localhost:8080", "http://127.0.0.1", "https://safe", "http://h", "http://other"}) {
+         {"http://x:80a80", "http://localhost:8080", "http://127.0.0.1", "https://safe", "http://h", "http://other"}) {
         const FakeConfig config({{u"Kvo:host"_s, QString::fromLatin1(host)}});
         Interface();
     }
