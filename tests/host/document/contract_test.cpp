@@ -2,18 +2,14 @@
 #include <core/eventcode.h>
 #include <document/saledocument.h>
 #include <loyalty/ecardnumbertype.h>
+#include <loyalty/ecoupon.h>
 #include <loyalty/loyaltysystemoption.h>
 
 #include <gtest/gtest.h>
 
-template <class... Enum>
-QList<int> numbers(Enum... values)
-{
-    return {static_cast<int>(values)...};
-}
-
 TEST(Contract, NumbersStayAsTheyAre)
 {
+    const auto numbers = [](auto... values) { return QList<int>{static_cast<int>(values)...}; };
     using enum EventCode;
     EXPECT_EQ(numbers(SubtotalEntered, PositionChanged, PositionRestored, PaymentStarted, LoyaltyResultDropped),
               QList({24, 57, 237, 238, 239}));
@@ -30,4 +26,5 @@ TEST(Contract, NumbersStayAsTheyAre)
         numbers(Option::SpendPoints, Option::EarnPoints, Option::RequestAfterClose, Option::RequestPointsForSpend),
         QList({1, 2, 4, 0x4000}));
     EXPECT_EQ(numbers(ECardNumberType::Manual, ECardNumberType::Phone, ECardNumberType::Scanned), QList({0, 1, 2}));
+    EXPECT_EQ(numbers(ECoupon::Unknown, ECoupon::Discount, ECoupon::Gift), QList({0, 1, 2}));
 }
