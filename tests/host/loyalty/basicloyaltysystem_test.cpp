@@ -107,6 +107,8 @@ TEST_F(BasicLoyaltySystemTest, KeepsItsDataWithTheCheckUntilItIsClosed)
 TEST_F(BasicLoyaltySystemTest, TellsTheCashierWhatItKnowsOfTheCard)
 {
     system.setDocument(check);
+    EXPECT_EQ(system.getCardNumber({static_cast<int>(ECardNumberType::Manual), u" 7 "_s}).cardNumber, u"7"_s);
+    EXPECT_FALSE(system.getCardNumber({static_cast<int>(ECardNumberType::Phone), u"7"_s}).success);
     EXPECT_EQ(system.getCardInfo({}).size(), 0);
     EXPECT_EQ(system.getCardInfo(card), QStringList{u"Карта: 1"_s});
     EXPECT_FALSE(system.fillCardOwnerInfo());
