@@ -29,8 +29,7 @@ struct Judgement
     const char *name;
     int status;
     const char *body;
-    Outcome now;
-    Outcome fromQueue;
+    Outcome now, fromQueue;
     QString text = {};
     QNetworkReply::NetworkError error = QNetworkReply::NoError;
 };
@@ -75,12 +74,7 @@ Outcome judge(const Judgement &judgement, bool logOnly, LogFile &log)
 
 TEST(Settings, GiveAddressesTimeoutAndCredentials)
 {
-    const struct
-    {
-        QVariantHash settings;
-        QString url, messageUrl, authorization;
-        int timeout;
-    } cases[] = {
+    const std::tuple<QVariantHash, QString, QString, QString, int> cases[] = {
         {{}, u"http://localhost/api/ax/xpp/v1/a%20b"_s, u"http://localhost/api/twofa/msg/v1/a%20b"_s, u"Og=="_s, 10000},
         {{{u"Kvo:host"_s, u"https://h:81/other?x=1"_s},
           {u"Kvo:path"_s, u"/путь/"_s},
@@ -94,14 +88,14 @@ TEST(Settings, GiveAddressesTimeoutAndCredentials)
          5},
         {{{u"Kvo:host"_s, u"http://h:80a80"_s}}, {}, {}, u"Og=="_s, 10000}, // Nothing may go to port 80.
     };
-    for (const auto &c : cases) {
-        const FakeConfig config(c.settings);
+    for (const auto &[settings, url, messageUrl, authorization, timeout] : cases) {
+        const FakeConfig config(settings);
         const OpenInterface client;
-        EXPECT_EQ(client.getUrl(u"a b"_s).toString(QUrl::FullyEncoded), c.url);
-        EXPECT_EQ(client.getVerificationUrl(u"a b"_s).toString(QUrl::FullyEncoded), c.messageUrl);
-        EXPECT_EQ(client.headers, (QHash<QString, QString>{{u"Authorization"_s, u"Basic "_s + c.authorization},
+        EXPECT_EQ(client.getUrl(u"a b"_s).toString(QUrl::FullyEncoded), url);
+        EXPECT_EQ(client.getVerificationUrl(u"a b"_s).toString(QUrl::FullyEncoded), messageUrl);
+        EXPECT_EQ(client.headers, (QHash<QString, QString>{{u"Authorization"_s, u"Basic "_s + authorization},
                                                            {u"Content-Type"_s, u"application/json"_s}}));
-        EXPECT_EQ(client.timeout, c.timeout);
+        EXPECT_EQ(client.timeout, timeout);
     }
 }
 
@@ -123,12 +117,7 @@ TEST(Queries, NameWhatTheyAskForAndReadTheData)
     const FakeConfig config({{u"Kvo:brand"_s, u"B"_s}, {u"Kvo:verificationBrand"_s, u"V"_s}});
     RestExchange exchange;
     const OpenInterface client;
-    const struct
-    {
-        std::function<QJsonValue()> ask;
-        const char *call, *data;
-        QJsonValue result;
-    } cases[] = {
+    const std::tuple<std::function<QJsonValue()>, const char *, const char *, QJsonValue> cases[] = {
         {[&] { return client.searchCustomer(u"+7 50%&Ё"_s, ECardNumberType::Phone); },
          "searchCustomer?Brand=B&Phone=%2B7%2050%25%26%D0%81", R"({"a": 1})", QJsonObject{{u"a"_s, 1}}},
         {[&] { return client.searchCustomer({}, ECardNumberType::Scanned); },
@@ -140,14 +129,14 @@ TEST(Queries, NameWhatTheyAskForAndReadTheData)
         {[&] { return client.loyaltyBonusInfo(u"1"_s, {}); },
          "loyaltyBalanceInfo?Brand=B&CardNumber=1&CustAccountNum=", R"({"AmountQty": "12.5"})", 0},
     };
-    for (const auto &c : cases) {
-        exchange.answer = RestExchange::response(200, R"({"success": true, "data": )" + QByteArray(c.data) + "}");
-        EXPECT_EQ(c.ask(), c.result) << c.call;
-        EXPECT_EQ(exchange.calls.last(), QString::fromUtf8(c.call));
+    for (const auto &[ask, call, data, result] : cases) {
+        exchange.answer = RestExchange::response(200, R"({"success": true, "data": )" + QByteArray(data) + "}");
+        EXPECT_EQ(ask(), result) << call;
+        EXPECT_EQ(exchange.calls.last(), QString::fromUtf8(call));
         EXPECT_EQ(exchange.sentOp, QNetworkAccessManager::GetOperation);
         EXPECT_EQ(exchange.sentHeaders, client.headers);
         exchange.failures = {exchange.calls.last().section(u'?', 0, 0)};
-        EXPECT_THROW(c.ask(), BasicException) << c.call;
+        EXPECT_THROW(ask(), BasicException) << call;
     }
     client.verification(u"code 1"_s, u"+7"_s);
     EXPECT_EQ(exchange.sentUrl.path(), u"/api/twofa/msg/v1/send"_s);

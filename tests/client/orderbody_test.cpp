@@ -77,11 +77,8 @@ TEST_F(OrderBody, FoldsImpactsByKind)
 
 TEST_F(OrderBody, SaysWhatMayNotBeSpentAndEarned)
 {
-    const struct
-    {
-        QVariantList labels;
-        bool allowDiscount, allowEarn, forbid, noDiscount, noEarn;
-    } cases[] = {
+    // Labels, whether the line allows discounts and earning, whether the order forbids spending; then what is told.
+    const std::tuple<QVariantList, bool, bool, bool, bool, bool> cases[] = {
         {{}, true, true, false, false, false},
         {{u"NOSPEND"_s}, true, true, false, true, false},
         {{u"NOBONUS"_s}, true, true, false, false, true},
@@ -91,37 +88,32 @@ TEST_F(OrderBody, SaysWhatMayNotBeSpentAndEarned)
         {{}, true, false, false, false, true},
         {{}, true, true, true, true, false},
     };
-    for (const auto &c : cases) {
+    for (const auto &[labels, allowDiscount, allowEarn, forbid, noDiscount, noEarn] : cases) {
         const auto item = document->getGoodsItems().first();
-        item->setCampaignLabels(c.labels);
-        item->setAllowDiscount(c.allowDiscount);
-        item->setAllowBonusEarn(c.allowEarn);
-        SCOPED_TRACE(&c - cases);
-        EXPECT_EQ(line(c.forbid).value("noDiscountAllowed"_L1), c.noDiscount);
-        EXPECT_EQ(line(c.forbid).value("noEarnAllowed"_L1), c.noEarn);
+        item->setCampaignLabels(labels);
+        item->setAllowDiscount(allowDiscount);
+        item->setAllowBonusEarn(allowEarn);
+        SCOPED_TRACE(testing::PrintToString(std::tuple(labels.size(), allowDiscount, allowEarn, forbid)));
+        EXPECT_EQ(line(forbid).value("noDiscountAllowed"_L1), noDiscount);
+        EXPECT_EQ(line(forbid).value("noEarnAllowed"_L1), noEarn);
     }
 }
 
 TEST_F(OrderBody, IsKeptOnTheCardOnceTheServiceHasAcceptedIt)
 {
     RestExchange exchange;
-    const struct
-    {
-        std::function<Response()> send;
-        QString method;
-        bool forbidsSpending = false;
-    } cases[] = {
-        {[this] { return client.calculateOrder(document, card); }, u"calculateOrder"_s},
-        {[this] { return client.createOrder(document, card, false); }, u"createOrder"_s},
+    const std::tuple<std::function<Response()>, QString, bool> cases[] = {
+        {[this] { return client.calculateOrder(document, card); }, u"calculateOrder"_s, false},
+        {[this] { return client.createOrder(document, card, false); }, u"createOrder"_s, false},
         {[this] { return client.createOrder(document, card, true); }, u"createOrder"_s, true},
     };
-    for (const auto &c : cases) {
+    for (const auto &[send, method, forbidsSpending] : cases) {
         exchange.answer = RestExchange::response(200, R"({"success": true, "result": {"earnPoints": 3,
             "redeemPoints": [{"lineId": 1, "points": 10}, {"points": 2.5}, {}, 7, {"points": "8"}]}})");
-        const Response response = c.send();
+        const Response response = send();
         const QJsonObject body = exchange.bodies.last();
-        EXPECT_EQ(exchange.calls.last(), c.method);
-        EXPECT_EQ(body.value("orderLines"_L1)[0]["noDiscountAllowed"_L1].toBool(), c.forbidsSpending);
+        EXPECT_EQ(exchange.calls.last(), method);
+        EXPECT_EQ(body.value("orderLines"_L1)[0]["noDiscountAllowed"_L1].toBool(), forbidsSpending);
         EXPECT_EQ(card->getOperationInfo().toJsonObject(), body);
         EXPECT_EQ(response.basket, body.value("basket"_L1).toString());
         EXPECT_EQ(response.basket.size(), 36);
@@ -129,10 +121,10 @@ TEST_F(OrderBody, IsKeptOnTheCardOnceTheServiceHasAcceptedIt)
         EXPECT_EQ(response.earnPoints(), 3);
         EXPECT_EQ(response.redeemPointsAmount(), 12.5);
         exchange.answer = RestExchange::response(200, R"({"success": true})");
-        EXPECT_EQ(c.send().redeemPointsAmount(), 0);
-        exchange.failures = {c.method};
+        EXPECT_EQ(send().redeemPointsAmount(), 0);
+        exchange.failures = {method};
         const QVariant accepted = card->getOperationInfo();
-        EXPECT_THROW(c.send(), BasicException);
+        EXPECT_THROW(send(), BasicException);
         EXPECT_EQ(card->getOperationInfo(), accepted);
     }
 }
@@ -145,12 +137,7 @@ TEST_F(OrderBody, GoesIntoRequestsThatNameTheOrder)
         json(R"({"brand": "B", "cardNumber": "2000", "onlineStore": "S", "basket": "1", "terminal": "T"})");
     QJsonObject binding = order;
     binding.insert("orderID"_L1, document->getIdentifier());
-    const struct
-    {
-        Request request;
-        QString method;
-        QJsonObject body;
-    } cases[] = {
+    const std::tuple<Request, QString, QJsonObject> cases[] = {
         {client.createOrderRequest(document, card, true), u"createOrder"_s,
          client.createOrderBody(document, card, true)},
         {client.updateOrderRequest(document, card), u"updateOrder"_s, client.createOrderBody(document, card, false)},

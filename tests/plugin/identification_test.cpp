@@ -45,23 +45,19 @@ TEST_F(Identification, ByPhoneSearchesOnce)
 
 TEST_F(Identification, TheLastTierInForceStands)
 {
-    const struct
-    {
-        const char *tiers, *status;
-        int tier;
-    } cases[] = {
+    const std::tuple<const char *, const char *, int> cases[] = {
         {R"([{"Name": "A", "Discount": 5}, {"Name": "B", "Discount": -1}])", "A", 5},
         {R"([{"Name": "B", "Discount": -1}, {"Name": "A", "Discount": 5}])", "A", 5},
         {R"([{"Name": "A", "Discount": 5}, {"Name": "B"}])", "B", 0},
         {R"([{"Name": "C", "Discount": -1}])", "B", 0}, // As before.
     };
-    for (const auto &c : cases) {
+    for (const auto &[tiers, status, tier] : cases) {
         service.answer =
-            RestExchange::response(200, R"({"success": true, "data": {"Tiers": )" + QByteArray(c.tiers) + "}}");
+            RestExchange::response(200, R"({"success": true, "data": {"Tiers": )" + QByteArray(tiers) + "}}");
         EXPECT_TRUE(plugin.identifyByCard(card, ECardNumberType::Manual));
         const QVariantMap options = card->getExtendedOptions().toMap();
-        EXPECT_EQ(options.value(u"loyaltyStatus"_s).toString(), QString::fromUtf8(c.status)) << c.tiers;
-        EXPECT_EQ(options.value(u"loyaltyTier"_s).toInt(), c.tier) << c.tiers;
+        EXPECT_EQ(options.value(u"loyaltyStatus"_s).toString(), QString::fromUtf8(status)) << tiers;
+        EXPECT_EQ(options.value(u"loyaltyTier"_s).toInt(), tier) << tiers;
     }
 }
 

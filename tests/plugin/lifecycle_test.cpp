@@ -64,12 +64,7 @@ TEST_F(Lifecycle, RestoringPassesOverWhatItCannotRead)
     QVariantList damaged = impacts;
     damaged.append(u"text"_s);
     const QVariantMap record{{u"cardNumber"_s, u"2000"_s}, {u"amount"_s, u"x"_s}, {u"position"_s, 2}, {u"z"_s, 1}};
-    const struct
-    {
-        QVariantMap data;
-        QString skipped;
-        qsizetype impacts;
-    } cases[] = {
+    const std::tuple<QVariantMap, QString, qsizetype> cases[] = {
         {{{u"pointsForSpend"_s, u"x"_s}, {u"bonusImpacts"_s, impacts}}, u"pointsForSpend\n"_s, 1},
         {{{u"bonusRecords"_s, QVariantList{record}}}, u"amount\n"_s, 0},
         {{{u"bonusRecords"_s, u"x"_s}, {u"bonusImpacts"_s, damaged}}, u"bonusRecords, bonusImpacts\n"_s, 0},
@@ -78,16 +73,16 @@ TEST_F(Lifecycle, RestoringPassesOverWhatItCannotRead)
          0},
         {{}, {}, 0},
     };
-    for (const auto &c : cases) {
-        document->setPluginData(plugin.getStoreDataKey(), c.data);
+    for (const auto &[data, skipped, restored] : cases) {
+        document->setPluginData(plugin.getStoreDataKey(), data);
         plugin.setPluginData(u"orderCreated"_s, true);
         EXPECT_TRUE(plugin.restoreLoyaltySystem());
         EXPECT_TRUE(plugin.orderCreated) << "later keys are read";
-        EXPECT_EQ(plugin.bonusImpacts.size(), c.impacts);
+        EXPECT_EQ(plugin.bonusImpacts.size(), restored);
         const QString warnings = log.take();
-        EXPECT_EQ(warnings.count(u'\n'), c.skipped.isEmpty() ? 0 : 1) << warnings.toStdString();
-        EXPECT_TRUE(warnings.endsWith(c.skipped)) << warnings.toStdString();
-        if (c.skipped == "amount\n"_L1) {
+        EXPECT_EQ(warnings.count(u'\n'), skipped.isEmpty() ? 0 : 1) << warnings.toStdString();
+        EXPECT_TRUE(warnings.endsWith(skipped)) << warnings.toStdString();
+        if (skipped == "amount\n"_L1) {
             EXPECT_EQ(plugin.bonusRecords.value(0).amount, 0);
             EXPECT_EQ(plugin.bonusRecords.value(0).position, 2);
         }
@@ -129,8 +124,7 @@ TEST_F(Lifecycle, WithoutCardOrderOrCheckNothingIsSentNorForRefunds)
     plugin.setDocument({});
     callEverything({});
     EXPECT_TRUE(plugin.spendPoints());
-    EXPECT_TRUE(queued.isEmpty());
-    EXPECT_TRUE(service.calls.isEmpty());
+    EXPECT_TRUE(queued.isEmpty() && service.calls.isEmpty());
 }
 
 } // namespace kvo

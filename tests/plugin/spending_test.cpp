@@ -96,12 +96,7 @@ TEST_F(Spending, ACardThatIsRemovedDuringAQuestionIsLeftAlone)
 
 TEST_F(Spending, TheConfiguredAmountNeedsConfirmation)
 {
-    const struct
-    {
-        QVariantHash settings;
-        double amount;
-        int codes;
-    } cases[] = {
+    const std::tuple<QVariantHash, double, int> cases[] = {
         {{}, 1e9, 0},
         {{{u"Kvo:verificationLimit"_s, -0.01}}, 1, 0},
         {{{u"Kvo:verificationLimit"_s, 0.0}}, 0, 1},
@@ -109,13 +104,13 @@ TEST_F(Spending, TheConfiguredAmountNeedsConfirmation)
         {{{u"Kvo:verificationLimit"_s, 100.0}}, 100, 1},
         {{{u"Kvo:verificationLimit"_s, 0.0}, {u"Kvo:verificationCodeLength"_s, 0}}, 1, 0},
     };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(&c - cases);
-        const FakeConfig settings(c.settings);
+    for (const auto &[settings, amount, codes] : cases) {
+        SCOPED_TRACE(amount);
+        const FakeConfig configured(settings);
         service.calls.clear();
-        EXPECT_CALL(*verificationLogic, verify).Times(c.codes);
-        plugin.verification(c.amount);
-        EXPECT_EQ(service.calls, QStringList(c.codes, u"send"_s));
+        EXPECT_CALL(*verificationLogic, verify).Times(codes);
+        plugin.verification(amount);
+        EXPECT_EQ(service.calls, QStringList(codes, u"send"_s));
         testing::Mock::VerifyAndClearExpectations(&*verificationLogic);
     }
 }

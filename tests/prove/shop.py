@@ -69,6 +69,8 @@ class Shop:
 
     def start(self, name, program, *arguments):
         self.started += 1
+        if name not in self.held:
+            self.worker = name
         ends_with_us = ["setpriv", "--pdeathsig", "KILL"]
         with open(self.folder / f"{name}.out", "ab") as output:
             self.processes[name] = subprocess.Popen(
@@ -87,7 +89,6 @@ class Shop:
 
     # Has the till work through a scenario.
     def sell(self, scenario):
-        self.worker = "till"
         file = self.folder / f"shift{self.started}.json"
         file.write_text(json.dumps(scenario))
         code = f'"{self.programs}/loyalty-sim" outbox --database "{self.folder}/service.db" --last --code'
@@ -96,12 +97,10 @@ class Shop:
 
     # Has the other host sell so many checks at random, after the one that it has left open.
     def sell_elsewhere(self, checks):
-        self.worker = "host"
         self.start("host", "random-host", self.folder / "host.ini", self.seed + self.started, checks)
 
     # Delivers what is queued, for at most so many seconds.
     def drain(self, seconds):
-        self.worker = "drain"
         self.start("drain", "kvo-till", "drain", "--config", self.folder / "till.ini", "--seconds", seconds)
 
     # What can be killed now; the worker comes last.
@@ -136,7 +135,6 @@ class Shop:
         for name in ("service", "proxy"):
             self.kill(name)
             self.start_part(name)
-        for name in ("service", "proxy"):
             self.wait_for_listener(name)
 
     def wait_for_listener(self, name):

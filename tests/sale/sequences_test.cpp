@@ -11,8 +11,7 @@ constexpr auto voided = SaleDocument::State::Voided;
 /// with a "!" must fail or be killed.
 struct Row
 {
-    const char *name;
-    const char *calls;
+    const char *name, *calls;
     const char *spent = "113.75";
     SaleDocument::State state = closed;
 };

@@ -8,8 +8,7 @@ namespace iowatch {
 
 struct Calls
 {
-    std::set<std::string> ofMainThread;
-    std::set<std::string> ofOthers;
+    std::set<std::string> ofMainThread, ofOthers;
 };
 
 /// Begins anew, for files below this folder.

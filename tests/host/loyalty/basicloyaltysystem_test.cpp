@@ -17,6 +17,7 @@ class Loyalty : public BasicLoyaltySystem
 public:
     explicit Loyalty(int code) { loyaltySystemCode = code; }
 
+    using BasicLoyaltySystem::bonusRecords;
     using BasicLoyaltySystem::pointsForEarn;
     using BasicLoyaltySystem::pointsForSpend;
 };
@@ -104,11 +105,40 @@ TEST_F(BasicLoyaltySystemTest, KeepsItsDataWithTheCheckUntilItIsClosed)
     EXPECT_EQ(check->getPluginData(system.getStoreDataKey()).size(), 2) << "a closed check keeps what it has";
 }
 
+TEST_F(BasicLoyaltySystemTest, CountsTheRecordsThatItHas)
+{
+    system.bonusRecords = {{u"1"_s, 0.1, {}, {}, 0}, {u"1"_s, 0.2, {}, {}, 2}, {u"2"_s, 4, {}, {}, 2}};
+    EXPECT_EQ(system.calculatePointsForEarnByQualifier({}, 2), 4.2);
+    EXPECT_EQ(system.calculatePointsForEarnByQualifier(u"1"_s, 2), 0.2);
+    EXPECT_TRUE(system.request(check));
+    EXPECT_EQ(system.pointsForEarn, 4.3);
+    EXPECT_TRUE(system.removeEarnByValutCode(643));
+    EXPECT_TRUE(system.bonusRecords.isEmpty() && !system.hasPointsForEarn());
+    EXPECT_FALSE(system.removeEarnAfterClose());
+}
+
+TEST_F(BasicLoyaltySystemTest, TakesEveryNumberForACard)
+{
+    const std::tuple<ECardNumberType, QString, QString, QString> cases[] = {
+        {ECardNumberType::Manual, u" 5 "_s, u"5"_s, {}},
+        {ECardNumberType::Scanned, u"6"_s, u"6"_s, {}},
+        {ECardNumberType::Manual, u" "_s, {}, u"Номер карты не введён"_s},
+        {ECardNumberType::Phone, u"+7"_s, {}, u"Поиск карты по этим данным не поддерживается"_s},
+    };
+    for (const auto &[type, entered, number, error] : cases) {
+        const auto found = system.getCardNumber({static_cast<int>(type), entered});
+        EXPECT_EQ(std::tuple(found.success, found.cardNumber, found.error.ru()),
+                  std::tuple(error.isEmpty(), number, error));
+    }
+    EXPECT_TRUE(system.identifyByCard(card, ECardNumberType::Manual));
+    card->setNumber({});
+    EXPECT_FALSE(system.identifyByCard(card, ECardNumberType::Manual));
+    EXPECT_FALSE(system.getLastErrorString().isEmpty());
+}
+
 TEST_F(BasicLoyaltySystemTest, TellsTheCashierWhatItKnowsOfTheCard)
 {
     system.setDocument(check);
-    EXPECT_EQ(system.getCardNumber({static_cast<int>(ECardNumberType::Manual), u" 7 "_s}).cardNumber, u"7"_s);
-    EXPECT_FALSE(system.getCardNumber({static_cast<int>(ECardNumberType::Phone), u"7"_s}).success);
     EXPECT_EQ(system.getCardInfo({}).size(), 0);
     EXPECT_EQ(system.getCardInfo(card), QStringList{u"Карта: 1"_s});
     EXPECT_FALSE(system.fillCardOwnerInfo());
@@ -119,6 +149,20 @@ TEST_F(BasicLoyaltySystemTest, TellsTheCashierWhatItKnowsOfTheCard)
     EXPECT_EQ(system.getCardInfo(card).mid(1).join(u'|'), u"Клиент: Анна Л.|Статус: Золото|Баллы: 12.50");
     EXPECT_TRUE(system.fillCardOwnerInfo() && system.fillCardOwnerInfo());
     EXPECT_EQ(system.getMessagesToCashier(), QList{tr::Tr(u"Владелец карты: Анна Л."_s)});
+}
+
+TEST_F(BasicLoyaltySystemTest, AnswersTheHostUnlessAPluginKnowsBetter)
+{
+    EXPECT_TRUE(system.requestCommit(true) && system.isAllowInternalDiscount() && system.registerCheck());
+    EXPECT_TRUE(system.payCheck() && system.beforePutoutCheck() && system.afterPutoutCheck() && system.revealCheck());
+    EXPECT_TRUE(system.commit(check) && system.rollback(check));
+    EXPECT_FALSE(system.takeForCustomer() || system.useDiscOnChangeWithBonusPayment() || system.cardReplace());
+    EXPECT_FALSE(system.requestInputPointsForSpendByLoyalty() || system.couponBelongsToSystem(ECoupon::Discount));
+    EXPECT_EQ(system.getCardMode(), 7);
+    EXPECT_EQ(system.getCardNumberTypeToAddCardInSubtotal(), ECardNumberType::Manual);
+    EXPECT_TRUE(system.isAllowPartialPointsSpend());
+    system.setOption(LoyaltySystemOption::RequestPointsForSpend, false);
+    EXPECT_FALSE(system.isAllowPartialPointsSpend());
 }
 
 TEST_F(BasicLoyaltySystemTest, IsFoundByItsCardsWhileItIsRegistered)
@@ -132,6 +176,26 @@ TEST_F(BasicLoyaltySystemTest, IsFoundByItsCardsWhileItIsRegistered)
     EXPECT_FALSE(registry->findByCard(*builder::card(u"2"_s, 0)) || registry->findByCard(*builder::card(u"2"_s, 27)));
     EXPECT_TRUE(system.deregisterLoyaltySystem() && system.deinit() && none.deinit());
     EXPECT_TRUE(registry->all().isEmpty());
+}
+
+TEST_F(BasicLoyaltySystemTest, OffersFeaturesHandlersAndTriggers)
+{
+    system.setFeature(u"a"_s);
+    EXPECT_TRUE(system.isFeatureMatched(u"a"_s));
+    system.setFeature(u"a"_s, false);
+    EXPECT_FALSE(system.isFeatureMatched(u"a"_s));
+    system.addHandler(u"double"_s, [](const QVariant &argument) { return 2 * argument.toInt(); });
+    EXPECT_EQ(system.callHandler(u"double"_s, 4), QVariant(8));
+    EXPECT_FALSE(system.callHandler(u"triple"_s, 4).isValid());
+    QString runs;
+    for (const QChar run : u"ab"_s)
+        system.addTrigger(57, [&runs, run](const Event &) { runs += run; });
+    system.disableTriggers();
+    system.runTriggers(Event(57));
+    system.enableTriggers();
+    system.runTriggers(Event(24));
+    system.runTriggers(Event(57));
+    EXPECT_EQ(runs, u"ab");
 }
 
 } // namespace

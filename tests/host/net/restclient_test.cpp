@@ -149,7 +149,7 @@ TEST(RestClient, TellsTheServicesWordFromEverythingElseWithinItsMemory)
         const http::Response response = exchange(post, server.url(u"/order"_s));
         const int taken = kibibytes("VmHWM:") - before;
         RecordProperty(label, taken);
-#if !defined __SANITIZE_ADDRESS__ && !defined __SANITIZE_THREAD__ // which keep freed memory for a while
+#if !defined __SANITIZE_ADDRESS__ && !defined __SANITIZE_THREAD__ // which need memory themselves
         EXPECT_LT(taken, 32 * 1024);
 #endif
         EXPECT_EQ(response.networkError(), error);

@@ -35,10 +35,9 @@ TEST_F(DBQueueBrokerTest, StatusIsEmptyAtFirstAndThenKnowsTheEventThatWasStoredF
 
 TEST_F(DBQueueBrokerTest, ProgramsThatStartTogetherMakeOneQueue)
 {
-    std::vector<std::thread> tills;
+    std::vector<std::jthread> tills;
     for (int till = 0; till < 6; ++till)
         tills.emplace_back([] { EXPECT_NO_THROW(DBQueueBroker().push(u"kvo"_s, eventNamed(u"a1"_s), {})); });
-    for (std::thread &till : tills)
-        till.join();
+    tills.clear(); // waits for them
     EXPECT_EQ(broker.status().waiting, 6);
 }

@@ -11,7 +11,6 @@
 #include <optional>
 #include <random>
 #include <string>
-#include <utility>
 #include <vector>
 
 /// Modelled on a journalling file system: data that was not synced may reach the disk block by block in any order, also
