@@ -11,7 +11,7 @@ file(RENAME "${WORK}/installed" "${WORK}/moved")
 set(prefix "${WORK}/moved")
 if(CHECK_HARDENING)
     file(GLOB_RECURSE binaries "${prefix}/bin/*" "${prefix}/lib/*.so")
-    run("${CHECK_HARDENING}" ${binaries})
+    run("${CHECK_HARDENING}" ${HARDENING_OPTION} ${binaries})
 endif()
 run("${CMAKE_COMMAND}" -S "${EXAMPLE}" -B "${WORK}/host" -G "${GENERATOR}" "-DCMAKE_PREFIX_PATH=${prefix}"
     "-DCMAKE_CXX_COMPILER=${COMPILER}" "-DCMAKE_CXX_FLAGS=${FLAGS}" "-DLog4Qt_DIR=${LOG4QT}")
