@@ -107,7 +107,6 @@ bool CheckStore::isMissing() const
 void CheckStore::putFileAside(const QString &reason)
 {
     m_connection.reset();
-    forget();
     const QString aside = nameBeside(m_fileName);
     for (const QString &suffix : {u"-wal"_s, u"-shm"_s, QString()}) { // a log without its file is of no use
         QFile file(m_fileName + suffix);

@@ -23,6 +23,7 @@ TEST(CheckRowsTest, EverythingComesBack)
     EXPECT_FALSE(restored->getCardRecords().at(0)->getCard()->getClient());
     const auto impacts = restored->getDiscountImpacts();
     EXPECT_EQ(impacts.at(0)->getTotals()->getValutCode(), QVariant());
+    EXPECT_EQ(impacts.at(0)->getCardRecord(), card);
     EXPECT_EQ(impacts.at(0)->getDetails().at(1)->getCardRecord(), card);
     EXPECT_TRUE(impacts.at(1).dynamicCast<BonusImpact>());
     EXPECT_FALSE(impacts.at(1)->getCardRecord());
