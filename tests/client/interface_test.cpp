@@ -176,15 +176,9 @@ TEST(Transport, SendsAQueuedEventAsItWasStored)
     EXPECT_EQ(exchange.sentUrl, order.url);
     EXPECT_EQ(exchange.bodies.last(), order.payload.object());
     EXPECT_EQ(exchange.sentHeaders, order.headers);
-    for (const auto &[op, read] : {std::pair("0", 0),
-                                   {"1", 1},
-                                   {"6", 6},
-                                   {"7", 0},
-                                   {"-1", 0},
-                                   {"4.5", 0},
-                                   {"1e300", 0},
-                                   {"\"4\"", 0},
-                                   {"null", 0}})
+    const std::pair<const char *, int> operations[] = {{"0", 0},   {"1", 1},     {"6", 6},     {"7", 0},   {"-1", 0},
+                                                       {"4.5", 0}, {"1e300", 0}, {"\"4\"", 0}, {"null", 0}};
+    for (const auto &[op, read] : operations)
         EXPECT_EQ(static_cast<int>(Request::fromQueueEvent(json(R"({"op": )" + QByteArray(op) + "}")).op), read) << op;
 }
 

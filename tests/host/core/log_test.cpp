@@ -39,12 +39,18 @@ TEST_F(LogTest, AppendsEnabledLevelsLiterallyToAFileMadePrivate)
 {
     writeFile(m_file, "before\n");
     ASSERT_TRUE(QFile::setPermissions(m_file, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther));
+    testing::internal::CaptureStderr();
     setUp({{u"Log:file"_s, m_file}});
     m_logger->debug(u"too fine"_s);
     m_logger->info(u"100 %1 {} {0}\n2024-01-01 forged"_s);
     EXPECT_THAT(logged(), testing::MatchesRegex("before\n[-0-9]+ [0-9:.]+ \\[[^]]+\\] INFO kvo - "
                                                 "100 %1 \\{\\} \\{0\\} 2024-01-01 forged\n"));
     EXPECT_FALSE(QFile::permissions(m_file) & othersRights);
+    setUpLogging(Config());
+    m_logger->info(u"too fine for the console"_s);
+    m_logger->warn(u"no longer in the file"_s);
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::MatchesRegex("[^\n]* WARN kvo - no longer [^\n]*\n"));
+    EXPECT_THAT(logged(), testing::EndsWith("forged\n"));
 }
 
 TEST_F(LogTest, KeepsConfiguredNumberOfPrivateFiles)

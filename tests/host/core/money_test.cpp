@@ -23,6 +23,8 @@ TEST(Money, RoundsRublesAsAPersonReadsThem)
     };
     for (const auto &[rubles, kopecks] : cases)
         EXPECT_EQ(Money::fromRubles(rubles).kopecks(), kopecks) << rubles;
+    EXPECT_EQ(Money::fromKopecks(-123'405).toText(), u"-1234.05");
+    EXPECT_TRUE(Money::isSum(0) && Money::isSum(1e12) && !Money::isSum(-0.01) && !Money::isSum(qQNaN()));
 }
 
 TEST(Money, DistributesToTheKopeck)

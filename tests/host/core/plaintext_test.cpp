@@ -12,7 +12,7 @@ TEST(PlainText, KeepsWordsAndNothingThatCommands)
     const std::pair<QString, QString> cases[] = {
         {u"Иванова Мария 😀 e\u0301"_s, u"Иванова Мария 😀 e\u0301"_s},
         {u" a\t \u00A0 b\n"_s, u"a b"_s},
-        {u"1\n2\r\n3\v4\f5\u001C6\u00857\u20288\u2029"_s, u"1 2 3 4 5 6 7 8"_s},
+        {u"1\n2\r3\v4\f5\u001C6\u00857\u20288\u2029"_s, u"1 2 3 4 5 6 7 8"_s},
         {u"a\0b\u0007c\u007Fd\u009Ae"_s, u"abcde"_s},
         {u"a\u202Eb\u2066c\u2069d\u200Fe\uFEFFf\U000E0041g"_s, u"abcdefg"_s},
         {u"a\x1b[1;31mb\x1b[2Jc\u009B5nd\x1b(Be\x1bMf"_s, u"abcdef"_s},

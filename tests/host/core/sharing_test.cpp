@@ -1,6 +1,8 @@
 // What is shared by the whole process: single objects, event subscriptions.
 #include <core/activitynotifier.h>
+#include <core/mockfactory.h>
 #include <core/singleton.h>
+#include <core/tr.h>
 
 #include <gtest/gtest.h>
 
@@ -38,6 +40,16 @@ public:
     QList<int> received;
     std::function<void()> react;
 };
+
+TEST(MockFactory, HandsOutTheInstalledObjectUntilItIsCleared)
+{
+    const auto installed = QSharedPointer<tr::Tr>::create(QStringLiteral("text"));
+    EXPECT_FALSE(installed->isEmpty());
+    MockFactory<tr::Tr>::install(installed);
+    EXPECT_EQ(MockFactory<tr::Tr>::create(), installed);
+    MockFactory<tr::Tr>::clear();
+    EXPECT_TRUE(MockFactory<tr::Tr>::create()->isEmpty());
+}
 
 TEST(ActivityNotifier, DeliversInOrderToWhoeverIsStillSubscribed)
 {

@@ -2,7 +2,7 @@
 #include <core/eventcode.h>
 #include <document/documentbonusrecord.h>
 #include <document/saledocument.h>
-#include <loyalty/ecardnumbertype.h>
+#include <loyalty/basicloyaltysystem.h>
 
 #include <gtest/gtest.h>
 
@@ -28,6 +28,10 @@ TEST(HostContract, NumbersOfEnumerationsNeverChange)
                       EImpactSource::Cashier, EDocumentType::Sale, EDocumentType::Refund, EDocumentType::RefundBySale,
                       Client::Sex::Male, Client::Sex::Female, Number::Manual, Number::Phone, Number::Scanned),
               numbers(1, 1, 2, 3, 1, 2, 25, 0, 1, 0, 1, 2));
+    using Option = LoyaltySystemOption;
+    EXPECT_EQ(numbers(Option::SpendPoints, Option::EarnPoints, Option::RequestAfterClose, Option::RequestPointsForSpend,
+                      ECoupon::Unknown, ECoupon::Discount, ECoupon::Gift),
+              numbers(1, 2, 4, 0x4000, 0, 1, 2));
     EXPECT_EQ(DocumentImpactDetail().getGivenSum(), 0);
     EXPECT_EQ(DocumentBonusRecord(), (DocumentBonusRecord{{}, 0, {}, {}, 0}));
 }

@@ -98,10 +98,13 @@ TEST_F(BasicLoyaltySystemTest, KeepsItsDataWithTheCheckUntilItIsClosed)
     EXPECT_EQ(other.getPluginData(u"pointsForEarn"_s, u"default"_s), QVariant(u"default"_s));
 
     system.restoreLoyaltySystem();
+    system.spendPoints();
+    system.bonusRecords = {{u"1"_s, 0.1, {}, {}, 0}};
     EXPECT_EQ(system.pointsForSpend, 12.5);
     EXPECT_EQ(system.pointsForEarn, 2);
     system.clearAfterClose();
     EXPECT_FALSE(system.hasPointsForSpend() || system.hasPointsForEarn() || system.hasCard());
+    EXPECT_TRUE(system.getBonusImpactsForSpend().isEmpty() && system.getBonusRecords().isEmpty());
     EXPECT_EQ(check->getPluginData(system.getStoreDataKey()).size(), 2) << "a closed check keeps what it has";
 }
 
@@ -156,6 +159,7 @@ TEST_F(BasicLoyaltySystemTest, AnswersTheHostUnlessAPluginKnowsBetter)
     EXPECT_TRUE(system.requestCommit(true) && system.isAllowInternalDiscount() && system.registerCheck());
     EXPECT_TRUE(system.payCheck() && system.beforePutoutCheck() && system.afterPutoutCheck() && system.revealCheck());
     EXPECT_TRUE(system.commit(check) && system.rollback(check));
+    EXPECT_FALSE(system.hasPointsForSpend() || system.hasPointsForEarn());
     EXPECT_FALSE(system.takeForCustomer() || system.useDiscOnChangeWithBonusPayment() || system.cardReplace());
     EXPECT_FALSE(system.requestInputPointsForSpendByLoyalty() || system.couponBelongsToSystem(ECoupon::Discount));
     EXPECT_EQ(system.getCardMode(), 7);
@@ -168,7 +172,8 @@ TEST_F(BasicLoyaltySystemTest, AnswersTheHostUnlessAPluginKnowsBetter)
 TEST_F(BasicLoyaltySystemTest, IsFoundByItsCardsWhileItIsRegistered)
 {
     const auto registry = Singleton<LoyaltySystems>::instance();
-    Loyalty none(0);
+    BasicLoyaltySystem none;
+    EXPECT_EQ(none.getLoyaltySystemCode(), 0);
     EXPECT_TRUE(none.init() && Loyalty(27).init() && system.init());
     EXPECT_FALSE(system.init()) << "twice";
     EXPECT_EQ(registry->all(), (QList<BasicLoyaltySystem *>{&none, &system}));
@@ -190,12 +195,13 @@ TEST_F(BasicLoyaltySystemTest, OffersFeaturesHandlersAndTriggers)
     QString runs;
     for (const QChar run : u"ab"_s)
         system.addTrigger(57, [&runs, run](const Event &) { runs += run; });
+    system.runTriggers(Event(57));
     system.disableTriggers();
     system.runTriggers(Event(57));
     system.enableTriggers();
     system.runTriggers(Event(24));
     system.runTriggers(Event(57));
-    EXPECT_EQ(runs, u"ab");
+    EXPECT_EQ(runs, u"abab");
 }
 
 } // namespace
