@@ -2,6 +2,7 @@
 #include "powercutdisk.h"
 
 #include <new>
+#include <utility>
 
 namespace {
 
