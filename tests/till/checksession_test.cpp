@@ -3,7 +3,6 @@
 #include "tests/support/checkbuilder.h"
 #include "tests/support/fakeconfig.h"
 #include "tests/support/installed.h"
-#include "tests/support/json.h"
 #include "tests/support/restexchange.h"
 #include "tests/support/sql.h"
 #include "till/checksession.h"

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QtCore/QTimeZone>
-
 using namespace Qt::Literals::StringLiterals;
 
 namespace {

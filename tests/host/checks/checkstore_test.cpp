@@ -97,9 +97,10 @@ TEST_F(CheckStoreTest, FinishesACheckOnceAndKeepsTheOthers)
 
 TEST_F(CheckStoreTest, KeepsWhatIsStoredWhenTheDiskIsFull)
 {
-    const auto check = builder::check({100});
+    const auto check = builder::check({100, 200});
     store.save(*check);
     const QByteArray before = builder::text(*check);
+    check->removeGoodsItem(1);
     for (int i = 0; i < 200; ++i)
         check->addGoodsItem(builder::line(100));
     {

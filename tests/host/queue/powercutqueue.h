@@ -4,7 +4,6 @@
 
 #include "powercutwork.h"
 
-#include <core/basicexception.h>
 #include <queue/dbqueuebroker.h>
 #include <queue/queuedelivery.h>
 
