@@ -98,7 +98,7 @@ TEST(CheckRowsTest, WhatIsOutsideItsLimitsIsRefusedByRowAndField)
         {"goods", 1, "\"quantity\":1", "«quantity»", {"0.5", "1000000"}, {"0", "-1", "1000001", "\"1\""}},
         {"goods", 1, "\"price\":10000", "«price»", {"5000"}, {"-1", "\"100\"", "100.5", "null"}},
         {"goods", 2, "\"minPrice\":0", "«tmc.minPrice»", {"1"}, {"-1"}},
-        {"goods", 2, "\"priceSourceType\":5", "«tmc.priceSourceType»", {"0"}, {"-1", "6", "1.5", "2147483648"}},
+        {"goods", 2, "\"priceSourceType\":5", "«tmc.priceSourceType»", {"0"}, {"-1", "6", "1.5", "4294967296"}},
         {"goods", 2, "\"allowDiscount\":true", "«allowDiscount»", {"false"}, {"1"}},
         {"goods", 2, "\"campaignLabels\":[\"NOSPEND\"]", "«campaignLabels»", {"[]"}, {"\"NOSPEND\""}},
         {"goods", 1, "\"posnum\":1", "«posnum»", {}, {"0"}},
