@@ -29,7 +29,7 @@ protected:
 TEST_F(ConfigTest, TakesValuesLiterally)
 {
     const Config config = read("\xEF\xBB\xBF; comment\r\n[Kvo]\r\n  password = a,b\\n%41;#=\"x \r\n"
-                               "quoted=\"  spaced \"\r\nhalf=\"\nempty=\r\nhost=first\n# comment\n\n"
+                               "quoted=\"  spaced \"\r\nhalf=\"\nempty=\"\"\r\nhost=first\n# comment\n\n"
                                "[ Log ]\nfile=журнал.log\n[Kvo]\nhost=last");
     const std::pair<QString, QString> cases[] = {{u"Kvo:password"_s, u"a,b\\n%41;#=\"x"_s},
                                                  {u"Kvo:quoted"_s, u"  spaced "_s},

@@ -1,6 +1,7 @@
 // Kopecks: rounding as a person does it, and splitting without losing one.
 #include "tests/support/commalocale.h"
 
+#include <core/basicexception.h>
 #include <core/money.h>
 
 #include <gtest/gtest.h>
@@ -24,7 +25,9 @@ TEST(Money, RoundsRublesAsAPersonReadsThem)
     for (const auto &[rubles, kopecks] : cases)
         EXPECT_EQ(Money::fromRubles(rubles).kopecks(), kopecks) << rubles;
     EXPECT_EQ(Money::fromKopecks(-123'405).toText(), u"-1234.05");
-    EXPECT_TRUE(Money::isSum(0) && Money::isSum(1e12) && !Money::isSum(-0.01) && !Money::isSum(qQNaN()));
+    EXPECT_NO_THROW(Money::requireSum(0, {}); Money::requireSum(1e12, {}));
+    for (const double noSum : {-0.01, 1.01e12, qQNaN()})
+        EXPECT_THROW(Money::requireSum(noSum, {}), BasicException);
 }
 
 TEST(Money, DistributesToTheKopeck)

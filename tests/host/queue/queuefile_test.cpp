@@ -145,6 +145,9 @@ TEST_F(QueueFileTest, FolderOrFileThatCannotBeOrIsNotToBeMadeIsRefused)
     writeFile(folder.filePath(u"data"_s), "a file where the folder should be");
     EXPECT_THAT(problemOfPush(u"a1"_s), HasSubstr("не удалось создать"));
     EXPECT_THROW(push(u"a1"_s, u""_s), BasicException) << "nobody to deliver it to";
+    configure("database = " + QFile::encodeName(folder.filePath(u"data/deep/queue.db"_s)) + '\n');
+    EXPECT_THAT(DBQueueBroker().problem().toStdString(), HasSubstr("не удалось создать папку"));
+    configure({});
     QFile::remove(folder.filePath(u"data"_s));
     EXPECT_THROW(QueueAdmin(), BasicException);
     EXPECT_FALSE(QFile::exists(folder.filePath(u"data"_s)));
