@@ -31,7 +31,7 @@ protected:
 
     static constexpr auto othersRights = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
     QTemporaryDir m_folder;
-    QString m_file = m_folder.filePath(u"logs/till.log"_s);
+    QString m_file = m_folder.filePath(u"var/logs/till.log"_s);
     Log4Qt::Logger *m_logger = Log4Qt::LogManager::logger(u"kvo"_s);
 };
 
