@@ -6,7 +6,6 @@ import argparse
 import json
 import random
 import shutil
-import signal
 import sys
 import tempfile
 import time
@@ -54,7 +53,6 @@ class Proof:
         self.random = random.Random(~options.seed)
         self.sold = 0  # When the current worker was started.
         self.sent_again = 0  # Requests that were set aside after a refusal.
-        self.stopped = False
         self.findings = []
         self.schedule_kill(LONGEST_PAUSE_BEFORE_KILL)
 
@@ -65,10 +63,6 @@ class Proof:
         self.judge()
         return self.findings + self.shop.crashes
 
-    # No further sales are begun.
-    def stop(self, *_):
-        self.stopped = True
-
     def schedule_kill(self, longest_pause):
         self.next_kill = time.monotonic() + self.random.uniform(0, longest_pause)
 
@@ -77,7 +71,7 @@ class Proof:
 
     def sell(self):
         reported = 0
-        while not self.stopped and (self.sold < self.options.sales or self.killed() < self.options.kills):
+        while self.sold < self.options.sales or self.killed() < self.options.kills:
             self.start_work()
             if not self.watch_work():
                 return
@@ -191,9 +185,8 @@ def options():
     parser = argparse.ArgumentParser(
         prog="kvo-prove", description="Random sales under kills and faults. The seed fixes what is sold and drawn; when "
         "a process is killed depends on the machine as well. Exit status: 0 nothing was lost or doubled, 1 something "
-        "does not hold, 2 the proof could not be carried out. After SIGTERM no further sales are begun; those that were "
-        "are judged. The queue is on the PostgreSQL server that KVO_POSTGRES names, see scripts/with-postgres, "
-        "otherwise in a file.", formatter_class=argparse.ArgumentDefaultsHelpFormatter)
+        "does not hold, 2 the proof could not be carried out. The queue is on the PostgreSQL server that KVO_POSTGRES "
+        "names, see scripts/with-postgres, otherwise in a file.", formatter_class=argparse.ArgumentDefaultsHelpFormatter)
     parser.add_argument("--sales", type=number_between(1, 1_000_000), default=300, help="checks to finish, at least")
     parser.add_argument("--kills", type=number_between(0, 1_000_000), default=200, help="processes to kill")
     parser.add_argument("--seed", type=int, default=argparse.SUPPRESS,
@@ -208,9 +201,7 @@ def main(chosen):
     print("seed", chosen.seed, flush=True)
     shop = Shop(folder, Path(sys.argv[0]).absolute().parent, chosen.seed, chosen.faults)
     try:
-        proof = Proof(shop, chosen)
-        signal.signal(signal.SIGTERM, proof.stop)
-        findings = proof.run()
+        findings = Proof(shop, chosen).run()
     finally:
         shop.close()
     for finding in findings:

@@ -47,6 +47,9 @@ TEST_F(Http, RefusesWrongBodiesNamingTheField)
     EXPECT_EQ(caller.post("createOrder", order("b", {line(1, "1.00"), line(1, "1.00")})).status, 400);
     EXPECT_EQ(caller.http.Post(createOrder, order("b", {}).dump(), "text/plain")->status, 415);
     EXPECT_THAT(caller.ledger()["orders"], IsEmpty());
+    for (const char *query : {"phone=abc", "last=-1", "last=1x"})
+        EXPECT_EQ(caller.get(std::string("/sim/outbox?") + query).status, 400) << query;
+    EXPECT_EQ(caller.http.Delete("/sim/outbox")->get_header_value("Allow"), "GET");
 }
 
 TEST_F(Http, FailsOneRequestWithEachKindOfFault)
@@ -91,31 +94,6 @@ TEST_F(Http, ChecksFaultsBeforeItTakesThem)
         EXPECT_EQ(refused.status, 400);
         EXPECT_THAT(refused.json()["message"].get<std::string>(), testing::StartsWith(message));
     }
-}
-
-TEST_F(Http, ShowsMessagesWithTheirCodes)
-{
-    const auto send = [this](const char *phone, const char *text) {
-        const Json body{{"brand", "K"}, {"phone", phone}, {"text", text}, {"channel", "sms"}};
-        return caller.send(std::string(Api::messagePath) + "send", body.dump()).status;
-    };
-    EXPECT_EQ(send("+7 (900) 123-45-67", "0123 is it."), 200);
-    EXPECT_EQ(send("+79007654321", "no code"), 200);
-    EXPECT_EQ(send("900", "1"), 400);
-    const std::tuple<const char *, int, std::string> cases[] = {
-        {"", 200, "0123,,"},     {"?last=1", 200, ","}, {"?phone=%2B79001234567", 200, "0123,"},
-        {"?phone=abc", 400, ""}, {"?last=-1", 400, ""}, {"?last=1x", 400, ""}};
-    for (const auto &[query, status, codes] : cases) {
-        const Received answer = caller.get(std::string("/sim/outbox") + query);
-        EXPECT_EQ(answer.status, status) << query;
-        std::string found;
-        for (const Json &message : answer.json().value("messages", Json::array()))
-            found += message["code"].get<std::string>() + ',';
-        EXPECT_EQ(found, codes) << query;
-    }
-    const auto refused = caller.http.Delete("/sim/outbox");
-    EXPECT_EQ(refused->status, 405);
-    EXPECT_EQ(refused->get_header_value("Allow"), "GET");
 }
 
 TEST_F(Http, LetsNoOtherOriginIn)

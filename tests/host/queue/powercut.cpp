@@ -2,6 +2,8 @@
 // fails before each operation on a file, and what it leaves is judged; now and then the work goes on from there. On the
 // same terms their durability is undermined, and they must be seen to lose something. Exit status 1: a promise was
 // broken, or the proof has proved nothing.
+// Usage: powercut [CUTS [SEED]]; so many cuts (3000) each of queue and check store, a tenth of it for each control. A
+// seed repeats an earlier run.
 #include "powercutchecks.h"
 #include "powercutdisk.h"
 #include "powercutqueue.h"
@@ -10,7 +12,6 @@
 
 #include <support/file.h>
 
-#include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
 #include <QtCore/QTemporaryDir>
 
@@ -123,19 +124,9 @@ bool prove(const std::string &name, int cuts, std::uint64_t seed)
 int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
-    QCommandLineParser parser;
-    parser.addHelpOption();
-    parser.addOption({u"cuts"_s, u"How many power cuts each of queue and check store; a tenth of it for each control"_s,
-                      u"number"_s, u"3000"_s});
-    parser.addOption({u"seed"_s, u"Repeats an earlier run"_s, u"number"_s, QString::number(std::random_device()())});
-    parser.process(application);
-    bool isNumber = false;
-    const int cuts = parser.value(u"cuts"_s).toInt();
-    const std::uint64_t seed = parser.value(u"seed"_s).toULongLong(&isNumber);
-    if (cuts < 1 || !isNumber) {
-        std::cerr << "--cuts: expected a number above 0; --seed: expected a number\n";
-        return 2;
-    }
+    const QStringList arguments = QCoreApplication::arguments();
+    const int cuts = arguments.value(1, u"3000"_s).toInt();
+    const std::uint64_t seed = arguments.value(2, QString::number(std::random_device()())).toULongLong();
     std::cout << "seed " << seed << std::endl;
     // What is durable is played; the real files need not be, and should be quick.
     if (!qEnvironmentVariableIsSet("TMPDIR") && QFileInfo(u"/dev/shm"_s).isWritable())
