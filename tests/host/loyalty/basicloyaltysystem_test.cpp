@@ -78,6 +78,7 @@ TEST_F(BasicLoyaltySystemTest, SpendsPointsAsADiscountThatFitsTheCheck)
     system.setDocument(check);
     system.setPointsForSpend(99.77);
     system.setRoundPrecisionForSpend(0.1);
+    system.setRoundPrecisionForSpend(0); // Makes no sense.
     ASSERT_TRUE(system.spendPoints());
     check->addImpact(system.getBonusImpactsForSpend().first());
     EXPECT_EQ(check->findGoodsItem(1)->getDiscountSum().kopecks(), 9970);
@@ -85,6 +86,8 @@ TEST_F(BasicLoyaltySystemTest, SpendsPointsAsADiscountThatFitsTheCheck)
     system.setPointsForSpend(500);
     system.spendPoints();
     EXPECT_EQ(system.getBonusImpactsForSpend().first()->getTotals()->getDiscountSum(), 0.3);
+    system.setPointsForSpend(0);
+    EXPECT_TRUE(system.spendPoints() && system.getBonusImpactsForSpend().isEmpty());
 }
 
 TEST_F(BasicLoyaltySystemTest, KeepsItsDataWithTheCheckUntilItIsClosed)
@@ -118,6 +121,8 @@ TEST_F(BasicLoyaltySystemTest, CountsTheRecordsThatItHas)
     EXPECT_TRUE(system.removeEarnByValutCode(643));
     EXPECT_TRUE(system.bonusRecords.isEmpty() && !system.hasPointsForEarn());
     EXPECT_FALSE(system.removeEarnAfterClose());
+    system.pointsForEarn = 1;
+    EXPECT_TRUE(system.removeEarnAfterClose());
 }
 
 TEST_F(BasicLoyaltySystemTest, TakesEveryNumberForACard)
@@ -137,6 +142,8 @@ TEST_F(BasicLoyaltySystemTest, TakesEveryNumberForACard)
     card->setNumber({});
     EXPECT_FALSE(system.identifyByCard(card, ECardNumberType::Manual));
     EXPECT_FALSE(system.getLastErrorString().isEmpty());
+    system.clearLastErrorString();
+    EXPECT_TRUE(system.getLastErrorString().isEmpty());
 }
 
 TEST_F(BasicLoyaltySystemTest, TellsTheCashierWhatItKnowsOfTheCard)
@@ -179,7 +186,7 @@ TEST_F(BasicLoyaltySystemTest, IsFoundByItsCardsWhileItIsRegistered)
     EXPECT_EQ(registry->all(), (QList<BasicLoyaltySystem *>{&none, &system}));
     EXPECT_EQ(registry->findByCard(*card), &system);
     EXPECT_FALSE(registry->findByCard(*builder::card(u"2"_s, 0)) || registry->findByCard(*builder::card(u"2"_s, 27)));
-    EXPECT_TRUE(system.deregisterLoyaltySystem() && system.deinit() && none.deinit());
+    EXPECT_TRUE(system.deregisterLoyaltySystem() && system.deinit() && none.deinit() && none.init() && none.deinit());
     EXPECT_TRUE(registry->all().isEmpty());
 }
 
