@@ -1,6 +1,7 @@
 // The host's side of the plugin's interface, as plain as an integrator would write it first.
 #include "loyaltyhost.h"
 
+#include "tests/support/checkbuilder.h"
 #include "till/queuesender.h"
 
 #include <cashier/cardaddlogic.h>
@@ -84,13 +85,8 @@ LoyaltyHost::~LoyaltyHost()
 
 void LoyaltyHost::open()
 {
-    check = QSharedPointer<SaleDocument>::create();
-    for (const auto &[kopecks, quantity] : {std::pair(4550, 1.0), std::pair(9100, 2.0)}) {
-        const auto item = QSharedPointer<GoodsItem>::create();
-        item->setPrice(Money::fromKopecks(kopecks));
-        item->setQuantity(quantity);
-        check->addGoodsItem(item);
-    }
+    check = builder::check({4550});
+    check->addGoodsItem(builder::line(9100, 2));
     system().setDocument(check);
 }
 
@@ -145,9 +141,7 @@ void LoyaltyHost::addCardOfPhone(const QString &phone)
 
 void LoyaltyHost::addCard(const QString &number, ECardNumberType type)
 {
-    auto card = QSharedPointer<DocumentCardRecord>::create();
-    card->setNumber(number);
-    card->setLoyaltySystemCode(system().getLoyaltySystemCode());
+    auto card = builder::card(number, system().getLoyaltySystemCode());
     check->addCard(card);
     if (system().identifyByCard(card, type) && !card->getNumber().toString().isEmpty())
         return;

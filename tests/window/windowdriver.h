@@ -40,11 +40,11 @@ public:
     }
 
     /// Types a text and Enter.
-    bool type(const QString &text, Qt::Key end = Qt::Key_Return)
+    bool type(const QString &text)
     {
         for (const QChar letter : text) // QTest::keyClicks() knows no Cyrillic letters
             QTest::sendKeyEvent(QTest::Click, focus(), Qt::Key_unknown, QString(letter), Qt::NoModifier);
-        return press(end);
+        return press(Qt::Key_Return);
     }
 
     /// The text of a page over the sale; empty when there is none.

@@ -7,6 +7,7 @@
 #include <cashier/cashierui.h>
 #include <cashier/dialog.h>
 #include <cashier/verificationlogic.h>
+#include <checks/checkstore.h>
 #include <core/basicexception.h>
 #include <core/currenttime.h>
 #include <loyalty/basicloyaltysystem.h>
@@ -143,6 +144,7 @@ TEST(CardAddLogic, KeepsTheCardUntilTheCancellationIsStored)
     EXPECT_TRUE(check->getCardRecords().isEmpty() && check->getDiscountSum().isZero());
     EXPECT_TRUE(system.getPluginData().isEmpty() && !system.hasPointsForSpend())
         << "points would come back after a restart";
+    EXPECT_EQ(builder::text(*CheckStore(folder.path()).restore()), builder::text(*check)) << "saved";
 }
 
 } // namespace

@@ -93,7 +93,7 @@ TEST(RestClient, TellsTheServicesWordFromEverythingElseWithinItsMemory)
         {"unavailable", RawServer::answer("503 No", ""), 503, Error::ServiceUnavailableError},
         {"gateway's time-out", RawServer::answer("504 No", said), 504, Error::UnknownServerError},
         {"no content", "HTTP/1.1 204 No Content\r\n\r\n", 204, Error::NoError},
-        {"text", RawServer::answer("202 Accepted", "accepted"), 202, Error::NoError},
+        {"text", RawServer::answer("202 Accepted", "it is accepted"), 202, Error::NoError},
         {"portal", ok("\n<!DOCTYPE HTML><title>Wi-Fi"), 0, Error::UnknownContentError},
         {"portal by its type", ok("Welcome", "Content-Type: text/html\r\n"), 0, Error::UnknownContentError},
         {"compressed", ok("\x1F\x8B\x08\x04"), 0, Error::UnknownContentError},
@@ -205,10 +205,12 @@ TEST(RestClient, SendsTheRequestAsItWasGiven)
     const QJsonDocument big(QJsonObject{{u"x"_s, QString(2'000'000, u'й')}});
     exchange(post, server.url(u"/big"_s), big, {{u"Content-Type"_s, u"application/json"_s}});
 
+    exchange(QNetworkAccessManager::PutOperation, server.url(u"/put"_s));
     EXPECT_EQ(exchange(get, server.url(u"/"_s), {}, {{u"A"_s, u"b\r\nHost: c"_s}}).networkError(),
               QNetworkReply::ProtocolInvalidOperationError);
     const auto requests = server.requests();
-    ASSERT_EQ(requests.size(), 2);
+    ASSERT_EQ(requests.size(), 3);
+    EXPECT_TRUE(requests[2].startsWith("PUT /put "));
     EXPECT_TRUE(requests[0].startsWith("GET " + path.toLatin1() + " HTTP/1.1\r\n"));
     for (const char *line :
          {"Authorization: Basic Og==", "X-Empty:", "Accept: application/json", "User-Agent: Kvo/" KVO_VERSION})
