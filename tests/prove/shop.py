@@ -38,8 +38,9 @@ def hold_port():
 
 
 class Shop:
-    def __init__(self, folder, programs, seed, fault_rate):
-        self.folder, self.programs, self.seed, self.fault_rate = folder, programs, seed, fault_rate
+    def __init__(self, folder, programs, seed):
+        self.folder, self.programs, self.seed = folder, programs, seed
+        self.fault_rate = 0.2  # The part of the exchanges that meet with a fault.
         self.held = {name: hold_port() for name in ("service", "proxy")}
         self.processes = {}
         self.due = {}  # When a killed process is to come back.

@@ -2,10 +2,10 @@
 #pragma once
 
 #include "fakeconfig.h"
+#include "file.h"
 
 #include <core/logsetup.h>
 
-#include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
 class LogFile
@@ -16,18 +16,14 @@ public:
     /// All that was logged since the last call.
     QString take()
     {
-        QFile file(m_folder.filePath(QStringLiteral("test.log")));
-        if (!file.open(QIODevice::ReadOnly))
-            return {};
-        file.seek(m_read);
-        const QByteArray text = file.readAll();
+        const QByteArray text = readFile(m_file).sliced(m_read);
         m_read += text.size();
         return QString::fromUtf8(text);
     }
 
 private:
     QTemporaryDir m_folder;
-    FakeConfig m_config{{{QStringLiteral("Log:file"), m_folder.filePath(QStringLiteral("test.log"))},
-                         {QStringLiteral("Log:level"), QStringLiteral("DEBUG")}}};
+    const QString m_file = m_folder.filePath(QStringLiteral("test.log"));
+    FakeConfig m_config{{{QStringLiteral("Log:file"), m_file}, {QStringLiteral("Log:level"), QStringLiteral("DEBUG")}}};
     qint64 m_read = 0;
 };

@@ -3,15 +3,11 @@
 #include "tests/support/json.h"
 #include "tests/support/printqt.h"
 #include "tests/support/restexchange.h"
-#include "tests/support/service.h"
 #include "till/queuesender.h"
 
 #include <core/basicexception.h>
-#include <queue/dbqueuebroker.h>
 
 #include <gtest/gtest.h>
-
-#include <QtCore/QTemporaryDir>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -79,27 +75,6 @@ TEST(QueueSender, SendsToTheAddressAndWithThePasswordOfNow)
         EXPECT_EQ(exchange.sentHeaders.value(u"Authorization"_s), u"Basic dTpw");
         EXPECT_EQ(exchange.bodies.last(), stored.value("payload"_L1).toObject());
     }
-}
-
-TEST(QueueSender, DeliversWhatHasWaitedWhileTheServiceMovedToTls)
-{
-    std::string body;
-    const Certificate certificate("IP:127.0.0.1", -1, 1, &trustedAuthority());
-    const auto accept = [&body](const httplib::Request &request, httplib::Response &response) {
-        body = request.path + ' ' + request.body;
-        response.set_content(R"({"success": true})", "application/json");
-    };
-    const Service service(accept, &certificate);
-    const QTemporaryDir folder;
-    const FakeConfig config({{u"Host:dataFolder"_s, folder.path()}, {u"Kvo:host"_s, "https://" + service.address()}});
-    DBQueueBroker().push(loyaltyQueueOwner, json(R"({"op": 4, "url": "http://127.0.0.1/other/postOrder",
-                                                     "headers": {}, "payload": {"basket": "1"}})"),
-                         {});
-    QueueDrain drain;
-    drain.setHandler(loyaltyQueueOwner, makeLoyaltySender());
-    drain.start();
-    EXPECT_TRUE(drain.waitUntilDrained(std::chrono::seconds(25)));
-    EXPECT_EQ(body, R"(/other/postOrder {"basket":"1"})");
 }
 
 } // namespace till
