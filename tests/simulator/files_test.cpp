@@ -30,6 +30,7 @@ TEST_F(Files, NameThePlaceOfAMistake)
     };
     const std::pair<const char *, const char *> customers[] = {
         {R"({"Phone": "79112223344"})", "[0].Phone: expected a number like"},
+        {R"({"Phone": "+791122233"})", "[0].Phone: expected a number like"},
         {R"({"LastName": ""})", "[0].LastName: must not be empty"},
         {R"({"Ballance": "1.00"})", "[0].Ballance: unknown field"},
         {R"({"Balance": "-1.00"})", "[0].Balance: expected a sum from 0.00 to 999999999999.99"},

@@ -84,6 +84,7 @@ TEST_P(Tour, SellsByPhoneWithPointsAndCode)
     picture(u"sale-"_s + theme);
 
     ASSERT_TRUE(shop->press(Qt::Key_F5));
+    EXPECT_THAT(text(shop->till.view().question->reason), HasSubstr("К списанию"));
     ASSERT_TRUE(shop->type(u"wrong"_s));
     EXPECT_THAT(text(shop->till.view().question->reason), HasSubstr("Код неверный"));
     const QString first = code();
@@ -98,6 +99,7 @@ TEST_P(Tour, SellsByPhoneWithPointsAndCode)
     ASSERT_TRUE(shop->press(Qt::Key_Return));
     ASSERT_TRUE(shop->press(Qt::Key_F11));
     picture(u"journal-"_s + theme);
+    EXPECT_THAT(text(shop->rows().value(0)), HasSubstr("|закрыт|"));
     shop->hit(Qt::Key_Backtab); // to the search
     ASSERT_TRUE(shop->type(u"Сидоров"_s));
     EXPECT_EQ(text(shop->page() + shop->rows().join(u' ')), "") << "nothing to show";
