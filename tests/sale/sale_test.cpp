@@ -35,6 +35,7 @@ TEST_P(Sale, EndsWithEqualBooks)
     for (const QJsonObject &fault : GetParam().faults)
         addFault(fault);
     runTill(GetParam().scenario);
+    EXPECT_EQ(requestsOf(u"updateOrder"_s), GetParam().scenario.contains("update") ? 1 : 0);
     drain();
     expectEqualBooks(1);
 }
