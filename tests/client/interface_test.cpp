@@ -45,9 +45,6 @@ const Judgement judgements[] = {
     {"refused 400", 400, R"({"success": false, "message": "m"})", Outcome::Rejected, Outcome::Logged, u"m"_s},
     {"refused 404", 404, R"({"success": false, "message": "m"})", Outcome::Rejected, Outcome::Rejected, u"m"_s},
     {"refused 500", 500, R"({"success": false, "message": "m"})", Outcome::Failed, Outcome::Logged, u"m"_s},
-    {"refused 503", 503, R"({"success": false, "message": "m"})", Outcome::Failed, Outcome::Failed, u"m"_s},
-    {"wrong password", 401, R"({"success": false, "message": "m"})", Outcome::Failed, Outcome::Failed, u"m"_s},
-    {"refused without a text", 404, R"({"success": false})", Outcome::Rejected, Outcome::Rejected, u"нет ответа"_s},
     {"success as text", 404, R"({"success": "true"})", Outcome::Rejected, Outcome::Rejected, u"нет ответа"_s},
     {"refusal wins over error", 404,
      R"({"success": false, "message": "m", "error": {"errorCode": 5, "description": "x"}})", Outcome::Rejected,
@@ -155,6 +152,11 @@ TEST(Transport, JudgesAnswers)
         EXPECT_EQ(judge(judgement, false, log), judgement.now);
         EXPECT_EQ(judge(judgement, true, log), judgement.fromQueue);
     }
+    for (const auto &[later, statuses] : {std::pair(Outcome::Failed, QList<int>{401, 403, 407, 408, 429, 501, 599}),
+                                          {Outcome::Rejected, {402, 404, 406, 409, 428, 430, 499}}})
+        for (const int status : statuses)
+            EXPECT_EQ(judge({"", status, R"({"success": false})", later, later, u"нет ответа"_s}, true, log), later)
+                << status;
 }
 
 // What one run of the till stores, a later one must send.

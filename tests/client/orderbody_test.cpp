@@ -44,7 +44,7 @@ protected:
 TEST_F(OrderBody, TellsThePlainCheck)
 {
     card->setOperationId(u"basket-1"_s);
-    const auto item = builder::line(3333, 3);
+    const auto item = builder::line(3333, 3, 100);
     item->setAdditionalBarcode(u"460"_s);
     item->getTmc()->setPriceSourceType(EPriceSourceType::Promotion);
     document->addGoodsItem(item);

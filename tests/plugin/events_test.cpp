@@ -47,7 +47,8 @@ TEST_F(Events, AnUpdateSendsNothingForTheOrderThatWasAccepted)
 TEST_F(Events, AnUpdateRepeatsOnlyWhatFailed)
 {
     service.failures = {u"createOrder"_s, u"updateOrder"_s};
-    expectRetries(u"Ошибка при обновлении заказа.\nПовторить или удалить карту из чека?"_s, 2);
+    expectRetries({u"kvoUpdateOrderError"_s, u"Ошибка при обновлении заказа.\nПовторить или удалить карту из чека?"_s},
+                  2);
     EXPECT_FALSE(plugin.init()) << "twice";
     raise(238);
     EXPECT_EQ(service.calls, (QStringList{u"createOrder"_s, u"createOrder"_s, u"updateOrder"_s, u"updateOrder"_s}));

@@ -97,11 +97,10 @@ protected:
     }
 
     /// The cashier has the attempt repeated this many times.
-    void expectRetries(const QString &question, int times)
+    void expectRetries(const tr::Tr &question, int times)
     {
-        EXPECT_CALL(*dialog,
-                    question(testing::Property(&tr::Tr::ru, question), 1, tr::Tr(u"kvoErrorOk"_s, u"Повторить"_s),
-                             tr::Tr(u"kvoErrorCancel"_s, u"Удалить"_s), 0))
+        EXPECT_CALL(*dialog, question(question, 1, tr::Tr(u"kvoErrorOk"_s, u"Повторить"_s),
+                                      tr::Tr(u"kvoErrorCancel"_s, u"Удалить"_s), 0))
             .Times(times)
             .WillRepeatedly(Return(true));
     }
@@ -112,7 +111,8 @@ protected:
             Event(code, {{u"document"_s, QVariant::fromValue(DocumentPtr(document))}}));
     }
 
-    const QString createError = u"Ошибка при создании заказа.\nПовторить или удалить карту из чека?"_s;
+    const tr::Tr createError{u"kvoCreateOrderError"_s,
+                             u"Ошибка при создании заказа.\nПовторить или удалить карту из чека?"_s};
 
     FakeConfig config{{{u"Kvo:brand"_s, u"B"_s}}};
     RestExchange service;

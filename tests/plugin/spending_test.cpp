@@ -108,7 +108,7 @@ TEST_F(Spending, TheConfiguredAmountNeedsConfirmation)
         SCOPED_TRACE(amount);
         const FakeConfig configured(settings);
         service.calls.clear();
-        EXPECT_CALL(*verificationLogic, verify).Times(codes);
+        EXPECT_CALL(*verificationLogic, verify(_, tr::Tr(), 0)).Times(codes);
         plugin.verification(amount);
         EXPECT_EQ(service.calls, QStringList(codes, u"send"_s));
         testing::Mock::VerifyAndClearExpectations(&*verificationLogic);

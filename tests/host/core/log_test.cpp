@@ -40,7 +40,7 @@ TEST_F(LogTest, AppendsEnabledLevelsLiterallyToAFileMadePrivate)
     writeFile(m_file, "before\n");
     ASSERT_TRUE(QFile::setPermissions(m_file, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther));
     testing::internal::CaptureStderr();
-    setUp({{u"Log:file"_s, m_file}});
+    setUp({{u"Log:file"_s, m_file}, {u"Log:maxFileSize"_s, INT_MAX}});
     m_logger->debug(u"too fine"_s);
     m_logger->info(u"100 %1 {} {0}\n2024-01-01 forged"_s);
     EXPECT_THAT(logged(), testing::MatchesRegex("before\n[-0-9]+ [0-9:.]+ \\[[^]]+\\] INFO kvo - "

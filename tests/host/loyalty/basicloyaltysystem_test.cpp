@@ -100,7 +100,7 @@ TEST_F(BasicLoyaltySystemTest, KeepsItsDataWithTheCheckUntilItIsClosed)
     EXPECT_FALSE(other.hasCard());
     EXPECT_EQ(other.getPluginData(u"pointsForEarn"_s, u"default"_s), QVariant(u"default"_s));
 
-    system.restoreLoyaltySystem();
+    EXPECT_TRUE(system.restoreLoyaltySystem());
     system.spendPoints();
     system.bonusRecords = {{u"1"_s, 0.1, {}, {}, 0}};
     EXPECT_EQ(system.pointsForSpend, 12.5);
@@ -109,6 +109,9 @@ TEST_F(BasicLoyaltySystemTest, KeepsItsDataWithTheCheckUntilItIsClosed)
     EXPECT_FALSE(system.hasPointsForSpend() || system.hasPointsForEarn() || system.hasCard());
     EXPECT_TRUE(system.getBonusImpactsForSpend().isEmpty() && system.getBonusRecords().isEmpty());
     EXPECT_EQ(check->getPluginData(system.getStoreDataKey()).size(), 2) << "a closed check keeps what it has";
+    system.setDocument(check);
+    system.clearData();
+    EXPECT_TRUE(check->getPluginData(system.getStoreDataKey()).isEmpty());
 }
 
 TEST_F(BasicLoyaltySystemTest, CountsTheRecordsThatItHas)
@@ -174,6 +177,8 @@ TEST_F(BasicLoyaltySystemTest, AnswersTheHostUnlessAPluginKnowsBetter)
     EXPECT_TRUE(system.isAllowPartialPointsSpend());
     system.setOption(LoyaltySystemOption::RequestPointsForSpend, false);
     EXPECT_FALSE(system.isAllowPartialPointsSpend());
+    system.setOption(LoyaltySystemOption::RequestPointsForSpend, true);
+    EXPECT_TRUE(system.isAllowPartialPointsSpend());
 }
 
 TEST_F(BasicLoyaltySystemTest, IsFoundByItsCardsWhileItIsRegistered)
@@ -182,7 +187,7 @@ TEST_F(BasicLoyaltySystemTest, IsFoundByItsCardsWhileItIsRegistered)
     BasicLoyaltySystem none;
     EXPECT_EQ(none.getLoyaltySystemCode(), 0);
     EXPECT_TRUE(none.init() && Loyalty(27).init() && system.init());
-    EXPECT_FALSE(system.init()) << "twice";
+    EXPECT_FALSE(system.init() || registry->add(&system) || registry->add(nullptr)) << "twice";
     EXPECT_EQ(registry->all(), (QList<BasicLoyaltySystem *>{&none, &system}));
     EXPECT_EQ(registry->findByCard(*card), &system);
     EXPECT_FALSE(registry->findByCard(*builder::card(u"2"_s, 0)) || registry->findByCard(*builder::card(u"2"_s, 27)));
