@@ -44,6 +44,7 @@ TEST_F(ConfigurationTest, RefusesWhatItDoubts)
         {"[Kvo]\ntimeout = 10s", "\"10s\" не является числом, укажите число 1 ... 600000"},
         {"[Kvo]\nverificationMessage = Code", "Kvo:verificationMessage: в тексте нет %1"},
         {"[Kvo]\nhost = http://127.0.0.1:99999", "Kvo:host: это не адрес, укажите его в виде http[s]://HOST[:PORT]"},
+        {"[Kvo]\nhost = ftp://a", "Kvo:host: это не адрес"},
         {"[Queue]\ndriver = MYSQL", "Queue:driver: значение \"MYSQL\" не поддерживается, возможны QSQLITE, QPSQL"},
         {"[Queue]\nport = 70000", "70000 вне допустимых пределов 1 ... 65535"},
         {"[Till]\npluginFolder = /nowhere", "строка 2, Till:pluginFolder: нет папки /nowhere"},
