@@ -70,6 +70,7 @@ TEST_F(OrderBody, FoldsImpactsByKind)
     addImpact({{2, 2}}, EDiscountType::None, EDiscountMode::Payment);
     EXPECT_EQ(client.createOrderBody(document, card, false).value("paymentDiscAmount"_L1), u"7.25"_s);
     EXPECT_EQ(line().value("lineAmount"_L1), u"93.00"_s);
+    EXPECT_EQ(line().value("isSale"_L1), false);
     EXPECT_EQ(line().value("paymentDiscAmount"_L1), u"5.25"_s);
     EXPECT_EQ(line(false, 1).value("lineAmount"_L1), u"50.00"_s);
     EXPECT_EQ(line(false, 1).value("paymentDiscAmount"_L1), u"2.00"_s);

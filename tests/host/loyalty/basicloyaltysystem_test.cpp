@@ -110,8 +110,9 @@ TEST_F(BasicLoyaltySystemTest, KeepsItsDataWithTheCheckUntilItIsClosed)
     EXPECT_TRUE(system.getBonusImpactsForSpend().isEmpty() && system.getBonusRecords().isEmpty());
     EXPECT_EQ(check->getPluginData(system.getStoreDataKey()).size(), 2) << "a closed check keeps what it has";
     system.setDocument(check);
+    EXPECT_TRUE(system.restoreLoyaltySystem());
     system.clearData();
-    EXPECT_TRUE(check->getPluginData(system.getStoreDataKey()).isEmpty());
+    EXPECT_TRUE(check->getPluginData(system.getStoreDataKey()).isEmpty() && !system.hasPointsForSpend());
 }
 
 TEST_F(BasicLoyaltySystemTest, CountsTheRecordsThatItHas)
@@ -162,6 +163,8 @@ TEST_F(BasicLoyaltySystemTest, TellsTheCashierWhatItKnowsOfTheCard)
     EXPECT_EQ(system.getCardInfo(card).mid(1).join(u'|'), u"Клиент: Анна Л.|Статус: Золото|Баллы: 12.50");
     EXPECT_TRUE(system.fillCardOwnerInfo() && system.fillCardOwnerInfo());
     EXPECT_EQ(system.getMessagesToCashier(), QList{tr::Tr(u"Владелец карты: Анна Л."_s)});
+    system.clearLoyaltyData();
+    EXPECT_TRUE(system.getMessagesToCashier().isEmpty());
 }
 
 TEST_F(BasicLoyaltySystemTest, AnswersTheHostUnlessAPluginKnowsBetter)
