@@ -51,6 +51,8 @@ TEST(CheckRowsTest, WritesTheRowsThatHaveChanged)
         {"a customer's name", [&] { card->getCard()->getClient()->setName(u"Анна"_s); }, "card 2"},
         {"a share's name", [&] { check->getDiscountImpacts().at(0)->getDetails().at(0)->setDiscountName(u"x"_s); },
          "impact 1"},
+        {"a number", [&] { check->setPluginData(u"loyaltySystem26"_s, u"pointsForSpend"_s, 61.5); },
+         "data loyaltySystem26 pointsForSpend"},
         {"a number's type", [&] { check->setPluginData(u"loyaltySystem26"_s, u"pointsForSpend"_s, 60); },
          "data loyaltySystem26 pointsForSpend"},
         {"plugin data goes", [&] { check->setPluginData(u"loyaltySystem26"_s, {}); },
