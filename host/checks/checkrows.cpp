@@ -38,11 +38,25 @@ QByteArray contentOf(const DocumentImpact &impact)
 }
 
 // Values of other types may be equal and yet have changed: lists of pointers are equal when the pointers are.
+bool isComparable(const QVariant &value)
+{
+    const QMetaType type = value.metaType();
+    return type.id() < QMetaType::User || type == QMetaType::fromType<QList<DocumentBonusRecord>>();
+}
+
+// The value as it is written, if that can be compared: quicker than writing it again at each step to see whether it
+// has changed.
+QVariant plainOf(const QVariant &value)
+{
+    if (isComparable(value) || !value.canConvert<QVariantList>())
+        return value;
+    const QVariantList elements = value.toList();
+    return std::ranges::all_of(elements, isComparable) ? elements : value;
+}
+
 bool isSurelySame(const QVariant &a, const QVariant &b)
 {
-    const QMetaType type = a.metaType();
-    const bool isComparable = type.id() < QMetaType::User || type == QMetaType::fromType<QList<DocumentBonusRecord>>();
-    return isComparable && type == b.metaType() && a == b;
+    return isComparable(a) && a.metaType() == b.metaType() && a == b;
 }
 
 QByteArray contentOf(const QVariant &value)
@@ -135,11 +149,12 @@ void CheckRows::updateData(const SaleDocument &check, Changes &changes)
         const QVariantMap data = check.getPluginData(storeKey);
         for (auto entry = data.cbegin(); entry != data.cend(); ++entry) {
             KeptValue kept = before[storeKey].take(entry.key());
-            if (kept.content.isNull() || !isSurelySame(kept.value, *entry)) {
-                const QByteArray content = contentOf(*entry);
+            const QVariant plain = plainOf(*entry);
+            if (kept.content.isNull() || !isSurelySame(kept.value, plain)) {
+                const QByteArray content = contentOf(plain);
                 if (content != kept.content)
                     changes.written.append({dataKind + storeKey, entry.key(), content});
-                kept = {*entry, content};
+                kept = {plain, content};
             }
             m_data[storeKey].insert(entry.key(), kept);
         }
