@@ -44,8 +44,8 @@ bool isComparable(const QVariant &value)
     return type.id() < QMetaType::User || type == QMetaType::fromType<QList<DocumentBonusRecord>>();
 }
 
-// The value as it is written, if that can be compared: quicker than writing it again at each step to see whether it
-// has changed.
+// The value in the plain form in which it is written, where that can be compared. Comparing is quicker than writing the
+// value again at each save to see whether it has changed.
 QVariant plainOf(const QVariant &value)
 {
     if (isComparable(value) || !value.canConvert<QVariantList>())

@@ -42,6 +42,7 @@ TEST_F(ConfigurationTest, RefusesWhatItDoubts)
         {"[Kvo]\nverificationLimit = nan", "\"nan\" не является числом"},
         {"[Kvo]\nverificationLimit = 0,5", "Kvo:verificationLimit: дробная часть отделяется точкой, укажите 0.5"},
         {"[Kvo]\ntimeout = 10s", "\"10s\" не является числом, укажите число 1 ... 600000"},
+        {"[Kvo]\ntimeout = 0", "Kvo:timeout: 0 вне допустимых пределов 1 ... 600000"},
         {"[Kvo]\nverificationMessage = Code", "Kvo:verificationMessage: в тексте нет %1"},
         {"[Kvo]\nhost = http://127.0.0.1:99999", "Kvo:host: это не адрес, укажите его в виде http[s]://HOST[:PORT]"},
         {"[Kvo]\nhost = ftp://a", "Kvo:host: это не адрес"},

@@ -126,7 +126,12 @@ int main(int argc, char **argv)
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
     const int cuts = arguments.value(1, u"3000"_s).toInt();
-    const std::uint64_t seed = arguments.value(2, QString::number(std::random_device()())).toULongLong();
+    bool isNumber = false;
+    const std::uint64_t seed = arguments.value(2, QString::number(std::random_device()())).toULongLong(&isNumber);
+    if (cuts < 1 || !isNumber) {
+        std::cerr << "powercut [CUTS [SEED]]: CUTS must be a number above 0, SEED a number\n";
+        return 2;
+    }
     std::cout << "seed " << seed << std::endl;
     // What is durable is played; the real files need not be, and should be quick.
     if (!qEnvironmentVariableIsSet("TMPDIR") && QFileInfo(u"/dev/shm"_s).isWritable())
