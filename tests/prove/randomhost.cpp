@@ -140,15 +140,15 @@ private:
             settle();
         if (!closing)
             m_host.play(u"take-off"_s);
-        const State state = closing ? State::Closed : State::Voided;
-        m_host.check->setState(state);
-        m_host.save();
-        complete(state);
+        complete(closing ? State::Closed : State::Voided);
     }
 
     void complete(State state)
     {
         for (int repetitions = 1 + number(3); repetitions > 0;) {
+            // At each attempt: a removal of the card that failed in the last one has left the check open.
+            m_host.check->setState(state);
+            m_host.save();
             disturb();
             m_host.trouble.failingPush = m_isCalm ? 0 : number(4);
             const QString rollback = number(2) == 0 ? u"rollback"_s : u"rollback:blind"_s;
