@@ -1,6 +1,7 @@
 // Compares a check with its stored copy, object by object.
 #include "checkrows.h"
 
+#include <core/jsontext.h>
 #include <document/documentbonusrecord.h>
 #include <document/storedrow.h>
 
@@ -21,7 +22,7 @@ constexpr auto bonusKey = "bonus"_L1;
 
 QByteArray textOf(const QJsonObject &object)
 {
-    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+    return jsontext::compact(QJsonDocument(object));
 }
 
 template <class T>
@@ -61,7 +62,7 @@ bool isSurelySame(const QVariant &a, const QVariant &b)
 
 QByteArray contentOf(const QVariant &value)
 {
-    return QJsonDocument(QJsonArray{storedrow::toJson(value)}).toJson(QJsonDocument::Compact);
+    return jsontext::compact(QJsonDocument(QJsonArray{storedrow::toJson(value)}));
 }
 
 QJsonDocument parse(const CheckRow &row)
