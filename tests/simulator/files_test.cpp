@@ -50,6 +50,11 @@ TEST_F(Files, NameThePlaceOfAMistake)
     EXPECT_THAT([&] { readCustomerFile(written(Json{customer, customer}.dump())); }, names("[1].CustAccount", "twice"));
     EXPECT_THAT([&] { readCustomerFile(written(R"([{"Balance": NaN}])")); }, names("input: ", "line 1"));
     EXPECT_THAT([&] { readJournal(written("{}\n{")); }, names("input:1: ", "check"));
+    const char *const line = R"({"check": "A", "outcome": "closed", "card": "7", "basket": "a", "lines": [], )"
+                             R"("spent": "10.00", "earned": "2.43"})";
+    const JournalCheck check = readJournal(written(line))["A"];
+    EXPECT_EQ(std::tuple(check.closed, check.card, check.basket, check.spent, check.earned),
+              std::tuple(true, "7", "a", 1000, 243));
 }
 
 TEST_F(Files, TellAGoodLedgerFromABadOneAndFromAForeignFile)

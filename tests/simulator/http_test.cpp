@@ -52,6 +52,21 @@ TEST_F(Http, RefusesWrongBodiesNamingTheField)
     EXPECT_EQ(caller.http.Delete("/sim/outbox")->get_header_value("Allow"), "GET");
 }
 
+TEST_F(Http, StreamsTheLatestRequestsAndListsMessages)
+{
+    for (const char *basket : {"a", "b", "c"})
+        caller.call("createOrder", basket);
+    std::string events;
+    caller.http.Get("/sim/events?last=2", [&events](const char *data, std::size_t size) {
+        events.append(data, size);
+        return events.find(R"("number":3)") == std::string::npos;
+    });
+    EXPECT_THAT(events, AllOf(HasSubstr(R"("number":2)"), testing::Not(HasSubstr(R"("number":1)"))));
+    caller.send("/api/twofa/msg/v1/send",
+                R"({"brand": "K", "phone": "+79001234567", "text": "1234", "channel": "sms"})");
+    EXPECT_EQ(caller.get("/sim/outbox?last=1").json()["messages"][0]["phone"], "+79001234567");
+}
+
 TEST_F(Http, FailsOneRequestWithEachKindOfFault)
 {
     // The kind, the status that comes, and the order's state after it.
