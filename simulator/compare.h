@@ -31,6 +31,6 @@ std::vector<ComparedRow> compare(const std::map<std::string, JournalCheck> &jour
 
 /// The rows as a table for a terminal, with "ok" or "DIFFERENT: ..." at the end of each; or only those that differ. The
 /// totals come last.
-std::string comparisonText(const std::vector<ComparedRow> &rows, bool onlyDifferences = false);
+std::string comparisonText(const std::vector<ComparedRow> &rows, bool onlyDifferences);
 
 } // namespace sim

@@ -31,7 +31,7 @@ public:
 
 protected:
     /// False if it has answered the request, which is then not routed. Thread-safe.
-    virtual bool admit(const httplib::Request &, httplib::Response &) { return true; }
+    virtual bool admit(const httplib::Request &request, httplib::Response &response) = 0;
 
     httplib::Server m_server;
     Connections m_connections;

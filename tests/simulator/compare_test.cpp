@@ -52,7 +52,7 @@ TEST(Compare, FindsEachDifference)
         SCOPED_TRACE(name);
         Sides sides;
         change(sides);
-        const std::string text = comparisonText(compare(sides.journal, sides.orders, sides.open));
+        const std::string text = comparisonText(compare(sides.journal, sides.orders, sides.open), false);
         EXPECT_THAT(text, HasSubstr(difference));
         EXPECT_EQ(text.find("DIFFERENT") == std::string::npos, *difference == '\0') << text;
     }
