@@ -1,5 +1,6 @@
 // The receipt's text, whatever the locale and whatever stands in names and numbers.
 #include "tests/support/commalocale.h"
+#include "till/checkview.h"
 #include "till/receipt.h"
 
 #include <gtest/gtest.h>
@@ -55,6 +56,16 @@ TEST(Receipt, HasItsColumnsAndTwoDecimalsInEveryLocale)
                            "В очереди с            05.03.2026 14:03:09\n"
                            "==========================================\n";
     EXPECT_EQ(till::receiptText(result, {2, 0, opened}).toStdString(), expected);
+}
+
+TEST(CheckView, TellsHowKeptChecksStand)
+{
+    using Standing = CheckStore::Standing;
+    const QDateTime since({2026, 3, 5}, {14, 3, 9});
+    EXPECT_EQ(till::keptChecksView({{u"a"_s, Standing::Current, {}, since},
+                                    {u"b"_s, Standing::Parked, u"нет\nсвязи"_s, since},
+                                    {u"c"_s, Standing::Unreadable, {}, since}}),
+              u"Чек 1: b, отложен с 05.03.2026 14:03:09: нет связи\nЧек 2: c, не читается с 05.03.2026 14:03:09\n"_s);
 }
 
 } // namespace
