@@ -7,12 +7,15 @@
 #include <net/restclient.h>
 
 #include <gmock/gmock.h>
+#include <sys/prctl.h>
 
 #include <QtCore/QDir>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
+
+#include <csignal>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -40,6 +43,7 @@ protected:
     void startService(const QStringList &options = {})
     {
         m_service.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_service.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); }); // ends with a killed test
         const QStringList port{u"--port"_s, QString::number(m_port), u"--port-file"_s, folder.filePath(u"port"_s)};
         m_service.start(m_simulator, QStringList{u"serve"_s} + m_ledger + port + options);
         ASSERT_TRUE(m_service.waitForStarted(patience));
