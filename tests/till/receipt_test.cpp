@@ -56,6 +56,7 @@ TEST(Receipt, HasItsColumnsAndTwoDecimalsInEveryLocale)
                            "В очереди с            05.03.2026 14:03:09\n"
                            "==========================================\n";
     EXPECT_EQ(till::receiptText(result, {2, 0, opened}).toStdString(), expected);
+    EXPECT_TRUE(till::checkView(result).contains(u", баланс 1234567.89, будет начислено 0.05\nИтого "_s));
 }
 
 TEST(CheckView, TellsHowKeptChecksStand)
