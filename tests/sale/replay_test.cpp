@@ -28,7 +28,7 @@ TEST_F(SaleTest, ReplaysADayWithTwoTillsAndEqualBooks)
     EXPECT_THAT(askTill(twoTills).toStdString(),
                 AllOf(HasSubstr("line 7: bad, left out: quantity \"many\""), HasSubstr("line 6: cancelled, invoice C3"),
                       HasSubstr("sold 3 of 3 receipts for 126.85 of 126.85, 62.15 of it in points"),
-                      HasSubstr("all equal"), testing::Not(HasSubstr("NOT SOLD"))));
+                      HasSubstr("all equal"), testing::Not(testing::ContainsRegex("NOT SOLD|requests wait"))));
     // The second time goes on with what is there: the books of both days are compared.
     EXPECT_THAT(askTill(twoTills).toStdString(), AllOf(HasSubstr("4 orders"), HasSubstr("all equal")));
 }
