@@ -9,6 +9,22 @@ namespace sim {
 
 using Http = SimulatorTest;
 
+TEST_F(Http, AnswersWhatItKnowsOfACustomer)
+{
+    const std::pair<const char *, const char *> cases[] = {
+        {"searchCustomer?Brand=K&Phone=%2B79001234567",
+         R"({"BirthDate": "1990-05-17 00:00:00", "CardNumber": "7770000000001", "CustAccount": "C-0001",
+             "Email": "ivanova@example.org", "FirstName": "Мария", "Gender": 2, "LastName": "Иванова",
+             "MiddleName": "Петровна", "Phone": "+79001234567"})"},
+        {"cardInfo?Brand=K&CardNumber=7770000000018&CustAccountNum=C-0001",
+         R"({"Tiers": [{"Discount": -1, "Name": "Бронза"}, {"Discount": 5, "Name": "Серебро"},
+             {"Discount": -1, "Name": "Золото"}]})"},
+        {"loyaltyBalanceInfo?Brand=K&CardNumber=7770000000001&CustAccountNum=C-0001", R"({"AmountQty": 1500.0})"},
+    };
+    for (const auto &[query, data] : cases)
+        EXPECT_EQ(caller.query(query).json(), (Json{{"success", true}, {"data", Json::parse(data)}})) << query;
+}
+
 TEST_F(Http, RefusesWrongQueriesAndCredentials)
 {
     const std::pair<const char *, int> cases[] = {
