@@ -8,6 +8,7 @@
 #include "till/checksession.h"
 #include "till/endingqueue.h"
 
+#include <cashier/dialog.h>
 #include <cashier/savetofilelogic.h>
 #include <core/activitynotifier.h>
 #include <core/basicexception.h>
@@ -45,6 +46,12 @@ public:
     int killBefore = 0;
     int killAfter = 0;
     bool full = false;
+};
+
+/// Removes the card whenever the cashier has that choice.
+struct Remover : Dialog
+{
+    bool question(const tr::Tr &, int, const tr::Tr &, const tr::Tr &, int) override { return false; }
 };
 
 /// A till on a data folder of its own, which can be started anew as after a kill.
@@ -225,6 +232,19 @@ TEST_F(Session, SellsOnWhileTheQueueIsFull)
     ASSERT_EQ(booked().size(), 1);
     const QString basket = booked().last().entry.value(u"basket"_s).toString();
     EXPECT_EQ(takeQueued(), QStringList({u"postOrder "_s + basket, u"bindOrderId "_s + basket}));
+}
+
+TEST_F(Session, QueuesTheCancellationOfARemovedCardAtOnce)
+{
+    const Installed<Dialog, Remover> cashier;
+    sell();
+    openPriced();
+    session->changeGoods(1, 2, {});
+    takeQueued();
+    service.answer = RestExchange::response(500, R"({"success": false})");
+    session->subtotal();
+    EXPECT_EQ(session->result().card, QString());
+    EXPECT_EQ(takeQueued().size(), 1);
 }
 
 TEST_F(Session, DropsAnOrderThatWasPerhapsCreatedWhenTheTillWasKilled)
