@@ -5,12 +5,8 @@
 #include "tests/support/fakeconfig.h"
 #include "tests/support/json.h"
 #include "tests/support/logfile.h"
-#include "tests/support/printqt.h"
 #include "tests/support/restexchange.h"
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
+#include "tests/support/test.h"
 
 namespace kvo {
 

@@ -4,14 +4,10 @@
 #include "tests/support/commalocale.h"
 #include "tests/support/fakeconfig.h"
 #include "tests/support/json.h"
-#include "tests/support/printqt.h"
 #include "tests/support/restexchange.h"
+#include "tests/support/test.h"
 
 #include <core/basicexception.h>
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace kvo {
 

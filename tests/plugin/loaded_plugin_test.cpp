@@ -1,18 +1,15 @@
 // libKvo.so as a host loads it: its metadata, its symbols, and what stays of it after it is unloaded. That it shares
 // the host's objects is seen in tests/sale.
 #include "tests/support/fakeconfig.h"
+#include "tests/support/test.h"
 
 #include <document/saledocument.h>
 #include <loyalty/basicloyaltysystem.h>
-
-#include <gtest/gtest.h>
 
 #include <QtCore/QPluginLoader>
 #include <QtCore/QProcess>
 
 #include <algorithm>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 

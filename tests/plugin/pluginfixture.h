@@ -6,8 +6,8 @@
 #include "tests/support/fakeconfig.h"
 #include "tests/support/installed.h"
 #include "tests/support/json.h"
-#include "tests/support/printqt.h"
 #include "tests/support/restexchange.h"
+#include "tests/support/test.h"
 
 #include <cashier/dialog.h>
 #include <cashier/savetofilelogic.h>
@@ -16,11 +16,8 @@
 #include <core/basicexception.h>
 #include <queue/dbqueuebroker.h>
 
-#include <gmock/gmock.h>
-
 namespace kvo {
 
-using namespace Qt::Literals::StringLiterals;
 using testing::_;
 using testing::NiceMock;
 using testing::Return;

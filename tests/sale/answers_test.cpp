@@ -2,8 +2,8 @@
 // be saved, restored and ended, and the points that the service takes are those on the receipt.
 #include "tests/support/checkbuilder.h"
 #include "tests/support/fakeconfig.h"
-#include "tests/support/printqt.h"
 #include "tests/support/restexchange.h"
+#include "tests/support/test.h"
 #include "till/checksession.h"
 #include "till/endingqueue.h"
 #include "till/loyaltyplugin.h"
@@ -12,13 +12,9 @@
 
 #include <core/basicexception.h>
 
-#include <gtest/gtest.h>
-
 #include <QtCore/QJsonArray>
 #include <QtCore/QRegularExpression>
-#include <QtCore/QTemporaryDir>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {

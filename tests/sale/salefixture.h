@@ -3,21 +3,16 @@
 #pragma once
 
 #include "tests/support/file.h"
+#include "tests/support/test.h"
 
 #include <net/restclient.h>
 
-#include <gmock/gmock.h>
 #include <sys/prctl.h>
 
 #include <QtCore/QDir>
-#include <QtCore/QJsonDocument>
-#include <QtCore/QJsonObject>
 #include <QtCore/QProcess>
-#include <QtCore/QTemporaryDir>
 
 #include <csignal>
-
-using namespace Qt::Literals::StringLiterals;
 
 /// A scenario with one check: bread for 45.50 and milk twice for 91.00, 227.50 in all, up to 113.75 of it in points.
 inline QByteArray check(const QByteArray &steps, const QByteArray &expect = "{}", const QByteArray &answers = "{}")

@@ -5,6 +5,7 @@
 #include "tests/support/installed.h"
 #include "tests/support/restexchange.h"
 #include "tests/support/sql.h"
+#include "tests/support/test.h"
 #include "till/checksession.h"
 #include "till/endingqueue.h"
 
@@ -13,12 +14,6 @@
 #include <core/activitynotifier.h>
 #include <core/basicexception.h>
 #include <queue/queueadmin.h>
-
-#include <gmock/gmock.h>
-
-#include <QtCore/QTemporaryDir>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 

@@ -1,16 +1,13 @@
 // Broken configurations, each with what the till says about it, and the lists of settings beside code, docs and sample.
 #include "tests/support/file.h"
+#include "tests/support/test.h"
 #include "till/configuration.h"
 
 #include <core/basicexception.h>
 
-#include <gmock/gmock.h>
-
 #include <QtCore/QDirIterator>
 #include <QtCore/QRegularExpression>
-#include <QtCore/QTemporaryDir>
 
-using namespace Qt::Literals::StringLiterals;
 using testing::HasSubstr;
 
 class ConfigurationTest : public testing::Test

@@ -1,14 +1,8 @@
 // CSV files as programs export them, and the day that is read from one.
 #include "tests/support/file.h"
-#include "tests/support/printqt.h"
+#include "tests/support/test.h"
 #include "till/csvreader.h"
 #include "till/replayday.h"
-
-#include <gmock/gmock.h>
-
-#include <QtCore/QTemporaryDir>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 

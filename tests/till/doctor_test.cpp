@@ -3,6 +3,7 @@
 #include "tests/support/file.h"
 #include "tests/support/service.h"
 #include "tests/support/sql.h"
+#include "tests/support/test.h"
 #include "till/doctorhost.h"
 #include "till/doctorservice.h"
 #include "till/doctorstore.h"
@@ -12,13 +13,9 @@
 #include <core/singleton.h>
 #include <queue/dbqueuebroker.h>
 
-#include <gtest/gtest.h>
-
 #include <QtCore/QLibraryInfo>
 #include <QtCore/QRegularExpression>
-#include <QtCore/QTemporaryDir>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace till::doctor;
 
 namespace {

@@ -1,12 +1,9 @@
 // What the cashier enters: goods, and in a terminal other steps, too.
+#include "tests/support/test.h"
 #include "till/catalogue.h"
 #include "till/typedstep.h"
 
 #include <core/basicexception.h>
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 

@@ -1,17 +1,11 @@
 // What `kvo-till queue` tells people and machines.
 #include "tests/support/fakeconfig.h"
-#include "tests/support/printqt.h"
+#include "tests/support/test.h"
 #include "till/queuecommand.h"
 
 #include <core/basicexception.h>
 #include <queue/dbqueuebroker.h>
 
-#include <gtest/gtest.h>
-
-#include <QtCore/QJsonDocument>
-#include <QtCore/QTemporaryDir>
-
-using namespace Qt::Literals::StringLiterals;
 using Action = till::QueueRequest::Action;
 
 TEST(QueueCommand, ListsShowsAndDiscardsWithoutSecrets)

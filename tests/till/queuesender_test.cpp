@@ -1,15 +1,11 @@
 // What counts as delivered, and where a request goes that has waited while the till was given other settings.
 #include "tests/support/fakeconfig.h"
 #include "tests/support/json.h"
-#include "tests/support/printqt.h"
 #include "tests/support/restexchange.h"
+#include "tests/support/test.h"
 #include "till/queuesender.h"
 
 #include <core/basicexception.h>
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace till {
 

@@ -1,11 +1,8 @@
 // The receipt's text, whatever the locale and whatever stands in names and numbers.
 #include "tests/support/commalocale.h"
+#include "tests/support/test.h"
 #include "till/checkview.h"
 #include "till/receipt.h"
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 

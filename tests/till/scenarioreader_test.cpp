@@ -1,15 +1,11 @@
 // Scenario files and catalogues: complaints that name file and path, and amounts to the kopeck.
 #include "tests/support/file.h"
+#include "tests/support/test.h"
 #include "till/catalogue.h"
 #include "till/scenarioreader.h"
 
 #include <core/basicexception.h>
 
-#include <gmock/gmock.h>
-
-#include <QtCore/QTemporaryDir>
-
-using namespace Qt::Literals::StringLiterals;
 using testing::HasSubstr;
 
 namespace {

@@ -1,17 +1,12 @@
 // What can be read of the window, and in which language.
 #include "tests/support/file.h"
+#include "tests/support/test.h"
 #include "till/window/theme.h"
 
-#include <gtest/gtest.h>
-
 #include <QtCore/QDirIterator>
-#include <QtCore/QJsonDocument>
-#include <QtCore/QJsonObject>
 #include <QtCore/QRegularExpression>
 #include <QtGui/QColorSpace>
 #include <QtGui/QColorTransform>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 

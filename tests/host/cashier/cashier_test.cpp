@@ -2,6 +2,7 @@
 #include "tests/support/checkbuilder.h"
 #include "tests/support/fakeconfig.h"
 #include "tests/support/installed.h"
+#include "tests/support/test.h"
 
 #include <cashier/cardaddlogic.h>
 #include <cashier/cashierui.h>
@@ -12,11 +13,6 @@
 #include <core/currenttime.h>
 #include <loyalty/basicloyaltysystem.h>
 
-#include <gmock/gmock.h>
-
-#include <QtCore/QTemporaryDir>
-
-using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {

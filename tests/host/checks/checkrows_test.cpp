@@ -1,11 +1,9 @@
 // A check as rows: their layout, what of a check comes back, which rows a change writes, and what is refused.
 #include "tests/support/checkbuilder.h"
+#include "tests/support/test.h"
 
 #include <core/basicexception.h>
 
-#include <gmock/gmock.h>
-
-using namespace Qt::Literals::StringLiterals;
 using testing::HasSubstr;
 
 namespace {

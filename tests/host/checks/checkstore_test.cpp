@@ -4,15 +4,11 @@
 #include "tests/support/file.h"
 #include "tests/support/fulldisk.h"
 #include "tests/support/sql.h"
+#include "tests/support/test.h"
 
 #include <checks/checkstore.h>
 #include <core/basicexception.h>
 
-#include <gmock/gmock.h>
-
-#include <QtCore/QTemporaryDir>
-
-using namespace Qt::Literals::StringLiterals;
 using testing::HasSubstr;
 using Standing = CheckStore::Standing;
 

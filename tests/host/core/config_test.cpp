@@ -1,15 +1,11 @@
 // The configuration file: what values mean literally, and which mistakes are told how.
 #include "tests/support/commalocale.h"
 #include "tests/support/file.h"
+#include "tests/support/test.h"
 
 #include <core/basicexception.h>
 #include <core/config.h>
 
-#include <gmock/gmock.h>
-
-#include <QtCore/QTemporaryDir>
-
-using namespace Qt::Literals::StringLiterals;
 using testing::AllOf;
 using testing::HasSubstr;
 

@@ -1,14 +1,11 @@
 // Our JSON text beside that of Qt's own writer.
+#include "tests/support/test.h"
+
 #include <core/jsontext.h>
 
-#include <gtest/gtest.h>
-
 #include <QtCore/QJsonArray>
-#include <QtCore/QJsonObject>
 
 #include <limits>
-
-using namespace Qt::Literals::StringLiterals;
 
 TEST(JsonText, IsWhatQtWrites)
 {

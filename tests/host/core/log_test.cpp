@@ -1,18 +1,16 @@
 // The log: where lines go, at which level, and who can read them.
 #include "tests/support/fakeconfig.h"
 #include "tests/support/file.h"
+#include "tests/support/test.h"
 
 #include <core/basicexception.h>
 #include <core/logsetup.h>
 
-#include <gmock/gmock.h>
 #include <log4qt/logmanager.h>
 #include <sys/stat.h>
 
 #include <QtCore/QScopeGuard>
-#include <QtCore/QTemporaryDir>
 
-using namespace Qt::Literals::StringLiterals;
 using testing::AllOf;
 using testing::HasSubstr;
 

@@ -1,10 +1,9 @@
 // Kopecks: rounding as a person does it, and splitting without losing one.
 #include "tests/support/commalocale.h"
+#include "tests/support/test.h"
 
 #include <core/basicexception.h>
 #include <core/money.h>
-
-#include <gtest/gtest.h>
 
 TEST(Money, RoundsRublesAsAPersonReadsThem)
 {

@@ -1,11 +1,8 @@
 // Texts from outside: what they may not do to a receipt, a terminal or a log.
-#include "tests/support/printqt.h"
+
+#include "tests/support/test.h"
 
 #include <core/plaintext.h>
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
 
 TEST(PlainText, KeepsWordsAndNothingThatCommands)
 {

@@ -1,10 +1,10 @@
 // What is shared by the whole process: single objects, event subscriptions.
+#include "tests/support/test.h"
+
 #include <core/activitynotifier.h>
 #include <core/mockfactory.h>
 #include <core/singleton.h>
 #include <core/tr.h>
-
-#include <gtest/gtest.h>
 
 #include <functional>
 #include <thread>

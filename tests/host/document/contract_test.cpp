@@ -1,10 +1,10 @@
 // The numbers that the host's contract gives its enumerations; stored checks hold them too.
+#include "tests/support/test.h"
+
 #include <core/eventcode.h>
 #include <document/documentbonusrecord.h>
 #include <document/saledocument.h>
 #include <loyalty/basicloyaltysystem.h>
-
-#include <gtest/gtest.h>
 
 TEST(HostContract, NumbersOfEnumerationsNeverChange)
 {

@@ -1,9 +1,8 @@
 // Sums of a check: whatever is done to it, the discounts of its lines add up to its own, to the kopeck.
 #include "tests/support/checkbuilder.h"
+#include "tests/support/test.h"
 
 #include <core/basicexception.h>
-
-#include <gmock/gmock.h>
 
 #include <cmath>
 #include <random>

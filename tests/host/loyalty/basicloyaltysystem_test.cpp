@@ -1,14 +1,10 @@
 // What every loyalty system inherits: points that add up, the card it answers for, and its data with the check.
 #include "tests/support/checkbuilder.h"
-#include "tests/support/printqt.h"
+#include "tests/support/test.h"
 
 #include <core/singleton.h>
 #include <loyalty/basicloyaltysystem.h>
 #include <loyalty/loyaltysystems.h>
-
-#include <gtest/gtest.h>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 

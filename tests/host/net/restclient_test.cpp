@@ -2,25 +2,22 @@
 #include "rawserver.h"
 #include "tests/support/file.h"
 #include "tests/support/logfile.h"
+#include "tests/support/test.h"
 
 #include <core/singleton.h>
 #include <net/linkstate.h>
 #include <net/restclient.h>
 
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 #include <log4qt/logmanager.h>
 #include <malloc.h>
 #include <netdb.h>
 
-#include <QtCore/QJsonObject>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QScopeGuard>
 
 #include <semaphore>
 #include <string_view>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 

@@ -1,9 +1,8 @@
 // Only a server whose certificate is good, current and made out to its name gets a request.
 #include "tests/support/service.h"
+#include "tests/support/test.h"
 
 #include <net/restclient.h>
-
-#include <gtest/gtest.h>
 
 #include <atomic>
 

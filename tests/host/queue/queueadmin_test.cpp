@@ -4,8 +4,6 @@
 #include <queue/eventmask.h>
 #include <queue/queueadmin.h>
 
-#include <QtCore/QJsonDocument>
-
 class QueueAdminTest : public QueueTest
 {
 protected:

@@ -4,6 +4,7 @@
 
 #include "tests/support/file.h"
 #include "tests/support/sql.h"
+#include "tests/support/test.h"
 
 #include <core/basicexception.h>
 #include <core/config.h>
@@ -11,14 +12,8 @@
 #include <queue/dbqueuebroker.h>
 #include <queue/queuedelivery.h>
 
-#include <gmock/gmock.h>
-
-#include <QtCore/QJsonObject>
-#include <QtCore/QTemporaryDir>
-
 #include <algorithm>
 
-using namespace Qt::Literals::StringLiterals;
 using namespace std::chrono_literals;
 
 /// The event "<order><number>", for instance "a1".

@@ -1,11 +1,16 @@
-// Lets GoogleTest print Qt texts and JSON in its messages.
+// What every test takes for granted: GoogleTest, Qt's literals, a temporary folder, and Qt texts that can be read in
+// GoogleTest's messages, which only works if each source of a program sees how to print them.
 #pragma once
+
+#include <gmock/gmock.h>
 
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-#include <QtCore/QString>
+#include <QtCore/QTemporaryDir>
 
 #include <ostream>
+
+using namespace Qt::Literals::StringLiterals;
 
 inline void PrintTo(const QString &text, std::ostream *out)
 {
