@@ -106,15 +106,22 @@ QList<QSharedPointer<T>> objectsOf(const auto &kept)
 CheckRows::Changes CheckRows::update(const SaleDocument &check)
 {
     Changes changes;
-    if (const QByteArray content = contentOf(check); content != m_check) {
-        m_check = content;
-        changes.written.append({checkKind, 0, content});
+    if (!m_hasStoredFields || !m_hasStoredFields(check)) {
+        changes.written.append({checkKind, 0, contentOf(check)});
+        keepFields(check);
     }
     updateList(goodsKind, m_goods, check.getGoodsItems(), changes);
     updateList(cardKind, m_cards, check.getCardRecords(), changes);
     updateList(impactKind, m_impacts, check.getDiscountImpacts(), changes);
     updateData(check, changes);
     return changes;
+}
+
+void CheckRows::keepFields(const SaleDocument &check)
+{
+    m_hasStoredFields = [stored = storedrow::values(check)](const SaleDocument &other) {
+        return storedrow::values(other) == stored;
+    };
 }
 
 // Objects are added and removed; those that stay never change places.
@@ -178,7 +185,7 @@ QSharedPointer<SaleDocument> CheckRows::read(const QList<CheckRow> &rows)
             throw BasicException(u"запись «%1», %2"_s.arg(name, error.text().ru()));
         }
     }
-    if (m_check.isNull())
+    if (!m_hasStoredFields)
         throw BasicException(u"запись «check» отсутствует"_s);
     check->assemble(objectsOf<GoodsItem>(m_goods), objectsOf<DocumentCardRecord>(m_cards),
                     objectsOf<DocumentImpact>(m_impacts));
@@ -202,7 +209,7 @@ void CheckRows::readRow(const CheckRow &row, SaleDocument &check)
     }
     if (row.kind == checkKind) {
         storedrow::read(parse(row).object(), check);
-        m_check = row.content;
+        keepFields(check);
     } else if (row.kind == goodsKind) {
         keep(m_goods, readObject(row, QSharedPointer<GoodsItem>::create()));
     } else if (row.kind == cardKind) {

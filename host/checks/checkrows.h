@@ -6,6 +6,8 @@
 
 #include <QtCore/QHash>
 
+#include <functional>
+
 /// By kind: "goods" has the line's number as key, "card" the card's number within the check, "impact" a number that
 /// says what came first, "data " with the store key of plugin data the entry's key. The check's own fields are of kind
 /// "check".
@@ -62,8 +64,9 @@ private:
     qint64 keyOf(const DocumentCardRecord &card) { return card.getCodeInternal(); }
     qint64 keyOf(const DocumentImpact &) { return ++m_lastImpact; }
     void readRow(const CheckRow &row, SaleDocument &check);
+    void keepFields(const SaleDocument &check);
 
-    QByteArray m_check;
+    std::function<bool(const SaleDocument &)> m_hasStoredFields; ///< The check's own; null until they are stored.
     KeptList<GoodsItem> m_goods;
     KeptList<DocumentCardRecord> m_cards;
     KeptList<DocumentImpact> m_impacts;

@@ -92,6 +92,12 @@ bool isSame(const T &a, const T &b);
 /// A copy that shares no stored object with the original.
 template <Stored T>
 QSharedPointer<T> copy(const T &object);
+/// What the fields hold, to be compared later.
+template <Stored T>
+auto values(const T &object)
+{
+    return std::apply([&](const auto &...field) { return std::tuple(object.*field.member...); }, T::storedFields());
+}
 
 namespace detail {
 
