@@ -36,6 +36,7 @@ TEST(QueueCommand, ListsShowsAndDiscardsWithoutSecrets)
     const QJsonValue entry = QJsonDocument::fromJson(answer({.json = true}).toUtf8())["entries"_L1][0];
     EXPECT_EQ(entry["state"_L1], u"discarded"_s);
     EXPECT_EQ(entry["discardReason"_L1], u"чек отменён"_s);
+    EXPECT_TRUE(answer({}).contains(u"чек отменён"_s));
     answer({.action = Action::Restore, .id = 1});
     EXPECT_TRUE(answer({.state = u"discarded"_s}).startsWith(u"Таких запросов нет"_s));
     EXPECT_TRUE(answer({.state = u"waiting"_s}).contains(u"postOrder"_s));
