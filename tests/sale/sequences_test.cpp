@@ -39,6 +39,7 @@ const Row rows[]{
     {"CardReplaced", "price spend remove card:7770000000032 price spend commit"},
     {"CancelledBetweenTwoCustomers", // The first one has no points.
      "remove phone:+79007654321 remove cancel card:7770000000032 price spend commit"},
+    {"CardThatCouldNotBeRemoved", "price spend fail-push:1 remove! commit"},
     {"CardRemovedAtTheQuestion", "price refuse:createOrder remove-at-question commit", "0.00"},
     {"CardRemovedAtTheCodePrompt", "price remove-at-prompt spend commit", "0.00"},
     {"PriceChangeSpend", "price change:1 price spend commit", "68.25"},
