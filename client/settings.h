@@ -11,7 +11,7 @@ namespace kvo {
 
 struct Setting
 {
-    enum class Kind { Text, Whole, Decimal, Address };
+    enum class Kind { Text, Whole, Decimal, Address, Path };
 
     QStringView key;
     Kind kind = Kind::Text;
@@ -30,10 +30,12 @@ inline constexpr std::array settings{
             .meaning = u"Scheme, host and port of the loyalty service; a path in it is ignored.",
             .example = u"https://loyalty.example.com"},
     Setting{.key = u"Kvo:path",
+            .kind = Setting::Kind::Path,
             .defaultValue = u"/api/ax/xpp/v1",
             .meaning = u"Path of the loyalty API.",
             .example = u"/loyalty/v1"},
     Setting{.key = u"Kvo:verificationPath",
+            .kind = Setting::Kind::Path,
             .defaultValue = u"/api/twofa/msg/v1",
             .meaning = u"Path of the message API.",
             .example = u"/messages/v1"},

@@ -62,8 +62,8 @@ QString reasonText(const SettingFault &fault)
         return u"%1 вне допустимых пределов %2"_s.arg(fault.entry.value, fault.expected);
     case SettingFault::Kind::NotAChoice:
         return u"значение \"%1\" не поддерживается, возможны %2"_s.arg(fault.entry.value, fault.expected);
-    case SettingFault::Kind::NotAnAddress:
-        return u"это не адрес, укажите его в виде %1"_s.arg(fault.expected);
+    case SettingFault::Kind::WrongForm:
+        return u"укажите значение в виде %1"_s.arg(fault.expected);
     case SettingFault::Kind::Incomplete:
         break;
     }

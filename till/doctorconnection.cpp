@@ -32,6 +32,8 @@ Finding address(ServiceAccess &service)
     if (!url.isValid() || !web || url.host().isEmpty())
         return {Verdict::Failure, u"Kvo:host is not an address"_s,
                 u"Write it like https://loyalty.example.com or http://10.0.0.5:8080"_s};
+    if (!service.queries.customer.isValid())
+        return {Verdict::Failure, u"no address with this Kvo:path"_s, u"Let Kvo:path begin with /"_s};
     service.probe = std::make_unique<Probe>(service.queries.timeout);
     return {Verdict::Ok, service.queries.customer.toString(QUrl::RemoveUserInfo | QUrl::RemoveQuery)};
 }

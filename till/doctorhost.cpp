@@ -76,8 +76,8 @@ QString problemOf(const SettingFault &fault)
         return place + u"%1 is not in the range %2"_s.arg(fault.entry.value, fault.expected);
     case SettingFault::Kind::NotAChoice:
         return place + u"\"%1\" is none of %2"_s.arg(fault.entry.value, fault.expected);
-    case SettingFault::Kind::NotAnAddress:
-        return place + u"not an address like %1"_s.arg(fault.expected);
+    case SettingFault::Kind::WrongForm:
+        return place + u"not of the form %1"_s.arg(fault.expected);
     case SettingFault::Kind::Incomplete:
         break;
     }

@@ -73,6 +73,8 @@ Setting::Kind kindOf(kvo::Setting::Kind kind)
         return Setting::Kind::Decimal;
     case kvo::Setting::Kind::Address:
         return Setting::Kind::Address;
+    case kvo::Setting::Kind::Path:
+        return Setting::Kind::Path;
     case kvo::Setting::Kind::Text:
         break;
     }

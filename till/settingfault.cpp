@@ -101,7 +101,9 @@ std::optional<Kind> valueFault(const Setting &setting, const QString &value, QSt
     case Setting::Kind::Choice:
         return setting.choices.contains(value, Qt::CaseInsensitive) ? std::nullopt : std::optional(Kind::NotAChoice);
     case Setting::Kind::Address:
-        return isAddress(value) ? std::nullopt : std::optional(Kind::NotAnAddress);
+        return isAddress(value) ? std::nullopt : std::optional(Kind::WrongForm);
+    case Setting::Kind::Path: // With another beginning no URL can be made of host and path.
+        return value.startsWith(u'/') ? std::nullopt : std::optional(Kind::WrongForm);
     case Setting::Kind::Whole:
     case Setting::Kind::Decimal:
         break;

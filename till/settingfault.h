@@ -16,7 +16,7 @@ struct SettingFault
         DecimalComma, ///< It would be a number with a point; `expected` is that number.
         OutOfRange,   ///< `expected` is the range.
         NotAChoice,   ///< `expected` lists the choices.
-        NotAnAddress, ///< `expected` is the form of an address.
+        WrongForm,    ///< `expected` is the form of an address or a path.
         Incomplete,   ///< `expected` is missing in the text.
     };
 

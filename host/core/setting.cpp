@@ -20,6 +20,8 @@ QString Setting::range() const
         return choices.join(u", "_s);
     if (kind == Kind::Address)
         return u"http[s]://HOST[:PORT]"_s;
+    if (kind == Kind::Path)
+        return u"/PATH"_s;
     if (kind == Kind::Text)
         return placeholder;
     const QString from = limitText(lowest);

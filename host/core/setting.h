@@ -17,6 +17,7 @@ struct Setting
         Decimal, ///< A number; the decimal separator is a point.
         Choice,  ///< One of `choices`, in any capitals.
         Address, ///< A URL with http or https, a host, and perhaps a port.
+        Path,    ///< The path of a URL; it begins with "/".
     };
 
     QString key; ///< "Queue:port" is the entry `port` of the section [Queue].
@@ -32,7 +33,8 @@ struct Setting
     QString section() const { return key.section(u':', 0, 0); }
     QString name() const { return key.section(u':', 1); }
 
-    /// The allowed values, in a form that needs no language: "1 ... 65535", "QSQLITE, QPSQL", "http[s]://HOST[:PORT]".
+    /// The allowed values, in a form that needs no language: "1 ... 65535", "QSQLITE, QPSQL", "http[s]://HOST[:PORT]",
+    /// "/PATH".
     POSHOST_EXPORT QString range() const;
 };
 

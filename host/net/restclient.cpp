@@ -51,7 +51,7 @@ TransferResult faultOf(const TransferRequest &request, const QUrl &url)
         return {.error = QNetworkReply::ProtocolInvalidOperationError, .reason = u"нет такой операции HTTP"_s};
     const bool knownScheme = url.scheme() == "http"_L1 || url.scheme() == "https"_L1;
     if (!url.isValid() || !knownScheme || url.host().isEmpty())
-        return {.error = QNetworkReply::ProtocolUnknownError, .reason = u"неверный адрес, настройка Kvo:host"_s};
+        return {.error = QNetworkReply::ProtocolUnknownError, .reason = u"неверный адрес, настройки Kvo:host и Kvo:path"_s};
     for (auto header = request.headers.cbegin(); header != request.headers.cend(); ++header) {
         if (!isSafeHeader(header.key(), *header))
             return {.error = QNetworkReply::ProtocolInvalidOperationError, .reason = u"недопустимый заголовок"_s};
@@ -133,7 +133,7 @@ QString textOf(QNetworkReply::NetworkError error)
     case QNetworkReply::ProtocolFailure:
         return u"Сервис прислал непонятный ответ"_s;
     case QNetworkReply::ProtocolUnknownError:
-        return u"Неверно задан адрес сервиса, проверьте настройку Kvo:host"_s;
+        return u"Неверно задан адрес сервиса, проверьте настройки Kvo:host и Kvo:path"_s;
     case QNetworkReply::ProtocolInvalidOperationError:
         return u"Запрос к сервису составлен неверно"_s;
     default:
