@@ -1,6 +1,7 @@
 // The customer's card on the check.
 #include "checksession.h"
 #include "endingqueue.h"
+#include "loyalty.h"
 
 #include <core/basicexception.h>
 #include <loyalty/basicloyaltysystem.h>
@@ -35,7 +36,7 @@ void CheckSession::addCard(ECardNumberType type, const QString &text)
     record->setLoyaltySystemCode(m_system.getLoyaltySystemCode());
     m_document->addCard(record); // Before identification: the loyalty system looks for its card on the check.
     if (!m_system.identifyByCard(record, type))
-        refuseCard(m_system.getLastErrorString());
+        refuseCard(refusalText(m_system.getLastErrorString()));
     if (!hasHolder(*record))
         refuseCard(tr::Tr(u"Покупатель не найден. Проверьте номер или продолжите без карты"_s));
     save();
@@ -50,7 +51,7 @@ QString CheckSession::findCardNumber(ECardNumberType type, const QString &text)
     }
     const loyalty::CardNumberResult number = m_system.getCardNumber({static_cast<int>(type), text});
     if (!number.success)
-        throw BasicException(number.error);
+        throw BasicException(refusalText(number.error));
     return number.cardNumber;
 }
 

@@ -1,6 +1,7 @@
 // The end of a check.
 #include "checksession.h"
 #include "endingqueue.h"
+#include "loyalty.h"
 
 #include <cashier/cashierui.h>
 #include <core/basicexception.h>
@@ -87,7 +88,7 @@ void CheckSession::endWithLoyaltySystem()
     m_queue.hold();
     const auto release = qScopeGuard([this] { m_queue.release(); });
     if (!(closing ? m_system.commit(m_document) : m_system.rollback(m_document)))
-        throw BasicException(m_system.getLastErrorString());
+        throw BasicException(refusalText(m_system.getLastErrorString()));
     if (!closing)
         m_system.cancel();
     m_document->setState(closing ? SaleDocument::State::Closed : SaleDocument::State::Voided);

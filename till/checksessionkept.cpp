@@ -1,5 +1,6 @@
 // Parked checks: put aside by the cashier, by a kill, or because they cannot go on now.
 #include "checksession.h"
+#include "loyalty.h"
 
 #include <cashier/cashierui.h>
 #include <core/basicexception.h>
@@ -48,7 +49,7 @@ void CheckSession::park()
 {
     requireOpen();
     if (!m_system.beforePutoutCheck())
-        throw BasicException(m_system.getLastErrorString());
+        throw BasicException(refusalText(m_system.getLastErrorString()));
     m_store->park({});
     leave();
     m_system.afterPutoutCheck();

@@ -1,5 +1,6 @@
 // Pricing and paying with points. The events are raised where a till raises them; see core/eventcode.h.
 #include "checksession.h"
+#include "loyalty.h"
 
 #include <cashier/cardaddlogic.h>
 #include <cashier/dialog.h>
@@ -21,7 +22,7 @@ void CheckSession::price()
         return;
     }
     if (!m_system.request(m_document))
-        throw BasicException(m_system.getLastErrorString());
+        throw BasicException(refusalText(m_system.getLastErrorString()));
     m_state.order = Order::InStep;
     save();
 }
@@ -96,9 +97,9 @@ void CheckSession::priceOrRemoveCard(const std::function<void()> &attempt)
             attempt();
             if (!card() || isPriced())
                 return;
-            reason = m_system.getLastErrorString();
+            reason = refusalText(m_system.getLastErrorString());
         } catch (const BasicException &error) {
-            reason = error.text();
+            reason = refusalText(error.text());
         }
         const tr::Tr question(u"tillPriceError"_s,
                               u"Чек не рассчитан: %1\nПовторить или удалить карту из чека?"_s.arg(reason.ru()));

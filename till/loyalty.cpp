@@ -4,6 +4,9 @@
 #include "loyaltyplugin.h"
 
 #include <core/basicexception.h>
+#include <core/plaintext.h>
+
+using namespace Qt::Literals::StringLiterals;
 
 namespace till {
 
@@ -25,6 +28,12 @@ public:
 };
 
 } // namespace
+
+tr::Tr refusalText(const tr::Tr &said)
+{
+    const QString text = said.ru();
+    return plainText(text, text.size()).isEmpty() ? tr::Tr(u"Сервис отказал и не назвал причины"_s) : said;
+}
 
 Loyalty::Loyalty(const QString &pluginFolder)
 {

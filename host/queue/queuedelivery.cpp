@@ -23,7 +23,8 @@ constexpr std::chrono::milliseconds batchTime{10};
 // As stored and logged. Not every database takes a NUL in a text.
 QString errorText(const QString &error)
 {
-    return eventmask::maskText(error).remove(QChar::Null);
+    const QString text = eventmask::maskText(error).remove(QChar::Null);
+    return text.trimmed().isEmpty() ? u"причина не названа"_s : text;
 }
 
 } // namespace

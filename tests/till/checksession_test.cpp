@@ -198,10 +198,16 @@ TEST_F(Session, LeavesTheCheckAsItWasWhenAnOperationIsRefused)
 TEST_F(Session, SellsToNobodyWhoHasNoNumberOrAccount)
 {
     for (const char *customer : {R"({"success": true, "data": {"CustAccount": "A-1"}})",
-                                 R"({"success": true, "data": {"CardNumber": "777"}})", "{}"}) {
+                                 R"({"success": true, "data": {"CardNumber": "777"}})", "{}",
+                                 R"({"error": {"errorCode": 5, "description": " "}})"}) {
         session->open();
         service.answer = RestExchange::response(200, customer);
-        EXPECT_THROW(session->addCard(ECardNumberType::Manual, u"777"_s), BasicException) << customer;
+        try {
+            session->addCard(ECardNumberType::Manual, u"777"_s);
+            ADD_FAILURE() << customer;
+        } catch (const BasicException &error) {
+            EXPECT_NE(error.text().ru().trimmed(), QString()) << customer;
+        }
         EXPECT_EQ(session->result().card, QString());
         start();
         EXPECT_EQ(session->result().card, QString());

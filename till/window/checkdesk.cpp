@@ -114,7 +114,7 @@ bool CheckDesk::ask(const tr::Tr &message, const tr::Tr &first, const tr::Tr &se
     question.text = message.ru();
     question.first = first.ru();
     question.second = second.ru();
-    const QString reason = m_till->system().getLastErrorString().ru();
+    const QString reason = refusalText(m_till->system().getLastErrorString()).ru();
     if (!question.text.contains(reason))
         question.reason = tr("Причина: %1").arg(reason);
     return waitForAnswer(question, std::nullopt)->kind == Answer::Kind::First;
