@@ -81,7 +81,8 @@ void Interface::checkForError(const http::Response &response, bool logOnly) cons
 {
     const QJsonObject body = response.json().object();
     const bool exchangeFailed = response.networkError() != QNetworkReply::NoError;
-    if (!exchangeFailed && !isRefusal(body)) {
+    const bool refused = isRefusal(body);
+    if (!exchangeFailed && !refused) {
         const QJsonObject error = body.value("error"_L1).toObject();
         if (error.value("errorCode"_L1).toInt() > 0)
             throwRefusal(response.status(), error.value("description"_L1).toString());
@@ -90,11 +91,13 @@ void Interface::checkForError(const http::Response &response, bool logOnly) cons
 
     const QString message = body.value("message"_L1).toString();
     const tr::Tr reason = message.isEmpty() ? response.errorText() : tr::Tr(message);
-    if (exchangeFailed)
+    // A host's HTTP client may also report an error for an answer that came whole, because of its status.
+    if (logOnly && refused && isToleratedFromQueue(response.status()))
+        logger->error(reason.ru());
+    else if (exchangeFailed)
         throw BasicException(reason);
-    if (!logOnly || !isToleratedFromQueue(response.status()))
+    else
         throwRefusal(response.status(), reason);
-    logger->error(reason.ru());
 }
 
 Response Interface::requestOnline(const Request &order) const

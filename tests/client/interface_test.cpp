@@ -45,6 +45,8 @@ const Judgement judgements[] = {
     {"refusal wins over error", 404,
      R"({"success": false, "message": "m", "error": {"errorCode": 5, "description": "x"}})", Outcome::Rejected,
      Outcome::Rejected, u"m"_s},
+    {"refused 500, with an error", 500, R"({"success": false, "message": "m"})", Outcome::Failed, Outcome::Logged,
+     u"m"_s, QNetworkReply::InternalServerError},
     {"no connection", 0, "", Outcome::Failed, Outcome::Failed, u"нет ответа"_s, QNetworkReply::ConnectionRefusedError},
     {"cut after the status", 200, "", Outcome::Failed, Outcome::Failed, u"нет ответа"_s,
      QNetworkReply::RemoteHostClosedError},
