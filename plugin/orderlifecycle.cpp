@@ -19,7 +19,7 @@ void enqueue(const Request &request)
 {
     // A request stored without its address could never be delivered.
     if (!request.url.errorString().isEmpty())
-        throw BasicException(u"Неверно задан адрес сервиса лояльности, проверьте настройку Kvo:host"_s);
+        throw BasicException(u"Неверно задан адрес сервиса лояльности, проверьте настройки Kvo:host и Kvo:path"_s);
     Singleton<DBQueueBroker>::instance()->push(u"kvo"_s, request.toQueueEvent(), QString());
 }
 
@@ -37,6 +37,7 @@ bool Plugin::request(const QSharedPointer<AbstractDocument> &document)
         response = interface->calculateOrder(document, card);
     } catch (const BasicException &error) {
         reportError(error.text());
+        disownOrder();
         return false;
     }
     bonusImpacts.clear();
@@ -104,12 +105,15 @@ bool Plugin::commit(const QSharedPointer<AbstractDocument> &document)
     }
     enqueue(interface->postOrderRequest(card));
     enqueue(interface->bindOrderIdRequest(document, card));
+    pendingUpdate = false; // It says nothing about the next check.
     return true;
 }
 
 bool Plugin::rollback(const QSharedPointer<AbstractDocument> &document)
 {
-    return cancelOrder(document, true);
+    cancelOrder(document, true);
+    pendingUpdate = false;
+    return true;
 }
 
 bool Plugin::cancelOrder(const QSharedPointer<AbstractDocument> &document, bool queued)

@@ -13,6 +13,9 @@ void Plugin::updateOrder(const Event &event)
     const auto card = getCard();
     if (!card || card->getOperationId().isEmpty() || !hasSubject(document, card))
         return;
+    // Named for a commit() that failed, but never priced: there is nothing that the order could be created as.
+    if (!orderCreated && card->getOperationInfo().isNull())
+        return;
     const Request update = interface->updateOrderRequest(document, card);
     const tr::Tr question(u"kvoUpdateOrderError"_s,
                           u"Ошибка при обновлении заказа.\nПовторить или удалить карту из чека?"_s);

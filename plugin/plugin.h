@@ -50,12 +50,14 @@ public:
     bool identifyByCard(QSharedPointer<DocumentCardRecord> &card, ECardNumberType type) override;
 
     /// Prices the check (calculateOrder): points that may be spent and that will be earned, and the order's identifier.
-    /// False after an error of the service, see getLastErrorString(); the points then stay as they were.
+    /// False after an error of the service, see getLastErrorString(); the points then stay as they were. Throws
+    /// BasicException when the answer's sums make no sense or the check cannot be saved.
     bool request(const QSharedPointer<AbstractDocument> &document) override;
 
     /// Pays with the points for spending: confirms with the customer if configured, creates the order (createOrder) and
     /// turns the points it redeems into bonus impacts. After an error the cashier retries or removes the card. Always
-    /// true.
+    /// true; throws BasicException when the answer's sums make no sense or the check cannot be saved. The order then
+    /// counts as not created, and there are no impacts.
     bool spendPoints() override;
 
     /// Makes sure that the order exists (createOrder without spending points), then queues postOrder and bindOrderId.
@@ -95,7 +97,7 @@ protected:
     QSharedPointer<Interface> interface;
     QJsonObject customer;       ///< Found by telephone number; empty when the card itself was entered.
     bool orderCreated = false;  ///< The order of the current check exists on the service.
-    bool pendingUpdate = false; ///< The check has changed since it was priced.
+    bool pendingUpdate = false; ///< A line of the check has changed since the order was last updated.
     Log4Qt::Logger *logger;
 
 private:
@@ -108,6 +110,7 @@ private:
     void reissueOrder(const Event &event);
     void forgetOrderOfEarlierCheck(const DocumentCardRecord &card);
     void nameOrder(DocumentCardRecord &card);
+    void disownOrder();
     static QSharedPointer<AbstractDocument> documentOf(const Event &event);
 
     bool hasSubject(const QSharedPointer<AbstractDocument> &document,

@@ -50,8 +50,16 @@ void Plugin::updatePluginData() const
     MockFactory<SaveToFileLogic>::create()->save(currentDocument(), QString(), 0.0);
 }
 
+/// The order's existence is no longer relied on, whatever the host saves next.
+void Plugin::disownOrder()
+{
+    orderCreated = false;
+    setPluginData(orderCreatedKey, false);
+}
+
 bool Plugin::restoreLoyaltySystem()
 {
+    pendingUpdate = false;
     QStringList unreadable;
     const auto points = [&](const QString &key) {
         bool good = false;
@@ -64,12 +72,13 @@ bool Plugin::restoreLoyaltySystem()
     pointsForEarn = points(pointsForEarnKey);
 
     const QVariant records = getPluginData(bonusRecordsKey, QVariant());
+    const QVariantList entries = records.toList();
     bonusRecords.clear();
-    for (const QVariantList list = records.toList(); const QVariant &entry : list) {
+    for (const QVariant &entry : entries) {
         if (entry.canConvert<QVariantMap>())
             bonusRecords.append(bonusRecordFrom(entry.toMap(), unreadable));
     }
-    if (isDamaged(records, bonusRecords))
+    if (isDamaged(records, bonusRecords) || bonusRecords.size() < entries.size())
         unreadable.append(bonusRecordsKey);
 
     const QVariant impacts = getPluginData(bonusImpactsKey, QVariant());

@@ -41,9 +41,16 @@ bool Plugin::spendPoints()
         return true;
     card->setOperationId(response->basket);
     orderCreated = true;
-    createBonusRecords(card, *response);
-    bonusImpacts = createBonusImpacts(card, *response);
-    updatePluginData();
+    try {
+        createBonusRecords(card, *response);
+        bonusImpacts = createBonusImpacts(card, *response);
+        updatePluginData();
+    } catch (...) {
+        // There will be no discount on the check, so commit() has to create the order again, without points.
+        bonusImpacts.clear();
+        disownOrder();
+        throw;
+    }
     return true;
 }
 

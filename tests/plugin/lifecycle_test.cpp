@@ -24,7 +24,9 @@ TEST_F(Lifecycle, PricingStoresPointsAndOrder)
     EXPECT_FALSE(plugin.orderCreated);
 
     service.failures = {u"calculateOrder"_s};
+    plugin.setPluginData(u"orderCreated"_s, true);
     EXPECT_FALSE(plugin.request(document));
+    EXPECT_EQ(plugin.getPluginData(u"orderCreated"_s, {}), QVariant(false));
     EXPECT_EQ(plugin.getLastErrorString().ru(), u"отказ");
     EXPECT_EQ(plugin.pointsForSpend, 12.5);
 }
@@ -67,6 +69,7 @@ TEST_F(Lifecycle, RestoringPassesOverWhatItCannotRead)
     const std::tuple<QVariantMap, QString, qsizetype> cases[] = {
         {{{u"pointsForSpend"_s, u"x"_s}, {u"bonusImpacts"_s, impacts}}, u"pointsForSpend\n"_s, 1},
         {{{u"bonusRecords"_s, QVariantList{record}}}, u"amount\n"_s, 0},
+        {{{u"bonusRecords"_s, QVariantList{QVariantMap(), 7}}}, u"bonusRecords\n"_s, 0},
         {{{u"bonusRecords"_s, u"x"_s}, {u"bonusImpacts"_s, damaged}}, u"bonusRecords, bonusImpacts\n"_s, 0},
         {{{u"bonusRecords"_s, QVariant::fromValue(QList<DocumentBonusRecord>())}, {u"bonusImpacts"_s, QVariantList()}},
          {},

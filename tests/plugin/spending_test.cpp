@@ -52,10 +52,25 @@ TEST_F(Spending, TurnsRedeemedPointsIntoDiscountsAndEarnedOnesIntoRecords)
         "discountObject": 1, "position": 1, "discountRate": 12.5, "discountSum": 12.5, "impactSource": 2,
         "minPriceIgnored": true})"));
     plugin.setPluginData(u"bonusImpacts"_s, plain);
+    plugin.pendingUpdate = true;
     EXPECT_TRUE(plugin.restoreLoyaltySystem());
+    EXPECT_FALSE(plugin.pendingUpdate);
     EXPECT_EQ(QVariant::fromValue(plugin.bonusImpacts).toList(), plain);
     for (const auto &detail : {plugin.bonusImpacts[1]->getTotals(), plugin.bonusImpacts[1]->getDetails()[0]})
         EXPECT_EQ(detail->getCardRecord(), card);
+}
+
+// Otherwise commit() would post points for which the check shows no discount.
+TEST_F(Spending, AnOrderThatGivesNoDiscountCountsAsNotCreated)
+{
+    for (const bool isDiskFull : {true, false}) {
+        serviceAnswers(isDiskFull ? R"({"redeemPoints": [{"points": 5}]})" : R"({"earnPoints": -1})");
+        EXPECT_CALL(*saveToFile, save).WillRepeatedly([] { throw BasicException(u"диск полон"_s); });
+        EXPECT_THROW(plugin.spendPoints(), BasicException);
+        EXPECT_TRUE(plugin.bonusImpacts.isEmpty());
+        EXPECT_FALSE(plugin.orderCreated);
+        EXPECT_EQ(plugin.getPluginData(u"orderCreated"_s, {}), QVariant(false));
+    }
 }
 
 TEST_F(Spending, ACodeThatHasNoPlaceInTheMessageIsNotSent)

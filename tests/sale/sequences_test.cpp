@@ -48,6 +48,7 @@ const Row rows[]{
     {"ChangesWithUpdates", "price change:1 subtotal change:3 subtotal commit", "0.00"},
     {"PointsTakenOffByAChangeThatIsUndone", "price spend change:1 change:2 payment commit", "0.00"},
     {"ChangeSpendPriceSpend", "change:3 spend price spend commit", "159.25"},
+    {"NamedButNeverPriced", "kill-before:createOrder commit! payment price commit", "0.00"},
     // The reason to price again first: the customer has confirmed 113.75.
     {"SpendWithoutPricingTheChange", "price change:3 spend commit", "159.25"},
 };
@@ -99,7 +100,7 @@ TEST_P(Sequences, EndWithEqualBooks)
 {
     sell(QString::fromUtf8(GetParam().calls), GetParam().state, GetParam().spent);
     // Nothing of the check is left for the next one.
-    sell(u"price commit"_s, closed, "0.00");
+    sell(u"price spend take-off put-back payment commit"_s, closed, "0.00");
 }
 
 INSTANTIATE_TEST_SUITE_P(Host, Sequences, testing::ValuesIn(rows),
