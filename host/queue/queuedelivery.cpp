@@ -48,6 +48,8 @@ bool QueueDelivery::step()
     return m_access.use([this](QueueStore &store) {
         if (!m_lease)
             m_lease = store.newLease();
+        // On a new connection too, or another drain could take over the claims that are being recorded.
+        m_lease->hold(store.connection());
         record(store);
         for (std::size_t i = 0; i < m_receivers.size(); ++i) {
             // One event each in turn, so that no receiver waits for another's queue.

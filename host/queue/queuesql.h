@@ -96,6 +96,9 @@ inline constexpr QStringView firstOfOrder =
     u"SELECT id, state FROM event WHERE owner = ? AND basket = ? ORDER BY id LIMIT 1";
 inline constexpr QStringView removeHeads =
     u"DELETE FROM head WHERE id IN (SELECT id FROM event WHERE owner = ? AND basket = ? AND id >= ?)";
+// Waits for a drain that is claiming the head. It has no lock of the order, and its claim is not visible yet.
+inline constexpr QStringView lockHead =
+    u"UPDATE head SET owner = owner WHERE id IN (SELECT id FROM event WHERE owner = ? AND basket = ?)";
 inline constexpr QStringView removeHead = u"DELETE FROM head WHERE id = ?";
 inline constexpr QStringView addHead = u"INSERT INTO head (id, owner, next_attempt) VALUES (?, ?, ?)";
 inline constexpr QStringView nextAttempt = u"SELECT next_attempt FROM head WHERE id = ?";

@@ -241,6 +241,7 @@ qint64 QueueStore::newest()
 void QueueStore::changeOrder(const QString &owner, const QString &basket, const std::function<void()> &operation)
 {
     m_database->lockOrder(owner, basket);
+    m_connection.change(queuesql::lockHead, {owner, basket});
     const Counts before = measure(owner, basket);
     operation();
     const Counts after = measure(owner, basket);

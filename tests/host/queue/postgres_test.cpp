@@ -1,6 +1,10 @@
 // What only a server can do to the queue. Run by scripts/with-postgres.
 #include "queuefixture.h"
 
+#include <QtCore/QDeadlineTimer>
+
+#include <future>
+
 class PostgresQueueTest : public QueueTest
 {
 protected:
@@ -46,6 +50,27 @@ TEST_F(PostgresQueueTest, WhatADrainWithoutConnectionHasSentIsRecordedLaterUnles
     whileSending = [] {};
     EXPECT_EQ(sentByOther, QStringList{u"a2"_s});
     EXPECT_EQ(drain(), u"a3"_s);
+    EXPECT_EQ(broker.status().waiting, 0);
+}
+
+TEST_F(PostgresQueueTest, NobodyTakesOverWhatIsBeingRecordedOnANewConnection)
+{
+    push(u"a1 a2"_s);
+    whileSending = [this] { closeAllConnections(); };
+    EXPECT_THROW(delivery.step(), BasicException);
+    whileSending = [] {};
+    sql(u"CREATE FUNCTION pause() RETURNS trigger LANGUAGE plpgsql AS 'BEGIN PERFORM pg_sleep(0.5); RETURN OLD; END'; "
+        u"CREATE TRIGGER pause BEFORE DELETE ON head FOR EACH ROW EXECUTE FUNCTION pause()"_s);
+    auto lookOfOther = std::async(std::launch::async, [this] {
+        const QDeadlineTimer deadline(5s);
+        while (!deadline.hasExpired() && sql(u"SELECT 1 FROM pg_stat_activity WHERE wait_event = 'PgSleep'"_s).isNull())
+            ;
+        QueueDelivery(settings, {{u"kvo"_s, [this](const QJsonObject &event) { sentByOther.append(nameOf(event)); }}})
+            .step();
+    });
+    const QString sentHere = drain();
+    lookOfOther.get();
+    EXPECT_EQ((sentByOther + QStringList{sentHere}).join(u""_s), u"a2"_s);
     EXPECT_EQ(broker.status().waiting, 0);
 }
 
