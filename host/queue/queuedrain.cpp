@@ -6,6 +6,8 @@
 
 #include <core/basicexception.h>
 
+#include <QtCore/QScopeGuard>
+
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
@@ -91,8 +93,11 @@ void QueueDrain::Worker::run(const QueueSettings &settings)
 void QueueDrain::Worker::work(QueueDelivery &delivery, quint64 seen)
 {
     do {
-        if (m_endBackOffs.exchange(false))
+        if (m_endBackOffs.exchange(false)) {
+            auto forgotten = qScopeGuard([this] { m_endBackOffs = true; });
             delivery.endBackOffs();
+            forgotten.dismiss();
+        }
     } while (delivery.step() && !m_stopping);
     delivery.rest();
     if (!m_stopping && !delivery.hasDeliverable())
