@@ -233,7 +233,7 @@ TransferResult transfer(const TransferRequest &request, qsizetype maxBodySize)
     if (code == CURLE_OK && !exchange.headersEnded)
         code = CURLE_PARTIAL_FILE;
     exchange.result.status = static_cast<int>(status);
-    exchange.result.html = QByteArrayView(type).contains("html");
+    exchange.result.html = QByteArray(type).toLower().contains("html");
     exchange.result.error = networkErrorOf(code);
     exchange.result.reason = reasonOf(code, errorText.data());
     return exchange.result;

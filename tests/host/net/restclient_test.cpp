@@ -92,7 +92,7 @@ TEST(RestClient, TellsTheServicesWordFromEverythingElseWithinItsMemory)
         {"no content", "HTTP/1.1 204 No Content\r\n\r\n", 204, Error::NoError},
         {"text", RawServer::answer("202 Accepted", "it is accepted"), 202, Error::NoError},
         {"portal", ok("\n<!DOCTYPE HTML><title>Wi-Fi"), 0, Error::UnknownContentError},
-        {"portal by its type", ok("Welcome", "Content-Type: text/html\r\n"), 0, Error::UnknownContentError},
+        {"portal by its type", ok("Welcome", "Content-Type: Text/HTML\r\n"), 0, Error::UnknownContentError},
         {"compressed", ok("\x1F\x8B\x08\x04"), 0, Error::UnknownContentError},
         {"error page", RawServer::answer("500 Oops", "sorry"), 0, Error::UnknownContentError},
         {"error without body", RawServer::answer("500 Oops", ""), 0, Error::ProtocolFailure},
