@@ -172,6 +172,7 @@ std::unique_ptr<Probe::Handle> Probe::makeHandle() const
     handle->set(CURLOPT_PROTOCOLS_STR, "http,https");
     handle->set(CURLOPT_PROXY, "");
     handle->set(CURLOPT_NOSIGNAL, 1L);
+    handle->set(CURLOPT_QUICK_EXIT, 1L); // also with a name server that does not answer
     handle->set(CURLOPT_HTTP_VERSION, long{CURL_HTTP_VERSION_1_1});
     handle->set(CURLOPT_TIMEOUT_MS, static_cast<long>(m_timeout.count()));
     handle->set(CURLOPT_CERTINFO, 1L);
