@@ -14,6 +14,12 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace kvo {
 
+/// Given once per process: a till has this code twice, in the plugin and for its queue.
+struct PlainHttpWarning
+{
+    std::atomic_flag isGiven;
+};
+
 namespace {
 
 std::filesystem::path toPath(const QString &text)
@@ -33,11 +39,10 @@ bool isLoopback(const QString &host)
     return host == "localhost"_L1 || QHostAddress(host).isLoopback();
 }
 
-// Once per process: a till has two clients, one in the plugin and one for its queue.
 void warnOfPlainHttp(const QUrl &url, Log4Qt::Logger &logger)
 {
-    static std::atomic_flag warned;
-    if (!url.isValid() || url.scheme() != "http"_L1 || isLoopback(url.host()) || warned.test_and_set())
+    if (!url.isValid() || url.scheme() != "http"_L1 || isLoopback(url.host()) ||
+        Singleton<PlainHttpWarning>::instance()->isGiven.test_and_set())
         return;
     logger.warn(
         u"Обмен с %1 пойдёт без шифрования (http): пароль и данные покупателей будут видны в сети, укажите https "
