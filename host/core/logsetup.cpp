@@ -1,6 +1,7 @@
 // Builds the log's appenders from the configuration, with nothing but Log4Qt's public interface.
 #include <core/basicexception.h>
 #include <core/config.h>
+#include <core/fileowner.h>
 #include <core/logsetup.h>
 #include <core/plaintext.h>
 
@@ -52,8 +53,10 @@ public:
         struct stat file
         {
         };
-        if (::stat(m_fileName.constData(), &file) == 0 && (file.st_mode & (S_IRWXG | S_IRWXO)) != 0)
+        if (::stat(m_fileName.constData(), &file) == 0 && (file.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
             static_cast<void>(::chmod(m_fileName.constData(), S_IRUSR | S_IWUSR));
+            giveToOwnerOfFolder(QFile::decodeName(m_fileName));
+        }
     }
 
 private:
@@ -100,9 +103,12 @@ void preparePrivateFile(const QString &fileName)
 {
     makePrivateFolders(QFileInfo(fileName).absolutePath());
     QFile file(fileName);
+    const bool isNew = !file.exists();
     if (!file.open(QIODevice::Append, ownerOnlyFile) || !file.setPermissions(ownerOnlyFile))
         throw BasicException(
             u"Файл журнала %1 (настройка Log:file) не открывается: %2"_s.arg(fileName, file.errorString()));
+    if (isNew)
+        giveToOwnerOfFolder(fileName);
 }
 
 Log4Qt::AppenderSharedPtr fileAppender(const Config &config, const QString &fileName,

@@ -3,6 +3,8 @@
 
 #include "databaseerror.h"
 
+#include <core/fileowner.h>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -82,6 +84,7 @@ void DatabaseFile::makeFile() const
         throw databaseerror::make(m_title, u"не удалось создать файл, проверьте права на папку"_s,
                                   qt_error_string(errno));
     }
+    giveToOwnerOfFolder(m_name);
     if (!syncFolder(QFileInfo(m_name).path()))
         throw databaseerror::make(m_title, u"не удалось записать папку на диск"_s, qt_error_string(errno));
 }
