@@ -77,15 +77,18 @@ Finding checkRefused(const Entries &entries)
 Finding checkOpen(KeptChecks &checks)
 {
     CheckStore store(dataFolder(), CheckStore::Access::Look);
-    const QString keep = u"Keep it for support; the next start of the till puts it aside and begins anew"_s;
     try {
         checks = store.checks();
         store.restore();
     } catch (const BasicException &error) {
-        return {Verdict::Failure, u"%1 cannot be read"_s.arg(store.fileName()), keep, error.text().ru()};
+        return {Verdict::Failure, u"%1 cannot be read"_s.arg(store.fileName()),
+                u"Remove the cause that follows. A damaged file is put aside at the next start of the till; keep it for "
+                u"support"_s,
+                error.text().ru()};
     }
     if (const QStringList notices = store.takeNotices(); !notices.isEmpty())
-        return {Verdict::Failure, u"the open check in %1 cannot be read"_s.arg(store.fileName()), keep,
+        return {Verdict::Failure, u"the open check in %1 cannot be read"_s.arg(store.fileName()),
+                u"Keep it for support; the next start of the till puts it aside and begins anew"_s,
                 notices.join(u'\n')};
     const auto open = std::find_if(checks.cbegin(), checks.cend(), [](const CheckStore::KeptCheck &check) {
         return check.standing == Standing::Current;

@@ -26,21 +26,24 @@ struct Problem
 };
 constexpr int busy = 5;
 constexpr int corrupt = 11;
+constexpr int full = 13;
 constexpr int notADatabase = 26;
+constexpr int noRoomForLogIndex = 4874; // to SQLite an error of reading or writing
 constexpr std::array problems = {
     Problem{busy, u"файл занят другой программой, повторите позже"},
     Problem{6, u"файл занят другой программой, повторите позже"},
     Problem{8, u"нет права записи в файл"},
     Problem{10, u"ошибка чтения или записи диска"},
     Problem{corrupt, u"файл повреждён; сохраните его копию и обратитесь в поддержку"},
-    Problem{13, u"нет места на диске"},
+    Problem{full, u"нет места на диске"},
     Problem{14, u"не удалось открыть файл, проверьте путь и права"},
     Problem{notADatabase, u"файл не является базой данных; проверьте %1"},
 };
 
 int primaryCode(const QSqlError &error)
 {
-    return error.nativeErrorCode().toInt() & 0xff;
+    const int code = error.nativeErrorCode().toInt();
+    return code == noRoomForLogIndex ? full : code & 0xff;
 }
 
 } // namespace
