@@ -101,7 +101,12 @@ bool Plugin::commit(const QSharedPointer<AbstractDocument> &document)
             return true;
         // Before the first push: a repeated commit must not replace an order that may already be posted.
         orderCreated = true;
-        updatePluginData();
+        try {
+            updatePluginData();
+        } catch (...) {
+            disownOrder();
+            throw;
+        }
     }
     enqueue(interface->postOrderRequest(card));
     enqueue(interface->bindOrderIdRequest(document, card));
