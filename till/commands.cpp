@@ -69,7 +69,8 @@ bool deliver(QueueDrain &drain, std::chrono::seconds time, EndingQueue &queue)
 ExitStatus drainQueue(const Options &options)
 {
     try {
-        const TillHost host(options.configFile, TillHost::Access::Work);
+        // Beside a till: each drain has leases of its own.
+        const TillHost host(options.configFile, TillHost::Access::Look);
         QueueDrain drain;
         drain.setHandler(loyaltyQueueOwner, makeLoyaltySender());
         drain.start();
