@@ -9,7 +9,9 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QRegularExpression>
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -20,10 +22,11 @@ namespace {
 constexpr double highestAmount = 1e9;   // rubles
 constexpr double highestQuantity = 1e6; // pieces or kilograms
 
-/// How far a number may be from a whole one after it was multiplied: only the error of the binary fraction.
+/// Allows for the error of a binary fraction that was multiplied.
 bool isWhole(double number)
 {
-    return std::abs(number - std::round(number)) < 1e-6 * std::max(1.0, std::abs(number));
+    constexpr double error = 4 * std::numeric_limits<double>::epsilon();
+    return std::abs(number - std::round(number)) <= error * std::max(1.0, std::abs(number));
 }
 
 } // namespace

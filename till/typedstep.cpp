@@ -50,15 +50,6 @@ const QList<Word> &words()
     throw BasicException(u"Команда не понята. Введите, например: %1"_s.arg(word.example));
 }
 
-double number(const QString &text, const Word &word)
-{
-    bool isNumber = false;
-    const double value = QString(text).replace(u',', u'.').toDouble(&isNumber);
-    if (!isNumber)
-        refuse(word);
-    return value;
-}
-
 int lineNumber(const QString &text, const Word &word)
 {
     bool isNumber = false;
@@ -74,11 +65,10 @@ void readChange(const QStringList &parts, const Word &word, Step &step)
         refuse(word);
     step.line = lineNumber(parts[1], word);
     for (qsizetype i = 2; i < parts.size(); i += 2) {
-        const double value = number(parts[i + 1], word);
         if (parts[i] == "quantity"_L1)
-            step.quantity = value;
+            step.quantity = parseQuantity(parts[i + 1]);
         else if (parts[i] == "price"_L1)
-            step.price = Money::fromRubles(value);
+            step.price = parsePrice(parts[i + 1]);
         else
             refuse(word);
     }

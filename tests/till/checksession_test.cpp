@@ -197,9 +197,9 @@ TEST_F(Session, LeavesTheCheckAsItWasWhenAnOperationIsRefused)
 
 TEST_F(Session, SellsToNobodyWhoHasNoNumberOrAccount)
 {
-    for (const char *customer : {R"({"success": true, "data": {"CustAccount": "A-1"}})",
-                                 R"({"success": true, "data": {"CardNumber": "777"}})", "{}",
-                                 R"({"error": {"errorCode": 5, "description": " "}})"}) {
+    for (const char *customer :
+         {R"({"success": true, "data": {"CustAccount": "A-1"}})", R"({"success": true, "data": {"CardNumber": "777"}})",
+          "{}", R"({"error": {"errorCode": 5, "description": " "}})"}) {
         session->open();
         service.answer = RestExchange::response(200, customer);
         try {

@@ -62,6 +62,8 @@ TEST(TypedStep, IsAWordOfTheScenariosOrGoods)
         {"card", {}},
         {"change 2", {}},
         {"change 2 quantity five", {}},
+        {"change 2 quantity 0.0004", {}},
+        {"change 2 price nan", {}},
         {"change 2 colour 5", {}},
         {"масло", {}}, // two articles
         {"нет такого", {}},

@@ -66,6 +66,7 @@ TEST_F(ScenarioReader, TakesAmountsToTheKopeckOrRefusesThem)
     const std::pair<const char *, qint64> cases[]{
         {"\"45.50\"", 4550}, {"45.5", 4550},   {"\"7\"", 700},        {"0", 0},       {"0.29", 29},
         {"1.15", 115},       {"\"45,5\"", -1}, {"\"45.505\"", -1},    {"45.505", -1}, {"-1", -1},
+        {"5000.004", -1}, {"999999999.99", 99999999999},
         {"\"\"", -1},        {"true", -1},     {"\"1000000000\"", -1}};
     for (const auto &[price, kopecks] : cases) {
         const std::string said =
