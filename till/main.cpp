@@ -8,10 +8,14 @@
 #include "replay.h"
 
 #include <CLI/CLI.hpp>
+#include <fcntl.h>
 #include <log4qt/logmanager.h>
+#include <unistd.h>
 
 #include <QtCore/QCoreApplication>
 
+#include <algorithm>
+#include <cstdio>
 #include <iostream>
 
 namespace {
@@ -191,12 +195,19 @@ int runDoctor(const Arguments &arguments)
     return exitStatus(findings);
 }
 
-} // namespace
-
-// The command line takes a statement per option. NOLINTNEXTLINE(readability-function-size)
-int main(int argc, char *argv[])
+/// Otherwise a file opened later, such as the log, would take the place of a standard stream that is closed, and
+/// receive what is printed.
+void openStandardStreams()
 {
-    const QCoreApplication application(argc, argv);
+    int descriptor = ::open("/dev/null", O_RDONLY);
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO)
+        descriptor = ::open("/dev/null", O_RDONLY);
+    ::close(descriptor);
+}
+
+/// Does what the command line says, with a statement per option. NOLINTNEXTLINE(readability-function-size)
+int perform(int argc, char *argv[])
+{
     Arguments arguments;
     CLI::App program("Reference till: loads the loyalty plugin and plays sales.\n"
                      "Exit status: 0 all as expected, 1 something differed or failed, 2 not usable, nothing was sold.",
@@ -257,4 +268,17 @@ int main(int argc, char *argv[])
         return till::drainQueue(options);
     options.queueRequest.action = queue.action(arguments);
     return till::manageQueue(options);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    openStandardStreams();
+    const QCoreApplication application(argc, argv);
+    const int status = perform(argc, argv);
+    if (std::cout.flush())
+        return status;
+    std::fputs("kvo-till: the output could not be written\n", stderr);
+    return std::max<int>(status, till::Differed);
 }
