@@ -2,6 +2,7 @@
 #include "scriptedcashier.h"
 
 #include "console.h"
+#include "loyalty.h"
 
 #include <core/plaintext.h>
 
@@ -49,6 +50,9 @@ void ScriptedCashier::beginCheck(const Answers &answers)
 bool ScriptedCashier::ask(const tr::Tr &message, const tr::Tr &first, const tr::Tr &second)
 {
     show(message);
+    if (const QString reason = m_system ? refusalText(m_system->getLastErrorString()).ru() : QString();
+        !message.ru().contains(reason))
+        printMarked(u"Причина: "_s + reason);
     const bool answered = !m_answers.dialogs.isEmpty();
     const bool chosen = answered ? m_answers.dialogs.takeFirst() : askInTerminal(first, second);
     if (answered)
@@ -81,10 +85,9 @@ void ScriptedCashier::show(const tr::Tr &message)
 
 std::optional<QString> ScriptedCashier::askCustomer()
 {
-    QStringList words = QProcess::splitCommand(m_codeCommand);
     QProcess command;
     command.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    command.start(words.takeFirst(), words);
+    command.startCommand(m_codeCommand);
     const bool finished = command.waitForFinished(static_cast<int>(longestCommand.count()));
     const QString code = QString::fromUtf8(command.readAllStandardOutput()).trimmed();
     if (!finished || command.exitStatus() != QProcess::NormalExit || command.exitCode() != 0 || code.isEmpty()) {

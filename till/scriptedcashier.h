@@ -5,6 +5,8 @@
 
 #include <cashier/cashierui.h>
 
+class BasicLoyaltySystem;
+
 namespace till {
 
 /// Put in place as Singleton<CashierUi>. Every text that it shows is also remembered.
@@ -13,6 +15,9 @@ class ScriptedCashier : public CashierUi
 public:
     /// `codeCommand` is a command line whose output is the code that the customer has received; empty: there is none.
     explicit ScriptedCashier(const QString &codeCommand);
+
+    /// Whose last error is shown with a question that does not give it itself.
+    void setLoyaltySystem(const BasicLoyaltySystem &system) { m_system = &system; }
 
     /// The answers for the next check; forgets what was shown.
     void beginCheck(const Answers &answers);
@@ -32,6 +37,7 @@ private:
     std::optional<QString> askCustomer();
 
     QString m_codeCommand;
+    const BasicLoyaltySystem *m_system = nullptr;
     Answers m_answers;
     QStringList m_messages;
 };

@@ -94,6 +94,7 @@ ExitStatus withTill(const Options &options, const Answers &answers, Sell sell)
         const auto cashier = QSharedPointer<ScriptedCashier>::create(options.codeCommand);
         cashier->beginCheck(answers);
         SellingTill till(options.configFile, cashier);
+        cashier->setLoyaltySystem(till.system());
         recover(till);
         statusOfError = Differed;
         return sell(till, *cashier);
