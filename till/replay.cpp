@@ -11,6 +11,7 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
+#include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>
 #include <QtCore/QStandardPaths>
 
@@ -39,6 +40,9 @@ QHash<QString, QString> columnNames(const QStringList &columns)
 /// Readable by the owner only: there are names or passwords in it.
 void writeFile(const QString &fileName, const QByteArray &content)
 {
+    const QFileInfo target(fileName);
+    if (target.exists() && !target.isFile()) // QSaveFile would put a file in the place of a device
+        throw BasicException(u"%1: not a regular file; name another"_s.arg(fileName));
     QSaveFile file(fileName);
     if (!file.open(QFile::WriteOnly) || !file.setPermissions(ownerOnly) || file.write(content) != content.size() ||
         !file.commit())
