@@ -189,8 +189,9 @@ QueueAnswer statusAnswer(const QueueStatus &status, const QueueRequest &request,
 
 QString showAnswer(const QueueAdmin &queue, qint64 id, bool json, const QDateTime &now)
 {
-    const Entry entry = queue.entry(id);
     const QJsonObject event = queue.event(id);
+    const QList<Entry> entries = queue.list(); // entry() does not know what other events of the order say of the check
+    const Entry entry = *std::find_if(entries.cbegin(), entries.cend(), [id](const Entry &e) { return e.id == id; });
     if (!json)
         return entriesAsTable({entry}, now) + asText(event);
     QJsonObject object = entryAsJson(entry);
