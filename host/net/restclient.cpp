@@ -51,7 +51,8 @@ TransferResult faultOf(const TransferRequest &request, const QUrl &url)
         return {.error = QNetworkReply::ProtocolInvalidOperationError, .reason = u"нет такой операции HTTP"_s};
     const bool knownScheme = url.scheme() == "http"_L1 || url.scheme() == "https"_L1;
     if (!url.isValid() || !knownScheme || url.host().isEmpty())
-        return {.error = QNetworkReply::ProtocolUnknownError, .reason = u"неверный адрес, настройки Kvo:host и Kvo:path"_s};
+        return {.error = QNetworkReply::ProtocolUnknownError,
+                .reason = u"неверный адрес, настройки Kvo:host и Kvo:path"_s};
     for (auto header = request.headers.cbegin(); header != request.headers.cend(); ++header) {
         if (!isSafeHeader(header.key(), *header))
             return {.error = QNetworkReply::ProtocolInvalidOperationError, .reason = u"недопустимый заголовок"_s};
