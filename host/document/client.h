@@ -2,17 +2,14 @@
 #pragma once
 
 #include <document/storedfield.h>
-#include <poshost_export.h>
 
 #include <QtCore/QDate>
 #include <QtCore/QString>
 
-class POSHOST_EXPORT Client
+class Client
 {
 public:
     enum class Sex : int { Male = 0, Female = 1 };
-
-    virtual ~Client();
 
     /// The customer's account number in the loyalty service.
     QString getIdClient() const { return m_idClient; }

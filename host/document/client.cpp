@@ -1,4 +1,0 @@
-// Anchors the class in the library.
-#include "client.h"
-
-Client::~Client() = default;
