@@ -75,6 +75,8 @@ private:
                                 u"cancelOrder"_s,    u"postOrder"_s,   u"bindOrderId"_s};
         if (!m_isCalm && number(10) == 0)
             (number(2) == 0 ? m_host.trouble.killBefore : m_host.trouble.killAfter) = methods[number(6)];
+        if (!m_isCalm && number(20) == 0)
+            m_host.trouble.failingSave = 1 + number(3);
     }
 
     /// False when it failed; the cashier would be shown why.
@@ -135,11 +137,10 @@ private:
     void end()
     {
         const bool closing = number(5) > 0;
-        disturb();
-        if (closing && !attempt(u"payment"_s))
+        if (closing)
+            disturb();
+        if (!attempt(closing ? u"payment"_s : u"take-off"_s))
             settle();
-        if (!closing)
-            m_host.play(u"take-off"_s);
         complete(closing ? State::Closed : State::Voided);
     }
 

@@ -48,6 +48,18 @@ struct TroubledQueue : DBQueueBroker
     Trouble &trouble;
 };
 
+struct TroubledDisk : SaveToFileLogic
+{
+    explicit TroubledDisk(Trouble &cause) : trouble(cause) {}
+    void save(const QSharedPointer<AbstractDocument> &document, const QString &name, double sum) override
+    {
+        if (trouble.failingSave > 0 && --trouble.failingSave == 0)
+            throw BasicException(u"диск полон"_s);
+        SaveToFileLogic::save(document, name, sum);
+    }
+    Trouble &trouble;
+};
+
 struct TroubledCashier : Dialog, VerificationLogic
 {
     explicit TroubledCashier(Trouble &cause) : trouble(cause) {}
@@ -64,6 +76,7 @@ LoyaltyHost::LoyaltyHost(const QString &configFile, const QString &pluginFolder)
     setUpLogging(*Singleton<Config>::instance());
     Singleton<DBQueueBroker>::replace(QSharedPointer<TroubledQueue>::create(trouble));
     MockFactory<RestClient>::install(QSharedPointer<TroubledWire>::create(trouble));
+    MockFactory<SaveToFileLogic>::install(QSharedPointer<TroubledDisk>::create(trouble));
     const auto cashier = QSharedPointer<TroubledCashier>::create(trouble);
     MockFactory<Dialog>::install(cashier);
     MockFactory<VerificationLogic>::install(cashier);
@@ -77,6 +90,7 @@ LoyaltyHost::~LoyaltyHost()
     m_plugin.reset();
     MockFactory<VerificationLogic>::clear();
     MockFactory<Dialog>::clear();
+    MockFactory<SaveToFileLogic>::clear();
     MockFactory<RestClient>::clear();
     Singleton<DBQueueBroker>::replace({});
     Singleton<CheckStore>::replace({});
@@ -124,6 +138,7 @@ std::function<void()> LoyaltyHost::callOf(const QString &name, const QString &ar
         // Trouble for the calls that follow.
         {u"kill-before"_s, [=, this] { trouble.killBefore = argument; }},
         {u"kill-after"_s, [=, this] { trouble.killAfter = argument; }},
+        {u"fail-save"_s, [=, this] { trouble.failingSave = argument.toInt(); }},
         {u"fail-push"_s, [=, this] { trouble.failingPush = argument.toInt(); }},
         {u"remove-at-question"_s, [this] { trouble.answer = [this] { return removeCard(), true; }; }},
         {u"remove-at-prompt"_s, [this] { trouble.atCodePrompt = [this] { removeCard(); }; }},

@@ -30,6 +30,7 @@ struct Trouble
     QString killBefore;  ///< The method that is never sent.
     QString killAfter;   ///< The method whose answer is never seen, or that is stored and nothing after it.
     int failingPush = 0; ///< Counts the pushes down to the one that cannot be stored; 0: none.
+    int failingSave = 0; ///< The same for saves of the check.
     std::function<void()> kill = [] { throw Killed(); };
     /// The cashier's answer to a question. By default none is expected.
     std::function<bool()> answer = []() -> bool { throw std::logic_error("a question to the cashier"); };

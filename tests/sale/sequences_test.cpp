@@ -28,6 +28,7 @@ const Row rows[]{
     {"CommitThatCreatedTheOrderAgainAfterDeliveryAndRestart", "price commit deliver restart commit", "0.00"},
     {"CommitWithFailingSecondPush", "price spend fail-push:2 commit! commit"},
     {"CommitWithFailingSecondPushDeliveredInBetween", "price fail-push:2 commit! deliver commit", "0.00"},
+    {"CommitThatCouldNotBeSaved", "price fail-save:1 commit! commit deliver restart commit", "0.00"},
     {"RollbackWithoutDocument", "price spend take-off rollback:blind", "0.00", voided},
     {"ResultDroppedWithoutDocument", "price spend take-off drop:blind price spend commit"},
     {"RestoredPositionWithoutDocument", "price spend take-off put-back:blind price commit", "0.00"},
