@@ -7,8 +7,6 @@ namespace sim {
 
 namespace {
 
-constexpr std::size_t largestBody = 1 << 20;
-
 std::vector<FaultKind> faultKinds()
 {
     return {{"status", "answered with this status, not processed"},
@@ -35,7 +33,6 @@ HttpServer::HttpServer(Database &database, const ServerOptions &options)
       m_faults(Api::methods(), faultKinds(), m_feed),
       m_admin(database, m_log, m_faults, m_feed)
 {
-    m_server.set_payload_max_length(largestBody);
     m_server.set_error_handler([this](const auto &request, auto &response) { answerUnrouted(request, response); });
     m_server.set_exception_handler([](const auto &, auto &response, const std::exception_ptr &) {
         std::cerr << "loyalty-sim: a request failed unexpectedly" << std::endl;

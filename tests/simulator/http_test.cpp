@@ -1,6 +1,8 @@
 // The service as a client sees it: authentication, queries, refusals of what is malformed, and faults on demand.
 #include "simulatorfixture.h"
 
+#include <poll.h>
+
 #include <QtCore/QProcess>
 
 #include <algorithm>
@@ -134,7 +136,7 @@ TEST_F(Http, ChecksFaultsBeforeItTakesThem)
     }
 }
 
-TEST_F(Http, LetsNoOtherOriginIn)
+TEST_F(Http, LetsOnlyPlainRequestsOfItsOwnOriginIn)
 {
     const std::string own = "127.0.0.1:" + std::to_string(port);
     const std::pair<httplib::Headers, int> cases[] = {
@@ -143,13 +145,24 @@ TEST_F(Http, LetsNoOtherOriginIn)
         {{{"Host", own}, {"Origin", "http://example.org"}}, 403},
         {{{"Host", own}, {"Origin", "null"}}, 403},
         {{{"Host", "example.org:" + std::to_string(port)}}, 403}, // a foreign name that leads here
+        {{{"Host", own}, {"Content-Encoding", "gzip"}}, 415},
+        {{{"Host", own}, {"Transfer-Encoding", "chunked"}}, 411},
     };
     for (const auto &[headers, status] : cases)
         EXPECT_EQ(caller.http.Get("/sim/ledger", headers)->status, status) << testing::PrintToString(headers);
     const std::string balance = R"({"account": "C-0001", "balance": "0.00"})";
     EXPECT_EQ(caller.http.Post("/sim/balance", balance, "text/plain")->status, 415);
-    EXPECT_EQ(caller.balance(), "1500.00");
-    EXPECT_EQ(caller.get("/").status, 404) << "the page is not asked for";
+    const std::string request = "POST /sim/balance HTTP/1.1\r\nContent-Type: application/json\r\nContent-Length: " +
+                                std::to_string(balance.size()) + "\r\n\r\n" + balance;
+    const auto sendOnceAnswered = [&](std::size_t, std::size_t, httplib::DataSink &sink) {
+        pollfd answer{caller.http.socket(), POLLIN, 0};
+        return ::poll(&answer, 1, 10'000) == 1 && sink.write(request.data(), request.size());
+    };
+    for (const std::string &target : {std::string("/sim/balance"), "/sim/balance?" + std::string(9000, 'x')}) {
+        caller.http.Post(target, {{"Origin", "http://example.org"}}, request.size(), sendOnceAnswered, "text/plain");
+        EXPECT_EQ(Caller(port).balance(), "1500.00") << "the body of a refused request was taken for a request";
+    }
+    EXPECT_EQ(Caller(port).get("/").status, 404) << "the page is not asked for";
 }
 
 } // namespace sim
