@@ -10,6 +10,8 @@ namespace sim {
 
 namespace {
 
+constexpr int deepest = 64; // levels; the JSON library writes a value by recursion
+
 OrderLine readOrderLine(const Json &object, const std::string &where)
 {
     const Fields fields(object, where,
@@ -53,7 +55,13 @@ BasketRequest readBasket(const Fields &fields)
 
 Json parseObject(const std::string &body)
 {
-    Json object = Json::parse(body, nullptr, false);
+    const auto checkDepth = [](int depth, Json::parse_event_t, const Json &) {
+        if (depth > deepest)
+            throw Refusal(Refusal::Kind::BadRequest, "Тело запроса вложено слишком глубоко",
+                          "the body is nested deeper than " + std::to_string(deepest) + " levels");
+        return true;
+    };
+    Json object = Json::parse(body, checkDepth, false);
     if (!object.is_object())
         throw Refusal(Refusal::Kind::BadRequest, "Тело запроса не является объектом JSON",
                       "the body is not a JSON object");

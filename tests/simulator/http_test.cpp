@@ -64,7 +64,9 @@ TEST_F(Http, RefusesWrongBodiesNamingTheField)
         EXPECT_THAT(refused.text, HasSubstr(named));
     }
     const std::string createOrder = std::string(Api::loyaltyPath) + "createOrder";
-    for (const char *body : {"", "{", "[]", "\xff"})
+    std::string deep = order("b", {}).dump();
+    deep.replace(deep.find(R"("0.00")"), 6, std::string(100'000, '[') + std::string(100'000, ']'));
+    for (const char *body : {"", "{", "[]", "\xff", deep.c_str()})
         EXPECT_EQ(caller.send(createOrder, body).status, 400) << body;
     EXPECT_EQ(caller.post("createOrder", order("b", {line(1, "1.00"), line(1, "1.00")})).status, 400);
     EXPECT_EQ(caller.http.Post(createOrder, order("b", {}).dump(), "text/plain")->status, 415);
