@@ -3,6 +3,7 @@
 
 #include "refusal.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 
@@ -19,7 +20,8 @@ OrderLine readOrderLine(const Json &object, const std::string &where)
                          "paymentDiscAmount"});
     OrderLine line;
     fields.text("barcode");
-    fields.positiveNumber("qty");
+    if (fields.text("qty") != "1")
+        refuseField(fields.path("qty"), "ожидается 1", "expected 1: the amount carries the quantity");
     line.lineId = fields.positiveNumber("lineID");
     line.amount = fields.money("lineAmount");
     line.isSale = fields.flag("isSale");
@@ -33,14 +35,15 @@ OrderLine readOrderLine(const Json &object, const std::string &where)
 
 void checkDate(const std::string &text)
 {
+    const bool isShaped = std::ranges::equal(text, std::string_view("0000-00-00"), [](char character, char place) {
+        return place == '-' ? character == '-' : character >= '0' && character <= '9';
+    });
     int year = 0;
     unsigned month = 0;
     unsigned day = 0;
-    char rest = 0;
-    const bool shaped =
-        text.size() == 10 && std::sscanf(text.c_str(), "%4d-%2u-%2u%c", &year, &month, &day, &rest) == 3;
     using namespace std::chrono;
-    if (!shaped || !year_month_day(std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)).ok())
+    if (!isShaped || std::sscanf(text.c_str(), "%4d-%2u-%2u", &year, &month, &day) != 3 ||
+        !year_month_day(std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)).ok())
         refuseField("basketDatetime", "ожидается дата вида ГГГГ-ММ-ДД", "expected a date like 2024-02-29");
 }
 

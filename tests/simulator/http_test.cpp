@@ -49,9 +49,11 @@ TEST_F(Http, RefusesWrongBodiesNamingTheField)
     const std::tuple<const char *, const char *, const char *> cases[] = {
         {"/brand", R"("X")", "Бренд"},
         {"/basketDatetime", R"("2023-02-29")", "basketDatetime"},
+        {"/basketDatetime", R"("2024- 2- 9")", "basketDatetime"},
         {"/paymentDiscAmount", R"("0.01")", "paymentDiscAmount"},
         {"/orderLines/1", R"({"lineID": "2"})", "orderLines[1].barcode"},
         {"/orderLines/0/lineId", R"("1")", "orderLines[0].lineId"},
+        {"/orderLines/0/qty", R"("01")", "orderLines[0].qty"},
         {"/orderLines/0/lineAmount", R"("1.0")", "orderLines[0].lineAmount"},
         {"/orderLines/0/isSale", R"("false")", "orderLines[0].isSale"},
         {"/orderLines/0/paymentDiscAmount", R"("100.01")", "orderLines[0].paymentDiscAmount"},
