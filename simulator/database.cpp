@@ -50,18 +50,23 @@ CREATE TABLE messages (
     text TEXT NOT NULL) STRICT;
 )";
 
-/// SQLite gives its side files the mode of the main file, so the main file gets its mode before SQLite sees it: it
-/// holds phones and card numbers.
+/// A file that exists keeps its mode: it may be another program's.
 void createPrivately(const std::filesystem::path &file)
 {
     const int descriptor = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    if (descriptor < 0 || ::fchmod(descriptor, S_IRUSR | S_IWUSR) != 0) {
-        const std::error_code error(errno, std::generic_category());
-        if (descriptor >= 0)
-            ::close(descriptor);
-        throw std::runtime_error("cannot be opened for writing: " + error.message());
-    }
+    if (descriptor < 0)
+        throw std::runtime_error("cannot be opened for writing: " + std::generic_category().message(errno));
     ::close(descriptor);
+}
+
+/// For phones and card numbers. SQLite gives new side files the mode of the main file.
+void makePrivate(const std::filesystem::path &file)
+{
+    for (const char *suffix : {"", "-wal", "-shm"}) {
+        const std::filesystem::path each = file.string() + suffix;
+        if (std::filesystem::exists(each))
+            std::filesystem::permissions(each, std::filesystem::perms(S_IRUSR | S_IWUSR));
+    }
 }
 
 SQLite::Database open(const std::filesystem::path &file, Database::Access access)
@@ -113,8 +118,10 @@ try : m_connection(open(file, access)) {
     if (access == Access::Serve)
         createSchema(m_connection);
     checkOwner(m_connection);
-    if (access == Access::Serve)
+    if (access == Access::Serve) {
+        makePrivate(file);
         makeDurable(m_connection);
+    }
 } catch (const std::runtime_error &error) {
     throw std::runtime_error(file.string() + ": " + error.what());
 }

@@ -16,7 +16,7 @@ class Database
 {
 public:
     enum class Access {
-        Serve,  ///< created if missing (mode 0600), writable
+        Serve,  ///< created if missing, writable; its mode becomes 0600
         Inspect ///< must exist, read-only; works beside a serving process
     };
 

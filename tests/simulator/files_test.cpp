@@ -71,7 +71,10 @@ TEST_F(Files, TellAGoodLedgerFromABadOneAndFromAForeignFile)
     EXPECT_EQ(status(QStringLiteral("check")), 1);
     SQLite::Database(file, SQLite::OPEN_READWRITE).exec("PRAGMA application_id = 1");
     EXPECT_EQ(status(QStringLiteral("check")), 2);
+    constexpr auto mode = std::filesystem::perms(0640);
+    std::filesystem::permissions(file, mode);
     EXPECT_EQ(status(QStringLiteral("serve")), 2);
+    EXPECT_EQ(std::filesystem::status(file).permissions(), mode);
 }
 
 } // namespace sim
