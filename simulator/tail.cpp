@@ -17,6 +17,7 @@ namespace sim {
 namespace {
 
 constexpr auto longestSilence = std::chrono::seconds(30); // the server sends something every two
+constexpr std::size_t longestAnswer = 1000;               // of another server
 
 enum class Colour { Good = 32, Refused = 31, Faulty = 35 };
 
@@ -85,15 +86,21 @@ int tail(const TailOptions &options)
     server.set_read_timeout(longestSilence);
     Printer printer(options.json);
     int status = 0;
+    std::string answer;
     server.Get(
         "/sim/events?last=" + std::to_string(options.last), httplib::Headers(),
         [&](const httplib::Response &response) {
             status = response.status;
-            return status == 200;
+            return true;
         },
-        [&](const char *data, std::size_t size) { return printer.feed(data, size); });
+        [&](const char *data, std::size_t size) {
+            return status == 200 ? printer.feed(data, size) : answer.append(data, size).size() < longestAnswer;
+        });
+    const std::string port = "port " + std::to_string(options.port);
+    if (status == 0)
+        throw std::runtime_error("no loyalty-sim answers on " + port);
     if (status != 200)
-        throw std::runtime_error("no loyalty-sim answers on port " + std::to_string(options.port));
+        throw std::runtime_error(port + " answers with status " + std::to_string(status) + ": " + plainText(answer));
     return 0;
 }
 
