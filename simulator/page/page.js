@@ -5,6 +5,7 @@
 
 const keptRequests = 500;
 const shownRequests = 200;
+const keptMovements = 500;
 
 const state = {
   run: null,
@@ -19,11 +20,15 @@ const byId = (id) => document.getElementById(id);
 
 // Elements
 
+/** The text with its marks of writing direction spelled out, as "\u202e": they would turn around what comes after them. */
+const visible = (text) => text.replace(/[\u061c\u200e\u200f\u202a-\u202e\u2066-\u2069]/g, (mark) => `\\u${pad(mark.charCodeAt(0).toString(16), 4)}`);
+
 function h(tag, attributes = {}, ...children) {
   const element = document.createElement(tag);
   for (const [name, value] of Object.entries(attributes))
     if (value !== undefined && value !== false) element.setAttribute(name, value === true ? "" : value);
-  element.append(...children.flat(Infinity).filter((child) => child !== null && child !== undefined));
+  element.append(...children.flat(Infinity).filter((child) => child !== null && child !== undefined)
+    .map((child) => (typeof child === "string" ? visible(child) : child)));
   return element;
 }
 
@@ -89,8 +94,11 @@ function parsed(text) {
 }
 
 function pretty(text, otherwise) {
-  const value = parsed(text);
-  return value === null ? text || otherwise : JSON.stringify(value, null, 2);
+  try {
+    return JSON.stringify(JSON.parse(text), null, 2);
+  } catch {
+    return text || otherwise; // no JSON, or nested too deeply
+  }
 }
 
 function facts(pairs) {
@@ -136,8 +144,8 @@ function result(request) {
 
 const subjectOf = (request) => {
   const body = parsed(request.body);
-  return (body && (body.basket || body.phone)) || new URLSearchParams(request.target.split("?")[1]).get("Phone") ||
-    new URLSearchParams(request.target.split("?")[1]).get("CardNumber") || "";
+  const query = new URLSearchParams(request.target.split("?")[1]);
+  return [body?.basket, body?.phone, query.get("Phone"), query.get("CardNumber")].find((text) => text && typeof text === "string") ?? "";
 };
 
 function requestDetail(request) {
@@ -179,7 +187,7 @@ function orderDetail(order) {
       h("div", {}, h("h3", {}, "Lines"), order.lines.length
         ? plainTable("Lines of the order", ["Line", "#Amount", "#Payment discount", "#Points"],
           order.lines.map((line) => [String(line.lineId), money(line.amount), money(line.paymentDiscount), money(line.points)]))
-        : h("p", { class: "muted" }, "The order was cancelled before it had any."))),
+        : h("p", { class: "muted" }, order.state === "cancelled" ? "The order was cancelled before it had any." : "The order has none."))),
   ];
 }
 
@@ -199,7 +207,8 @@ function tiersOf(customer) {
 }
 
 function customerDetail(customer) {
-  const moved = state.ledger.movements.filter((movement) => movement.account === customer.CustAccount).reverse();
+  const { movements } = state.ledger; // of all customers
+  const moved = movements.filter((movement) => movement.account === customer.CustAccount).reverse();
   return [
     facts([["Account", customer.CustAccount], ["Phone", customer.Phone], ["Cards", customer.Cards.join(", ")],
       ["Tiers", customer.Tiers.map((tier) => (tier.Discount >= 0 ? `${tier.Name} (earns ${tier.Discount} %)` : tier.Name)).join(", ")]]),
@@ -209,10 +218,11 @@ function customerDetail(customer) {
           h("div", { class: "inline" }, h("label", {}, "New balance", h("input", { name: "balance", inputmode: "decimal", required: true, placeholder: customer.Balance })),
             h("button", { type: "submit" }, "Set")),
           h("p", { class: "problem", role: "alert" }))),
-      h("div", {}, h("h3", {}, "History"), moved.length
-        ? plainTable("History of the balance", ["When", "What", "Order", "#Points"],
-          moved.map((movement) => [time(movement.at), movement.kind, h("span", { class: "mono" }, short(movement.basket)), money(movement.points)]))
-        : h("p", { class: "muted" }, "Nothing was booked yet."))),
+      h("div", {}, h("h3", {}, "History"),
+        moved.length ? plainTable("History of the balance", ["When", "What", "Order", "#Points"],
+          moved.map((movement) => [time(movement.at), movement.kind, h("span", { class: "mono" }, short(movement.basket)), money(movement.points)])) : null,
+        movements.length >= keptMovements ? h("p", { class: "muted" }, `Only the last ${keptMovements} bookings of all customers are shown.`)
+          : moved.length ? null : h("p", { class: "muted" }, "Nothing was booked yet."))),
   ];
 }
 
@@ -272,8 +282,9 @@ function drawFaultForm() {
   const { methods, kinds } = state.faults;
   patchChildren(method, [h("option", { value: "*" }, "every method"), ...methods.map((name) => h("option", { value: name }, name))]);
   patchChildren(kind, kinds.map(({ name }) => h("option", { value: name }, name)));
-  for (const field of form.querySelectorAll("[data-for]")) field.hidden = field.dataset.for !== kind.value;
-  for (const field of form.querySelectorAll("[data-often]")) field.hidden = field.dataset.often !== often.value;
+  const show = (field, isShown) => { field.hidden = field.control.disabled = !isShown; }; // a hidden wrong value would forbid sending
+  for (const field of form.querySelectorAll("[data-for]")) show(field, field.dataset.for === kind.value);
+  for (const field of form.querySelectorAll("[data-often]")) show(field, field.dataset.often === often.value);
   const chosen = kinds.find(({ name }) => name === kind.value);
   byId("does").textContent = chosen ? `A request hit by it is ${chosen.does}.` : "";
 }
@@ -304,7 +315,7 @@ async function loadLedger() {
   do {
     isStale = false;
     try {
-      [state.ledger, { messages: state.messages }] = await Promise.all([ask("sim/ledger?last=500"), ask("sim/outbox?last=100")]);
+      [state.ledger, { messages: state.messages }] = await Promise.all([ask(`sim/ledger?last=${keptMovements}`), ask("sim/outbox?last=100")]);
       drawSoon();
     } catch {
       // the stream tells when the service is back

@@ -100,6 +100,8 @@ test("A fault switched on by keyboard fails the next createOrder and is gone", a
   await page.locator("option", { hasText: "close-before" }).waitFor({ state: "attached" });
   await tabTo("Faults");
   await page.keyboard.press("Enter");
+  await page.getByLabel("Kind").selectOption("delay");
+  await page.getByLabel("Milliseconds").fill("700000"); // too much, but it goes with that kind only
   for (const [field, choice] of [["Method", "createOrder"], ["Kind", "close-before"]]) {
     await tabTo(field);
     await page.keyboard.type(choice);
@@ -109,23 +111,28 @@ test("A fault switched on by keyboard fails the next createOrder and is gone", a
   await has("the next request");
   await sell("card-update");
   await has("No faults are switched on");
+  const odd = `{"basket":{"length":99},"brand":${"[".repeat(20000)}${"]".repeat(20000)}}`;
+  const headers = { "Content-Type": "application/json", Authorization: "Basic Og==" };
+  await fetch(`${origin}/api/ax/xpp/v1/createOrder`, { method: "POST", headers, body: odd });
   await page.getByRole("link", { name: "Requests" }).click();
   await page.getByLabel("Only refusals and faults").check();
   await has("fault: close-before");
-  await shows(".fold", ["createOrder"]);
+  await shows(".fold", ["createOrder", "createOrder"]);
+  await page.locator(".fold").first().click();
+  await has('{"basket":{"length":99}');
 });
 
 test("Customers are added and changed, and their names are text", async () => {
   await page.getByRole("link", { name: "Customers" }).click();
   await page.getByText("Add a customer").click();
   const name = "<script>window.hacked = 1</script><img src=x onerror='window.hacked = 1'>";
-  const fields = { Account: "C-9", "Last name": name, "First name": name, Phone: "+7999", Card: "99", Tier: name };
+  const fields = { Account: "C-9", "Last name": `${name}\u202e`, "First name": name, Phone: "+7999", Card: "99", Tier: name };
   for (const [label, value] of Object.entries(fields)) await page.getByLabel(label, { exact: true }).fill(value);
   await page.getByRole("button", { name: "Add", exact: true }).click();
   await has("Phone: expected a number like +79001234567");
   await page.getByLabel("Phone").fill("+79990001122");
   await page.getByRole("button", { name: "Add", exact: true }).click();
-  await page.getByRole("button", { name }).click();
+  await page.getByRole("button", { name: `${name}\\u202e` }).click();
   await page.getByLabel("New balance").fill("12,5");
   await page.getByRole("button", { name: "Set" }).click();
   await has("adjust");
