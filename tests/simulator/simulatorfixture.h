@@ -93,7 +93,7 @@ public:
         return post(method, body);
     }
 
-    void fault(const Json &fault) { EXPECT_EQ(send("/sim/faults", fault.dump()).status, 200); }
+    void fault(const Json &fault) { EXPECT_EQ(send("/sim/faults", fault.dump()).outcome(), "ok"); }
     Json ledger() { return get("/sim/ledger").json(); }
     Json requests() { return get("/sim/requests").json(); }
     /// Of the sample customer with two cards, as text.
