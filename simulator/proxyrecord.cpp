@@ -20,13 +20,14 @@ Json parse(const std::string &text)
 bool isAccepted(const httplib::Response &answer)
 {
     const Json json = parse(answer.body);
-    return answer.status == 200 && json.is_object() && json.value("success", false) && !json.contains("error");
+    return answer.status == 200 && json.is_object() && json.value("success", Json()) == true && !json.contains("error");
 }
 
 std::string basketOf(const httplib::Request &request)
 {
     const Json json = parse(request.body);
-    return json.is_object() ? json.value("basket", "") : "";
+    const Json basket = json.is_object() ? json.value("basket", Json()) : Json();
+    return basket.is_string() ? basket.get<std::string>() : "";
 }
 
 } // namespace
@@ -50,7 +51,7 @@ void ProxyRecord::served(const httplib::Request &request, const httplib::Respons
                {"basket", basketOf(request)},
                {"body", std::to_string(std::hash<std::string>()(request.body))},
                {"accepted", isAccepted(answer)}}
-              .dump());
+              .dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
 void ProxyRecord::write(const std::string &line)
