@@ -1,5 +1,6 @@
 // Broken configurations, each with what the till says about it, and the lists of settings beside code, docs and sample.
 #include "tests/support/file.h"
+#include "tests/support/refusal.h"
 #include "tests/support/test.h"
 #include "till/configuration.h"
 
@@ -17,12 +18,7 @@ protected:
     QString complaint(const QByteArray &content)
     {
         writeFile(m_file, content);
-        try {
-            till::readConfiguration(m_file);
-        } catch (const BasicException &error) {
-            return error.text().ru();
-        }
-        return {};
+        return refusalOf([this] { till::readConfiguration(m_file); });
     }
 
     QTemporaryDir m_folder;

@@ -1,5 +1,6 @@
 // Scenario files and catalogues: complaints that name file and path, and amounts to the kopeck.
 #include "tests/support/file.h"
+#include "tests/support/refusal.h"
 #include "tests/support/test.h"
 #include "till/catalogue.h"
 #include "till/scenarioreader.h"
@@ -17,15 +18,11 @@ protected:
     std::string complaint(const QByteArray &json)
     {
         writeFile(file, json);
-        try {
-            if (json.startsWith(R"({"goods")"))
-                till::Catalogue catalogue(file);
-            else
-                scenario = till::readScenario(file);
-        } catch (const BasicException &error) {
-            return error.text().ru().toStdString();
-        }
-        return {};
+        const bool isCatalogue = json.startsWith(R"({"goods")");
+        const auto read = [&] {
+            isCatalogue ? void(till::Catalogue(file)) : void(scenario = till::readScenario(file));
+        };
+        return refusalOf(read).toStdString();
     }
 
     till::Scenario scenario; ///< The last one that was accepted.
@@ -64,10 +61,10 @@ TEST_F(ScenarioReader, TakesAmountsToTheKopeckOrRefusesThem)
 {
     // A price, and its kopecks; below 0: refused.
     const std::pair<const char *, qint64> cases[]{
-        {"\"45.50\"", 4550}, {"45.5", 4550},   {"\"7\"", 700},        {"0", 0},       {"0.29", 29},
-        {"1.15", 115},       {"\"45,5\"", -1}, {"\"45.505\"", -1},    {"45.505", -1}, {"-1", -1},
-        {"5000.004", -1}, {"999999999.99", 99999999999},
-        {"\"\"", -1},        {"true", -1},     {"\"1000000000\"", -1}};
+        {"\"45.50\"", 4550}, {"45.5", 4550}, {"\"7\"", 700},        {"0", 0},
+        {"0.29", 29},        {"1.15", 115},  {"\"45,5\"", -1},      {"\"45.505\"", -1},
+        {"45.505", -1},      {"-1", -1},     {"5000.004", -1},      {"999999999.99", 99999999999},
+        {"\"\"", -1},        {"true", -1},   {"\"1000000000\"", -1}};
     for (const auto &[price, kopecks] : cases) {
         const std::string said =
             complaint(check(R"("goods": [{"barcode": "1", "name": "A", "price": )" + QByteArray(price) + "}]"));

@@ -2,6 +2,7 @@
 #include "tests/support/checkbuilder.h"
 #include "tests/support/fakeconfig.h"
 #include "tests/support/installed.h"
+#include "tests/support/refusal.h"
 #include "tests/support/test.h"
 
 #include <cashier/cardaddlogic.h>
@@ -57,12 +58,7 @@ protected:
     // Empty: confirmed.
     static std::string verify(const QString &code)
     {
-        try {
-            VerificationLogic().verify(code, tr::Tr(u"Какой код?"_s), 0);
-        } catch (const BasicException &error) {
-            return error.what();
-        }
-        return {};
+        return refusalOf([&] { VerificationLogic().verify(code, tr::Tr(u"Какой код?"_s), 0); }).toStdString();
     }
 
     Installed<CurrentTime, Keyboard> keyboard;

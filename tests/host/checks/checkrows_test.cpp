@@ -1,5 +1,6 @@
 // A check as rows: their layout, what of a check comes back, which rows a change writes, and what is refused.
 #include "tests/support/checkbuilder.h"
+#include "tests/support/refusal.h"
 #include "tests/support/test.h"
 
 #include <core/basicexception.h>
@@ -84,12 +85,7 @@ std::string problemOf(const char *kind, int key, const QByteArray &from, const Q
         rows.erase(row);
     else
         row->content.replace(from, to);
-    try {
-        CheckRows().read(rows);
-    } catch (const BasicException &error) {
-        return error.what();
-    }
-    return {};
+    return refusalOf([&] { CheckRows().read(rows); }).toStdString();
 }
 
 TEST(CheckRowsTest, WhatIsOutsideItsLimitsIsRefusedByRowAndField)

@@ -1,6 +1,7 @@
 // The queue in a file: what is stored is on the disk, and a file that cannot be used is left alone.
 #include "queuefixture.h"
 #include "tests/support/fulldisk.h"
+#include "tests/support/refusal.h"
 
 #include <queue/queueadmin.h>
 #include <queue/queuedrain.h>
@@ -27,12 +28,7 @@ protected:
     /// What the broker says when it is to store the event; empty when it has stored it.
     std::string problemOfPush(const QString &event)
     {
-        try {
-            push(event);
-        } catch (const BasicException &error) {
-            return error.what();
-        }
-        return {};
+        return refusalOf([&] { push(event); }).toStdString();
     }
 };
 
