@@ -81,10 +81,11 @@ Finding checkOpen(KeptChecks &checks)
         checks = store.checks();
         store.restore();
     } catch (const BasicException &error) {
-        return {Verdict::Failure, u"%1 cannot be read"_s.arg(store.fileName()),
-                u"Remove the cause that follows. A damaged file is put aside at the next start of the till; keep it for "
-                u"support"_s,
-                error.text().ru()};
+        return {
+            Verdict::Failure, u"%1 cannot be read"_s.arg(store.fileName()),
+            u"Remove the cause that follows. A damaged file is put aside at the next start of the till; keep it for "
+            u"support"_s,
+            error.text().ru()};
     }
     if (const QStringList notices = store.takeNotices(); !notices.isEmpty())
         return {Verdict::Failure, u"the open check in %1 cannot be read"_s.arg(store.fileName()),

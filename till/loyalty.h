@@ -9,8 +9,8 @@ namespace till {
 
 class LoyaltyPlugin;
 
-/// Why the loyalty system refused, for the cashier: what it said, and a text of the till's own where that is blank, since
-/// a service need not give a reason.
+/// Why the loyalty system refused, for the cashier: what it said, and a text of the till's own where that is blank,
+/// since a service need not give a reason.
 tr::Tr refusalText(const tr::Tr &said);
 
 /// The plugin, or, where it cannot be used, a stand-in that accepts no card and says why: checks without a card are
