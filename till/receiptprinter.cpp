@@ -9,12 +9,12 @@
 
 namespace till {
 
-DBQueueBroker::Status queueStatus()
+std::optional<DBQueueBroker::Status> queueStatus()
 {
     try {
         return Singleton<DBQueueBroker>::instance()->status();
     } catch (const BasicException &) {
-        return {};
+        return std::nullopt;
     }
 }
 
@@ -25,7 +25,7 @@ void printReceipt(const CheckResult &result, QueueDrain &drain)
         drain.wakeUp();
         std::ignore = drain.waitUntilDrained(longestWait);
     }
-    console::print(receiptText(result, queueStatus()));
+    console::print(receiptText(result, queueStatus().value_or(DBQueueBroker::Status())));
 }
 
 } // namespace till

@@ -8,8 +8,8 @@
 
 namespace till {
 
-/// What is not accepted yet; nothing where the queue cannot be read: it must not keep a receipt from being printed.
-DBQueueBroker::Status queueStatus();
+/// What is not accepted yet; nothing if the queue cannot be read, which must not keep a receipt from being printed.
+std::optional<DBQueueBroker::Status> queueStatus();
 
 /// Prints the receipt. The drain gets up to two seconds before, where the check has an order, so that only what could
 /// not be sent at once is shown as waiting.

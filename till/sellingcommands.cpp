@@ -67,8 +67,9 @@ void explain(SellingTill &till, const Options &options)
 void deliverRest(SellingTill &till, const Options &options)
 {
     deliver(till.drain(), options.drainTime, till.host().queue());
-    if (till.host().queue().knownProblem().isEmpty())
-        console::printLine(u'\n' + statusText(queueStatus()));
+    const auto status = till.host().queue().knownProblem().isEmpty() ? queueStatus() : std::nullopt;
+    if (status)
+        console::printLine(u'\n' + statusText(*status));
 }
 
 ExitStatus play(const QList<Scenario> &scenarios, SellingTill &till, ScriptedCashier &cashier, const Options &options)

@@ -41,9 +41,8 @@ QString openCheckText(CheckStore &store, const QString &configFile)
 
 QString queueText(TillHost &host)
 {
-    if (!host.queue().knownProblem().isEmpty())
-        return u"Очередь не работает\n"_s;
-    return statusText(queueStatus()) + u'\n';
+    const auto status = host.queue().knownProblem().isEmpty() ? queueStatus() : std::nullopt;
+    return status ? statusText(*status) + u'\n' : u"Очередь не работает\n"_s;
 }
 
 } // namespace

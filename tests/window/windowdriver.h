@@ -20,12 +20,11 @@ public:
         window.show();
         window.activateWindow(); // keys of buttons belong to the active window
         till.start();
-        ready = waitFor([this] { return isIdle() || !till.view().fault.isEmpty(); });
+        ready = waitFor([this] { return till.isIdle() || !till.view().fault.isEmpty(); });
     }
 
     static bool waitFor(const std::function<bool()> &condition) { return QTest::qWaitFor(condition, 30'000); }
 
-    bool isIdle() const { return !till.isBusy() && till.view().isReady; }
     bool isAsked() const { return till.view().question.has_value(); }
 
     /// Presses a key where the focus is.
@@ -36,7 +35,7 @@ public:
     {
         hit(key, modifiers);
         QCoreApplication::processEvents();
-        return waitFor([this] { return isIdle() || isAsked(); });
+        return waitFor([this] { return till.isIdle() || isAsked(); });
     }
 
     /// Types a text and Enter.

@@ -8,7 +8,6 @@
 #include <cashier/verificationlogic.h>
 #include <core/basicexception.h>
 #include <loyalty/basicloyaltysystem.h>
-#include <net/linkstate.h>
 
 #include <QtCore/QTimer>
 
@@ -18,21 +17,8 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace till {
 
-namespace {
-
-QString maskedPhone(const BasicLoyaltySystem &system)
-{
-    const auto card = system.getCard();
-    return card && card->getCard()->getClient() ? maskedCard(card->getCard()->getClient()->getPhoneNumber())
-                                                : QString();
-}
-
-} // namespace
-
 void CheckDesk::start(const QSharedPointer<CashierUi> &self)
 {
-    /// How often the line to the service and the queue are looked at while nothing is done.
-    constexpr std::chrono::milliseconds timeBetweenLooks{1000};
     try {
         m_till = std::make_unique<SellingTill>(m_configFile, self);
         m_catalogue = Catalogue(m_till->host().goodsFile());
@@ -42,11 +28,8 @@ void CheckDesk::start(const QSharedPointer<CashierUi> &self)
         return;
     }
     m_view.isDark = Singleton<Config>::instance()->getString(u"Till:theme"_s, u"light"_s) == "dark"_L1;
-    m_view.isReady = true;
     perform(&CheckDesk::resume, tr("Проверяем, не остался ли открытый чек"));
-    auto *watch = new QTimer(this);
-    connect(watch, &QTimer::timeout, this, &CheckDesk::refresh);
-    watch->start(timeBetweenLooks);
+    look();
 }
 
 void CheckDesk::resume()
@@ -60,12 +43,6 @@ void CheckDesk::resume()
     }
     if (const QString reason = session().loyaltyOff(); !reason.isEmpty())
         warn(tr("Баллы не работают: %1").arg(reason));
-}
-
-void CheckDesk::finish()
-{
-    delete findChild<QTimer *>();
-    m_till.reset();
 }
 
 void CheckDesk::perform(const Work &work, const QString &waitingFor)
@@ -90,7 +67,7 @@ void CheckDesk::perform(const Work &work, const QString &waitingFor)
 
 void CheckDesk::warn(const QString &text)
 {
-    m_view.message = text;
+    m_view.message += m_view.message.isEmpty() ? text : u'\n' + text;
     m_view.isWarning = true;
 }
 
@@ -99,11 +76,17 @@ void CheckDesk::refresh()
     m_view.isOpen = session().isOpen();
     m_view.isRestorable = session().canRestoreGoods();
     m_view.check = m_view.isOpen ? session().result() : CheckResult();
-    const LinkState::State link = Singleton<LinkState>::instance()->state();
-    m_view.isServiceReachable = link.isReachable;
-    m_view.serviceSince = link.since;
-    m_view.queue = queueStatus();
+    m_view.link = Singleton<LinkState>::instance()->state();
     Q_EMIT changed(m_view);
+}
+
+void CheckDesk::look()
+{
+    // A queue on a server that does not answer holds up the sale for seconds at each look.
+    constexpr std::chrono::seconds usualPause{1}, longPause{30};
+    m_view.queue = queueStatus();
+    refresh();
+    QTimer::singleShot(m_view.queue ? usualPause : longPause, this, &CheckDesk::look);
 }
 
 bool CheckDesk::ask(const tr::Tr &message, const tr::Tr &first, const tr::Tr &second)
@@ -123,8 +106,10 @@ bool CheckDesk::ask(const tr::Tr &message, const tr::Tr &first, const tr::Tr &se
 std::optional<QString> CheckDesk::enterCode(const tr::Tr & /*prompt*/, std::chrono::milliseconds timeLeft,
                                             int attemptsLeft)
 {
+    const auto card = m_till->system().getCard();
+    const auto client = card ? card->getCard()->getClient() : nullptr;
     Question question;
-    question.text = tr("Код отправлен на номер %1").arg(maskedPhone(m_till->system()));
+    question.text = tr("Код отправлен на номер %1").arg(client ? maskedCard(client->getPhoneNumber()) : QString());
     question.reason =
         attemptsLeft < VerificationLogic::maxAttempts
             ? tr("Код неверный. Спросите у покупателя код ещё раз.")
@@ -170,11 +155,10 @@ std::optional<Answer> CheckDesk::waitForAnswer(Question question, std::optional<
     if (m_isAbandoned)
         throw std::runtime_error("the window is closed");
     ++m_question; // From here on an answer comes too late.
-    std::optional<Answer> answer = std::exchange(m_answer, std::nullopt);
     m_view.question.reset();
     m_view.waitingSince = QDateTime::currentDateTime();
     Q_EMIT changed(m_view);
-    return answer;
+    return m_answer;
 }
 
 } // namespace till

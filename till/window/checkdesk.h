@@ -33,7 +33,7 @@ public:
     void start(const QSharedPointer<CashierUi> &self);
 
     /// Takes host and plugin away again.
-    void finish();
+    void finish() { m_till.reset(); }
 
     /// Carries a command out. One that fails leaves its reason as the view's message.
     void perform(const Work &work, const QString &waitingFor);
@@ -82,6 +82,8 @@ private:
     void end(const CheckResult &result);
     void warn(const QString &text);
     void refresh();
+    /// At what can change while nothing is done; again and again.
+    void look();
     /// Nothing when `timeLeft` is over before there is an answer.
     std::optional<Answer> waitForAnswer(Question question, std::optional<std::chrono::milliseconds> timeLeft);
 

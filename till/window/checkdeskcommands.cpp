@@ -69,7 +69,9 @@ void CheckDesk::take(const QString &identifier)
 void CheckDesk::end(const CheckResult &result)
 {
     m_till->drain().wakeUp();
-    m_view.page = receiptPage(receiptText(result, queueStatus()));
+    if (!result.basket.isEmpty()) // The receipt tells whether the service has accepted the order.
+        m_view.queue = queueStatus();
+    m_view.page = receiptPage(receiptText(result, m_view.queue.value_or(DBQueueBroker::Status())));
 }
 
 void CheckDesk::parkOrShowParked()

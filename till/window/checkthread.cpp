@@ -27,7 +27,6 @@ void CheckThread::start()
 {
     m_thread.setObjectName(QStringLiteral("check"));
     m_thread.start();
-    ++m_sent;
     QMetaObject::invokeMethod(m_desk.get(), [desk = m_desk] { desk->start(desk); });
 }
 

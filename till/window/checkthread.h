@@ -24,10 +24,8 @@ public:
     void send(const CheckDesk::Work &work, const QString &waitingFor = {});
     void answer(const Answer &answer);
 
-    /// Whether something was sent that has not been carried out.
-    bool isBusy() const { return m_sent != m_view.commandsDone; }
-    /// Whether a command can be given now.
-    bool isIdle() const { return !isBusy() && m_view.isReady; }
+    /// Whether the till is ready and has carried out what was sent, so that a command can be given now.
+    bool isIdle() const { return m_sent == m_view.commandsDone; }
 
     const TillView &view() const { return m_view; }
 
@@ -37,7 +35,7 @@ Q_SIGNALS:
 private:
     QThread m_thread;
     QSharedPointer<CheckDesk> m_desk;
-    quint64 m_sent = 0;
+    quint64 m_sent = 1; ///< The start.
     TillView m_view;
 };
 

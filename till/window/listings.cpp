@@ -17,12 +17,6 @@ struct Texts
     Q_DECLARE_TR_FUNCTIONS(Listings)
 };
 
-/// Without decimals that are not needed.
-QString localQuantity(double quantity)
-{
-    return QLocale().toString(quantity, 'g', QLocale::FloatingPointShortest);
-}
-
 const QString timeFormat = u"dd.MM HH:mm:ss"_s;
 
 } // namespace
@@ -39,10 +33,11 @@ Page linesPage(const QList<ResultLine> &lines)
     for (const ResultLine &line : lines) {
         const QString id = QString::number(line.lineId);
         const QString mark = marks.value(2 * line.takesPoints + line.earnsPoints);
+        const QString quantity = QLocale().toString(line.quantity, 'g', QLocale::FloatingPointShortest);
         const QString points = line.spent.isZero() ? mark : moneyText(-line.spent) + u'\n' + mark;
-        page.rows.append({id,
-                          {id, line.name, localQuantity(line.quantity), moneyText(line.price), points.trimmed(),
-                           moneyText(line.amount - line.spent)}});
+        page.rows.append(
+            {id,
+             {id, line.name, quantity, moneyText(line.price), points.trimmed(), moneyText(line.amount - line.spent)}});
     }
     return page;
 }

@@ -34,7 +34,7 @@ void MainWindow::apply()
     showCheck(view.check);
     showStatus(view);
     updateAreas();
-    if (!m_till.isBusy() && m_shown != view.commandsDone) {
+    if (m_till.isIdle() && m_shown != view.commandsDone) {
         m_shown = view.commandsDone;
         view.page ? showPage(*view.page) : showSale();
     }
@@ -67,13 +67,15 @@ void MainWindow::showCheck(const CheckResult &check)
 
 void MainWindow::showStatus(const TillView &view)
 {
-    const QString lost = tr("Нет связи со службой лояльности с %1").arg(view.serviceSince.toString(u"HH:mm:ss"_s));
-    const QString link = view.isServiceReachable ? tr("Служба лояльности на связи") : lost;
-    m_link->setText(view.serviceSince.isValid() ? link : tr("Служба лояльности: обмена ещё не было"));
-    setTone(m_link, view.isServiceReachable ? u"good"_s : u"warning"_s);
-    m_queue->setText(tr("Запросы: ждут %1, отклонено %2  Ctrl+L")
-                         .arg(QString::number(view.queue.waiting), QString::number(view.queue.deadLetters)));
-    setTone(m_queue, view.queue.deadLetters > 0 ? u"warning"_s : QString());
+    const QString lost = tr("Нет связи со службой лояльности с %1").arg(view.link.since.toString(u"HH:mm:ss"_s));
+    const QString link = view.link.isReachable ? tr("Служба лояльности на связи") : lost;
+    m_link->setText(view.link.since.isValid() ? link : tr("Служба лояльности: обмена ещё не было"));
+    setTone(m_link, view.link.isReachable ? u"good"_s : u"warning"_s);
+    const auto queue = view.queue.value_or(DBQueueBroker::Status());
+    const QString counts = tr("Запросы: ждут %1, отклонено %2  Ctrl+L")
+                               .arg(QString::number(queue.waiting), QString::number(queue.deadLetters));
+    m_queue->setText(view.queue ? counts : tr("Очередь недоступна  Ctrl+L"));
+    setTone(m_queue, view.queue && queue.deadLetters == 0 ? QString() : u"warning"_s);
 }
 
 void MainWindow::updateAreas()
@@ -102,7 +104,7 @@ void MainWindow::showMessage()
     constexpr qint64 unnoticed = 300; // milliseconds
     const TillView &view = m_till.view();
     const qint64 waited = view.waitingSince.msecsTo(QDateTime::currentDateTime());
-    const bool isWaiting = m_till.isBusy() && !view.question && !view.waitingFor.isEmpty() && waited > unnoticed;
+    const bool isWaiting = !m_till.isIdle() && !view.question && !view.waitingFor.isEmpty() && waited > unnoticed;
     QString text = fitting(view.message);
     if (isWaiting)
         text = tr("%1: ждём ответа %2 с, с %3")
@@ -210,7 +212,7 @@ void MainWindow::settle(const Answer &answer)
 void MainWindow::closeEvent(QCloseEvent *event)
 {
     // Until then the check thread could not end, and the window would stand still.
-    event->setAccepted(!m_till.isBusy() || m_till.view().question || !m_till.view().fault.isEmpty());
+    event->setAccepted(m_till.isIdle() || m_till.view().question || !m_till.view().fault.isEmpty());
 }
 
 void MainWindow::keyPressEvent(QKeyEvent *event)

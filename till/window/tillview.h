@@ -3,6 +3,7 @@
 
 #include "till/checkresult.h"
 
+#include <net/linkstate.h>
 #include <queue/dbqueuebroker.h>
 
 #include <QtCore/QDateTime>
@@ -59,7 +60,6 @@ struct Page
 struct TillView
 {
     quint64 commandsDone = 0;
-    bool isReady = false;
     QString fault; ///< Why the till cannot work at all.
     bool isDark = false;
 
@@ -75,9 +75,8 @@ struct TillView
     bool isWarning = false;
     std::optional<Page> page; ///< What the last command has to show.
 
-    bool isServiceReachable = true;
-    QDateTime serviceSince; ///< When that was first noticed; invalid while nothing has been sent.
-    DBQueueBroker::Status queue;
+    LinkState::State link;                                                ///< To the service.
+    std::optional<DBQueueBroker::Status> queue = DBQueueBroker::Status(); ///< Nothing when it could not be read.
 
     bool hasLines() const { return isOpen && !check.lines.isEmpty(); }
     bool hasCard() const { return isOpen && !check.card.isEmpty(); }
