@@ -54,7 +54,7 @@ void MainWindow::showCheck(const CheckResult &check)
     const bool isPriced = hasCard && !check.basket.isEmpty();
     const QString name = check.customer.isEmpty() ? tr("Имя неизвестно") : fitting(check.customer, longestName);
     m_customer->setText(hasCard ? name : tr("Покупатель не указан"));
-    m_customer->setToolTip(check.customer);
+    m_customer->setToolTip(tip(check.customer));
     m_card->setText(hasCard ? fitting(check.tier, longestName) + u'\n' + tr("Карта %1").arg(check.card)
                             : tr("F2 – карта, F3 – телефон"));
     const QList<std::optional<Money>> sums{check.balance, check.offered, check.spent(), check.earned,

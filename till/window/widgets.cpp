@@ -5,6 +5,7 @@
 
 #include <QtCore/QRegularExpression>
 #include <QtGui/QShortcut>
+#include <QtGui/QTextDocument>
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QStyle>
 
@@ -15,8 +16,7 @@ namespace till {
 QWidget *arrange(Qt::Orientation orientation, const QList<QWidget *> &widgets, const QList<QWidget *> &wide,
                  QWidget *box)
 {
-    const bool isSide = orientation == Qt::Horizontal;
-    auto *layout = new QBoxLayout(isSide ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    auto *layout = new QBoxLayout(orientation == Qt::Horizontal ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
     if (!box) {
         box = new QWidget;
         layout->setContentsMargins(0, 0, 0, 0);
@@ -43,6 +43,11 @@ QString fitting(const QString &text, qsizetype longest)
     for (QString &line : lines)
         line = plainText(line, longest).replace(longWord, u"\\1\u200B"_s);
     return lines.join(u'\n');
+}
+
+QString tip(const QString &text)
+{
+    return text.isEmpty() ? QString() : Qt::convertFromPlainText(fitting(text));
 }
 
 QPushButton *makeButton(const QString &text)
@@ -96,7 +101,7 @@ void ListTable::show(const Page &page, qsizetype otherwise)
         for (int row = 0; row < rowCount(); ++row) {
             auto *cell = new QTableWidgetItem(m_rows.at(row).cells.at(column));
             cell->setTextAlignment(side | Qt::AlignVCenter);
-            cell->setToolTip(cell->text());
+            cell->setToolTip(tip(cell->text()));
             setItem(row, column, cell);
         }
     }
@@ -114,11 +119,10 @@ QString ListTable::selectedId() const
 
 void ListTable::step(int by)
 {
-    int row = currentRow() + by;
-    while (row >= 0 && row < rowCount() && isRowHidden(row))
-        row += by;
-    if (row >= 0 && row < rowCount())
-        selectRow(row);
+    for (int row = currentRow() + by; row >= 0 && row < rowCount(); row += by) {
+        if (!isRowHidden(row))
+            return selectRow(row);
+    }
 }
 
 void ListTable::filter(const QString &words)

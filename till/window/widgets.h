@@ -23,6 +23,9 @@ QLabel *makeLabel(const QString &role = {}, const QString &text = {});
 /// and with places where even a word without end can be wrapped.
 QString fitting(const QString &text, qsizetype longest = 200);
 
+/// A text that came from outside as a tool tip, where it would be taken for HTML.
+QString tip(const QString &text);
+
 /// A large button.
 QPushButton *makeButton(const QString &text = {});
 
