@@ -30,21 +30,28 @@ public:
     /// Presses a key where the focus is.
     void hit(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) { QTest::keyClick(focus(), key, modifiers); }
 
-    /// The same, and waits until the till is idle or asks.
-    bool press(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
+    /// Types a text and Enter, so quickly that the till has done nothing of what was sent before.
+    void scan(const QString &text)
     {
-        hit(key, modifiers);
+        for (const QChar letter : text) // QTest::keyClicks() knows no Cyrillic letters
+            QTest::sendKeyEvent(QTest::Click, focus(), Qt::Key_unknown, QString(letter), Qt::NoModifier);
+        hit(Qt::Key_Return);
+    }
+
+    /// Waits until the till is idle or asks.
+    bool settles()
+    {
         QCoreApplication::processEvents();
         return waitFor([this] { return till.isIdle() || isAsked(); });
     }
 
-    /// Types a text and Enter.
-    bool type(const QString &text)
+    /// Pressing, or typing, and waiting.
+    bool press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) { return hit(key, modifiers), settles(); }
+    bool press(const QList<Qt::Key> &keys)
     {
-        for (const QChar letter : text) // QTest::keyClicks() knows no Cyrillic letters
-            QTest::sendKeyEvent(QTest::Click, focus(), Qt::Key_unknown, QString(letter), Qt::NoModifier);
-        return press(Qt::Key_Return);
+        return std::ranges::all_of(keys, [this](auto key) { return press(key); });
     }
+    bool type(const QString &text) { return scan(text), settles(); }
 
     /// The text of a page over the sale; empty when there is none.
     QString page() const

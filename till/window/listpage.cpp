@@ -16,16 +16,15 @@ ListPage::ListPage() : m_text(new QPlainTextEdit)
     m_search->setAccessibleName(tr("Поиск"));
     m_text->setReadOnly(true);
     m_text->setTabChangesFocus(true);
-    QList<QWidget *> buttons;
     for (qsizetype index = 0; index < keys.size(); ++index) {
         QPushButton *button = makeButton();
         if (index > 0)
             addKey(button, keys.at(index));
         connect(button, &QPushButton::clicked, this, [this, index] { m_actions.at(index).run(subject()); });
         m_buttons.append(button);
-        buttons.append(button);
     }
     m_buttons.constFirst()->setProperty("role", u"main"_s);
+    QList<QWidget *> buttons(m_buttons.cbegin(), m_buttons.cend());
     buttons.append(m_back);
     QWidget *top = arrange(Qt::Horizontal, {m_title, m_search}, {m_title, m_search});
     QWidget *bottom = arrange(Qt::Horizontal, buttons, buttons);

@@ -33,10 +33,8 @@ Q_SIGNALS:
     /// By its button.
     void left();
 
-protected:
-    void keyPressEvent(QKeyEvent *event) override;
-
 private:
+    void keyPressEvent(QKeyEvent *event) override;
     QString subject() const;
     void updateButtons();
 

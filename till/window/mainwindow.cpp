@@ -19,10 +19,12 @@ namespace till {
 MainWindow::MainWindow(CheckThread &till) : m_till(till), m_pages(new QStackedWidget), m_questions(new QuestionPanel)
 {
     m_sale = makeSale();
-    m_totals = makeTotals();
+    m_totals = arrange(Qt::Horizontal, {m_sum, m_total}, {});
     m_actionArea = makeActions();
     setWindowTitle(tr("Касса"));
     resize(QSize(1024, 768).boundedTo(screen()->availableSize()));
+    m_sum->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    m_total->setAccessibleName(tr("К оплате"));
     m_message->setObjectName(u"message"_s);
     m_message->setWordWrap(true);
     m_message->setAccessibleName(tr("Сообщение"));
@@ -37,10 +39,10 @@ MainWindow::MainWindow(CheckThread &till) : m_till(till), m_pages(new QStackedWi
     connect(&m_till, &CheckThread::changed, this, &MainWindow::apply);
     auto *clock = new QTimer(this);
     connect(clock, &QTimer::timeout, this, &MainWindow::showMessage);
+    connect(clock, &QTimer::timeout, this, &MainWindow::sendPending);
     clock->start(std::chrono::milliseconds(200));
     useTheme(false);
     showSale();
-    apply();
 }
 
 QWidget *MainWindow::makeSale()
@@ -73,13 +75,6 @@ QWidget *MainWindow::makeCustomer()
         form->addRow(title, m_points.constLast());
     }
     return panel;
-}
-
-QWidget *MainWindow::makeTotals()
-{
-    m_sum->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    m_total->setAccessibleName(tr("К оплате"));
-    return arrange(Qt::Horizontal, {m_sum, m_total}, {});
 }
 
 QWidget *MainWindow::makeActions()
@@ -123,8 +118,12 @@ QList<MainWindow::Action> MainWindow::actions()
         return does([operation](CheckDesk &desk) { (desk.session().*operation)(); }, waitingFor);
     };
     const auto customer = [](ECardNumberType type, const QString &prompt, const QString &hint) {
-        return Mode{prompt, hint, tr("Ищем покупателя"),
-                    [type](CheckDesk &desk, const QString &text) { desk.identify(type, text); }};
+        return Mode{prompt, hint, [type](CheckDesk &desk, const QString &text) { desk.identify(type, text); },
+                    tr("Ищем покупателя")};
+    };
+    const auto changeLine = [this] {
+        enter({tr("Строка %1").arg(selectedLine()), tr("Количество, или =цена"),
+               [line = selectedLine()](CheckDesk &desk, const QString &text) { desk.changeGoods(line, text); }});
     };
     const auto removeLine = [this] {
         m_till.send([line = selectedLine()](CheckDesk &desk) { desk.session().removeGoods(line); });
@@ -148,7 +147,7 @@ QList<MainWindow::Action> MainWindow::actions()
         {u"phone"_s, tr("Телефон"), hasNoCard, takes(phone)},
         {u"price"_s, tr("Рассчитать"), canPrice, has(&CheckSession::price, tr("Рассчитываем чек"))},
         {u"spend"_s, tr("Списать баллы"), canSpend, has(&CheckSession::spend, tr("Списываем баллы"))},
-        {u"change"_s, tr("Изменить"), hasLines, [this] { changeLine(); }},
+        {u"change"_s, tr("Изменить"), hasLines, changeLine},
         {u"remove"_s, tr("Удалить"), hasLines, removeLine},
         {u"restore"_s, tr("Вернуть"), canRestore, has(&CheckSession::restoreGoods)},
         {u"park"_s, tr("Отложить"), always, does(&CheckDesk::parkOrShowParked)},
@@ -158,28 +157,20 @@ QList<MainWindow::Action> MainWindow::actions()
     };
 }
 
-void MainWindow::changeLine()
-{
-    enter({tr("Строка %1").arg(selectedLine()),
-           tr("Количество, или =цена"),
-           {},
-           [line = selectedLine()](CheckDesk &desk, const QString &text) { desk.changeGoods(line, text); }});
-}
-
 void MainWindow::voidCheck()
 {
-    confirm(
-        {.text = tr("Аннулировать чек? Вернуть его будет нельзя."), .first = tr("Аннулировать")},
-        [](CheckDesk &desk, const QString &) { desk.voidCheck(); }, tr("Аннулируем чек"));
+    confirm({.text = tr("Аннулировать чек? Вернуть его будет нельзя."), .first = tr("Аннулировать"), .isRisky = true},
+            {.work = [](CheckDesk &desk, const QString &) { desk.voidCheck(); }, .waitingFor = tr("Аннулируем чек")});
 }
 
 void MainWindow::discardRequest(const QString &number)
 {
-    confirm({.text = tr("Снять запрос %1 с отправки? Служба его не получит.").arg(number),
-             .reason = tr("Укажите причину: она останется в списке."),
-             .first = tr("Снять"),
-             .entry = Question::Entry::Text},
-            [number](CheckDesk &desk, const QString &reason) { desk.discardRequest(number, reason); });
+    if (m_till.isIdle())
+        confirm({.text = tr("Снять запрос %1 с отправки? Служба его не получит.").arg(number),
+                 .reason = tr("Укажите причину: она останется в списке."),
+                 .first = tr("Снять"),
+                 .entry = Question::Entry::Text},
+                {.work = [number](CheckDesk &desk, const QString &why) { desk.discardRequest(number, why); }});
 }
 
 /// The first one is done by Enter.
@@ -187,7 +178,8 @@ QList<ListPage::Action> MainWindow::pageActions(Page::Kind kind)
 {
     const auto does = [this](void (CheckDesk::*operation)(const QString &)) {
         return [this, operation](const QString &id) {
-            m_till.send([operation, id](CheckDesk &desk) { (desk.*operation)(id); });
+            if (m_till.isIdle()) // While it is not, the list stays enabled, or it would lose the focus.
+                m_till.send([operation, id](CheckDesk &desk) { (desk.*operation)(id); });
         };
     };
     const QMap<Page::Kind, QList<ListPage::Action>> actions{

@@ -21,11 +21,10 @@ public:
     /// `till` must live longer than the window.
     explicit MainWindow(CheckThread &till);
 
-protected:
+private:
     void closeEvent(QCloseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
-private:
     /// A large button below the check.
     struct Action
     {
@@ -36,20 +35,17 @@ private:
         QToolButton *button = nullptr;
     };
 
-    using TypedWork = std::function<void(CheckDesk &desk, const QString &typed)>;
-
     /// What the entry field takes.
     struct Mode
     {
         QString prompt = {};
         QString hint = {};
+        std::function<void(CheckDesk &desk, const QString &typed)> work = nullptr; ///< Null: goods.
         QString waitingFor = {};
-        TypedWork work = nullptr; ///< Null: goods.
     };
 
     QWidget *makeSale();
     QWidget *makeCustomer();
-    QWidget *makeTotals();
     QWidget *makeActions();
     void makeStatusBar();
     QList<Action> actions();
@@ -65,7 +61,6 @@ private:
     void showSale();
     void updateAreas();
 
-    void changeLine();
     void voidCheck();
     void discardRequest(const QString &number);
 
@@ -76,7 +71,7 @@ private:
     /// The number on the check of the selected line, or of the last one.
     int selectedLine() const;
     /// Asks before something that cannot be taken back, and gives `work` what is typed.
-    void confirm(Question question, const TypedWork &work, const QString &waitingFor = {});
+    void confirm(const Question &question, const Mode &confirmed);
     void settle(const Answer &answer);
 
     CheckThread &m_till;
@@ -100,7 +95,9 @@ private:
     QList<Action> m_actions;
 
     Mode m_mode;
-    QStringList m_pending; ///< Goods entered while the till was busy.
+    const Mode m_goodsMode{tr("Товар"), tr("Штрихкод, 3*штрихкод или название")};
+    QStringList m_pending;    ///< Goods entered while the till was busy.
+    bool m_isHolding = false; ///< They wait until the cashier has seen a warning.
     std::optional<Question> m_confirmation;
     Mode m_confirmed;    ///< What is done once it is.
     quint64 m_shown = 0; ///< Commands whose result has been shown.

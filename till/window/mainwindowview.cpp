@@ -37,6 +37,7 @@ void MainWindow::apply()
     if (m_till.isIdle() && m_shown != view.commandsDone) {
         m_shown = view.commandsDone;
         view.page ? showPage(*view.page) : showSale();
+        m_isHolding = view.isWarning && !m_pending.isEmpty();
     }
     showMessage();
     sendPending();
@@ -89,12 +90,13 @@ void MainWindow::updateAreas()
     m_actionArea->setVisible(isSale && !question);
     m_list->setEnabled(!question);
     m_totals->setVisible(isSale);
-    m_queue->setEnabled(m_till.isIdle() && !question);
+    const bool isFree = m_till.isIdle() && m_pending.isEmpty();
+    m_queue->setEnabled(isFree && !question);
     for (qsizetype index = 0; index < m_actions.size(); ++index) {
         const Action &action = m_actions.at(index);
         const QString text = action.icon == "park"_L1 && !view.isOpen ? tr("Вернуть чек") : action.text;
         action.button->setText(u"%1\nF%2"_s.arg(text, QString::number(index + 1)));
-        action.button->setEnabled(m_till.isIdle() && action.isAllowed(view));
+        action.button->setEnabled(isFree && action.isAllowed(view));
     }
 }
 
@@ -109,8 +111,9 @@ void MainWindow::showMessage()
     if (isWaiting)
         text = tr("%1: ждём ответа %2 с, с %3")
                    .arg(view.waitingFor, QString::number(waited / 1000), view.waitingSince.toString(u"HH:mm:ss"_s));
+    const QString pending = m_isHolding ? tr("Нажмите Enter, чтобы добавить: %1") : tr("Введено и будет добавлено: %1");
     if (!m_pending.isEmpty())
-        text += u"\n"_s + fitting(tr("Введено и будет добавлено: %1").arg(m_pending.join(u", "_s)));
+        text += u'\n' + fitting(pending.arg(m_pending.join(u", "_s)));
     m_message->setText(text);
     setTone(m_message, isWaiting ? u"wait"_s : view.isWarning && !text.isEmpty() ? u"warning"_s : QString());
     m_questions->showTimeLeft();
@@ -131,21 +134,20 @@ void MainWindow::showHelp()
             "Стрелки вверх и вниз выбирают строку чека, Tab переходит к кнопкам.\n\n"
             "F2  карта покупателя\nF3  телефон покупателя\nF4  рассчитать чек в службе лояльности\n"
             "F5  списать баллы\nF6  изменить количество строки, =45,50 – цену\nF7  удалить строку\n"
-            "F8  вернуть последнее изменение строки\n"
-            "F9  отложить чек или вернуть отложенный\nF10  аннулировать чек\nF11  журнал за день\n"
-            "F12  закрыть чек\nCtrl+L  запросы, которые ждут отправки\nEsc  назад\n\n"
+            "F8  вернуть последнее изменение строки\nF9  отложить чек или вернуть отложенный\n"
+            "F10  аннулировать чек\nF11  журнал за день\nF12  закрыть чек\n"
+            "Ctrl+L  запросы, которые ждут отправки\nEsc  назад\n\n"
             "Питание можно выключить в любой момент: чек останется на кассе.")});
 }
 
 void MainWindow::showSale()
 {
-    if (!m_till.view().fault.isEmpty()) {
-        close();
-        return;
-    }
+    if (!m_till.view().fault.isEmpty())
+        return void(close());
     m_pages->setCurrentWidget(m_sale);
+    m_isHolding = false;
     updateAreas();
-    setMode({tr("Товар"), tr("Штрихкод, 3*штрихкод или название"), {}, nullptr});
+    setMode(m_goodsMode);
 }
 
 void MainWindow::setMode(const Mode &mode)
@@ -166,18 +168,23 @@ void MainWindow::enter(const Mode &mode)
 void MainWindow::submit()
 {
     const QString text = m_entry->text().trimmed();
-    if (text.isEmpty() || (m_mode.work && !m_till.isIdle()))
+    if (m_mode.work && (text.isEmpty() || !m_till.isIdle()))
         return;
     m_entry->clear();
     if (m_mode.work)
-        return m_till.send([work = m_mode.work, text](CheckDesk &desk) { work(desk, text); }, m_mode.waitingFor);
-    m_pending.append(text);
+        m_till.send([work = m_mode.work, text](CheckDesk &desk) { work(desk, text); }, m_mode.waitingFor);
+    else if (text.isEmpty())
+        m_isHolding = false;
+    else
+        m_pending.append(text);
+    setMode(m_goodsMode); // What is scanned while the till is busy are goods.
     sendPending();
 }
 
 void MainWindow::sendPending()
 {
-    if (m_pending.isEmpty() || !m_till.isIdle() || m_confirmation || m_pages->currentWidget() != m_sale)
+    const bool isStopped = m_isHolding || m_confirmation || m_pages->currentWidget() != m_sale;
+    if (m_pending.isEmpty() || !m_till.isIdle() || isStopped)
         return;
     m_lines->setCurrentCell(-1, -1);
     m_till.send([text = m_pending.takeFirst()](CheckDesk &desk) { desk.addGoods(text); });
@@ -190,11 +197,11 @@ int MainWindow::selectedLine() const
     return id.isEmpty() && !lines.isEmpty() ? lines.constLast().lineId : id.toInt();
 }
 
-void MainWindow::confirm(Question question, const TypedWork &work, const QString &waitingFor)
+void MainWindow::confirm(const Question &question, const Mode &confirmed)
 {
-    question.second = tr("Нет");
     m_confirmation = question;
-    m_confirmed = {.waitingFor = waitingFor, .work = work};
+    m_confirmation->second = tr("Нет");
+    m_confirmed = confirmed;
     updateAreas();
 }
 
@@ -217,6 +224,7 @@ void MainWindow::closeEvent(QCloseEvent *event)
 
 void MainWindow::keyPressEvent(QKeyEvent *event)
 {
+    const QChar typed = event->text().isEmpty() ? QChar() : event->text().front();
     const int step = event->key() == Qt::Key_Up ? -1 : event->key() == Qt::Key_Down ? 1 : 0;
     if (step != 0)
         m_pages->currentWidget() == m_sale ? m_lines->step(step) : m_list->step(step);
@@ -224,7 +232,13 @@ void MainWindow::keyPressEvent(QKeyEvent *event)
         settle({.kind = Answer::Kind::Second});
     else if (event->key() == Qt::Key_Escape)
         showSale();
-    else
+    else if (typed.isPrint() && !typed.isSpace() && m_till.view().fault.isEmpty()) {
+        // Nothing here takes it, so that a scan would end in a bare Enter on some button: it belongs to the sale.
+        if (m_pages->currentWidget() != m_sale)
+            showSale();
+        m_entry->setFocus();
+        m_entry->insert(event->text());
+    } else
         QMainWindow::keyPressEvent(event);
 }
 

@@ -4,6 +4,7 @@
 #include <core/plaintext.h>
 
 #include <QtCore/QRegularExpression>
+#include <QtGui/QKeyEvent>
 #include <QtGui/QShortcut>
 #include <QtGui/QTextDocument>
 #include <QtWidgets/QHeaderView>
@@ -134,6 +135,12 @@ void ListTable::filter(const QString &words)
         if (isHit && selectedItems().isEmpty())
             selectRow(row);
     }
+}
+
+void ListTable::keyPressEvent(QKeyEvent *event)
+{
+    const bool isTyped = !event->text().isEmpty() && !event->matches(QKeySequence::Copy);
+    isTyped ? event->ignore() : QTableWidget::keyPressEvent(event);
 }
 
 } // namespace till

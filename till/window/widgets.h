@@ -56,6 +56,9 @@ public:
     void filter(const QString &words);
 
 private:
+    /// Leaves what is typed to the window instead of looking for a row that begins with it.
+    void keyPressEvent(QKeyEvent *event) override;
+
     QList<Page::Row> m_rows;
 };
 
