@@ -31,7 +31,7 @@ public:
 
 tr::Tr refusalText(const tr::Tr &said)
 {
-    const QString text = said.ru();
+    const QString &text = said.ru();
     return plainText(text, text.size()).isEmpty() ? tr::Tr(u"Сервис отказал и не назвал причины"_s) : said;
 }
 
