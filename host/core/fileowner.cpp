@@ -1,5 +1,6 @@
 #include <core/fileowner.h>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,8 +11,17 @@
 
 void giveToOwnerOfFolder(const QString &fileName)
 {
+    if (::geteuid() != 0)
+        return;
+    // The folder's owner may put another file, or a link to one, in this one's place at any moment. Such a descriptor
+    // opens nothing, so that closing it drops no locks.
+    const int descriptor = ::open(QFile::encodeName(fileName).constData(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
+    struct stat file = {};
     struct stat folder = {};
-    const QString path = QFileInfo(fileName).absolutePath();
-    if (::geteuid() == 0 && ::stat(QFile::encodeName(path).constData(), &folder) == 0)
-        std::ignore = ::lchown(QFile::encodeName(fileName).constData(), folder.st_uid, folder.st_gid);
+    const QByteArray path = QFile::encodeName(QFileInfo(fileName).absolutePath());
+    if (descriptor >= 0 && ::fstat(descriptor, &file) == 0 && ::stat(path.constData(), &folder) == 0 &&
+        S_ISREG(file.st_mode) && file.st_nlink == 1)
+        std::ignore = ::fchownat(descriptor, "", folder.st_uid, folder.st_gid, AT_EMPTY_PATH);
+    if (descriptor >= 0)
+        ::close(descriptor);
 }
