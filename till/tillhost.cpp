@@ -5,6 +5,7 @@
 
 #include <checks/checkstore.h>
 #include <core/basicexception.h>
+#include <core/fileowner.h>
 #include <core/logsetup.h>
 #include <core/session.h>
 #include <core/singleton.h>
@@ -66,6 +67,7 @@ void TillHost::lockDataFolder()
     if (!m_lock.open(QFile::ReadWrite, QFile::ReadOwner | QFile::WriteOwner))
         throw BasicException(u"Нет доступа к папке данных %1 (%2); проверьте ключ Host:dataFolder"_s.arg(
             m_dataFolder, m_lock.errorString()));
+    giveToOwnerOf(m_dataFolder, m_lock.fileName());
     // The kernel lets go of such a lock whenever and however its process ends. What a file says about its process would
     // be wrong after a kill in the middle of writing it.
     struct flock lock = wholeFile();

@@ -15,6 +15,8 @@
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
+#include <utility>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
@@ -44,23 +46,36 @@ class PrivateFileAppender : public Log4Qt::RollingFileAppender
 {
 public:
     PrivateFileAppender(const Log4Qt::LayoutSharedPtr &layout, const QString &fileName)
-        : RollingFileAppender(layout, fileName, true), m_fileName(QFile::encodeName(fileName))
+        : RollingFileAppender(layout, fileName, true), m_fileName(fileName)
     {}
+
+    void activateOptions() override
+    {
+        RollingFileAppender::activateOptions();
+        m_inode = inode();
+    }
 
     void doAppend(const Log4Qt::LoggingEvent &event) override
     {
         RollingFileAppender::doAppend(event);
-        struct stat file
-        {
-        };
-        if (::stat(m_fileName.constData(), &file) == 0 && (file.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
-            static_cast<void>(::chmod(m_fileName.constData(), S_IRUSR | S_IWUSR));
-            giveToOwnerOfFolder(QFile::decodeName(m_fileName));
-        }
+        const ino_t now = inode();
+        if (now == std::exchange(m_inode, now))
+            return;
+        // A new file was begun.
+        static_cast<void>(::chmod(m_path.constData(), S_IRUSR | S_IWUSR));
+        giveToOwnerOf(QFileInfo(m_fileName).absolutePath(), m_fileName);
     }
 
 private:
-    QByteArray m_fileName;
+    ino_t inode() const
+    {
+        struct stat file = {};
+        return ::stat(m_path.constData(), &file) == 0 ? file.st_ino : 0;
+    }
+
+    QString m_fileName;
+    QByteArray m_path = QFile::encodeName(m_fileName);
+    ino_t m_inode = 0;
 };
 
 void warn(const QString &text)
@@ -108,7 +123,7 @@ void preparePrivateFile(const QString &fileName)
         throw BasicException(
             u"Файл журнала %1 (настройка Log:file) не открывается: %2"_s.arg(fileName, file.errorString()));
     if (isNew)
-        giveToOwnerOfFolder(fileName);
+        giveToOwnerOf(QFileInfo(fileName).absolutePath(), fileName);
 }
 
 Log4Qt::AppenderSharedPtr fileAppender(const Config &config, const QString &fileName,

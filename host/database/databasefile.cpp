@@ -84,7 +84,7 @@ void DatabaseFile::makeFile() const
         throw databaseerror::make(m_title, u"не удалось создать файл, проверьте права на папку"_s,
                                   qt_error_string(errno));
     }
-    giveToOwnerOfFolder(m_name);
+    giveToOwnerOf(QFileInfo(m_name).path(), m_name);
     if (!syncFolder(QFileInfo(m_name).path()))
         throw databaseerror::make(m_title, u"не удалось записать папку на диск"_s, qt_error_string(errno));
 }

@@ -1,6 +1,7 @@
 // The queue's tables in SQLite, and leases as open file description locks.
 #include "queuedatabase.h"
 
+#include <core/fileowner.h>
 #include <database/databaseerror.h>
 #include <database/sqliteconnection.h>
 
@@ -52,16 +53,6 @@ struct flock byteLock(qint64 position)
     return lock;
 }
 
-// A file that root created (for instance with a command line tool) must not keep the till's own user out. SQLite does
-// the same with its files.
-bool giveToOwnerOf(int descriptor, const QString &databaseName)
-{
-    struct stat database = {};
-    if (::geteuid() != 0 || ::stat(QFile::encodeName(databaseName).constData(), &database) != 0)
-        return true;
-    return ::fchown(descriptor, database.st_uid, database.st_gid) == 0;
-}
-
 /// A lock on one byte of the file "<database>-lease", the byte with the lease's number. The kernel drops it with the
 /// process and with this object. The locks belong to the open file (not to the process, as POSIX locks do), so drains
 /// of one process keep each other out as well.
@@ -71,11 +62,13 @@ public:
     explicit FileLease(const SqliteConnection &database)
         : m_title(database.title()), m_fileName(database.fileName() + u"-lease"_s)
     {
-        m_descriptor = ::open(QFile::encodeName(m_fileName).constData(), O_RDWR | O_CREAT | O_CLOEXEC, ownerOnly);
+        m_descriptor =
+            ::open(QFile::encodeName(m_fileName).constData(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, ownerOnly);
         if (m_descriptor < 0)
             throw error();
+        giveToOwnerOf(database.fileName(), m_fileName); // as SQLite does with its files
         struct flock lock = byteLock(id());
-        if (!giveToOwnerOf(m_descriptor, database.fileName()) || ::fcntl(m_descriptor, F_OFD_SETLK, &lock) != 0) {
+        if (::fcntl(m_descriptor, F_OFD_SETLK, &lock) != 0) {
             const BasicException problem = error();
             ::close(m_descriptor);
             throw problem;
