@@ -35,6 +35,11 @@ tr::Tr refusalText(const tr::Tr &said)
     return plainText(text, text.size()).isEmpty() ? tr::Tr(u"Сервис отказал и не назвал причины"_s) : said;
 }
 
+QString reasonFor(const tr::Tr &question, const BasicLoyaltySystem &system)
+{
+    return question.key().startsWith("till"_L1) ? QString() : refusalText(system.getLastErrorString()).ru();
+}
+
 Loyalty::Loyalty(const QString &pluginFolder)
 {
     try {

@@ -13,6 +13,9 @@ class LoyaltyPlugin;
 /// since a service need not give a reason.
 tr::Tr refusalText(const tr::Tr &said);
 
+/// The reason to show below a question of the loyalty system, which gives none itself; empty for the till's own.
+QString reasonFor(const tr::Tr &question, const BasicLoyaltySystem &system);
+
 /// The plugin, or, where it cannot be used, a stand-in that accepts no card and says why: checks without a card are
 /// sold as ever.
 class Loyalty

@@ -50,8 +50,7 @@ void ScriptedCashier::beginCheck(const Answers &answers)
 bool ScriptedCashier::ask(const tr::Tr &message, const tr::Tr &first, const tr::Tr &second)
 {
     show(message);
-    if (const QString reason = m_system ? refusalText(m_system->getLastErrorString()).ru() : QString();
-        !message.ru().contains(reason))
+    if (const QString reason = m_system ? reasonFor(message, *m_system) : QString(); !reason.isEmpty())
         printMarked(u"Причина: "_s + reason);
     const bool answered = !m_answers.dialogs.isEmpty();
     const bool chosen = answered ? m_answers.dialogs.takeFirst() : askInTerminal(first, second);

@@ -84,6 +84,8 @@ void CheckDesk::look()
 {
     // A queue on a server that does not answer holds up the sale for seconds at each look.
     constexpr std::chrono::seconds usualPause{1}, longPause{30};
+    if (!m_till)
+        return; // finished
     m_view.queue = queueStatus();
     refresh();
     QTimer::singleShot(m_view.queue ? usualPause : longPause, this, &CheckDesk::look);
@@ -97,8 +99,7 @@ bool CheckDesk::ask(const tr::Tr &message, const tr::Tr &first, const tr::Tr &se
     question.text = message.ru();
     question.first = first.ru();
     question.second = second.ru();
-    const QString reason = refusalText(m_till->system().getLastErrorString()).ru();
-    if (!question.text.contains(reason))
+    if (const QString reason = reasonFor(message, m_till->system()); !reason.isEmpty())
         question.reason = tr("Причина: %1").arg(reason);
     return waitForAnswer(question, std::nullopt)->kind == Answer::Kind::First;
 }

@@ -82,7 +82,7 @@ private:
     void end(const CheckResult &result);
     void warn(const QString &text);
     void refresh();
-    /// At what can change while nothing is done; again and again.
+    /// Refreshes what can change while nothing is done, then schedules itself again.
     void look();
     /// Nothing when `timeLeft` is over before there is an answer.
     std::optional<Answer> waitForAnswer(Question question, std::optional<std::chrono::milliseconds> timeLeft);
