@@ -189,9 +189,12 @@ QueueAnswer statusAnswer(const QueueStatus &status, const QueueRequest &request,
 
 QString showAnswer(const QueueAdmin &queue, qint64 id, bool json, const QDateTime &now)
 {
+    Entry entry = queue.entry(id);
     const QJsonObject event = queue.event(id);
-    const QList<Entry> entries = queue.list(); // entry() does not know what other events of the order say of the check
-    const Entry entry = *std::find_if(entries.cbegin(), entries.cend(), [id](const Entry &e) { return e.id == id; });
+    for (const QList<Entry> all = queue.list(); const Entry &other : all) {
+        if (other.id == id)
+            entry = other; // Here the check is known from the order's other events as well.
+    }
     if (!json)
         return entriesAsTable({entry}, now) + asText(event);
     QJsonObject object = entryAsJson(entry);
