@@ -89,6 +89,7 @@ std::optional<Response> Plugin::createOrder(const QSharedPointer<AbstractDocumen
 
 bool Plugin::commit(const QSharedPointer<AbstractDocument> &document)
 {
+    pendingUpdate = false; // It says nothing about the next check.
     if (document && document->getType() == EDocumentType::RefundBySale)
         return true;
     logger->info(u"Подтверждение операций бонусной системы"_s);
@@ -110,7 +111,6 @@ bool Plugin::commit(const QSharedPointer<AbstractDocument> &document)
     }
     enqueue(interface->postOrderRequest(card));
     enqueue(interface->bindOrderIdRequest(document, card));
-    pendingUpdate = false; // It says nothing about the next check.
     return true;
 }
 

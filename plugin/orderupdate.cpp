@@ -13,9 +13,6 @@ void Plugin::updateOrder(const Event &event)
     const auto card = getCard();
     if (!card || card->getOperationId().isEmpty() || !hasSubject(document, card))
         return;
-    // Named for a commit() that failed, but never priced: there is nothing that the order could be created as.
-    if (!orderCreated && card->getOperationInfo().isNull())
-        return;
     const Request update = interface->updateOrderRequest(document, card);
     const tr::Tr question(u"kvoUpdateOrderError"_s,
                           u"Ошибка при обновлении заказа.\nПовторить или удалить карту из чека?"_s);
@@ -34,7 +31,8 @@ void Plugin::sendUpdate(const Request &update, const QSharedPointer<AbstractDocu
     if (!orderCreated) {
         logger->info(u"Создание заказа"_s);
         Request creation = interface->createOrderRequest(document, card, true);
-        creation.payload = QJsonDocument(accepted);
+        if (!accepted.isEmpty()) // Otherwise it was named by a commit() that failed, and never priced.
+            creation.payload = QJsonDocument(accepted);
         interface->requestOnline(creation);
         orderCreated = true;
     }

@@ -50,11 +50,12 @@ void Plugin::updatePluginData() const
     MockFactory<SaveToFileLogic>::create()->save(currentDocument(), QString(), 0.0);
 }
 
-/// The order's existence is no longer relied on, whatever the host saves next.
+/// Marks the order as not created, also in the plugin data that the host saves next.
 void Plugin::disownOrder()
 {
     orderCreated = false;
-    setPluginData(orderCreatedKey, false);
+    setPluginData(bonusImpactsKey, QVariant::fromValue(bonusImpacts));
+    setPluginData(orderCreatedKey, orderCreated);
 }
 
 bool Plugin::restoreLoyaltySystem()

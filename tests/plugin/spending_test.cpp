@@ -70,6 +70,7 @@ TEST_F(Spending, AnOrderThatGivesNoDiscountCountsAsNotCreated)
         EXPECT_TRUE(plugin.bonusImpacts.isEmpty());
         EXPECT_FALSE(plugin.orderCreated);
         EXPECT_EQ(plugin.getPluginData(u"orderCreated"_s, {}), QVariant(false));
+        EXPECT_TRUE(plugin.restoreLoyaltySystem() && plugin.bonusImpacts.isEmpty());
     }
 }
 
