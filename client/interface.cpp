@@ -14,7 +14,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace kvo {
 
-/// Given once per process: a till has this code twice, in the plugin and for its queue.
+/// One warning per process: this code is linked into both the plugin and the till.
 struct PlainHttpWarning
 {
     std::atomic_flag isGiven;
