@@ -4,8 +4,6 @@
 #include "tests/support/test.h"
 #include "till/configuration.h"
 
-#include <core/basicexception.h>
-
 #include <QtCore/QDirIterator>
 #include <QtCore/QRegularExpression>
 
