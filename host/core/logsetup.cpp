@@ -15,7 +15,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
-#include <utility>
+#include <atomic>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -59,7 +59,7 @@ public:
     {
         RollingFileAppender::doAppend(event);
         const ino_t now = inode();
-        if (now == std::exchange(m_inode, now))
+        if (now == m_inode.exchange(now))
             return;
         // A new file was begun.
         static_cast<void>(::chmod(m_path.constData(), S_IRUSR | S_IWUSR));
@@ -75,7 +75,7 @@ private:
 
     QString m_fileName;
     QByteArray m_path = QFile::encodeName(m_fileName);
-    ino_t m_inode = 0;
+    std::atomic<ino_t> m_inode = 0; // any thread may log
 };
 
 void warn(const QString &text)
