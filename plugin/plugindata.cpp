@@ -50,7 +50,8 @@ void Plugin::updatePluginData() const
     MockFactory<SaveToFileLogic>::create()->save(currentDocument(), QString(), 0.0);
 }
 
-/// Marks the order as not created, also in the plugin data that the host saves next.
+/// Marks the order as not created, also in the plugin data that the host saves next, which gets the impacts as they
+/// are.
 void Plugin::disownOrder()
 {
     orderCreated = false;
