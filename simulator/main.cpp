@@ -97,11 +97,9 @@ void addTail(CLI::App &app, sim::TailOptions &options)
     command->add_flag("--json", options.json, "Print requests in full, as JSON lines");
 }
 
-} // namespace
-
-// The command line takes a statement per option. NOLINTNEXTLINE(readability-function-size)
-int main(int argc, char **argv)
-try {
+/// Does what the command line says, with a statement per option. NOLINTNEXTLINE(readability-function-size)
+int perform(int argc, char **argv)
+{
     CLI::App app("Stand-in for the loyalty service: its HTTP API on a ledger of its own.", "loyalty-sim");
     app.require_subcommand(1);
     sim::ServeOptions serveOptions;
@@ -145,6 +143,16 @@ try {
     if (app.got_subcommand("tail"))
         return tail(tailOptions);
     return serve(serveOptions);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+try {
+    const int status = perform(argc, argv);
+    if (!std::cout.flush())
+        throw std::runtime_error("the output could not be written");
+    return status;
 } catch (const std::exception &error) {
     std::cerr << "loyalty-sim: " << error.what() << std::endl;
     return 2;
