@@ -30,14 +30,14 @@ bool Plugin::request(const QSharedPointer<AbstractDocument> &document)
     logger->info(u"Запрос к системе лояльности"_s);
     const auto card = getCard();
     orderCreated = false;
-    if (!hasSubject(document, card))
+    if (!hasCheckAndCard(document, card))
         return true;
     std::optional<Response> response;
     try {
         response = interface->calculateOrder(document, card);
     } catch (const BasicException &error) {
         reportError(error.text());
-        disownOrder();
+        markOrderNotCreated();
         return false;
     }
     bonusImpacts.clear();
@@ -49,20 +49,13 @@ bool Plugin::request(const QSharedPointer<AbstractDocument> &document)
     return true;
 }
 
-/// A card without operation id has no order: any that is known to exist belongs to an earlier check.
-void Plugin::forgetOrderOfEarlierCheck(const DocumentCardRecord &card)
-{
-    if (card.getOperationId().isEmpty())
-        orderCreated = false;
-}
-
 /// Gives an identifier to an order that was never priced. Every attempt must use the same one, also after a restart,
 /// because an order whose answer was lost may exist on the service. So it is saved before it is sent.
-void Plugin::nameOrder(DocumentCardRecord &card)
+void Plugin::assignOperationId(DocumentCardRecord &card)
 {
     if (!card.getOperationId().isEmpty())
         return;
-    forgetOrderOfEarlierCheck(card);
+    orderCreated = false;
     card.setOperationId(interface->createUuid());
     auto unnamed = qScopeGuard([&card] { card.setOperationId(QString()); });
     updatePluginData();
@@ -81,7 +74,7 @@ std::optional<Response> Plugin::createOrder(const QSharedPointer<AbstractDocumen
         confirm();
         if (getCard() != card)
             return; // Taken off the check while the customer was asked for the code.
-        nameOrder(*card);
+        assignOperationId(*card);
         response = interface->createOrder(document, card, forbidDiscount);
     });
     return response;
@@ -94,10 +87,10 @@ bool Plugin::commit(const QSharedPointer<AbstractDocument> &document)
         return true;
     logger->info(u"Подтверждение операций бонусной системы"_s);
     const auto card = getCard();
-    if (!hasSubject(document, card))
+    if (!hasCheckAndCard(document, card))
         return true;
-    forgetOrderOfEarlierCheck(*card);
-    if (!orderCreated) {
+    // Without an operation id, an order known to exist belongs to an earlier check.
+    if (!orderCreated || card->getOperationId().isEmpty()) {
         if (!createOrder(document, card, true))
             return true;
         // Before the first push: a repeated commit must not replace an order that may already be posted.
@@ -105,7 +98,7 @@ bool Plugin::commit(const QSharedPointer<AbstractDocument> &document)
         try {
             updatePluginData();
         } catch (...) {
-            disownOrder();
+            markOrderNotCreated();
             throw;
         }
     }

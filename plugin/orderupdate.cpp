@@ -11,7 +11,7 @@ void Plugin::updateOrder(const Event &event)
 {
     const auto document = documentOf(event);
     const auto card = getCard();
-    if (!card || card->getOperationId().isEmpty() || !hasSubject(document, card))
+    if (!card || card->getOperationId().isEmpty() || !hasCheckAndCard(document, card))
         return;
     const Request update = interface->updateOrderRequest(document, card);
     const tr::Tr question(u"kvoUpdateOrderError"_s,

@@ -83,16 +83,16 @@ void Plugin::handleEvent(const Event &event)
         if (pendingUpdate)
             pendingUpdate = false;
         else
-            reissueOrder(event);
+            cancelAndReprice(event);
         break;
     case EventCode::LoyaltyResultDropped:
-        reissueOrder(event);
+        cancelAndReprice(event);
         break;
     }
 }
 
 /// Drops the order on the service and prices the check as if for the first time.
-void Plugin::reissueOrder(const Event &event)
+void Plugin::cancelAndReprice(const Event &event)
 {
     const auto document = documentOf(event);
     cancelOrder(document, false);
@@ -106,8 +106,8 @@ QSharedPointer<AbstractDocument> Plugin::documentOf(const Event &event)
 }
 
 /// Whether there is a check with a card to work on.
-bool Plugin::hasSubject(const QSharedPointer<AbstractDocument> &document,
-                        const QSharedPointer<DocumentCardRecord> &card) const
+bool Plugin::hasCheckAndCard(const QSharedPointer<AbstractDocument> &document,
+                             const QSharedPointer<DocumentCardRecord> &card) const
 {
     if (card && !document)
         logger->error(u"Нет чека для карты лояльности: запрос не отправлен"_s);

@@ -107,14 +107,13 @@ private:
     void sendUpdate(const Request &update, const QSharedPointer<AbstractDocument> &document,
                     const QSharedPointer<DocumentCardRecord> &card);
     bool cancelOrder(const QSharedPointer<AbstractDocument> &document, bool queued);
-    void reissueOrder(const Event &event);
-    void forgetOrderOfEarlierCheck(const DocumentCardRecord &card);
-    void nameOrder(DocumentCardRecord &card);
-    void disownOrder();
+    void cancelAndReprice(const Event &event);
+    void assignOperationId(DocumentCardRecord &card);
+    void markOrderNotCreated();
     static QSharedPointer<AbstractDocument> documentOf(const Event &event);
 
-    bool hasSubject(const QSharedPointer<AbstractDocument> &document,
-                    const QSharedPointer<DocumentCardRecord> &card) const;
+    bool hasCheckAndCard(const QSharedPointer<AbstractDocument> &document,
+                         const QSharedPointer<DocumentCardRecord> &card) const;
     std::optional<Response> createOrder(
         const QSharedPointer<AbstractDocument> &document, const QSharedPointer<DocumentCardRecord> &card,
         bool forbidDiscount, const std::function<void()> &confirm = [] {});

@@ -52,7 +52,7 @@ void Plugin::updatePluginData() const
 
 /// Marks the order as not created, also in the plugin data that the host saves next, which gets the impacts as they
 /// are.
-void Plugin::disownOrder()
+void Plugin::markOrderNotCreated()
 {
     orderCreated = false;
     setPluginData(bonusImpactsKey, QVariant::fromValue(bonusImpacts));

@@ -31,7 +31,7 @@ bool Plugin::spendPoints()
 {
     const auto document = currentDocument();
     const auto card = getCard();
-    if (!hasSubject(document, card))
+    if (!hasCheckAndCard(document, card))
         return true;
     logger->info(u"Создание оплаты бонусами в виде скидки на сумму %1, по карте %2"_s.arg(
         QString::number(pointsForSpend, 'f', 2), card->getNumber().toString()));
@@ -48,7 +48,7 @@ bool Plugin::spendPoints()
     } catch (...) {
         // There will be no discount on the check, so commit() has to create the order again, without points.
         bonusImpacts.clear();
-        disownOrder();
+        markOrderNotCreated();
         throw;
     }
     return true;
