@@ -6,6 +6,7 @@
 #include <core/basicexception.h>
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
@@ -142,24 +143,32 @@ bool othersCanReadPasswords(const Config &config)
 
 QString settingsReference()
 {
-    return u"# Settings\n\n"
-           "The configuration is an INI file: the key `Kvo:host` is the entry `host` of the section `[Kvo]`. Sections "
-           "and "
-           "keys are case-sensitive. A value is the text after `=`, taken literally; one pair of double quotes around "
-           "it "
-           "is removed. The decimal separator is a point. Lines that begin with `;` or `#` are comments. Changes take "
-           "effect at the next start.\n\n"
-           "kvo-till refuses to start (exit status 2) when the file has an unknown section or key or a value out of "
-           "its "
-           "range; `kvo-till doctor` checks the file and everything it points to. The plugin takes its settings as "
-           "they "
-           "are. `till/kvo-till.ini.example` is a complete sample. This page is the output of `kvo-till settings`.\n"_s +
-           sectionTables(hostSettings(), u"The host framework (PosHost) reads these."_s) +
+    return QStringLiteral(R"(# Settings
+
+The configuration is an INI file: the key `Kvo:host` is the entry `host` of the section `[Kvo]`. Sections and keys are
+case-sensitive. A value is the text after `=`, taken literally; one pair of double quotes around it is removed. The
+decimal separator is a point. When a key is given twice, the last line counts. Lines that begin with `;` or `#` are
+comments. Changes take effect at the next start.
+
+kvo-till refuses to start (exit status 2) when the file has an unknown section or key or a value out of its range;
+`kvo-till doctor` checks the file and everything it points to. The plugin takes its settings as they are.
+`till/kvo-till.ini.example` is a complete sample. This page is the output of `kvo-till settings`.
+)") + sectionTables(hostSettings(), u"The host framework (PosHost) reads these."_s) +
            sectionTables(tillSettings(), u"kvo-till and kvo-window read these."_s) +
            sectionTables(
                loyaltySettings(),
                u"The plugin reads these, at start; those of the code at each confirmation. The till sends queued "
                "requests with the same ones."_s);
+}
+
+QString configuredDataFolder(const Config &config)
+{
+    return QDir(config.getString(u"Host:dataFolder"_s, QDir::currentPath())).absolutePath();
+}
+
+QString configuredGoodsFile(const Config &config)
+{
+    return QDir(configuredDataFolder(config)).absoluteFilePath(config.getString(u"Till:goods"_s, u"goods.json"_s));
 }
 
 QString defaultPluginFolder()

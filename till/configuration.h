@@ -20,6 +20,10 @@ bool othersCanReadPasswords(const Config &config);
 /// All settings as a page in Markdown, one table a section.
 QString settingsReference();
 
+/// The folder "Host:dataFolder", and the catalogue "Till:goods", which is meant in it.
+QString configuredDataFolder(const Config &config);
+QString configuredGoodsFile(const Config &config);
+
 /// Where libKvo.so is when Till:pluginFolder does not say: `../lib/kvo` beside the folder of the program, as installed,
 /// or else `../lib`, as built.
 QString defaultPluginFolder();

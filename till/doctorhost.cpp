@@ -1,19 +1,24 @@
-// Checks files and folders, the plugin and the queue.
+// Checks the configuration, the log, the goods, the plugin and the data folder.
 #include "doctorhost.h"
 
+#include "catalogue.h"
 #include "configuration.h"
 
 #include <core/basicexception.h>
+#include <core/privatefile.h>
 #include <core/singleton.h>
 #include <loyalty/basicloyaltysystem.h>
-#include <queue/queueadmin.h>
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
+#include <QtCore/QHash>
 #include <QtCore/QJsonObject>
 #include <QtCore/QPluginLoader>
 #include <QtCore/QStorageInfo>
 #include <QtCore/QTemporaryFile>
+
+#include <cerrno>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -84,6 +89,18 @@ QString problemOf(const SettingFault &fault)
     return place + u"%1 is missing in the text"_s.arg(fault.expected);
 }
 
+QString repeatedKeys()
+{
+    QStringList repeated;
+    QHash<QString, int> lines;
+    for (const Config::Entry &entry : Singleton<Config>::instance()->entries()) {
+        if (const int earlier = std::exchange(lines[entry.key()], entry.line); earlier != 0)
+            repeated.append(u"line %1 sets %2 again, after line %3"_s.arg(QString::number(entry.line), entry.key(),
+                                                                          QString::number(earlier)));
+    }
+    return repeated.join(u"; "_s);
+}
+
 Finding checkEntries(bool keys)
 {
     QStringList problems;
@@ -93,6 +110,8 @@ Finding checkEntries(bool keys)
         if (unknown == keys)
             problems.append(problemOf(fault));
     }
+    if (const QString repeated = repeatedKeys(); keys && problems.isEmpty() && !repeated.isEmpty())
+        return {Verdict::Warning, repeated, u"Remove the earlier lines: the last one counts"_s};
     if (problems.isEmpty())
         return {Verdict::Ok, keys ? u"all are known"_s : u"all are of the right kind and in range"_s};
     return {Verdict::Failure, problems.join(u"; "_s), u"Correct or remove them, see docs/settings.md"_s};
@@ -102,12 +121,13 @@ Finding checkEntries(bool keys)
 Finding checkFolder(const QString &folder, const QString &key)
 {
     const QString remedy = u"Correct %1, or let the user of the till write there"_s.arg(key);
-    const auto ownerOnly = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
-    if (!QFileInfo(folder).isDir() && !QDir().mkdir(folder, ownerOnly))
-        return {Verdict::Failure, u"%1 does not exist and cannot be made"_s.arg(folder), remedy};
+    if (!makePrivateFolder(folder))
+        return {Verdict::Failure, u"%1 does not exist and cannot be made: %2"_s.arg(folder, qt_error_string(errno)),
+                remedy};
     QTemporaryFile file(folder + u"/doctor"_s);
     if (!file.open() || file.write("x") != 1 || !file.flush())
-        return {Verdict::Failure, u"no file can be written in %1: %2"_s.arg(folder, file.errorString()), remedy};
+        return {Verdict::Failure, u"no file can be written in %1: %2"_s.arg(folder, file.errorString()),
+                file.errorString() == qt_error_string(ENOSPC) ? u"Make room on its disk"_s : remedy};
     return {Verdict::Ok, u"%1 can be written"_s.arg(folder)};
 }
 
@@ -143,6 +163,19 @@ Finding checkSpace(qint64 wanted)
     return {Verdict::Warning, found, u"Make room: without it nothing is queued, and no card is accepted"_s};
 }
 
+Finding checkGoods()
+{
+    const QString file = configuredGoodsFile(*Singleton<Config>::instance());
+    const QString remedy = u"Name a file of the form of till/goods.json in Till:goods"_s;
+    if (!QFileInfo::exists(file))
+        return {Verdict::Warning, u"%1 does not exist; only scenarios can be sold"_s.arg(file), remedy};
+    try {
+        return {Verdict::Ok, u"%1 has %2 articles"_s.arg(file, QString::number(Catalogue(file).goods().size()))};
+    } catch (const BasicException &error) {
+        return {Verdict::Failure, u"%1 is not a catalogue of goods"_s.arg(file), remedy, error.text().ru()};
+    }
+}
+
 Finding checkPlugin()
 {
     const QString file = QDir::cleanPath(setting(u"Till:pluginFolder"_s, defaultPluginFolder()) + u"/libKvo.so"_s);
@@ -171,7 +204,7 @@ Finding checkPlugin()
 
 QString dataFolder()
 {
-    return QDir(setting(u"Host:dataFolder"_s, QDir::currentPath())).absolutePath();
+    return configuredDataFolder(*Singleton<Config>::instance());
 }
 
 QList<Check> hostChecks(const QString &configFile, qint64 spaceWanted)
@@ -183,6 +216,7 @@ QList<Check> hostChecks(const QString &configFile, qint64 spaceWanted)
         {u"keys"_s, configurationCheck, [] { return checkEntries(true); }},
         {u"values"_s, configurationCheck, [] { return checkEntries(false); }},
         {u"log"_s, configurationCheck, checkLog},
+        {u"goods"_s, configurationCheck, checkGoods},
         {u"plugin"_s, configurationCheck, checkPlugin},
         {data, configurationCheck, checkDataFolder},
         {u"disk space"_s, data, [=] { return checkSpace(spaceWanted); }},

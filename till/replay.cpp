@@ -8,6 +8,7 @@
 #include "tillhost.h"
 
 #include <core/basicexception.h>
+#include <core/privatefile.h>
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
@@ -15,6 +16,7 @@
 #include <QtCore/QSaveFile>
 #include <QtCore/QStandardPaths>
 
+#include <cerrno>
 #include <cstdio>
 
 using namespace Qt::Literals::StringLiterals;
@@ -52,8 +54,9 @@ void writeFile(const QString &fileName, const QByteArray &content)
 /// Makes the till's folder with a configuration of its own: the given one, with another place for the data and the log.
 QString configureTill(const QString &configFile, const QString &folder)
 {
-    if (!QDir(folder).exists() && !QDir().mkdir(folder, ownerOnly | QFile::ExeOwner))
-        throw BasicException(u"%1: the folder cannot be made; check Host:dataFolder"_s.arg(folder));
+    if (!makePrivateFolder(folder))
+        throw BasicException(
+            u"%1: the folder cannot be made (%2); check Host:dataFolder"_s.arg(folder, qt_error_string(errno)));
     QFile original(configFile);
     if (!original.open(QFile::ReadOnly))
         throw BasicException(u"%1: %2"_s.arg(configFile, original.errorString()));
@@ -114,8 +117,6 @@ ExitStatus replayDay(const Day &day, const ReplayOptions &options)
 {
     const TillHost host(options.configFile, TillHost::Access::Look);
     const QString &folder = host.dataFolder();
-    if (!QDir(folder).exists() && !QDir().mkdir(folder, ownerOnly | QFile::ExeOwner))
-        throw BasicException(u"%1: the folder cannot be made; check Host:dataFolder"_s.arg(folder));
     ReplayTills tills(day);
     tills.run(tillArguments(options, folder));
     if (tills.replayed().isEmpty())

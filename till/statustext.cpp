@@ -1,4 +1,5 @@
-// Reads everything beside a till that may be at work, so it changes nothing and runs no foreign code.
+// Reads beside a till that may be at work, and runs no foreign code. Whether the queue works is found out by a write to
+// it, which makes its file when it is missing.
 #include "statustext.h"
 
 #include "checkview.h"

@@ -5,8 +5,8 @@
 
 #include <checks/checkstore.h>
 #include <core/basicexception.h>
-#include <core/fileowner.h>
 #include <core/logsetup.h>
+#include <core/privatefile.h>
 #include <core/session.h>
 #include <core/singleton.h>
 
@@ -41,7 +41,7 @@ TillHost::TillHost(const QString &configFile, Access access) : m_config(readConf
         Log4Qt::LogManager::logger(u"till"_s)->warn(
             u"Файл настроек %1 с паролем может прочитать любой пользователь, уберите это право: chmod o-r"_s.arg(
                 configFile));
-    m_dataFolder = QDir(m_config->getString(u"Host:dataFolder"_s, QDir::currentPath())).absolutePath();
+    m_dataFolder = configuredDataFolder(*m_config);
     if (access == Access::Work)
         lockDataFolder();
     m_queue = QSharedPointer<EndingQueue>::create();
@@ -60,9 +60,9 @@ TillHost::~TillHost()
 
 void TillHost::lockDataFolder()
 {
-    const auto ownerOnly = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
-    if (!QDir(m_dataFolder).exists() && !QDir().mkdir(m_dataFolder, ownerOnly))
-        throw BasicException(u"Папка данных %1 не создана; проверьте ключ Host:dataFolder"_s.arg(m_dataFolder));
+    if (!makePrivateFolder(m_dataFolder))
+        throw BasicException(u"Папка данных %1 не создана (%2); проверьте ключ Host:dataFolder"_s.arg(
+            m_dataFolder, qt_error_string(errno)));
     m_lock.setFileName(QDir(m_dataFolder).filePath(u"till.lock"_s));
     if (!m_lock.open(QFile::ReadWrite, QFile::ReadOwner | QFile::WriteOwner))
         throw BasicException(u"Нет доступа к папке данных %1 (%2); проверьте ключ Host:dataFolder"_s.arg(
@@ -83,7 +83,7 @@ void TillHost::lockDataFolder()
 
 QString TillHost::goodsFile() const
 {
-    return QDir(m_dataFolder).absoluteFilePath(m_config->getString(u"Till:goods"_s, u"goods.json"_s));
+    return configuredGoodsFile(*m_config);
 }
 
 QString TillHost::pluginFolder() const

@@ -1,9 +1,9 @@
 // Builds the log's appenders from the configuration, with nothing but Log4Qt's public interface.
 #include <core/basicexception.h>
 #include <core/config.h>
-#include <core/fileowner.h>
 #include <core/logsetup.h>
 #include <core/plaintext.h>
+#include <core/privatefile.h>
 
 #include <log4qt/consoleappender.h>
 #include <log4qt/logmanager.h>
@@ -11,11 +11,11 @@
 #include <log4qt/ttcclayout.h>
 #include <sys/stat.h>
 
-#include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
-#include <atomic>
+#include <mutex>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -27,7 +27,6 @@ constexpr int largestMaxFiles = 1000;
 constexpr qsizetype longestLine = 4000;
 
 constexpr auto ownerOnlyFile = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
-constexpr auto ownerOnlyFolder = ownerOnlyFile | QFileDevice::ExeOwner;
 
 // Log lines quote the service and the scanner; a message stays one line whatever they send.
 class OneLineLayout : public Log4Qt::TTCCLayout
@@ -57,9 +56,12 @@ public:
 
     void doAppend(const Log4Qt::LoggingEvent &event) override
     {
+        const std::lock_guard lock(m_mutex);
+        if (inode() != m_inode)
+            RollingFileAppender::activateOptions(); // Another process has rotated the file, or moved it away.
         RollingFileAppender::doAppend(event);
         const ino_t now = inode();
-        if (now == m_inode.exchange(now))
+        if (now == std::exchange(m_inode, now))
             return;
         // A new file was begun.
         static_cast<void>(::chmod(m_path.constData(), S_IRUSR | S_IWUSR));
@@ -75,7 +77,8 @@ private:
 
     QString m_fileName;
     QByteArray m_path = QFile::encodeName(m_fileName);
-    std::atomic<ino_t> m_inode = 0; // any thread may log
+    std::mutex m_mutex; // any thread may log
+    ino_t m_inode = 0;
 };
 
 void warn(const QString &text)
@@ -104,19 +107,10 @@ Log4Qt::Level configuredLevel(const Config &config)
     return Log4Qt::Level::INFO_INT;
 }
 
-// Existing folders keep their mode. A failure surfaces when the file is opened.
-void makePrivateFolders(const QString &folder)
-{
-    if (QFileInfo::exists(folder))
-        return;
-    makePrivateFolders(QFileInfo(folder).path());
-    QDir().mkdir(folder, ownerOnlyFolder);
-}
-
 // At best the log libraries report on stderr that a file cannot be opened. This throws, and sets the mode beforehand.
 void preparePrivateFile(const QString &fileName)
 {
-    makePrivateFolders(QFileInfo(fileName).absolutePath());
+    makePrivateFolder(QFileInfo(fileName).absolutePath()); // A failure surfaces when the file is opened.
     QFile file(fileName);
     const bool isNew = !file.exists();
     if (!file.open(QIODevice::Append, ownerOnlyFile) || !file.setPermissions(ownerOnlyFile))

@@ -3,11 +3,9 @@
 
 #include "databaseerror.h"
 
-#include <core/fileowner.h>
+#include <core/privatefile.h>
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
@@ -19,21 +17,7 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr mode_t fileMode = 0600;
-constexpr mode_t folderMode = 0700;
 constexpr mode_t othersRights = 0077;
-
-// A new name is on the disk only when the folder that holds it is.
-bool syncFolder(const QString &folder)
-{
-    const int descriptor = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0)
-        return false;
-    const bool synced = ::fsync(descriptor) == 0;
-    const int reason = errno;
-    ::close(descriptor);
-    errno = reason;
-    return synced;
-}
 
 } // namespace
 
@@ -43,7 +27,9 @@ DatabaseFile::DatabaseFile(QStringView what, const QString &fileName)
 
 void DatabaseFile::prepare()
 {
-    makeFolder(QFileInfo(m_name).path());
+    const QString folder = QFileInfo(m_name).path();
+    if (!makePrivateFolder(folder))
+        throw databaseerror::make(m_title, u"не удалось создать папку «%1»"_s.arg(folder), qt_error_string(errno));
     makeFile();
     struct stat status = {};
     if (::stat(QFile::encodeName(m_name).constData(), &status) != 0)
@@ -62,17 +48,6 @@ bool DatabaseFile::isReplaced() const
     struct stat status = {};
     return ::stat(QFile::encodeName(m_name).constData(), &status) != 0 || status.st_dev != m_device ||
            status.st_ino != m_inode;
-}
-
-void DatabaseFile::makeFolder(const QString &folder) const
-{
-    const QString parent = QFileInfo(folder).path();
-    if (QFileInfo::exists(folder) || parent == folder)
-        return;
-    makeFolder(parent);
-    const bool made = ::mkdir(QFile::encodeName(folder).constData(), folderMode) == 0 || errno == EEXIST;
-    if (!made || !syncFolder(parent))
-        throw databaseerror::make(m_title, u"не удалось создать папку «%1»"_s.arg(folder), qt_error_string(errno));
 }
 
 void DatabaseFile::makeFile() const

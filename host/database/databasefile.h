@@ -31,7 +31,6 @@ public:
     bool isReplaced() const;
 
 private:
-    void makeFolder(const QString &folder) const;
     void makeFile() const;
 
     QString m_name;

@@ -1,7 +1,7 @@
 // The queue's tables in SQLite, and leases as open file description locks.
 #include "queuedatabase.h"
 
-#include <core/fileowner.h>
+#include <core/privatefile.h>
 #include <database/databaseerror.h>
 #include <database/sqliteconnection.h>
 

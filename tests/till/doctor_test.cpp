@@ -10,6 +10,7 @@
 
 #include <checks/checkstore.h>
 #include <core/basicexception.h>
+#include <core/config.h>
 #include <core/singleton.h>
 #include <queue/dbqueuebroker.h>
 
@@ -110,6 +111,7 @@ TEST_F(DoctorTest, NamesEachFaultAndItsRemedy)
         {"failure  configuration file: * is not a configuration. *name = value", "dataFolder"},
         {"warning  access to it: every user of this machine*chmod o-r", "password = p"},
         {"ok       keys: all are known", "timeout = x"},
+        {"warning  keys: line 6 sets Kvo:brand again, after line 4. Remove", "brand = B"},
         {"failure  keys: line 6, Kvo:hots: unknown key, did you mean Kvo:host?. Correct", "hots = x"},
         {"failure  keys: line 7, kvo:host: unknown section, did you mean Kvo?. Correct", "[kvo]\nhost = x"},
         {"failure  values: line 6, Kvo:verificationLimit: use a point: 0.5. Correct", "verificationLimit = 0,5"},
@@ -120,6 +122,8 @@ TEST_F(DoctorTest, NamesEachFaultAndItsRemedy)
         {"failure  values: line 6, Kvo:verificationMessage: %1 is missing*Correct", "verificationMessage = x"},
         {"failure  log: * does not exist*Log:file", "[Log]\nfile = " + path("file/x/log")},
         {"failure  log: * is a folder*Log:file", "[Log]\nfile = " + m_folder.path().toUtf8()},
+        {"warning  goods: *data/goods.json does not exist*Till:goods"},
+        {"failure  goods: * is not a catalogue*Till:goods", "[Till]\ngoods = ../file"},
         {"failure  plugin: *none/libKvo.so does not exist*Till:pluginFolder", pluginFolder + path("none")},
         {"failure  plugin: * is not a plugin of this Qt*Till:pluginFolder", pluginFolder + path("text")},
         {"failure  plugin: * another plugin, QSQLiteDriverPlugin*Till:pluginFolder", pluginFolder + path("driver")},

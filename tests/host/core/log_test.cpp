@@ -58,15 +58,19 @@ TEST_F(LogTest, KeepsConfiguredNumberOfPrivateFiles)
     setUp({{u"Log:file"_s, m_file}, {u"Log:level"_s, u"warn"_s}, {u"Log:maxFileSize"_s, 200}, {u"Log:maxFiles"_s, 2}});
     for (int i = 0; i < 20; ++i)
         m_logger->warn(QString(100, u'x'));
-    m_logger->warn(u"last"_s);
+    Log4Qt::LogManager::rootLogger()->warn(u"last"_s);
     m_logger->info(u"too fine"_s);
 
     const QFileInfoList files = QFileInfo(m_file).dir().entryInfoList(QDir::Files);
     EXPECT_EQ(files.size(), 3);
     for (const QFileInfo &file : files)
         EXPECT_FALSE(file.permissions() & othersRights) << file.fileName().toStdString();
-    EXPECT_THAT(logged(), testing::EndsWith("WARN kvo - last\n"));
+    EXPECT_THAT(logged(), testing::EndsWith("WARN root - last\n"));
     EXPECT_FALSE(QFile::permissions(QFileInfo(m_file).path()) & othersRights);
+    ASSERT_TRUE(QFile::rename(m_file, m_folder.filePath(u"moved"_s)));
+    m_logger->warn(u"after another process moved it"_s);
+    EXPECT_THAT(logged(), testing::EndsWith("moved it\n"));
+    EXPECT_FALSE(QFile::permissions(m_file) & othersRights);
 }
 
 TEST_F(LogTest, TellsAndReplacesUnfitSettings)

@@ -1,0 +1,56 @@
+#include <core/privatefile.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+
+#include <cerrno>
+#include <tuple>
+
+bool makePrivateFolder(const QString &folder)
+{
+    const QFileInfo info(folder);
+    if (info.exists()) {
+        errno = ENOTDIR;
+        return info.isDir();
+    }
+    const QString parent = info.path();
+    if (parent == folder || !makePrivateFolder(parent))
+        return false;
+    if (::mkdir(QFile::encodeName(folder).constData(), S_IRWXU) != 0 && errno != EEXIST)
+        return false;
+    giveToOwnerOf(parent, folder);
+    return syncFolder(parent);
+}
+
+void giveToOwnerOf(const QString &other, const QString &fileName)
+{
+    if (::geteuid() != 0)
+        return;
+    // That owner may put another file, or a link to one, in this one's place at any moment. O_PATH does not open the
+    // file itself, so closing the descriptor releases no locks.
+    const int descriptor = ::open(QFile::encodeName(fileName).constData(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
+    struct stat file = {};
+    struct stat owned = {};
+    if (descriptor >= 0 && ::fstat(descriptor, &file) == 0 &&
+        ::stat(QFile::encodeName(other).constData(), &owned) == 0 &&
+        (S_ISDIR(file.st_mode) || (S_ISREG(file.st_mode) && file.st_nlink == 1)))
+        std::ignore = ::fchownat(descriptor, "", owned.st_uid, owned.st_gid, AT_EMPTY_PATH);
+    if (descriptor >= 0)
+        ::close(descriptor);
+}
+
+bool syncFolder(const QString &folder)
+{
+    const int descriptor = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        return false;
+    const bool synced = ::fsync(descriptor) == 0;
+    const int reason = errno;
+    ::close(descriptor);
+    errno = reason;
+    return synced;
+}
