@@ -3,8 +3,6 @@
 
 #include "commands.h"
 
-#include <QtCore/QHash>
-
 namespace till {
 
 struct ReplayOptions

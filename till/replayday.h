@@ -7,7 +7,6 @@
 #include <QtCore/QHash>
 #include <QtCore/QList>
 #include <QtCore/QString>
-#include <QtCore/QStringList>
 
 namespace till {
 

@@ -68,8 +68,12 @@ QString leftOutText(const Day &day)
 QString soldText(const Day &day, const ReplayTills &tills)
 {
     QString text;
-    for (const qsizetype index : tills.lost())
-        text += u"invoice %1: NOT SOLD, its till has ended\n"_s.arg(day.receipts.at(index).invoice);
+    for (const qsizetype index : tills.inDoubt())
+        text +=
+            u"invoice %1: IN DOUBT, its till ended while selling it; the till's journal says what became of it\n"_s.arg(
+                day.receipts.at(index).invoice);
+    for (const qsizetype index : tills.left())
+        text += u"invoice %1: NOT SOLD, no till was left\n"_s.arg(day.receipts.at(index).invoice);
     Money sum;
     Money spent;
     Money earned;
@@ -91,8 +95,9 @@ QString soldText(const Day &day, const ReplayTills &tills)
            u"sold %1 of %2 receipts for %3 of %4, %5 of it in points, %6 points earned\n"_s.arg(
                QString::number(closed), QString::number(day.receipts.size()), sum.toText(), day.sum().toText(),
                spent.toText(), earned.toText()) +
-           u"in %1 s (%2 receipts/s), and %3 s until the queue was delivered\n"_s.arg(
-               seconds(tills.sellingTime()), QString::number(rate, 'f', 1), seconds(tills.deliveryTime()));
+           u"in %1 s (%2 receipts/s), and %3 s until %4\n"_s.arg(
+               seconds(tills.sellingTime()), QString::number(rate, 'f', 1), seconds(tills.deliveryTime()),
+               tills.exitStatus() == 0 ? u"the queue was delivered"_s : u"the last till ended"_s);
 }
 
 QString timesText(const QList<ReplayedReceipt> &replayed)
@@ -119,7 +124,7 @@ QString timesText(const QList<ReplayedReceipt> &replayed)
 bool isFlawless(const ReplayTills &tills)
 {
     const QList<ReplayedReceipt> &replayed = tills.replayed();
-    return tills.lost().isEmpty() &&
+    return tills.inDoubt().isEmpty() && tills.left().isEmpty() &&
            std::all_of(replayed.cbegin(), replayed.cend(),
                        [](const ReplayedReceipt &receipt) { return receipt.isClosed && receipt.messages.isEmpty(); });
 }

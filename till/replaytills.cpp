@@ -24,8 +24,8 @@ void ReplayTills::run(const QList<QStringList> &arguments)
     m_loop.exec();
     m_deliveryTime = std::chrono::milliseconds(m_time.elapsed()) - m_sellingTime;
     while (m_next < m_day.receipts.size())
-        m_lost.append(m_next++);
-    std::sort(m_lost.begin(), m_lost.end());
+        m_left.append(m_next++);
+    std::sort(m_inDoubt.begin(), m_inDoubt.end());
     showProgress(true);
 }
 
@@ -70,7 +70,7 @@ void ReplayTills::end(Till &till)
 {
     readReports(till);
     if (till.receipt >= 0)
-        m_lost.append(till.receipt);
+        m_inDoubt.append(till.receipt);
     const bool isOrderly =
         till.process.error() != QProcess::FailedToStart && till.process.exitStatus() == QProcess::NormalExit;
     m_exitStatus = std::max(m_exitStatus, isOrderly ? till.process.exitCode() : static_cast<int>(Differed));

@@ -25,8 +25,11 @@ public:
     /// What was reported, in the order of the reports.
     const QList<ReplayedReceipt> &replayed() const { return m_replayed; }
 
-    /// Indices of receipts that no till has reported: theirs has ended before.
-    const QList<qsizetype> &lost() const { return m_lost; }
+    /// Indices of receipts that were given to a till that ended before it reported them.
+    const QList<qsizetype> &inDoubt() const { return m_inDoubt; }
+
+    /// Indices of receipts that were given to no till.
+    const QList<qsizetype> &left() const { return m_left; }
 
     /// The highest exit status of a till; a crash counts as Differed.
     int exitStatus() const { return m_exitStatus; }
@@ -57,7 +60,8 @@ private:
     qsizetype m_linesSold = 0;
     std::size_t m_ended = 0;
     QList<ReplayedReceipt> m_replayed;
-    QList<qsizetype> m_lost;
+    QList<qsizetype> m_inDoubt;
+    QList<qsizetype> m_left;
     int m_exitStatus = 0;
     std::chrono::milliseconds m_sellingTime{};
     std::chrono::milliseconds m_deliveryTime{};

@@ -189,6 +189,7 @@ bool replayReceipts(const Day &day, const QString &configFile, std::chrono::seco
         drain.wakeUp();
         console::printLine(QString::fromUtf8(replayed.toJson()));
     }
+    session.endWaiting();
     drain.wakeUp();
     const bool isDrained = drain.waitUntilDrained(drainTime);
     const QueueStatus left = host.queue().status();
