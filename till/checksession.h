@@ -69,6 +69,12 @@ public:
     /// The checks that were put aside, the oldest first.
     QList<CheckStore::KeptCheck> keptChecks() const;
 
+    /// Whether all that is left to do of the check is to put its requests on the queue, which could not be used.
+    static bool waitsForQueue(const CheckStore::KeptCheck &check);
+
+    /// Ends the checks that wait for the queue. Does nothing while a check is open.
+    void endWaiting();
+
     /// Puts a line on the check and returns its number.
     int addGoods(const QSharedPointer<GoodsItem> &item);
     void changeGoods(int line, std::optional<double> quantity, std::optional<Money> price);
@@ -141,8 +147,6 @@ private:
     /// Continues with a check of the store as far as that is possible.
     std::optional<CheckResult> goOn(const QSharedPointer<SaleDocument> &document);
     void setAside(const QString &reason);
-    /// Ends the checks that waited for the queue alone.
-    void endWaiting();
     /// The check is no longer this session's.
     void leave();
     /// What the queue hands over goes onto the check at once: when the card is removed on the way, the loyalty system

@@ -16,7 +16,7 @@ namespace till {
 
 namespace {
 
-const QString waitsForQueue = u"Чек завершён, его запросы ещё не в очереди: "_s;
+const QString queueReason = u"Чек завершён, его запросы ещё не в очереди: "_s;
 
 } // namespace
 
@@ -76,7 +76,7 @@ CheckResult CheckSession::completeEnding()
     if (problem.isEmpty())
         m_store->finish(*m_document, ended.toJournal());
     else
-        m_store->park(waitsForQueue + problem);
+        m_store->park(queueReason + problem);
     ended.loyaltyOff = loyaltyOff();
     leave();
     return ended;
@@ -95,12 +95,17 @@ void CheckSession::endWithLoyaltySystem()
     save();
 }
 
+bool CheckSession::waitsForQueue(const CheckStore::KeptCheck &check)
+{
+    return check.standing == CheckStore::Standing::Parked && check.reason.startsWith(queueReason);
+}
+
 void CheckSession::endWaiting()
 {
-    if (m_system.getLoyaltySystemCode() == 0)
-        return; // Nobody could read the card's part of the check for the journal.
+    if (isOpen() || m_system.getLoyaltySystemCode() == 0)
+        return; // Without a loyalty system nobody could read the card's part of the check for the journal.
     for (const CheckStore::KeptCheck &check : keptChecks()) {
-        if (check.standing != CheckStore::Standing::Parked || !check.reason.startsWith(waitsForQueue))
+        if (!waitsForQueue(check))
             continue;
         try {
             adopt(m_store->resume(check.identifier));

@@ -6,6 +6,7 @@
 #include "endingqueue.h"
 #include "journal.h"
 #include "queuesender.h"
+#include "receiptprinter.h"
 #include "statustext.h"
 #include "tillhost.h"
 
@@ -15,6 +16,7 @@
 #include <unistd.h>
 
 #include <QtCore/QDeadlineTimer>
+#include <QtCore/QFileInfo>
 #include <QtCore/QJsonDocument>
 
 #include <algorithm>
@@ -29,20 +31,29 @@ namespace {
 constexpr qsizetype longestError = 2000; // characters of a line
 
 /// Waits for the drain, showing how far it is where somebody watches.
-bool waitWithProgress(QueueDrain &drain, std::chrono::seconds time, const EndingQueue &queue)
+bool waitWithProgress(QueueDrain &drain, std::chrono::seconds time)
 {
     constexpr std::chrono::milliseconds timeBetweenPictures{200};
     const QDeadlineTimer deadline(time);
-    const int total = queue.status().waiting;
+    const auto status = queueStatus();
+    const int total = status ? status->waiting : 0;
     bool delivered = false;
     do {
         delivered =
             drain.waitUntilDrained(std::min(timeBetweenPictures, std::chrono::milliseconds(deadline.remainingTime())));
-        std::fprintf(stderr, "\r%s", qUtf8Printable(progressBar(total, queue.status().waiting)));
+        if (const auto now = queueStatus())
+            std::fprintf(stderr, "\r%s", qUtf8Printable(progressBar(total, now->waiting)));
     } while (!delivered && !deadline.hasExpired());
     if (total > 0)
         std::fputc('\n', stderr);
     return delivered;
+}
+
+/// A command that does not sell makes no data folder: a mistyped one would look like a till that has delivered all.
+void requireDataFolder(const TillHost &host)
+{
+    if (!QFileInfo(host.dataFolder()).isDir())
+        throw BasicException(u"Папки данных %1 нет; проверьте ключ Host:dataFolder"_s.arg(host.dataFolder()));
 }
 
 } // namespace
@@ -63,7 +74,7 @@ bool deliver(QueueDrain &drain, std::chrono::seconds time, EndingQueue &queue)
         return false;
     }
     drain.wakeUp();
-    return ::isatty(STDERR_FILENO) ? waitWithProgress(drain, time, queue) : drain.waitUntilDrained(time);
+    return ::isatty(STDERR_FILENO) ? waitWithProgress(drain, time) : drain.waitUntilDrained(time);
 }
 
 ExitStatus drainQueue(const Options &options)
@@ -71,6 +82,7 @@ ExitStatus drainQueue(const Options &options)
     try {
         // Beside a till: each drain has leases of its own.
         const TillHost host(options.configFile, TillHost::Access::Look);
+        requireDataFolder(host);
         QueueDrain drain;
         drain.setHandler(loyaltyQueueOwner, makeLoyaltySender());
         drain.start();
@@ -106,6 +118,7 @@ ExitStatus showStatus(const Options &options)
 {
     try {
         TillHost host(options.configFile, TillHost::Access::Look);
+        requireDataFolder(host);
         CheckStore store(host.dataFolder(), CheckStore::Access::Look);
         console::print(tillStatusText(host, store, options.configFile));
         return Succeeded;

@@ -1,6 +1,7 @@
 // Looks into the queue and the check store beside a till that may be working with them.
 #include "doctorstore.h"
 
+#include "checksession.h"
 #include "doctorhost.h"
 
 #include <checks/checkstore.h>
@@ -106,8 +107,11 @@ Finding checkAside(const KeptChecks &checks)
 {
     QStringList parked;
     QStringList unreadable;
+    QStringList waiting;
     for (const CheckStore::KeptCheck &check : checks) {
-        if (check.standing == Standing::Parked)
+        if (CheckSession::waitsForQueue(check))
+            waiting.append(check.identifier);
+        else if (check.standing == Standing::Parked)
             parked.append(u"%1 (%2)"_s.arg(check.identifier, check.reason));
         else if (check.standing == Standing::Unreadable)
             unreadable.append(u"%1 (%2)"_s.arg(check.identifier, check.reason));
@@ -115,6 +119,10 @@ Finding checkAside(const KeptChecks &checks)
     if (!unreadable.isEmpty())
         return {Verdict::Warning, u"cannot be read: %1"_s.arg(unreadable.join(u", "_s)),
                 u"Send checks.db to support; their goods have to be entered again"_s};
+    if (!waiting.isEmpty())
+        return {Verdict::Warning,
+                u"closed, but their requests are not on the queue yet: %1"_s.arg(waiting.join(u", "_s)),
+                u"Start the till once the queue can be used"_s};
     if (!parked.isEmpty())
         return {Verdict::Ok, u"to be taken up again: %1"_s.arg(parked.join(u", "_s))};
     return {Verdict::Ok, u"none"_s};
