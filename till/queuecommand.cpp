@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 
 using namespace Qt::Literals::StringLiterals;
 

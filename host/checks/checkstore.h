@@ -4,10 +4,12 @@
 #include <document/saledocument.h>
 #include <poshost_export.h>
 
+#include <QtCore/QDateTime>
 #include <QtCore/QJsonObject>
 #include <QtCore/QStringList>
 
 #include <memory>
+#include <utility>
 
 class CheckRows;
 class SqliteConnection;

@@ -25,18 +25,22 @@ struct Problem
     QStringView text;
 };
 constexpr int busy = 5;
+constexpr int locked = 6;
+constexpr int readOnly = 8;
+constexpr int ioError = 10;
 constexpr int corrupt = 11;
 constexpr int full = 13;
+constexpr int cannotOpen = 14;
 constexpr int notADatabase = 26;
 constexpr int noRoomForLogIndex = 4874; // to SQLite an error of reading or writing
 constexpr std::array problems = {
     Problem{busy, u"файл занят другой программой, повторите позже"},
-    Problem{6, u"файл занят другой программой, повторите позже"},
-    Problem{8, u"нет права записи в файл"},
-    Problem{10, u"ошибка чтения или записи диска"},
+    Problem{locked, u"файл занят другой программой, повторите позже"},
+    Problem{readOnly, u"нет права записи в файл"},
+    Problem{ioError, u"ошибка чтения или записи диска"},
     Problem{corrupt, u"файл повреждён; сохраните его копию и обратитесь в поддержку"},
     Problem{full, u"нет места на диске"},
-    Problem{14, u"не удалось открыть файл, проверьте путь и права"},
+    Problem{cannotOpen, u"не удалось открыть файл, проверьте путь и права"},
     Problem{notADatabase, u"файл не является базой данных; проверьте %1"},
 };
 

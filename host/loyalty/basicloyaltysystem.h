@@ -1,6 +1,7 @@
 // A loyalty system as the host drives it, and the behaviour that all of them share.
 #pragma once
 
+#include <core/formock.h>
 #include <core/tr.h>
 #include <document/documentbonusrecord.h>
 #include <loyalty/basicplugin.h>

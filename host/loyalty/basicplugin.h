@@ -2,11 +2,9 @@
 #pragma once
 
 #include <core/event.h>
-#include <core/formock.h>
 #include <poshost_export.h>
 
 #include <QtCore/QHash>
-#include <QtCore/QMultiHash>
 #include <QtCore/QSet>
 #include <QtCore/QtPlugin>
 

@@ -5,6 +5,7 @@
 
 #include <poshost_export.h>
 
+#include <QtCore/QDateTime>
 #include <QtCore/QJsonObject>
 #include <QtCore/QList>
 #include <QtCore/QString>

@@ -3,7 +3,9 @@
 
 #include <QtCore/QLibraryInfo>
 
+using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 
 namespace {
 
@@ -83,7 +85,9 @@ TEST_F(SaleTest, SetsACheckWithACardAsideUntilThePluginIsBack)
     movePluginFolder();
     EXPECT_THAT(runTill(plain).toStdString(), HasSubstr("Чек отложен"));
     writeFile(file, configuration);
-    EXPECT_THAT(askTill({u"sell"_s}, "take 1\nclose\n").toStdString(), HasSubstr("Начислено баллов"));
+    EXPECT_THAT(askTill({u"sell"_s}, "take 1\nclose\n").toStdString(),
+                AllOf(HasSubstr("Начислено баллов"), Not(HasSubstr("Чек сохранён"))));
+    EXPECT_THAT(askTill({u"journal"_s}).toStdString(), HasSubstr("закрыт  сумма 227.50, списано 0.00"));
     expectEqualBooks(2);
 }
 
