@@ -1,4 +1,4 @@
-// Checks files and folders, the plugin and the queue.
+// Checks the configuration, the log, the plugin and the data folder.
 #include "doctorhost.h"
 
 #include "configuration.h"

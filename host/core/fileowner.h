@@ -5,6 +5,7 @@
 
 #include <QtCore/QString>
 
-/// Gives a file that root has just created to the owner of `other`, its folder or the file that it belongs to: that
-/// user must be able to write it later. Does nothing for other users than root, and for what is not a file of its own.
+/// When running as root, gives a file that was just created to the owner of `other` (its folder, or the file that it
+/// belongs to), who must be able to write it later. Does nothing for other users, for symbolic links and for files with
+/// several names.
 POSHOST_EXPORT void giveToOwnerOf(const QString &other, const QString &fileName);
