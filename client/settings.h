@@ -44,7 +44,8 @@ inline constexpr std::array settings{
     Setting{.key = u"Kvo:timeout",
             .kind = Setting::Kind::Whole,
             .defaultValue = u"10000",
-            .meaning = u"Longest time for one exchange, in milliseconds. A till waits that long at most.",
+            .meaning =
+                u"Longest time for one exchange, in milliseconds. Identifying a customer takes up to three exchanges.",
             .example = u"5000",
             .lowest = 1,
             .highest = 600'000},

@@ -1,5 +1,6 @@
-# The target "lint" of the preset "lint": the form of all sources, then clang-tidy and cppcheck over all that is shipped.
-# Nothing is compiled. Sources are read in batches, so that Qt's headers are read once per batch and not once per file.
+# The target "lint" of the preset "lint": the format of all sources, then clang-tidy and cppcheck over all that is
+# shipped. Nothing is compiled. Sources are read in batches, so that Qt's headers are read once per batch and not once
+# per file.
 find_program(KVO_CLANG_FORMAT clang-format REQUIRED)
 find_program(KVO_RUN_CLANG_TIDY run-clang-tidy REQUIRED)
 find_program(KVO_CPPCHECK cppcheck REQUIRED)

@@ -26,7 +26,9 @@ class Plugin : public BaseActivityListener, public BasicLoyaltySystem
 public Q_SLOTS:
     /// PositionChanged notes that the order may have to be updated; SubtotalEntered then updates it, PaymentStarted
     /// always does. LoyaltyResultDropped, and PositionRestored when no update is pending, cancel the order and price
-    /// the check again. Other events are ignored. The check is the event's value "document".
+    /// the check again. Both throw BasicException when the order cannot be cancelled, or like request(); where that
+    /// would return false, the card has no operation id and getLastErrorString() says why. Other events are ignored.
+    /// The check is the event's value "document".
     void handleEvent(const Event &event) override;
 
 public:
@@ -46,7 +48,8 @@ public:
     loyalty::CardNumberResult getCardNumber(const loyalty::CardNumberInputData &data) override;
 
     /// Fills the record, its card and a new client from searchCustomer, cardInfo and loyaltyBalanceInfo. False without
-    /// a record, and after an error of the service, see getLastErrorString(); what was filled by then stays.
+    /// a record, after an error of the service, when its balance makes no sense, and when the check cannot be saved,
+    /// see getLastErrorString(); what was filled by then stays.
     bool identifyByCard(QSharedPointer<DocumentCardRecord> &card, ECardNumberType type) override;
 
     /// Prices the check (calculateOrder): points that may be spent and that will be earned, and the order's identifier.

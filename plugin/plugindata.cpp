@@ -50,8 +50,8 @@ void Plugin::updatePluginData() const
     MockFactory<SaveToFileLogic>::create()->save(currentDocument(), QString(), 0.0);
 }
 
-/// Marks the order as not created, also in the plugin data that the host saves next, which gets the impacts as they
-/// are.
+/// Marks the order as not created, and writes that and the current impacts into the plugin data, which the host's next
+/// save stores.
 void Plugin::markOrderNotCreated()
 {
     orderCreated = false;

@@ -11,8 +11,8 @@
 
 namespace sim {
 
-/// Otherwise a file opened later, such as the ledger, would take the place of a standard stream that is closed, and
-/// receive what is printed.
+/// Opens closed standard streams on /dev/null; otherwise a file opened later, such as the ledger, could take the place
+/// of such a stream and receive what is printed.
 inline void openStandardStreams()
 {
     int descriptor = ::open("/dev/null", O_RDONLY);

@@ -46,7 +46,7 @@ struct MessageRequest
     std::string text;
 };
 
-/// The body as a JSON object. Throws Refusal (BadRequest) if it is none.
+/// The body as a JSON object. Throws Refusal (BadRequest) if it is not one.
 Json parseObject(const std::string &body);
 
 /// Each throws Refusal (BadRequest) naming the field, e.g. orderLines[2].lineAmount.

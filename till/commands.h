@@ -42,15 +42,15 @@ ExitStatus sellByHand(const Options &options);
 /// Voids the check that an earlier run has left open.
 ExitStatus voidOpenCheck(const Options &options);
 
-/// Prints what state the till is in; also while a till works.
+/// Prints the state of the till; also while it works.
 ExitStatus showStatus(const Options &options);
 
 /// Delivers what is queued, for at most `drainTime`, with a progress bar where the standard error output is a terminal.
 /// Differed when something is left.
 ExitStatus drainQueue(const Options &options);
 
-/// Tells what is queued and changes it; also while a till works with the queue. Differed when the queue's status is not
-/// fine.
+/// Lists, shows or changes queued requests, or reports the queue's status; also while a till works with the queue.
+/// Differed when that status has dead letters or exceeds a threshold.
 ExitStatus manageQueue(const Options &options);
 
 /// Prints the journal; also while a till works.

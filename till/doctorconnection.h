@@ -24,7 +24,7 @@ QList<Check> connectionChecks(const std::shared_ptr<ServiceAccess> &service);
 /// The name of the check that all exchanges need.
 extern const QString secureConnectionCheck;
 
-/// A text from outside on one line, cut to its place; and a time for people.
+/// A text from outside, as one line of limited length; and a time as "12.3 ms".
 QString cut(const QString &text);
 QString milliseconds(std::chrono::microseconds time);
 

@@ -1,4 +1,4 @@
-// kvo-till: a till on PosHost that loads the loyalty plugin and sells by scenario.
+// kvo-till: the reference till's command line.
 #include "commands.h"
 #include "configuration.h"
 #include "console.h"
@@ -195,8 +195,8 @@ int runDoctor(const Arguments &arguments)
     return exitStatus(findings);
 }
 
-/// Otherwise a file opened later, such as the log, would take the place of a standard stream that is closed, and
-/// receive what is printed.
+/// Opens closed standard streams on /dev/null; otherwise a file opened later, such as the log, could take the place of
+/// such a stream and receive what is printed.
 void openStandardStreams()
 {
     int descriptor = ::open("/dev/null", O_RDONLY);
@@ -209,7 +209,7 @@ void openStandardStreams()
 int perform(int argc, char *argv[])
 {
     Arguments arguments;
-    CLI::App program("Reference till: loads the loyalty plugin and plays sales.\n"
+    CLI::App program("Reference till: sells with the loyalty plugin, looks after its queue, and says what is wrong.\n"
                      "Exit status: 0 all as expected, 1 something differed or failed, 2 not usable, nothing was sold.",
                      "kvo-till");
     program.require_subcommand(1);

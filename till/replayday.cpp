@@ -46,7 +46,7 @@ QDateTime toTime(const QString &text)
     return {};
 }
 
-/// Tables that took a column with gaps for decimals write 17850.0.
+/// Spreadsheets that read a column with gaps as decimal numbers write 17850.0.
 QString withoutFraction(const QString &customer)
 {
     static const QRegularExpression wholeNumber(u"^\\d+\\.0$"_s);

@@ -19,7 +19,7 @@ class ReplayTills
 public:
     explicit ReplayTills(const Day &day) : m_day(day) {}
 
-    /// Runs one process for each of `arguments`, this program with those, and returns when all have ended.
+    /// Starts this program once for each entry of `arguments`, and returns when all of them have ended.
     void run(const QList<QStringList> &arguments);
 
     /// What was reported, in the order of the reports.
@@ -42,7 +42,7 @@ private:
     struct Till
     {
         QProcess process;
-        qsizetype receipt = -1; ///< In hand; -1: none.
+        qsizetype receipt = -1; ///< The one being sold; -1: none.
     };
 
     void start(Till &till, const QStringList &arguments);

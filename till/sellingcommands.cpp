@@ -27,7 +27,7 @@ const ScenarioCheck *firstCheck(const QList<Scenario> &scenarios)
     return nullptr;
 }
 
-/// Picks up what an earlier run has left, and says so.
+/// Recovers what an earlier run has left, and says so.
 void recover(SellingTill &till)
 {
     till.host().queue().findProblem();
@@ -53,7 +53,7 @@ Catalogue openCatalogue(const QString &fileName)
     }
 }
 
-/// What can be done where no scenario says it.
+/// Says what is open and what can be done with it.
 void explain(SellingTill &till, const Options &options)
 {
     if (till.session().isOpen())
@@ -86,8 +86,8 @@ ExitStatus play(const QList<Scenario> &scenarios, SellingTill &till, ScriptedCas
     return player.differences() > 0 ? Differed : Succeeded;
 }
 
-/// Has `sell` work with a till that has picked up what an earlier run has left. `answers` are for the questions that
-/// come up on the way; whatever fails after that is no longer a matter of the till's use.
+/// Recovers what an earlier run has left, then runs `sell`. `answers` are for questions during the recovery. A failure
+/// before `sell` gives the status Unusable, a failure in it Differed.
 template <class Sell>
 ExitStatus withTill(const Options &options, const Answers &answers, Sell sell)
 {

@@ -8,9 +8,9 @@
 
 #include <functional>
 
-/// By kind: "goods" has the line's number as key, "card" the card's number within the check, "impact" a number that
-/// says what came first, "data " with the store key of plugin data the entry's key. The check's own fields are of kind
-/// "check".
+/// The key depends on the kind. "check", the check's own fields: 0. "goods": the line's number. "card": the card's
+/// number within the check. "impact": a running number, in order of addition. "data STOREKEY": the key of one entry of
+/// plugin data.
 struct CheckRow
 {
     QString kind;
@@ -25,14 +25,15 @@ public:
     /// Nothing is stored yet.
     CheckRows() = default;
 
-    /// What has to be removed, and then written, so that `check` is stored; from then on it counts as stored. Throws
-    /// BasicException when plugin data holds what serder::toJson() cannot take apart. When this throws, or when the
-    /// rows cannot be stored, the object is of no further use.
     struct Changes
     {
         QList<CheckRow> removed; ///< Without content.
         QList<CheckRow> written;
     };
+
+    /// Returns the rows to remove and then to write so that the database matches `check`, and remembers `check` as
+    /// stored. Throws BasicException when plugin data has a value that serder::toJson() cannot convert. After that, or
+    /// when the rows cannot be stored, discard the object.
     Changes update(const SaleDocument &check);
 
     /// Makes a check of rows that are sorted by kind and key; they count as stored. Plugin data comes back as plain

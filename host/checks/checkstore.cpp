@@ -153,7 +153,7 @@ void CheckStore::write(const SaleDocument &check)
     forgetOnFailure.dismiss();
 }
 
-/// The sale's number; nothing is stored of it then.
+/// Makes the check the current one, with no parts stored yet. Returns the id of its sale.
 qint64 CheckStore::makeCurrent(const QString &identifier)
 {
     SqliteConnection &database = *m_connection;

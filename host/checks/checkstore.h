@@ -18,8 +18,8 @@ class SqliteConnection;
 /// entry for each finished check. Every operation that writes is one transaction, on the disk when it returns; a save
 /// writes only the rows that have changed, and nothing when none has. Used on one thread, as Singleton<CheckStore>.
 ///
-/// Nothing is ever deleted because it cannot be read. A check that cannot stays in the store as Unreadable; a file that
-/// is damaged, newer or another program's is renamed, and a new one begun. Both are logged and reported by
+/// Nothing is ever deleted because it cannot be read. A check that cannot be read stays in the store as Unreadable; a
+/// file that is damaged, newer or another program's is renamed, and a new one begun. Both are logged and reported by
 /// takeNotices().
 ///
 /// Operations throw BasicException with a text for the cashier when they fail; what was stored then stays.

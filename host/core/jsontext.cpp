@@ -1,4 +1,4 @@
-// Writes JSON text by way of CBOR (RFC 8949). Most of the cost of writing a JSON object is that it returns its members
+// Writes JSON text through CBOR (RFC 8949). Most of the cost of writing a JSON object is that it returns its members
 // one by one, each as a new QString. Qt stores JSON almost as CBOR and writes CBOR without that; CBOR strings are UTF-8
 // with their length in front, so only copying is left. An order of 20 lines takes a third of the time of
 // QJsonDocument::toJson(); member by member it would take four fifths.
@@ -214,10 +214,10 @@ private:
         m_end = m_text.data() + m_text.size();
     }
 
-    uchar m_first = 0;    // of the item's head, and
-    quint64 m_number = 0; // the number in it
-    int m_numberLeft = 0; // bytes that have not come, likewise:
-    quint64 m_textLeft = 0;
+    uchar m_first = 0;      // first byte of the current item's head
+    quint64 m_number = 0;   // the number in that head, as far as read
+    int m_numberLeft = 0;   // bytes of it still to come
+    quint64 m_textLeft = 0; // bytes of the current string still to come
     std::vector<Level> m_levels;
     QByteArray m_text;
     char *m_out = nullptr;

@@ -63,12 +63,12 @@ protected:
     /// The error as a text for people, to follow the title.
     virtual QString problemText(const QSqlError &error) const = 0;
 
-    /// Whether the error says that the database is damaged, or that the file is none; UnusableDatabase is thrown then.
+    /// Whether the error means that the file is damaged or not a database; fail() then throws UnusableDatabase.
     virtual bool isUnusable(const QSqlError &) const { return false; }
 
     QSqlDatabase database() const { return QSqlDatabase::database(m_registration.name, false); }
 
-    /// Databases ignore some settings silently: throws when the answer to `question` is a different one.
+    /// Throws unless the query `question` yields `answer`: databases silently ignore some settings.
     void expect(QStringView question, QStringView answer);
 
     [[noreturn]] void fail(QStringView sql, const QSqlError &error) const;

@@ -127,7 +127,7 @@ void SqliteConnection::configure(Commits commits)
     } else {
         execute(u"PRAGMA synchronous = NORMAL");
         execute(u"PRAGMA wal_autocheckpoint = 0");
-        execute(u"PRAGMA temp_store = MEMORY"); // a run's events on their way out, otherwise a file for each run
+        execute(u"PRAGMA temp_store = MEMORY"); // otherwise deleting a batch makes a temporary file
     }
     expect(u"PRAGMA synchronous", commits == Commits::Synced ? u"2" : u"1");
 }

@@ -83,7 +83,7 @@ public:
             StoredField("lastCardCode", &Sale::m_lastCardCode, [](const int &number) { return number >= 0; })};
     }
 
-    /// The parts of a stored check besides its own fields. Links impacts to their cards and computes the lines'
+    /// The parts of a stored check other than its own fields. Links impacts to their cards and computes the lines'
     /// discounts. Throws BasicException when the parts contradict each other.
     void assemble(const QList<QSharedPointer<GoodsItem>> &goods, const QList<QSharedPointer<DocumentCardRecord>> &cards,
                   const QList<QSharedPointer<DocumentImpact>> &impacts);

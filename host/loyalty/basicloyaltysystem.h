@@ -117,8 +117,8 @@ public:
     virtual bool cardReplace();
     /// What the host asks for when a card is added in the subtotal. Default: the card's number.
     virtual ECardNumberType getCardNumberTypeToAddCardInSubtotal() const;
-    /// SpendPoints, EarnPoints and RequestPointsForSpend are on from the start: a system that knows points takes them
-    /// and gives them, and lets the customer choose how many. RequestAfterClose costs another exchange and is off.
+    /// Whether the option is on. Default: SpendPoints, EarnPoints and RequestPointsForSpend are; RequestAfterClose is
+    /// not, because it costs another exchange.
     virtual bool checkOption(LoyaltySystemOption option) const;
     /// Whether the system itself has asked how many points to spend, so the host need not. Default: no.
     virtual bool requestInputPointsForSpendByLoyalty();

@@ -36,7 +36,7 @@ void CircuitBreaker::failed(QueueTime now, qint64 newest)
 
 qint64 CircuitBreaker::heldBack(QueueTime now) const
 {
-    // An end further away than the longest back-off was computed before somebody put the clock back.
+    // An end further ahead than the longest back-off was computed before the clock was set back.
     const bool pausing = m_until > now && m_until <= now + BackOff::longest;
     return pausing ? m_newest : 0;
 }

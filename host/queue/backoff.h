@@ -41,7 +41,7 @@ public:
     /// The service has answered, with success or with a refusal.
     void answered();
 
-    /// It has not; `newest` is the id of the event that was pushed last.
+    /// The service has not answered. `newest`: the id of the event pushed last; heldBack() holds back all up to it.
     void failed(QueueTime now, qint64 newest);
 
     /// Events up to this id are not to be sent now; 0 when all may be.

@@ -12,7 +12,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-// The cashier waits for these. In seconds: to connect; in milliseconds: for a network that has gone silent.
+// The cashier waits for these: to connect, in seconds; for a network that has gone silent, in milliseconds.
 constexpr QStringView reachOptions = u"connect_timeout=2 tcp_user_timeout=5000 keepalives_idle=5 keepalives_interval=2";
 
 // In milliseconds, but the server's keep-alives in seconds: they tell it that a till has lost its power, which frees
@@ -110,7 +110,8 @@ PostgresConnection::PostgresConnection(const QueueSettings &settings, Commits co
     server.setPort(settings.port);
     server.setUserName(settings.user);
     server.setPassword(settings.password);
-    // Of an option given twice the last one counts: the limits may be configured, the session may not.
+    // When an option is given twice, the last one wins: the configuration may override reachOptions, but not the
+    // session's options.
     server.setConnectOptions(u"%1 %2 %3"_s.arg(reachOptions, settings.options, sessionOptions.toString().arg(synced)));
     if (!server.open())
         fail(u"connect", server.lastError());

@@ -18,7 +18,7 @@
 class QueueLease;
 class QueueStore;
 
-/// Works on the configured database, see DBQueueBroker, also while tills and drains are at work on it. Used on the
+/// Works on the configured database, see DBQueueBroker, also while tills and drains use it. Used on the
 /// thread that created it. All operations throw BasicException when the database fails; nothing is changed then.
 class POSHOST_EXPORT QueueAdmin
 {
@@ -35,7 +35,7 @@ public:
         Discarded,  ///< Given up by a person; kept for the record, and in nobody's way.
     };
 
-    /// Nothing in here needs masking any more: telephone and card numbers are, but for their last four digits.
+    /// Safe to show: telephone and card numbers are masked but for their last four digits.
     struct Entry
     {
         qint64 id = 0;

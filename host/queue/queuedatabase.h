@@ -11,9 +11,9 @@
 #include <limits>
 #include <memory>
 
-/// Identifies who is sending what: a random number with a lock that ends with its holder, however that ends. So whether
-/// the holder is alive is a fact to ask for, whatever the clock says and however long an exchange takes. All operations
-/// throw BasicException when they fail.
+/// Identifies the drain that holds a claim: a random number with a lock that is released when its holder dies, however
+/// it dies. So whether the holder is alive can be asked for, whatever the clock says and however long an exchange
+/// takes. All operations throw BasicException when they fail.
 class QueueLease
 {
 public:
@@ -52,16 +52,17 @@ public:
     virtual DatabaseConnection &connection() = 0;
     virtual std::unique_ptr<QueueLease> newLease() const = 0;
 
-    /// Ends the query for the next event so that two drains do not find the same one.
+    /// SQL that ends the query for the next events, so that two drains never claim the same one; empty where there is
+    /// one writer at a time.
     virtual QStringView rowLock() const = 0;
 
     /// Keep others from changing this order, or those of the claimed events, until the transaction ends; to be called
-    /// before the order is read. Otherwise a push could miss that the event before has just gone, and nobody would send
-    /// what it stores.
+    /// before the order is read. Otherwise a push could overlook that its predecessor has just been delivered, and its
+    /// event would never become a head.
     virtual void lockOrder(const QString &owner, const QString &basket) = 0;
     virtual void lockOrdersOf(const QueueLease &lease) = 0;
 
-    /// The row of the summary that this connection counts in.
+    /// The row of the summary that this connection updates.
     virtual int summaryRow() const = 0;
 
     /// The column with an event's text, in the form that the driver returns as UTF-8 if it can.

@@ -12,12 +12,13 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-// At most so many accepted events, and one batch, are sent again after a power failure.
+// After a power failure at most so many accepted events, and one batch, are sent again.
 constexpr int eventsBetweenCheckpoints = 500;
 
 constexpr int largestBatch = 32;
 
-// How long events are kept from other drains. If the process is killed meanwhile, accepted ones may be sent again.
+// How long a batch keeps its events from other drains. If the process is killed meanwhile, accepted ones may be sent
+// again.
 constexpr std::chrono::milliseconds batchTime{10};
 
 // As stored and logged. Not every database takes a NUL in a text.
@@ -89,7 +90,7 @@ void QueueDelivery::send(Batch &batch)
         batch.last = send(receiver, claim);
         ++batch.sent;
         log(receiver.name, claim, batch.last);
-        const auto elapsed = m_environment.now() - start; // below 0: somebody has put the clock back
+        const auto elapsed = m_environment.now() - start; // below 0: the clock was set back
         goesOn = batch.last.result == Result::Accepted && elapsed >= elapsed.zero() && elapsed < batchTime &&
                  !m_environment.isStopping();
     }
@@ -144,7 +145,7 @@ void QueueDelivery::record(QueueStore &store)
     m_unrecorded.reset();
 }
 
-// What was not accepted comes first: all that is still claimed afterwards counts as accepted.
+// What was not accepted comes first: accepted() releases all other claims.
 void QueueDelivery::write(QueueStore &store, const Batch &batch) const
 {
     const std::span claims(batch.claims);

@@ -30,10 +30,10 @@ public:
     ~QueueDelivery();
     Q_DISABLE_COPY_MOVE(QueueDelivery)
 
-    /// Sends the next event that is due, if there is one, and records what has become of it; a batch at once if they
-    /// are accepted quickly. True: an event was sent, there may be more. False: nothing is due now. Throws
-    /// BasicException when the database fails; the next call opens it again and, before anything else, records what
-    /// could not be recorded, so that nothing is sent twice.
+    /// Sends the next event that is due, or a batch as long as events are accepted quickly, and records the outcome.
+    /// True: an event was sent, there may be more. False: nothing is due now. Throws BasicException when the database
+    /// fails; the next call opens it again and, before anything else, records what could not be recorded, so that
+    /// nothing is sent twice.
     bool step();
 
     /// Makes everything due that waits for the end of a back-off.

@@ -18,13 +18,14 @@ inline constexpr QStringView pushHead =
 inline constexpr QStringView hasDeadLetter =
     u"SELECT EXISTS (SELECT 1 FROM event WHERE owner = ? AND basket = ? AND state = 'dead')";
 
-// The columns of the summary: waiting, blocked. Each writer has a row of its own, so that tills do not wait for each
-// other; the sums count. Values: the changes, and the row.
+// The columns of the summary: waiting, blocked. Connections use different rows, so that tills do not wait for each
+// other; a total is the sum over all rows. Values: the changes, and the row.
 inline constexpr QStringView count = u"UPDATE summary SET waiting = waiting + ?, blocked = blocked + ? WHERE id = ?";
 inline constexpr QStringView countAccepted = u"UPDATE summary SET waiting = waiting - ?, last_success = ? WHERE id = ?";
 inline constexpr QStringView noteError = u"UPDATE summary SET last_error = ?, last_error_time = ? WHERE id = ?";
 
-// Leave nothing behind but have something to write; SQLite writes no row that is updated to what it was.
+// A write and its undoing, to see whether the database can be written. An UPDATE to the same value would not do: SQLite
+// skips it.
 inline constexpr QStringView tryToWrite = u"INSERT INTO claim (id, lease) VALUES (-1, 0)";
 inline constexpr QStringView endTry = u"DELETE FROM claim WHERE id = -1";
 
@@ -38,7 +39,7 @@ inline constexpr QStringView lastError =
 inline constexpr QStringView idsOfLease = u"SELECT id FROM claim WHERE lease = ?";
 inline constexpr QStringView leases = u"SELECT DISTINCT lease FROM claim";
 
-// Being sent when the drain died counts as an attempt: the event may be the reason.
+// An event that was being sent when its drain died has had an attempt: it may be why the drain died.
 inline constexpr QStringView countAttempts =
     u"UPDATE event SET attempts = attempts + 1 WHERE id IN (SELECT id FROM claim WHERE lease = ?)";
 
@@ -52,7 +53,7 @@ inline constexpr QStringView claim =
     u"AND NOT EXISTS (SELECT 1 FROM claim c WHERE c.id = e.id) ORDER BY e.next_attempt, e.id LIMIT ? %2 "
     u"ON CONFLICT DO NOTHING";
 inline constexpr QStringView due = u"e.next_attempt <= ?";
-// Computed before the clock was put back. Value: now + longest back-off.
+// Computed before the clock was set back. Value: now + longest back-off.
 inline constexpr QStringView tooFar = u"e.next_attempt > ?";
 // Somebody has asked for these. -1 comes before all others.
 inline constexpr QStringView askedFor = u"e.next_attempt = -1";
@@ -63,8 +64,8 @@ inline constexpr QStringView claimed =
     u"SELECT e.id, e.owner, e.basket, e.attempts, %1 FROM claim c JOIN head h ON h.id = c.id JOIN event e "
     u"ON e.id = c.id WHERE c.lease = ? ORDER BY h.next_attempt, h.id";
 
-// Everything that is still claimed was accepted: the next ones become heads. The lease is part of the condition so that
-// a drain never touches what is not, or no longer, its own.
+// All that the lease still claims was accepted: the next event of each order becomes its head. The lease is part of the
+// condition so that a drain never touches what is not, or no longer, its own.
 inline constexpr QStringView acceptedFollowers =
     u"INSERT INTO head (id, owner, next_attempt) SELECT n.id, n.owner, 0 FROM claim c JOIN event e ON e.id = c.id "
     u"JOIN event n ON n.id = (SELECT MIN(f.id) FROM event f WHERE f.owner = e.owner AND f.basket = e.basket "

@@ -134,7 +134,7 @@ std::vector<QueueClaim> QueueStore::claimed(const QueueLease &lease)
     return claims;
 }
 
-// Claims of the caller's own are there when their commit was stored, but not answered.
+// The caller finds claims of its own if an earlier commit was stored but never answered.
 void QueueStore::releaseWhatNobodyIsSending(const QueueLease &lease)
 {
     QList<qint64> found;

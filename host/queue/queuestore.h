@@ -69,14 +69,14 @@ public:
     /// push; otherwise the two could block each other.
     void lockOrders(const QueueLease &lease);
 
-    /// All of the lease's claims but those settled before were accepted: deletes their events. `claims` is what they
-    /// should be.
+    /// Deletes the events of `claims`, all of which were accepted; those that the lease no longer holds stay, with a
+    /// warning. To be called after failed() and refused(), because it releases the lease's other claims.
     void accepted(std::span<const QueueClaim> claims, const QueueLease &lease, QueueTime now);
 
-    /// The event could not be sent; not before `next` again.
+    /// Records a failed attempt; the event is not due again before `next`.
     void failed(const QueueClaim &claim, const QueueLease &lease, const QString &error, QueueTime now, QueueTime next);
 
-    /// The event was refused for good: makes it a dead letter.
+    /// Makes the event a dead letter: the service has refused it for good.
     void refused(const QueueClaim &claim, const QueueLease &lease, const QString &reason, QueueTime now);
 
     /// Gives back claims that were not sent.
@@ -88,7 +88,7 @@ public:
     /// True when there are events of `owner` that are neither dead letters nor wait behind one.
     bool hasDeliverable(const QString &owner);
 
-    /// The id of the event that was pushed last of those that are stored; 0 when there is none.
+    /// The highest id of a stored event; 0 when there is none.
     qint64 newest();
 
     /// Gives back the claims of drains that have died, and those of `lease` itself. To be called in a transaction.

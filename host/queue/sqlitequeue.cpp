@@ -18,7 +18,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-// AUTOINCREMENT: an id is never given twice, so the order of ids is the order of pushes for good. What differs most
+// AUTOINCREMENT: an id is never reused, so the order of ids is the order of pushes for good. What differs most
 // comes first in an index: SQLite compares the first column faster than the others.
 constexpr std::array<QStringView, 8> queueTables = {
     u"CREATE TABLE event (id INTEGER PRIMARY KEY AUTOINCREMENT, owner TEXT NOT NULL, basket TEXT NOT NULL, "
@@ -26,7 +26,7 @@ constexpr std::array<QStringView, 8> queueTables = {
     u"last_error TEXT, event TEXT NOT NULL)",
     u"CREATE INDEX event_order ON event (basket, owner, id)",
     u"CREATE INDEX event_dead ON event (basket, owner, id) WHERE state = 'dead'",
-    // Apart from the event, whose text would be written again with each change.
+    // Apart from the event, whose text SQLite would rewrite with each change.
     u"CREATE TABLE head (id INTEGER PRIMARY KEY, owner TEXT NOT NULL, next_attempt INTEGER NOT NULL)",
     u"CREATE INDEX head_due ON head (owner, next_attempt, id)",
     u"CREATE TABLE claim (id INTEGER PRIMARY KEY, lease INTEGER NOT NULL)",

@@ -1,4 +1,4 @@
-// Preloaded into a process, puts its clock back a year.
+// Preloaded into a process, sets its clock back a year.
 #include <sys/syscall.h>
 #include <sys/time.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-// The till sells whatever has become of loyalty: what is broken, what the cashier and `status` say, what is still sold.
+// The till sells whatever is wrong with loyalty: what is broken, what the cashier and `status` say, what is still sold.
 #include "salefixture.h"
 
 #include <QtCore/QLibraryInfo>

@@ -8,7 +8,7 @@
 
 namespace till {
 
-/// Used on the window's thread, which it never makes wait, but for the end.
+/// Used on the window's thread, which only the destructor blocks.
 class CheckThread : public QObject
 {
     Q_OBJECT
