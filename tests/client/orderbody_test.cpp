@@ -13,9 +13,8 @@ namespace kvo {
 
 namespace {
 
-class OrderBody : public testing::Test
+struct OrderBody : testing::Test
 {
-protected:
     QJsonObject line(bool forbidDiscount = false, int index = 0) const
     {
         return client.createOrderBody(document, card, forbidDiscount).value("orderLines"_L1)[index].toObject();

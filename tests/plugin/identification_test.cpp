@@ -4,9 +4,8 @@
 
 namespace kvo {
 
-class Identification : public PluginTest
+struct Identification : PluginTest
 {
-protected:
     Identification()
     {
         service.answers[u"searchCustomer"_s] = RestExchange::response(200, R"({"success": true, "data":

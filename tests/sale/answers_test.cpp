@@ -86,9 +86,8 @@ struct Service : RestExchange
     mutable QHash<QString, double> taken; ///< By order.
 };
 
-class SpoiltAnswer : public testing::TestWithParam<QString>
+struct SpoiltAnswer : testing::TestWithParam<QString>
 {
-protected:
     SpoiltAnswer() { Singleton<DBQueueBroker>::replace(queue); }
     ~SpoiltAnswer() override { Singleton<DBQueueBroker>::replace({}); }
 

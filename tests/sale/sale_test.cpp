@@ -26,7 +26,7 @@ void PrintTo(const Case &sold, std::ostream *stream)
     *stream << sold.name;
 }
 
-class Sale : public SaleTest, public testing::WithParamInterface<Case>
+struct Sale : SaleTest, testing::WithParamInterface<Case>
 {
 };
 

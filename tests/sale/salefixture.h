@@ -23,9 +23,8 @@ inline QByteArray check(const QByteArray &steps, const QByteArray &expect = "{}"
            steps + R"(], "answers": )" + answers + R"(, "expect": )" + expect + "}]}";
 }
 
-class SaleTest : public testing::Test
+struct SaleTest : testing::Test
 {
-protected:
     SaleTest() { startService(); }
     ~SaleTest() override
     {

@@ -54,9 +54,8 @@ const Row rows[]{
     {"SpendWithoutPricingTheChange", "price change:3 spend commit", "159.25"},
 };
 
-class Sequences : public SaleTest, public testing::WithParamInterface<Row>
+struct Sequences : SaleTest, testing::WithParamInterface<Row>
 {
-protected:
     /// Puts the card on a new check, makes the calls, ends the check, delivers what is queued, and compares the books.
     void sell(const QString &calls, SaleDocument::State state, const char *spent)
     {
@@ -78,7 +77,6 @@ protected:
         compareBooks(m_journal);
     }
 
-private:
     bool fails(const QString &call)
     {
         bool failed = true;

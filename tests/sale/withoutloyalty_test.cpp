@@ -12,7 +12,7 @@ const QByteArray priced = R"({"card": "7770000000001"}, "price")";
 
 constexpr char isOff[] = "не работают"; // and no card is accepted
 
-class Broken;
+struct Broken;
 
 struct Breakage
 {
@@ -22,14 +22,8 @@ struct Breakage
     const char *message = isOff; ///< Part of what the cashier is told about the card; null: it is accepted.
 };
 
-class Broken : public SaleTest, public testing::WithParamInterface<Breakage>
+struct Broken : SaleTest, testing::WithParamInterface<Breakage>
 {
-public:
-    using SaleTest::configure;
-    using SaleTest::folder;
-    using SaleTest::movePluginFolder;
-    using SaleTest::stopService;
-
     QString data(const char *name) { return folder.filePath(u"data/"_s + QString::fromUtf8(name)); }
 
     void damage(const char *name) { writeFile(data(name), QByteArray(8192, 'x')); }

@@ -116,9 +116,8 @@ private:
     }
 };
 
-class SimulatorTest : public testing::Test
+struct SimulatorTest : testing::Test
 {
-protected:
     SimulatorTest()
     {
         database.write([](const SQLite::Database &connection) { return addCustomers(connection, sampleCustomers()); });

@@ -7,9 +7,8 @@
 #include <QtCore/QJsonObject>
 
 /// Answers every request and keeps what was sent.
-class RestExchange : public RestClient
+struct RestExchange : RestClient
 {
-public:
     RestExchange()
     {
         MockFactory<RestClient>::install(QSharedPointer<RestClient>(this, [](RestClient *) {}));

@@ -24,9 +24,8 @@ struct Killed
 };
 
 /// Saves like the till until the process is "killed", before the write or after it.
-class MortalSave : public SaveToFileLogic
+struct MortalSave : SaveToFileLogic
 {
-public:
     void save(const QSharedPointer<AbstractDocument> &document, const QString &fileName, double paid) override
     {
         const int number = ++count;
@@ -51,9 +50,8 @@ struct Remover : Dialog
 };
 
 /// A till on a data folder of its own, which can be started anew as after a kill.
-class Session : public testing::Test
+struct Session : testing::Test
 {
-protected:
     Session()
     {
         service.answer =

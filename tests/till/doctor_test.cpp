@@ -70,9 +70,8 @@ void expectLine(const QString &report, const QString &line)
 
 } // namespace
 
-class DoctorTest : public testing::Test
+struct DoctorTest : testing::Test
 {
-protected:
     ~DoctorTest() override { Singleton<Config>::replace({}); }
 
     /// What the doctor finds with a sound configuration to which `ini` is added; a section that comes twice is joined.

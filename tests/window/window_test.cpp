@@ -19,9 +19,8 @@ std::string text(const QString &text)
 }
 
 /// A shop whose till has a window.
-class WindowTest : public SaleTest
+struct WindowTest : SaleTest
 {
-protected:
     WindowTest() { writeFile(folder.filePath(u"data/goods.json"_s), readFile(QStringLiteral(KVO_GOODS))); }
 
     /// Starts the till, with the settings that are given besides the usual ones.
@@ -70,7 +69,7 @@ protected:
     std::unique_ptr<WindowDriver> shop;
 };
 
-class Tour : public WindowTest, public testing::WithParamInterface<const char *>
+struct Tour : WindowTest, testing::WithParamInterface<const char *>
 {
 };
 

@@ -14,9 +14,8 @@ using Standing = CheckStore::Standing;
 
 namespace {
 
-class CheckStoreTest : public testing::Test
+struct CheckStoreTest : testing::Test
 {
-protected:
     void expectSells(CheckStore &checks)
     {
         const auto next = builder::check({100});

@@ -9,9 +9,8 @@
 using testing::AllOf;
 using testing::HasSubstr;
 
-class ConfigTest : public testing::Test
+struct ConfigTest : testing::Test
 {
-protected:
     Config read(const QByteArray &content)
     {
         writeFile(m_file, content);

@@ -14,9 +14,8 @@
 using testing::AllOf;
 using testing::HasSubstr;
 
-class LogTest : public testing::Test
+struct LogTest : testing::Test
 {
-protected:
     ~LogTest() override { setUpLogging(Config()); }
 
     void setUp(const QVariantHash &settings)

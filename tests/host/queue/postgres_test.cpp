@@ -6,9 +6,8 @@
 
 #include <future>
 
-class PostgresQueueTest : public QueueTest
+struct PostgresQueueTest : QueueTest
 {
-protected:
     /// As when the server is restarted.
     void closeAllConnections()
     {

@@ -4,9 +4,8 @@
 #include <queue/eventmask.h>
 #include <queue/queueadmin.h>
 
-class QueueAdminTest : public QueueTest
+struct QueueAdminTest : QueueTest
 {
-protected:
     QueueAdminTest()
     {
         push(u"a1 a2 b1"_s);

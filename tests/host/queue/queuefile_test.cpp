@@ -10,9 +10,8 @@
 
 using testing::HasSubstr;
 
-class QueueFileTest : public QueueTest
+struct QueueFileTest : QueueTest
 {
-protected:
     void removeFiles()
     {
         for (const QString &suffix : {u""_s, u"-wal"_s, u"-shm"_s})

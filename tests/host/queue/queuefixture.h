@@ -33,9 +33,8 @@ inline QString postgresFolder()
     return qEnvironmentVariable("KVO_POSTGRES");
 }
 
-class QueueTest : public testing::Test
+struct QueueTest : testing::Test
 {
-protected:
     void TearDown() override
     {
         if (!expectsDamage && QFile::exists(file) == postgresFolder().isEmpty())
@@ -132,7 +131,6 @@ protected:
                            {{u"kvo"_s, [this](const QJsonObject &event) { receive(event); }}},
                            {[this] { return now; }, [] { return 0.5; }, [this] { return stopping; }}};
 
-private:
     void receive(const QJsonObject &event)
     {
         const QString name = nameOf(event);
