@@ -2,7 +2,6 @@
 // what may be sent again.
 #include "client/interface.h"
 #include "client/refusal.h"
-#include "tests/support/fakeconfig.h"
 #include "tests/support/json.h"
 #include "tests/support/logfile.h"
 #include "tests/support/restexchange.h"

@@ -10,9 +10,6 @@
 #include "till/queuesender.h"
 #include "till/receipt.h"
 
-#include <core/basicexception.h>
-
-#include <QtCore/QJsonArray>
 #include <QtCore/QRegularExpression>
 
 using namespace std::chrono_literals;

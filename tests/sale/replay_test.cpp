@@ -1,9 +1,6 @@
 // A day from a CSV file, sold by two tills at once; file, journals and the service's ledger agree afterwards.
 #include "salefixture.h"
 
-using testing::AllOf;
-using testing::HasSubstr;
-
 namespace {
 
 constexpr char day[] = "InvoiceNo,StockCode,Description,Quantity,InvoiceDate,UnitPrice,CustomerID\n"

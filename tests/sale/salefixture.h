@@ -9,7 +9,6 @@
 
 #include <sys/prctl.h>
 
-#include <QtCore/QDir>
 #include <QtCore/QProcess>
 
 #include <csignal>

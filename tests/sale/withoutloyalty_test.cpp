@@ -3,8 +3,6 @@
 
 #include <QtCore/QLibraryInfo>
 
-using testing::HasSubstr;
-
 namespace {
 
 const QByteArray plain = check(R"("close")", R"({"outcome": "closed", "total": "227.50"})");

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "customerfile.h"
-#include "database.h"
 #include "httpserver.h"
 
 #include <gmock/gmock.h>

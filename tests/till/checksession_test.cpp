@@ -13,7 +13,6 @@
 #include <cashier/dialog.h>
 #include <cashier/savetofilelogic.h>
 #include <core/activitynotifier.h>
-#include <core/basicexception.h>
 #include <queue/queueadmin.h>
 
 namespace {

@@ -7,8 +7,6 @@
 #include <QtCore/QDirIterator>
 #include <QtCore/QRegularExpression>
 
-using testing::HasSubstr;
-
 struct ConfigurationTest : testing::Test
 {
     /// What reading this file is refused with; empty when it is accepted.

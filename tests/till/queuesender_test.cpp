@@ -5,8 +5,6 @@
 #include "tests/support/test.h"
 #include "till/queuesender.h"
 
-#include <core/basicexception.h>
-
 namespace till {
 
 namespace {

@@ -5,10 +5,6 @@
 #include "till/catalogue.h"
 #include "till/scenarioreader.h"
 
-#include <core/basicexception.h>
-
-using testing::HasSubstr;
-
 namespace {
 
 struct ScenarioReader : testing::Test

@@ -4,12 +4,9 @@
 #include "tests/support/sql.h"
 #include "windowdriver.h"
 
-#include <QtCore/QDir>
 #include <QtGui/QClipboard>
 #include <QtGui/QPixmap>
 #include <QtWidgets/QApplication>
-
-using testing::HasSubstr;
 
 namespace {
 

@@ -9,16 +9,12 @@
 #include <cashier/cashierui.h>
 #include <cashier/dialog.h>
 #include <cashier/verificationlogic.h>
-#include <checks/checkstore.h>
-#include <core/basicexception.h>
 #include <core/currenttime.h>
 #include <loyalty/basicloyaltysystem.h>
 
 using namespace std::chrono_literals;
 
 namespace {
-
-using testing::HasSubstr;
 
 // Answers the prompts for a code one after the other; each answer takes its time, and nothing else does.
 struct Keyboard : CashierUi, CurrentTime

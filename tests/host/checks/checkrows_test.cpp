@@ -3,10 +3,6 @@
 #include "tests/support/refusal.h"
 #include "tests/support/test.h"
 
-#include <core/basicexception.h>
-
-using testing::HasSubstr;
-
 namespace {
 
 TEST(CheckRowsTest, EverythingComesBack)

@@ -9,7 +9,6 @@
 #include <checks/checkstore.h>
 #include <core/basicexception.h>
 
-using testing::HasSubstr;
 using Standing = CheckStore::Standing;
 
 namespace {

@@ -6,9 +6,6 @@
 #include <core/basicexception.h>
 #include <core/config.h>
 
-using testing::AllOf;
-using testing::HasSubstr;
-
 struct ConfigTest : testing::Test
 {
     Config read(const QByteArray &content)

@@ -11,9 +11,6 @@
 
 #include <QtCore/QScopeGuard>
 
-using testing::AllOf;
-using testing::HasSubstr;
-
 struct LogTest : testing::Test
 {
     ~LogTest() override { setUpLogging(Config()); }

@@ -1,10 +1,8 @@
 // The HTTP client against servers that misbehave: what counts as an answer, and that nothing is ever sent twice.
 #include "rawserver.h"
-#include "tests/support/file.h"
 #include "tests/support/logfile.h"
 #include "tests/support/test.h"
 
-#include <core/singleton.h>
 #include <net/linkstate.h>
 #include <net/restclient.h>
 

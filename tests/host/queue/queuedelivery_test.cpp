@@ -2,7 +2,6 @@
 #include "queuefixture.h"
 
 #include <core/logsetup.h>
-#include <queue/backoff.h>
 #include <queue/queueadmin.h>
 
 using QueueDeliveryTest = QueueTest;

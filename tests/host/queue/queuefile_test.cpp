@@ -8,8 +8,6 @@
 
 #include <sys/stat.h>
 
-using testing::HasSubstr;
-
 struct QueueFileTest : QueueTest
 {
     void removeFiles()

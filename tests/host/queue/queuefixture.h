@@ -6,7 +6,6 @@
 #include "tests/support/sql.h"
 #include "tests/support/test.h"
 
-#include <core/basicexception.h>
 #include <core/config.h>
 #include <core/singleton.h>
 #include <queue/dbqueuebroker.h>
