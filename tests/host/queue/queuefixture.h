@@ -21,19 +21,13 @@ inline QJsonObject eventNamed(const QString &name)
     return {{u"url"_s, u"http://127.0.0.1/api/"_s + name}, {u"payload"_s, QJsonObject{{u"basket"_s, name.left(1)}}}};
 }
 
-inline QString nameOf(const QJsonObject &event)
-{
-    return event.value(u"url").toString().section(u'/', -1);
-}
-
-/// The socket's folder of scripts/with-postgres; empty: the tests run on SQLite.
-inline QString postgresFolder()
-{
-    return qEnvironmentVariable("KVO_POSTGRES");
-}
-
 struct QueueTest : testing::Test
 {
+    static QString nameOf(const QJsonObject &event) { return event.value(u"url").toString().section(u'/', -1); }
+
+    /// The socket's folder of scripts/with-postgres; empty: the tests run on SQLite.
+    static QString postgresFolder() { return qEnvironmentVariable("KVO_POSTGRES"); }
+
     void TearDown() override
     {
         if (!expectsDamage && QFile::exists(file) == postgresFolder().isEmpty())
@@ -76,6 +70,14 @@ struct QueueTest : testing::Test
         return sent.join(u' ');
     }
 
+    /// One step, during whose exchanges this happens.
+    bool stepDuring(const std::function<void()> &action)
+    {
+        whileSending = action;
+        const auto nothingLater = qScopeGuard([this] { whileSending = [] {}; });
+        return delivery.step();
+    }
+
     /// What is kept is what could be counted: the summary, and the first event of each order if it waits.
     void expectConsistency()
     {
@@ -107,8 +109,7 @@ struct QueueTest : testing::Test
     /// From now on the newest connection of the queue cannot write.
     static void refuseWrites()
     {
-        sqlInside(postgresFolder().isEmpty() ? u"PRAGMA query_only = 1"_s
-                                             : u"SET default_transaction_read_only = on"_s);
+        sqlInside(postgresFolder().isEmpty() ? u"PRAGMA query_only=1"_s : u"SET default_transaction_read_only = on"_s);
     }
 
     QTemporaryDir folder;
@@ -129,6 +130,8 @@ struct QueueTest : testing::Test
     QueueDelivery delivery{settings,
                            {{u"kvo"_s, [this](const QJsonObject &event) { receive(event); }}},
                            {[this] { return now; }, [] { return 0.5; }, [this] { return stopping; }}};
+    QStringList sentByRival; ///< By a second drain on the same database.
+    QueueDelivery rival{settings, {{u"kvo"_s, [this](const auto &event) { sentByRival.append(nameOf(event)); }}}};
 
     void receive(const QJsonObject &event)
     {
