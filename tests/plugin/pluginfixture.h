@@ -84,7 +84,7 @@ struct PluginTest : testing::Test
 
     void serviceAnswers(const QByteArray &result)
     {
-        service.answer = RestExchange::response(200, R"({"success": true, "result": )" + result + "}");
+        service.answer = service.ok(R"({"success": true, "result": )" + result + "}");
     }
 
     /// The cashier has the attempt repeated this many times.

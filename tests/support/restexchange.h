@@ -20,6 +20,8 @@ struct RestExchange : RestClient
         return {status, QNetworkReply::NoError, tr::Tr(QStringLiteral("?")), QJsonDocument::fromJson(json)};
     }
 
+    static http::Response ok(const QByteArray &json) { return response(200, json); }
+
     void setTimeout(int milliseconds) override { timeout = milliseconds; }
     void request(QNetworkAccessManager::Operation op, const QUrl &url, const QJsonDocument &payload,
                  const QHash<QString, QString> &headers) override
@@ -37,7 +39,7 @@ struct RestExchange : RestClient
                                           : answers.value(method, answer);
     }
 
-    http::Response answer = response(200, R"({"success": true})");
+    http::Response answer = ok(R"({"success": true})");
     QHash<QString, http::Response> answers; ///< To methods with an answer of their own.
     mutable QStringList failures;           ///< Methods that are refused, once for each entry.
     QStringList calls;                      ///< What was asked: "cardInfo?Brand=B&..." or "createOrder".
