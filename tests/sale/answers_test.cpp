@@ -2,6 +2,7 @@
 // be saved, restored and ended, and the points that the service takes are those on the receipt.
 #include "tests/support/checkbuilder.h"
 #include "tests/support/fakeconfig.h"
+#include "tests/support/refusal.h"
 #include "tests/support/restexchange.h"
 #include "tests/support/test.h"
 #include "till/checksession.h"
@@ -98,7 +99,7 @@ struct SpoiltAnswer : testing::TestWithParam<QString>
                                             [&] { session->price(); }, [&] { session->changeGoods(1, 2, {}); },
                                             [&] { session->subtotal(); }, [&] { session->spend(); }};
         for (const auto &step : steps)
-            attempt(step);
+            refusalOf(step); // for the cashier
         session.reset();
         Singleton<CheckStore>::replace({});
         session = std::make_unique<till::CheckSession>(plugin.system(), *queue);
@@ -106,7 +107,7 @@ struct SpoiltAnswer : testing::TestWithParam<QString>
         EXPECT_TRUE(session->isOpen()) << "not restored";
         std::optional<till::CheckResult> result;
         if (closing)
-            attempt([&] { result = session->close(); });
+            refusalOf([&] { result = session->close(); });
         return result ? *result : session->voidCheck();
     }
 
@@ -118,15 +119,6 @@ struct SpoiltAnswer : testing::TestWithParam<QString>
         });
         drain.start();
         EXPECT_TRUE(drain.waitUntilDrained(30s));
-    }
-
-    static void attempt(const std::function<void()> &step)
-    {
-        try {
-            step();
-        } catch (const BasicException &) {
-            // The cashier is told.
-        }
     }
 
     QTemporaryDir folder{u"/dev/shm/kvo-XXXXXX"_s}; // In memory: thousands of saves are quick there.

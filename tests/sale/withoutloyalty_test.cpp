@@ -69,12 +69,11 @@ INSTANTIATE_TEST_SUITE_P(By, Broken, testing::ValuesIn(breakages),
 
 TEST_F(SaleTest, SetsACheckWithACardAsideUntilThePluginIsBack)
 {
-    const QString file = folder.filePath(u"till.ini"_s);
-    const QByteArray configuration = readFile(file);
+    const QByteArray configuration = readFile(ini);
     runTill(check(priced));
     movePluginFolder();
     EXPECT_THAT(runTill(plain).toStdString(), HasSubstr("Чек отложен"));
-    writeFile(file, configuration);
+    writeFile(ini, configuration);
     EXPECT_THAT(askTill({u"sell"_s}, "take 1\nclose\n").toStdString(), HasSubstr("Начислено баллов"));
     expectEqualBooks(2);
 }
