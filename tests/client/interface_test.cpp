@@ -2,7 +2,6 @@
 // what may be sent again.
 #include "client/interface.h"
 #include "client/refusal.h"
-#include "tests/support/fakeconfig.h"
 #include "tests/support/json.h"
 #include "tests/support/logfile.h"
 #include "tests/support/restexchange.h"
@@ -10,9 +9,9 @@
 
 namespace kvo {
 
-namespace {
-
 enum class Outcome { Good, Logged, Failed, Rejected };
+using enum Outcome;
+using Error = QNetworkReply::NetworkError;
 
 struct OpenInterface : Interface
 {
@@ -27,29 +26,28 @@ struct Judgement
     const char *body;
     Outcome now, fromQueue;
     QString text = {};
-    QNetworkReply::NetworkError error = QNetworkReply::NoError;
+    Error error = Error::NoError;
 };
 
 const Judgement judgements[] = {
-    {"success", 200, R"({"success": true, "data": {}})", Outcome::Good, Outcome::Good},
-    {"nothing to judge", 500, R"({"data": 1})", Outcome::Good, Outcome::Good},
-    {"no JSON", 200, "", Outcome::Good, Outcome::Good},
-    {"error code zero", 200, R"({"error": {"errorCode": 0}})", Outcome::Good, Outcome::Good},
-    {"error code", 200, R"({"success": true, "error": {"errorCode": 1, "description": "x"}})", Outcome::Rejected,
-     Outcome::Rejected, u"x"_s},
-    {"refused 200", 200, R"({"success": false, "message": "m"})", Outcome::Rejected, Outcome::Logged, u"m"_s},
-    {"refused 400", 400, R"({"success": false, "message": "m"})", Outcome::Rejected, Outcome::Logged, u"m"_s},
-    {"refused 404", 404, R"({"success": false, "message": "m"})", Outcome::Rejected, Outcome::Rejected, u"m"_s},
-    {"refused 500", 500, R"({"success": false, "message": "m"})", Outcome::Failed, Outcome::Logged, u"m"_s},
-    {"success as text", 404, R"({"success": "true"})", Outcome::Rejected, Outcome::Rejected, u"нет ответа"_s},
+    {"success", 200, R"({"success": true, "data": {}})", Good, Good},
+    {"nothing to judge", 500, R"({"data": 1})", Good, Good},
+    {"no JSON", 200, "", Good, Good},
+    {"error code zero", 200, R"({"error": {"errorCode": 0}})", Good, Good},
+    {"an error", 200, R"({"success": true, "error": {"errorCode": 1, "description": "x"}})", Rejected, Rejected,
+     u"x"_s},
+    {"refused 200", 200, R"({"success": false, "message": "m"})", Rejected, Logged, u"m"_s},
+    {"refused 400", 400, R"({"success": false, "message": "m"})", Rejected, Logged, u"m"_s},
+    {"refused 404", 404, R"({"success": false, "message": "m"})", Rejected, Rejected, u"m"_s},
+    {"refused 500", 500, R"({"success": false, "message": "m"})", Failed, Logged, u"m"_s},
+    {"success as text", 404, R"({"success": "true"})", Rejected, Rejected, u"нет ответа"_s},
     {"refusal wins over error", 404,
-     R"({"success": false, "message": "m", "error": {"errorCode": 5, "description": "x"}})", Outcome::Rejected,
-     Outcome::Rejected, u"m"_s},
-    {"refused 500, with an error", 500, R"({"success": false, "message": "m"})", Outcome::Failed, Outcome::Logged,
-     u"m"_s, QNetworkReply::InternalServerError},
-    {"no connection", 0, "", Outcome::Failed, Outcome::Failed, u"нет ответа"_s, QNetworkReply::ConnectionRefusedError},
-    {"cut after the status", 200, "", Outcome::Failed, Outcome::Failed, u"нет ответа"_s,
-     QNetworkReply::RemoteHostClosedError},
+     R"({"success": false, "message": "m", "error": {"errorCode": 5, "description": "x"}})", Rejected, Rejected,
+     u"m"_s},
+    {"refused 500, with an error", 500, R"({"success": false, "message": "m"})", Failed, Logged, u"m"_s,
+     Error::InternalServerError},
+    {"no connection", 0, "", Failed, Failed, u"нет ответа"_s, Error::ConnectionRefusedError},
+    {"cut after the status", 200, "", Failed, Failed, u"нет ответа"_s, Error::RemoteHostClosedError},
 };
 
 Outcome judge(const Judgement &judgement, bool logOnly, LogFile &log)
@@ -60,11 +58,11 @@ Outcome judge(const Judgement &judgement, bool logOnly, LogFile &log)
         Interface(utils::ForMock()).checkForError(answer, logOnly);
     } catch (const BasicException &error) {
         EXPECT_EQ(error.text().ru(), judgement.text);
-        return dynamic_cast<const Refusal *>(&error) ? Outcome::Rejected : Outcome::Failed;
+        return dynamic_cast<const Refusal *>(&error) ? Rejected : Failed;
     }
     const QString logged = log.take();
     EXPECT_TRUE(logged.isEmpty() || logged.contains(judgement.text)) << logged.toStdString();
-    return logged.isEmpty() ? Outcome::Good : Outcome::Logged;
+    return logged.isEmpty() ? Good : Logged;
 }
 
 TEST(Settings, GiveAddressesTimeoutAndCredentials)
@@ -125,7 +123,7 @@ TEST(Queries, NameWhatTheyAskForAndReadTheData)
          "loyaltyBalanceInfo?Brand=B&CardNumber=1&CustAccountNum=", R"({"AmountQty": "12.5"})", 0},
     };
     for (const auto &[ask, call, data, result] : cases) {
-        exchange.answer = RestExchange::response(200, R"({"success": true, "data": )" + QByteArray(data) + "}");
+        exchange.answer = exchange.ok(R"({"success": true, "data": )" + QByteArray(data) + "}");
         EXPECT_EQ(ask(), result) << call;
         EXPECT_EQ(exchange.calls.last(), QString::fromUtf8(call));
         EXPECT_EQ(exchange.sentOp, QNetworkAccessManager::GetOperation);
@@ -150,8 +148,8 @@ TEST(Transport, JudgesAnswers)
         EXPECT_EQ(judge(judgement, false, log), judgement.now);
         EXPECT_EQ(judge(judgement, true, log), judgement.fromQueue);
     }
-    for (const auto &[later, statuses] : {std::pair(Outcome::Failed, QList<int>{401, 403, 407, 408, 429, 501, 599}),
-                                          {Outcome::Rejected, {402, 404, 406, 409, 428, 430, 499}}})
+    for (const auto &[later, statuses] : {std::pair(Failed, QList<int>{401, 403, 407, 408, 429, 501, 599}),
+                                          {Rejected, {402, 404, 406, 409, 428, 430, 499}}})
         for (const int status : statuses)
             EXPECT_EQ(judge({"", status, R"({"success": false})", later, later, u"нет ответа"_s}, true, log), later)
                 << status;
@@ -181,7 +179,5 @@ TEST(Transport, SendsAQueuedEventAsItWasStored)
     for (const auto &[op, read] : operations)
         EXPECT_EQ(static_cast<int>(Request::fromQueueEvent(json(R"({"op": )" + QByteArray(op) + "}")).op), read) << op;
 }
-
-} // namespace
 
 } // namespace kvo

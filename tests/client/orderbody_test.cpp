@@ -11,14 +11,11 @@
 
 namespace kvo {
 
-namespace {
-
-class OrderBody : public testing::Test
+struct OrderBody : testing::Test
 {
-protected:
     QJsonObject line(bool forbidDiscount = false, int index = 0) const
     {
-        return client.createOrderBody(document, card, forbidDiscount).value("orderLines"_L1)[index].toObject();
+        return client.createOrderBody(check, card, forbidDiscount).value("orderLines"_L1)[index].toObject();
     }
 
     void addImpact(const QList<QPair<int, double>> &shares, EDiscountType type,
@@ -28,12 +25,12 @@ protected:
         impact->getTotals()->setDiscountType(type);
         impact->getTotals()->setDiscountMode(mode);
         impact->getTotals()->setValutCode(valutCode);
-        document->addImpact(impact);
+        check->addImpact(impact);
     }
 
     FakeConfig config{{{u"Kvo:brand"_s, u"B"_s}, {u"Kvo:onlineStore"_s, u"S"_s}, {u"Kvo:terminal"_s, u"T"_s}}};
     Interface client;
-    QSharedPointer<SaleDocument> document = builder::check({10000, 5000});
+    QSharedPointer<SaleDocument> check = builder::check({10000, 5000});
     QSharedPointer<DocumentCardRecord> card = builder::card(u"2000"_s);
 };
 
@@ -43,18 +40,18 @@ TEST_F(OrderBody, TellsThePlainCheck)
     const auto item = builder::line(3333, 3, 100);
     item->setAdditionalBarcode(u"460"_s);
     item->getTmc()->setPriceSourceType(EPriceSourceType::Promotion);
-    document->addGoodsItem(item);
-    document->removeGoodsItem(1);
-    document->removeGoodsItem(2);
+    check->addGoodsItem(item);
+    check->removeGoodsItem(1);
+    check->removeGoodsItem(2);
 
     QJsonObject expected = json(R"({
         "brand": "B", "cardNumber": "2000", "onlineStore": "S", "basket": "basket-1",
         "orderLines": [{"barcode": "460", "lineID": "3", "qty": "1", "lineAmount": "99.99", "isSale": true,
                         "noDiscountAllowed": false, "noEarnAllowed": false, "paymentDiscAmount": "0.00"}],
         "paymentDiscAmount": "0.00", "terminal": "T"})");
-    expected.insert("basketDatetime"_L1, document->getDateTime().date().toString(Qt::ISODate));
+    expected.insert("basketDatetime"_L1, check->getDateTime().date().toString(Qt::ISODate));
     const CommaLocale commas;
-    EXPECT_EQ(client.createOrderBody(document, card, false), expected);
+    EXPECT_EQ(client.createOrderBody(check, card, false), expected);
 }
 
 TEST_F(OrderBody, FoldsImpactsByKind)
@@ -64,7 +61,7 @@ TEST_F(OrderBody, FoldsImpactsByKind)
     addImpact({{1, 0.25}}, EDiscountType::Bonus, EDiscountMode::Manual, u"643"_s);
     addImpact({{1, 7}}, EDiscountType::Percent, EDiscountMode::Manual);
     addImpact({{2, 2}}, EDiscountType::None, EDiscountMode::Payment);
-    EXPECT_EQ(client.createOrderBody(document, card, false).value("paymentDiscAmount"_L1), u"7.25"_s);
+    EXPECT_EQ(client.createOrderBody(check, card, false).value("paymentDiscAmount"_L1), u"7.25"_s);
     EXPECT_EQ(line().value("lineAmount"_L1), u"93.00"_s);
     EXPECT_EQ(line().value("isSale"_L1), false);
     EXPECT_EQ(line().value("paymentDiscAmount"_L1), u"5.25"_s);
@@ -86,7 +83,7 @@ TEST_F(OrderBody, SaysWhatMayNotBeSpentAndEarned)
         {{}, true, true, true, true, false},
     };
     for (const auto &[labels, allowDiscount, allowEarn, forbid, noDiscount, noEarn] : cases) {
-        const auto item = document->getGoodsItems().first();
+        const auto item = check->getGoodsItems().first();
         item->setCampaignLabels(labels);
         item->setAllowDiscount(allowDiscount);
         item->setAllowBonusEarn(allowEarn);
@@ -100,12 +97,12 @@ TEST_F(OrderBody, IsKeptOnTheCardOnceTheServiceHasAcceptedIt)
 {
     RestExchange exchange;
     const std::tuple<std::function<Response()>, QString, bool> cases[] = {
-        {[this] { return client.calculateOrder(document, card); }, u"calculateOrder"_s, false},
-        {[this] { return client.createOrder(document, card, false); }, u"createOrder"_s, false},
-        {[this] { return client.createOrder(document, card, true); }, u"createOrder"_s, true},
+        {[this] { return client.calculateOrder(check, card); }, u"calculateOrder"_s, false},
+        {[this] { return client.createOrder(check, card, false); }, u"createOrder"_s, false},
+        {[this] { return client.createOrder(check, card, true); }, u"createOrder"_s, true},
     };
     for (const auto &[send, method, forbidsSpending] : cases) {
-        exchange.answer = RestExchange::response(200, R"({"success": true, "result": {"earnPoints": 3,
+        exchange.answer = exchange.ok(R"({"success": true, "result": {"earnPoints": 3,
             "redeemPoints": [{"lineId": 1, "points": 10}, {"points": 2.5}, {}, 7, {"points": "8"}]}})");
         const Response response = send();
         const QJsonObject body = exchange.bodies.last();
@@ -117,7 +114,7 @@ TEST_F(OrderBody, IsKeptOnTheCardOnceTheServiceHasAcceptedIt)
         EXPECT_TRUE(card->getOperationId().isEmpty());
         EXPECT_EQ(response.earnPoints(), 3);
         EXPECT_EQ(response.redeemPointsAmount(), 12.5);
-        exchange.answer = RestExchange::response(200, R"({"success": true})");
+        exchange.answer = exchange.ok(R"({"success": true})");
         EXPECT_EQ(send().redeemPointsAmount(), 0);
         exchange.failures = {method};
         const QVariant accepted = card->getOperationInfo();
@@ -133,14 +130,13 @@ TEST_F(OrderBody, GoesIntoRequestsThatNameTheOrder)
     const QJsonObject order =
         json(R"({"brand": "B", "cardNumber": "2000", "onlineStore": "S", "basket": "1", "terminal": "T"})");
     QJsonObject binding = order;
-    binding.insert("orderID"_L1, document->getIdentifier());
+    binding.insert("orderID"_L1, check->getIdentifier());
     const std::tuple<Request, QString, QJsonObject> cases[] = {
-        {client.createOrderRequest(document, card, true), u"createOrder"_s,
-         client.createOrderBody(document, card, true)},
-        {client.updateOrderRequest(document, card), u"updateOrder"_s, client.createOrderBody(document, card, false)},
+        {client.createOrderRequest(check, card, true), u"createOrder"_s, client.createOrderBody(check, card, true)},
+        {client.updateOrderRequest(check, card), u"updateOrder"_s, client.createOrderBody(check, card, false)},
         {client.postOrderRequest(card), u"postOrder"_s, {{u"basket"_s, u"as accepted"_s}}},
-        {client.bindOrderIdRequest(document, card), u"bindOrderId"_s, binding},
-        {client.cancelOrderRequest(document, card), u"cancelOrder"_s, order},
+        {client.bindOrderIdRequest(check, card), u"bindOrderId"_s, binding},
+        {client.cancelOrderRequest(check, card), u"cancelOrder"_s, order},
     };
     for (const auto &[request, method, body] : cases) {
         EXPECT_EQ(request.op, QNetworkAccessManager::PostOperation);
@@ -149,7 +145,5 @@ TEST_F(OrderBody, GoesIntoRequestsThatNameTheOrder)
         EXPECT_EQ(request.payload.object(), body) << method.toStdString();
     }
 }
-
-} // namespace
 
 } // namespace kvo

@@ -3,9 +3,8 @@
 
 namespace kvo {
 
-class Events : public PluginTest
+struct Events : PluginTest
 {
-protected:
     Events()
     {
         card->setOperationInfo(priced);

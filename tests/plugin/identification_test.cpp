@@ -4,16 +4,14 @@
 
 namespace kvo {
 
-class Identification : public PluginTest
+struct Identification : PluginTest
 {
-protected:
     Identification()
     {
-        service.answers[u"searchCustomer"_s] = RestExchange::response(200, R"({"success": true, "data":
+        service.answers[u"searchCustomer"_s] = service.ok(R"({"success": true, "data":
             {"CustAccount": "C7", "LastName": "Иванов", "FirstName": "Пётр", "BirthDate": "1990-05-17 00:00:00",
              "Gender": 2, "Email": "p@example.org", "Phone": "+79001234567", "CardNumber": "50% a&b"}})");
-        service.answers[u"loyaltyBalanceInfo"_s] =
-            RestExchange::response(200, R"({"success": true, "data": {"AmountQty": 150.5}})");
+        service.answers[u"loyaltyBalanceInfo"_s] = service.ok(R"({"success": true, "data": {"AmountQty": 150.5}})");
     }
 };
 
@@ -31,12 +29,10 @@ TEST_F(Identification, ByPhoneSearchesOnce)
                                           u"loyaltyBalanceInfo?Brand=B&CardNumber=50%25%20a%26b&CustAccountNum=C7"_s}));
     EXPECT_EQ(service.sentOp, QNetworkAccessManager::GetOperation);
     const auto holder = card->getCard()->getClient();
-    EXPECT_EQ(holder->getIdClient(), u"C7");
-    EXPECT_EQ(holder->getName(), u"Иванов Пётр ");
+    EXPECT_EQ(std::tuple(holder->getIdClient(), holder->getName(), holder->getEmail(), holder->getPhoneNumber()),
+              std::tuple(u"C7"_s, u"Иванов Пётр "_s, u"p@example.org"_s, u"+79001234567"_s));
     EXPECT_EQ(holder->getBirthday(), QDate(1990, 5, 17));
     EXPECT_EQ(holder->getSex(), Client::Sex::Female);
-    EXPECT_EQ(holder->getEmail(), u"p@example.org");
-    EXPECT_EQ(holder->getPhoneNumber(), u"+79001234567");
     EXPECT_EQ(card->getNumber(), QVariant(u"50% a&b"_s));
     EXPECT_EQ(card->getBonusBalance(), QVariant(150.5));
     EXPECT_EQ(plugin.getPluginData(u"pointsForSpend"_s, {}), QVariant(150.5));
@@ -52,8 +48,7 @@ TEST_F(Identification, TheLastTierInForceStands)
         {R"([{"Name": "C", "Discount": -1}])", "B", 0}, // As before.
     };
     for (const auto &[tiers, status, tier] : cases) {
-        service.answer =
-            RestExchange::response(200, R"({"success": true, "data": {"Tiers": )" + QByteArray(tiers) + "}}");
+        service.answer = service.ok(R"({"success": true, "data": {"Tiers": )" + QByteArray(tiers) + "}}");
         EXPECT_TRUE(plugin.identifyByCard(card, ECardNumberType::Manual));
         const QVariantMap options = card->getExtendedOptions().toMap();
         EXPECT_EQ(options.value(u"loyaltyStatus"_s).toString(), QString::fromUtf8(status)) << tiers;

@@ -66,14 +66,13 @@ TEST_F(Lifecycle, RestoringPassesOverWhatItCannotRead)
     QVariantList damaged = impacts;
     damaged.append(u"text"_s);
     const QVariantMap record{{u"cardNumber"_s, u"2000"_s}, {u"amount"_s, u"x"_s}, {u"position"_s, 2}, {u"z"_s, 1}};
+    const auto noRecords = QVariant::fromValue(QList<DocumentBonusRecord>());
     const std::tuple<QVariantMap, QString, qsizetype> cases[] = {
         {{{u"pointsForSpend"_s, u"x"_s}, {u"bonusImpacts"_s, impacts}}, u"pointsForSpend\n"_s, 1},
         {{{u"bonusRecords"_s, QVariantList{record}}}, u"amount\n"_s, 0},
         {{{u"bonusRecords"_s, QVariantList{QVariantMap(), 7}}}, u"bonusRecords\n"_s, 0},
         {{{u"bonusRecords"_s, u"x"_s}, {u"bonusImpacts"_s, damaged}}, u"bonusRecords, bonusImpacts\n"_s, 0},
-        {{{u"bonusRecords"_s, QVariant::fromValue(QList<DocumentBonusRecord>())}, {u"bonusImpacts"_s, QVariantList()}},
-         {},
-         0},
+        {{{u"bonusRecords"_s, noRecords}, {u"bonusImpacts"_s, QVariantList()}}, {}, 0},
         {{}, {}, 0},
     };
     for (const auto &[data, skipped, restored] : cases) {

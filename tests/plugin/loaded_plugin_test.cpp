@@ -13,14 +13,12 @@
 
 namespace {
 
-class LoadedPlugin : public testing::Test
+struct LoadedPlugin : testing::Test
 {
-protected:
-    LoadedPlugin() : loader(QString::fromUtf8(LIBKVO_FILE)) {}
     ~LoadedPlugin() override { loader.unload(); }
 
     FakeConfig config{{}};
-    QPluginLoader loader;
+    QPluginLoader loader{QStringLiteral(LIBKVO_FILE)};
 };
 
 TEST_F(LoadedPlugin, SaysWhatItIs)

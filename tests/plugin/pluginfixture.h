@@ -26,34 +26,29 @@ using testing::Throw;
 using DocumentPtr = QSharedPointer<AbstractDocument>;
 using CardPtr = QSharedPointer<DocumentCardRecord>;
 
-class MockDialog : public Dialog
+struct MockDialog : Dialog
 {
-public:
     MOCK_METHOD(bool, question, (const tr::Tr &, int, const tr::Tr &, const tr::Tr &, int), (override));
 };
 
-class MockVerificationLogic : public VerificationLogic
+struct MockVerificationLogic : VerificationLogic
 {
-public:
     MOCK_METHOD(void, verify, (const QString &, const tr::Tr &, int), (override));
 };
 
-class MockSaveToFileLogic : public SaveToFileLogic
+struct MockSaveToFileLogic : SaveToFileLogic
 {
-public:
     MOCK_METHOD(void, save, (const DocumentPtr &, const QString &, double), (override));
 };
 
-class MockQueue : public DBQueueBroker
+struct MockQueue : DBQueueBroker
 {
-public:
     MOCK_METHOD(void, push, (const QString &, const QJsonObject &, const QString &), (override));
 };
 
 /// Everything protected opened for the tests.
-class OpenPlugin : public Plugin
+struct OpenPlugin : Plugin
 {
-public:
     using Plugin::bonusImpacts;
     using Plugin::bonusRecords;
     using Plugin::customer;
@@ -65,9 +60,8 @@ public:
 };
 
 /// A check of two lines with the card 2000, whose order "basket-1" was priced.
-class PluginTest : public testing::Test
+struct PluginTest : testing::Test
 {
-protected:
     PluginTest()
     {
         Singleton<DBQueueBroker>::replace(queue);
@@ -90,7 +84,7 @@ protected:
 
     void serviceAnswers(const QByteArray &result)
     {
-        service.answer = RestExchange::response(200, R"({"success": true, "result": )" + result + "}");
+        service.answer = service.ok(R"({"success": true, "result": )" + result + "}");
     }
 
     /// The cashier has the attempt repeated this many times.

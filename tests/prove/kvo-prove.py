@@ -173,25 +173,20 @@ class Proof:
             self.findings.append("nothing was delivered twice, so that nothing is proven about it")
 
 
-def number_from(least):
-    def number(text):
-        if int(text) < least:
-            raise argparse.ArgumentTypeError(f"{text} is below {least}")
-        return int(text)
-    return number
-
-
 def options():
     parser = argparse.ArgumentParser(
         prog="kvo-prove", description="Random sales under kills and faults. The seed fixes what is sold and drawn; when "
         "a process is killed depends on the machine as well. Exit status: 0 nothing was lost or doubled, 1 something "
         "does not hold, 2 the proof could not be carried out. The queue is on the PostgreSQL server that KVO_POSTGRES "
         "names, see scripts/with-postgres, otherwise in a file.", formatter_class=argparse.ArgumentDefaultsHelpFormatter)
-    parser.add_argument("--sales", type=number_from(1), default=300, help="checks to finish, at least")
-    parser.add_argument("--kills", type=number_from(0), default=200, help="processes to kill")
+    parser.add_argument("--sales", type=int, default=300, help="checks to finish, at least")
+    parser.add_argument("--kills", type=int, default=200, help="processes to kill")
     parser.add_argument("--seed", type=int, default=argparse.SUPPRESS,
                         help="start of the random numbers; by default another one each time")
-    return parser.parse_args(namespace=argparse.Namespace(seed=random.SystemRandom().randrange(2**32)))
+    chosen = parser.parse_args(namespace=argparse.Namespace(seed=random.SystemRandom().randrange(2**32)))
+    if chosen.sales < 1 or chosen.kills < 0:
+        parser.error("--sales must be above 0, --kills must not be below 0")
+    return chosen
 
 
 def main(chosen):

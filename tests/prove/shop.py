@@ -72,10 +72,9 @@ class Shop:
         self.started += 1
         if name not in self.held:
             self.worker = name
-        ends_with_us = ["setpriv", "--pdeathsig", "KILL"]
         with open(self.folder / f"{name}.out", "ab") as output:
             self.processes[name] = subprocess.Popen(
-                [*ends_with_us, self.programs / program, *map(str, arguments)],
+                ["setpriv", "--pdeathsig", "KILL", self.programs / program, *map(str, arguments)],  # ends with us
                 stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT)
 
     def start_part(self, name):

@@ -2,6 +2,7 @@
 // be saved, restored and ended, and the points that the service takes are those on the receipt.
 #include "tests/support/checkbuilder.h"
 #include "tests/support/fakeconfig.h"
+#include "tests/support/refusal.h"
 #include "tests/support/restexchange.h"
 #include "tests/support/test.h"
 #include "till/checksession.h"
@@ -10,9 +11,6 @@
 #include "till/queuesender.h"
 #include "till/receipt.h"
 
-#include <core/basicexception.h>
-
-#include <QtCore/QJsonArray>
 #include <QtCore/QRegularExpression>
 
 using namespace std::chrono_literals;
@@ -86,9 +84,8 @@ struct Service : RestExchange
     mutable QHash<QString, double> taken; ///< By order.
 };
 
-class SpoiltAnswer : public testing::TestWithParam<QString>
+struct SpoiltAnswer : testing::TestWithParam<QString>
 {
-protected:
     SpoiltAnswer() { Singleton<DBQueueBroker>::replace(queue); }
     ~SpoiltAnswer() override { Singleton<DBQueueBroker>::replace({}); }
 
@@ -102,7 +99,7 @@ protected:
                                             [&] { session->price(); }, [&] { session->changeGoods(1, 2, {}); },
                                             [&] { session->subtotal(); }, [&] { session->spend(); }};
         for (const auto &step : steps)
-            attempt(step);
+            refusalOf(step); // for the cashier
         session.reset();
         Singleton<CheckStore>::replace({});
         session = std::make_unique<till::CheckSession>(plugin.system(), *queue);
@@ -110,7 +107,7 @@ protected:
         EXPECT_TRUE(session->isOpen()) << "not restored";
         std::optional<till::CheckResult> result;
         if (closing)
-            attempt([&] { result = session->close(); });
+            refusalOf([&] { result = session->close(); });
         return result ? *result : session->voidCheck();
     }
 
@@ -122,15 +119,6 @@ protected:
         });
         drain.start();
         EXPECT_TRUE(drain.waitUntilDrained(30s));
-    }
-
-    static void attempt(const std::function<void()> &step)
-    {
-        try {
-            step();
-        } catch (const BasicException &) {
-            // The cashier is told.
-        }
     }
 
     QTemporaryDir folder{u"/dev/shm/kvo-XXXXXX"_s}; // In memory: thousands of saves are quick there.

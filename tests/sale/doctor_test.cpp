@@ -5,8 +5,7 @@
 TEST_F(SaleTest, DoctorTellsATillThatSellsFromOneThatDoesNot)
 {
     QProcess doctor;
-    doctor.start(QStringLiteral(KVO_TILL),
-                 {u"doctor"_s, u"--config"_s, folder.filePath(u"till.ini"_s), u"--sms"_s, u"+79001234567"_s});
+    doctor.start(QStringLiteral(KVO_TILL), {u"doctor"_s, u"--config"_s, ini, u"--sms"_s, u"+79001234567"_s});
     ASSERT_TRUE(doctor.waitForFinished());
     const std::string report = doctor.readAllStandardOutput().toStdString();
     EXPECT_LE(doctor.exitCode(), 1) << report; // A machine may always have something to warn about.

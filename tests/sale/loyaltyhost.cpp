@@ -4,13 +4,10 @@
 #include "tests/support/checkbuilder.h"
 #include "till/queuesender.h"
 
-#include <cashier/cardaddlogic.h>
-#include <cashier/savetofilelogic.h>
 #include <checks/checkstore.h>
 #include <core/activitynotifier.h>
 #include <core/config.h>
 #include <core/logsetup.h>
-#include <core/mockfactory.h>
 #include <core/singleton.h>
 
 using namespace Qt::Literals::StringLiterals;
@@ -19,9 +16,11 @@ namespace sale {
 
 namespace {
 
-struct TroubledWire : RestClient
+/// What the host hands to the plugin, with the trouble that befalls it.
+struct Troubled : RestClient, DBQueueBroker, SaveToFileLogic, Dialog, VerificationLogic
 {
-    explicit TroubledWire(Trouble &cause) : trouble(cause) {}
+    explicit Troubled(Trouble &cause) : trouble(cause) {}
+
     void request(QNetworkAccessManager::Operation op, const QUrl &url, const QJsonDocument &payload,
                  const QHash<QString, QString> &headers) override
     {
@@ -31,12 +30,7 @@ struct TroubledWire : RestClient
         if (url.fileName() == trouble.killAfter)
             trouble.kill();
     }
-    Trouble &trouble;
-};
 
-struct TroubledQueue : DBQueueBroker
-{
-    explicit TroubledQueue(Trouble &cause) : trouble(cause) {}
     void push(const QString &owner, const QJsonObject &event, const QString &key) override
     {
         if (trouble.failingPush > 0 && --trouble.failingPush == 0)
@@ -45,24 +39,14 @@ struct TroubledQueue : DBQueueBroker
         if (event.value("url"_L1).toString().endsWith(u'/' + trouble.killAfter))
             trouble.kill();
     }
-    Trouble &trouble;
-};
 
-struct TroubledDisk : SaveToFileLogic
-{
-    explicit TroubledDisk(Trouble &cause) : trouble(cause) {}
     void save(const QSharedPointer<AbstractDocument> &document, const QString &name, double sum) override
     {
         if (trouble.failingSave > 0 && --trouble.failingSave == 0)
             throw BasicException(u"диск полон"_s);
         SaveToFileLogic::save(document, name, sum);
     }
-    Trouble &trouble;
-};
 
-struct TroubledCashier : Dialog, VerificationLogic
-{
-    explicit TroubledCashier(Trouble &cause) : trouble(cause) {}
     bool question(const tr::Tr &, int, const tr::Tr &, const tr::Tr &, int) override { return trouble.answer(); }
     void verify(const QString &, const tr::Tr &, int) override { trouble.atCodePrompt(); }
     Trouble &trouble;
@@ -74,12 +58,12 @@ LoyaltyHost::LoyaltyHost(const QString &configFile, const QString &pluginFolder)
 {
     Singleton<Config>::replace(QSharedPointer<Config>::create(configFile));
     setUpLogging(*Singleton<Config>::instance());
-    Singleton<DBQueueBroker>::replace(QSharedPointer<TroubledQueue>::create(trouble));
-    MockFactory<RestClient>::install(QSharedPointer<TroubledWire>::create(trouble));
-    MockFactory<SaveToFileLogic>::install(QSharedPointer<TroubledDisk>::create(trouble));
-    const auto cashier = QSharedPointer<TroubledCashier>::create(trouble);
-    MockFactory<Dialog>::install(cashier);
-    MockFactory<VerificationLogic>::install(cashier);
+    const auto troubled = QSharedPointer<Troubled>::create(trouble);
+    Singleton<DBQueueBroker>::replace(troubled);
+    MockFactory<RestClient>::install(troubled);
+    MockFactory<SaveToFileLogic>::install(troubled);
+    MockFactory<Dialog>::install(troubled);
+    MockFactory<VerificationLogic>::install(troubled);
     m_plugin = std::make_unique<till::LoyaltyPlugin>(m_pluginFolder);
 }
 
@@ -130,11 +114,7 @@ std::function<void()> LoyaltyHost::callOf(const QString &name, const QString &ar
         {u"rollback"_s, [=, this] { system().rollback(withDocument ? check : nullptr); }},
         {u"cancel"_s, [this] { system().cancel(); }},
         {u"restart"_s, [this] { restart(); }},
-        {u"deliver"_s,
-         [this] {
-             if (!deliver())
-                 throw std::logic_error("something is left in the queue");
-         }},
+        {u"deliver"_s, [this] { deliver() ? void() : throw std::logic_error("something is left in the queue"); }},
         // Trouble for the calls that follow.
         {u"kill-before"_s, [=, this] { trouble.killBefore = argument; }},
         {u"kill-after"_s, [=, this] { trouble.killAfter = argument; }},
@@ -193,16 +173,6 @@ void LoyaltyHost::change(double quantity)
     notify(EventCode::PositionChanged, true);
 }
 
-void LoyaltyHost::takePointsOff()
-{
-    check->removeImpactsOf(system().getCard());
-}
-
-void LoyaltyHost::removeCard()
-{
-    MockFactory<CardAddLogic>::create()->removeCard(check, system().getCard());
-}
-
 void LoyaltyHost::notify(EventCode code, bool withDocument)
 {
     QVariantHash values;
@@ -238,11 +208,6 @@ till::CheckResult LoyaltyHost::end(SaleDocument::State state)
     system().cancel();
     system().setDocument({});
     return result;
-}
-
-void LoyaltyHost::save() const
-{
-    MockFactory<SaveToFileLogic>::create()->save(check, {}, 0);
 }
 
 } // namespace sale

@@ -5,10 +5,13 @@
 #include "till/checkresult.h"
 #include "till/loyaltyplugin.h"
 
+#include <cashier/cardaddlogic.h>
 #include <cashier/dialog.h>
+#include <cashier/savetofilelogic.h>
 #include <cashier/verificationlogic.h>
 #include <core/basicexception.h>
 #include <core/eventcode.h>
+#include <core/mockfactory.h>
 #include <document/saledocument.h>
 #include <net/restclient.h>
 #include <queue/dbqueuebroker.h>
@@ -53,7 +56,7 @@ public:
     void play(const QString &calls);
 
     void restart();
-    void save() const;
+    void save() const { MockFactory<SaveToFileLogic>::create()->save(check, {}, 0); }
 
     /// Delivers what is queued. False when something is left.
     [[nodiscard]] bool deliver(std::chrono::milliseconds time = std::chrono::seconds(25));
@@ -73,8 +76,8 @@ private:
     void price();
     void spend();
     void change(double quantity);
-    void takePointsOff();
-    void removeCard();
+    void takePointsOff() { check->removeImpactsOf(system().getCard()); }
+    void removeCard() { MockFactory<CardAddLogic>::create()->removeCard(check, system().getCard()); }
     void notify(EventCode code, bool withDocument);
 
     QString m_pluginFolder;

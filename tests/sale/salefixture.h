@@ -9,7 +9,6 @@
 
 #include <sys/prctl.h>
 
-#include <QtCore/QDir>
 #include <QtCore/QProcess>
 
 #include <csignal>
@@ -23,9 +22,8 @@ inline QByteArray check(const QByteArray &steps, const QByteArray &expect = "{}"
            steps + R"(], "answers": )" + answers + R"(, "expect": )" + expect + "}]}";
 }
 
-class SaleTest : public testing::Test
+struct SaleTest : testing::Test
 {
-protected:
     SaleTest() { startService(); }
     ~SaleTest() override
     {
@@ -44,19 +42,14 @@ protected:
         ASSERT_TRUE(m_service.waitForStarted(patience));
         ASSERT_TRUE(m_service.waitForReadyRead(patience)) << "the service does not say that it listens";
         m_port = readFile(folder.filePath(u"port"_s)).trimmed().toInt();
-        writeFile(folder.filePath(u"till.ini"_s),
-                  "[Host]\ndataFolder = " + QFile::encodeName(folder.filePath(u"data"_s)) +
-                      "\n[Log]\nfile = " + QFile::encodeName(folder.filePath(u"till.log"_s)) +
-                      "\n[Kvo]\nhost = http://127.0.0.1:" + QByteArray::number(m_port) +
-                      "\ntimeout = 20000\nbrand = B\nonlineStore = S\nterminal = T\nverificationLimit = 100\n");
+        const QByteArray here = QFile::encodeName(folder.path());
+        writeFile(ini, "[Host]\ndataFolder = " + here + "/data\n[Log]\nfile = " + here + "/till.log\n" +
+                           "[Kvo]\nhost = http://127.0.0.1:" + QByteArray::number(m_port) +
+                           "\ntimeout = 20000\nbrand = B\nonlineStore = S\nterminal = T\nverificationLimit = 100\n");
     }
 
     /// Gives the till further settings.
-    void configure(const QByteArray &lines)
-    {
-        const QString file = folder.filePath(u"till.ini"_s);
-        writeFile(file, readFile(file) + lines);
-    }
+    void configure(const QByteArray &lines) { writeFile(ini, readFile(ini) + lines); }
 
     /// To a folder without plugin.
     void movePluginFolder() { configure("[Till]\npluginFolder = " + QFile::encodeName(folder.path()) + '\n'); }
@@ -88,10 +81,12 @@ protected:
             writeFile(file, scenario);
         else
             file = QStringLiteral(KVO_SCENARIOS) + u'/' + QString::fromUtf8(scenario);
-        const QString code =
-            u"\"%1\" outbox --database \"%2\" --last --code"_s.arg(m_simulator, folder.filePath(u"service.db"_s));
+        const QString code = u"\"%1\" outbox --database \"%2\" --last --code"_s.arg(m_simulator, ledger);
         return askTill(QStringList{u"run"_s, file, u"--code-command"_s, code} + options, {}, status);
     }
+
+    /// What `loyalty-sim` prints for a command on the ledger.
+    QByteArray askService(const QStringList &command) const { return run(m_simulator, command + m_ledger); }
 
     /// What `kvo-till` prints for another command, with `input` typed in.
     QString askTill(const QStringList &command, const QByteArray &input = {}, int status = 0) const
@@ -115,11 +110,13 @@ protected:
     {
         const QString file = folder.filePath(u"journal.jsonl"_s);
         writeFile(file, journal);
-        run(m_simulator, QStringList{u"compare"_s, u"--journal"_s, file} + m_ledger);
-        run(m_simulator, QStringList{u"check"_s} + m_ledger);
+        askService({u"compare"_s, u"--journal"_s, file});
+        askService({u"check"_s});
     }
 
     QTemporaryDir folder;
+    const QString ini = folder.filePath(u"till.ini"_s);
+    const QString ledger = folder.filePath(u"service.db"_s);
 
 private:
     QJsonObject exchange(const QByteArray &method, const QString &path, const QJsonObject &body = {}) const
@@ -162,8 +159,8 @@ private:
     static constexpr int patience = 30'000; // milliseconds
     const QString m_till = QStringLiteral(KVO_TILL);
     const QString m_simulator = QStringLiteral(KVO_SIMULATOR);
-    const QStringList m_ledger{u"--database"_s, folder.filePath(u"service.db"_s)};
-    const QStringList m_config{u"--config"_s, folder.filePath(u"till.ini"_s)};
+    const QStringList m_ledger{u"--database"_s, ledger};
+    const QStringList m_config{u"--config"_s, ini};
     QProcess m_service;
     int m_port = 0;
     int m_records = 0;

@@ -4,8 +4,7 @@
 
 namespace {
 
-constexpr auto closed = SaleDocument::State::Closed;
-constexpr auto voided = SaleDocument::State::Voided;
+using enum SaleDocument::State;
 
 /// `calls` get a check of 227.50 with a card, up to 113.75 of it in points, and end with a commit or rollback. Those
 /// with a "!" must fail or be killed.
@@ -13,13 +12,9 @@ struct Row
 {
     const char *name, *calls;
     const char *spent = "113.75";
-    SaleDocument::State state = closed;
+    SaleDocument::State state = Closed;
+    friend void PrintTo(const Row &row, std::ostream *stream) { *stream << row.calls; }
 };
-
-void PrintTo(const Row &row, std::ostream *stream)
-{
-    *stream << row.calls;
-}
 
 const Row rows[]{
     {"CommitTwice", "price spend commit commit"},
@@ -29,11 +24,11 @@ const Row rows[]{
     {"CommitWithFailingSecondPush", "price spend fail-push:2 commit! commit"},
     {"CommitWithFailingSecondPushDeliveredInBetween", "price fail-push:2 commit! deliver commit", "0.00"},
     {"CommitThatCouldNotBeSaved", "price fail-save:1 commit! commit deliver restart commit", "0.00"},
-    {"RollbackWithoutDocument", "price spend take-off rollback:blind", "0.00", voided},
+    {"RollbackWithoutDocument", "price spend take-off rollback:blind", "0.00", Voided},
     {"ResultDroppedWithoutDocument", "price spend take-off drop:blind price spend commit"},
     {"RestoredPositionWithoutDocument", "price spend take-off put-back:blind price commit", "0.00"},
     {"KilledBetweenNameAndCreation", "kill-before:createOrder spend! price spend commit"},
-    {"KilledAfterCreationThenVoided", "kill-after:createOrder spend! rollback", "0.00", voided},
+    {"KilledAfterCreationThenVoided", "kill-after:createOrder spend! rollback", "0.00", Voided},
     {"KilledAfterCreationInCommit", "price kill-after:createOrder commit! commit", "0.00"},
     {"KilledWhileTheCardIsRemovedThenRemovedAgain", "price spend kill-after:cancelOrder remove! remove commit", "0.00"},
     {"KilledWhileTheCardIsRemovedThenDropped", "price spend kill-after:cancelOrder remove! take-off drop spend commit"},
@@ -54,9 +49,8 @@ const Row rows[]{
     {"SpendWithoutPricingTheChange", "price change:3 spend commit", "159.25"},
 };
 
-class Sequences : public SaleTest, public testing::WithParamInterface<Row>
+struct Sequences : SaleTest, testing::WithParamInterface<Row>
 {
-protected:
     /// Puts the card on a new check, makes the calls, ends the check, delivers what is queued, and compares the books.
     void sell(const QString &calls, SaleDocument::State state, const char *spent)
     {
@@ -78,7 +72,6 @@ protected:
         compareBooks(m_journal);
     }
 
-private:
     bool fails(const QString &call)
     {
         bool failed = true;
@@ -93,7 +86,7 @@ private:
         return failed;
     }
 
-    sale::LoyaltyHost m_host{folder.filePath(u"till.ini"_s), QStringLiteral(KVO_PLUGIN_FOLDER)};
+    sale::LoyaltyHost m_host{ini, QStringLiteral(KVO_PLUGIN_FOLDER)};
     QByteArray m_journal;
 };
 
@@ -101,7 +94,7 @@ TEST_P(Sequences, EndWithEqualBooks)
 {
     sell(QString::fromUtf8(GetParam().calls), GetParam().state, GetParam().spent);
     // Nothing of the check is left for the next one.
-    sell(u"price spend take-off put-back payment commit"_s, closed, "0.00");
+    sell(u"price spend take-off put-back payment commit"_s, Closed, "0.00");
 }
 
 INSTANTIATE_TEST_SUITE_P(Host, Sequences, testing::ValuesIn(rows),

@@ -3,10 +3,6 @@
 
 #include <QtCore/QLibraryInfo>
 
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::Not;
-
 namespace {
 
 const QByteArray plain = check(R"("close")", R"({"outcome": "closed", "total": "227.50"})");
@@ -14,7 +10,7 @@ const QByteArray priced = R"({"card": "7770000000001"}, "price")";
 
 constexpr char isOff[] = "не работают"; // and no card is accepted
 
-class Broken;
+struct Broken;
 
 struct Breakage
 {
@@ -24,14 +20,8 @@ struct Breakage
     const char *message = isOff; ///< Part of what the cashier is told about the card; null: it is accepted.
 };
 
-class Broken : public SaleTest, public testing::WithParamInterface<Breakage>
+struct Broken : SaleTest, testing::WithParamInterface<Breakage>
 {
-public:
-    using SaleTest::configure;
-    using SaleTest::folder;
-    using SaleTest::movePluginFolder;
-    using SaleTest::stopService;
-
     QString data(const char *name) { return folder.filePath(u"data/"_s + QString::fromUtf8(name)); }
 
     void damage(const char *name) { writeFile(data(name), QByteArray(8192, 'x')); }
@@ -79,12 +69,11 @@ INSTANTIATE_TEST_SUITE_P(By, Broken, testing::ValuesIn(breakages),
 
 TEST_F(SaleTest, SetsACheckWithACardAsideUntilThePluginIsBack)
 {
-    const QString file = folder.filePath(u"till.ini"_s);
-    const QByteArray configuration = readFile(file);
+    const QByteArray configuration = readFile(ini);
     runTill(check(priced));
     movePluginFolder();
     EXPECT_THAT(runTill(plain).toStdString(), HasSubstr("Чек отложен"));
-    writeFile(file, configuration);
+    writeFile(ini, configuration);
     EXPECT_THAT(askTill({u"sell"_s}, "take 1\nclose\n").toStdString(),
                 AllOf(HasSubstr("Начислено баллов"), Not(HasSubstr("Чек сохранён"))));
     EXPECT_THAT(askTill({u"journal"_s}).toStdString(), HasSubstr("закрыт  сумма 227.50, списано 0.00"));

@@ -8,9 +8,8 @@
 
 namespace sim {
 
-class Files : public testing::Test
+struct Files : testing::Test
 {
-protected:
     std::string written(const std::string &text)
     {
         std::ofstream(file) << text;

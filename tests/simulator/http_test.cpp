@@ -91,8 +91,7 @@ TEST_F(Http, PrintsTheLatestRequestsAndListsMessages)
     tail.kill();
     tail.waitForFinished();
     EXPECT_THAT(lines, testing::MatchesRegex("[0-9:.]+  updateOrder +200 .* ms  ok\n[0-9:.]+  bindOrderId .*ms  .+\n"));
-    caller.send("/api/twofa/msg/v1/send",
-                R"({"brand": "K", "phone": "+79001234567", "text": "1234", "channel": "sms"})");
+    caller.send("/api/twofa/msg/v1/send", R"({"brand":"K","phone":"+79001234567","text":"1234","channel":"sms"})");
     EXPECT_EQ(caller.get("/sim/outbox?last=1").json()["messages"][0]["phone"], "+79001234567");
 }
 

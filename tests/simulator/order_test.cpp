@@ -5,9 +5,8 @@
 
 namespace sim {
 
-class Orders : public SimulatorTest
+struct Orders : SimulatorTest
 {
-protected:
     ~Orders() override { EXPECT_THAT(database.read(auditLedger), IsEmpty()); }
 };
 

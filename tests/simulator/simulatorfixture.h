@@ -2,7 +2,6 @@
 #pragma once
 
 #include "customerfile.h"
-#include "database.h"
 #include "httpserver.h"
 
 #include <gmock/gmock.h>
@@ -116,9 +115,8 @@ private:
     }
 };
 
-class SimulatorTest : public testing::Test
+struct SimulatorTest : testing::Test
 {
-protected:
     SimulatorTest()
     {
         database.write([](const SQLite::Database &connection) { return addCustomers(connection, sampleCustomers()); });

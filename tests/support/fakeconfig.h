@@ -5,8 +5,6 @@
 #include <core/config.h>
 #include <core/singleton.h>
 
-#include <QtCore/QVariant>
-
 class FakeConfig
 {
 public:

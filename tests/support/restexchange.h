@@ -7,9 +7,8 @@
 #include <QtCore/QJsonObject>
 
 /// Answers every request and keeps what was sent.
-class RestExchange : public RestClient
+struct RestExchange : RestClient
 {
-public:
     RestExchange()
     {
         MockFactory<RestClient>::install(QSharedPointer<RestClient>(this, [](RestClient *) {}));
@@ -20,6 +19,8 @@ public:
     {
         return {status, QNetworkReply::NoError, tr::Tr(QStringLiteral("?")), QJsonDocument::fromJson(json)};
     }
+
+    static http::Response ok(const QByteArray &json) { return response(200, json); }
 
     void setTimeout(int milliseconds) override { timeout = milliseconds; }
     void request(QNetworkAccessManager::Operation op, const QUrl &url, const QJsonDocument &payload,
@@ -38,7 +39,7 @@ public:
                                           : answers.value(method, answer);
     }
 
-    http::Response answer = response(200, R"({"success": true})");
+    http::Response answer = ok(R"({"success": true})");
     QHash<QString, http::Response> answers; ///< To methods with an answer of their own.
     mutable QStringList failures;           ///< Methods that are refused, once for each entry.
     QStringList calls;                      ///< What was asked: "cardInfo?Brand=B&..." or "createOrder".

@@ -1,5 +1,5 @@
-// What every test takes for granted: GoogleTest, Qt's literals, a temporary folder, and Qt texts that can be read in
-// GoogleTest's messages, which only works if each source of a program sees how to print them.
+// What every test takes for granted: GoogleTest, its most common words, Qt's literals, a temporary folder, and Qt texts
+// that can be read in GoogleTest's messages, which only works if each source of a program sees how to print them.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -11,6 +11,8 @@
 #include <ostream>
 
 using namespace Qt::Literals::StringLiterals;
+using testing::AllOf;
+using testing::HasSubstr;
 
 inline void PrintTo(const QString &text, std::ostream *out)
 {

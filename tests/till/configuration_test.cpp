@@ -7,11 +7,8 @@
 #include <QtCore/QDirIterator>
 #include <QtCore/QRegularExpression>
 
-using testing::HasSubstr;
-
-class ConfigurationTest : public testing::Test
+struct ConfigurationTest : testing::Test
 {
-protected:
     /// What reading this file is refused with; empty when it is accepted.
     QString complaint(const QByteArray &content)
     {

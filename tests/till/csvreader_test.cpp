@@ -10,19 +10,15 @@ namespace {
 QString textOf(const QList<till::CsvRecord> &records)
 {
     QStringList texts;
-    for (const till::CsvRecord &record : records)
-        texts.append(QString::number(record.line) + u':' +
-                     (record.fault.isEmpty() ? record.fields.join(u'|') : u"!"_s));
+    for (const till::CsvRecord &one : records)
+        texts.append(QString::number(one.line) + u':' + (one.fault.isEmpty() ? one.fields.join(u'|') : u"!"_s));
     return texts.join(u' ');
 }
 
 TEST(CsvReader, ReadsWhatIsExported)
 {
     const std::tuple<const char *, QByteArray, QString> cases[]{
-        {"byte order mark, CR LF, no end of the last line",
-         "\xEF\xBB\xBF"
-         "a,b\r\n1,2",
-         u"1:a|b 2:1|2"_s},
+        {"byte order mark, CR LF, no end of the last line", "\xEF\xBB\xBF\"x\",y\r\n1,2", u"1:x|y 2:1|2"_s},
         {"semicolons beside decimal commas", "a;b\n1,5;2,5\n", u"1:a|b 2:1,5|2,5"_s},
         {"a separator in the heading's quotes", "\"a,b,c\";d\n1;2\n", u"1:a,b,c|d 2:1|2"_s},
         {"quoted separators and quotes", "a,b\n\"x,y\",\"say \"\"hi\"\"\"\n", u"1:a|b 2:x,y|say \"hi\""_s},

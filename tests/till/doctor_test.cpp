@@ -27,9 +27,8 @@ using Handler = httplib::Server::Handler;
 Handler loyalty(const Handler &handler = {})
 {
     return [handler](const httplib::Request &request, httplib::Response &response) {
-        const bool isKnown =
-            request.path == "/api/ax/xpp/v1/searchCustomer" || request.path == "/api/twofa/msg/v1/send";
-        response.status = isKnown ? 405 : 404;
+        const bool known = request.path == "/api/ax/xpp/v1/searchCustomer" || request.path == "/api/twofa/msg/v1/send";
+        response.status = known ? 405 : 404;
         response.set_content(R"({"success":false,"message":"no such\u001b[1m card"})", "application/json");
         if (handler)
             handler(request, response);
@@ -71,21 +70,21 @@ void expectLine(const QString &report, const QString &line)
 
 } // namespace
 
-class DoctorTest : public testing::Test
+struct DoctorTest : testing::Test
 {
-protected:
     ~DoctorTest() override { Singleton<Config>::replace({}); }
 
     /// What the doctor finds with a sound configuration to which `ini` is added; a section that comes twice is joined.
-    QString report(const QByteArray &address, const QByteArray &ini, const QString &phone = {})
+    QString report(const QByteArray &host, const QByteArray &ini, const QString &phone = {})
     {
-        writeFile(m_file,
-                  "[Host]\ndataFolder = " + path("data") + "\n[Kvo]\nbrand = B\nhost = " + address + '\n' + ini);
+        writeFile(m_file, "[Host]\ndataFolder = " + path("data") + "\n[Kvo]\nbrand = B\nhost = " + host + '\n' + ini);
         return reportText(examine(hostChecks(m_file) + storeChecks() + serviceChecks(phone)));
     }
     QString report(const QByteArray &ini) { return report("http://" + m_service.address(), ini); }
 
     QByteArray path(const char *name) const { return QFile::encodeName(m_folder.filePath(QLatin1StringView(name))); }
+
+    void write(const char *name, const QByteArray &bytes) { writeFile(QFile::decodeName(path(name)), bytes); }
 
     QTemporaryDir m_folder;
     const QString m_file = m_folder.filePath(u"till.ini"_s);
@@ -94,13 +93,11 @@ protected:
 
 TEST_F(DoctorTest, NamesEachFaultAndItsRemedy)
 {
-    writeFile(m_folder.filePath(u"file"_s), QByteArray(9999, 'x'));
-    writeFile(m_folder.filePath(u"text/libKvo.so"_s), "no plugin");
-    writeFile(m_folder.filePath(u"stranger/libKvo.so"_s), readFile(QStringLiteral(KVO_STRANGER)));
-    writeFile(m_folder.filePath(u"incomplete/libKvo.so"_s),
-              readFile(QStringLiteral(KVO_STRANGER)).replace("libQt6Core.so.6", "libQt6None.so.6"));
-    writeFile(m_folder.filePath(u"driver/libKvo.so"_s),
-              readFile(QLibraryInfo::path(QLibraryInfo::PluginsPath) + u"/sqldrivers/libqsqlite.so"_s));
+    write("file", QByteArray(9999, 'x'));
+    write("text/libKvo.so", "no plugin");
+    write("stranger/libKvo.so", readFile(QStringLiteral(KVO_STRANGER)));
+    write("incomplete/libKvo.so", readFile(QStringLiteral(KVO_STRANGER)).replace("libQt6Core.so.6", "libQt6None.so.6"));
+    write("driver/libKvo.so", readFile(QLibraryInfo::path(QLibraryInfo::PluginsPath) + u"/sqldrivers/libqsqlite.so"_s));
     const QByteArray pluginFolder = "[Till]\npluginFolder = ";
     const struct
     {
@@ -195,7 +192,7 @@ TEST_F(DoctorTest, NamesWhatIsWrongWithTls)
 TEST_F(DoctorTest, LooksIntoQueueAndCheckStore)
 {
     const auto sql = [this](const char *file, const QString &statement) {
-        runSql(m_folder.filePath(u"data/"_s + QString::fromUtf8(file)), statement);
+        runSql(QFile::decodeName(path(file)), statement);
     };
     const auto expectLines = [this](const QStringList &lines) {
         const QString found = report({});
@@ -211,16 +208,16 @@ TEST_F(DoctorTest, LooksIntoQueueAndCheckStore)
     expectLines({u"ok       queue: *1 waiting, the oldest since "_s, u"ok       refused requests: none"_s,
                  u"ok       open check: "_s + check->getIdentifier() + u", since 20"_s,
                  u"ok       checks put aside: *(no loyalty)"_s});
-    sql("queue.db", u"UPDATE event SET created = created - 7200000"_s);
-    sql("checks.db", u"UPDATE sale SET since = since - 7200000"_s);
+    sql("data/queue.db", u"UPDATE event SET created = created - 7200000"_s);
+    sql("data/checks.db", u"UPDATE sale SET since = since - 7200000"_s);
     expectLines({u"warning  queue: *1 waiting*kvo-till drain"_s, u"warning  open check: *kvo-till void"_s});
-    sql("queue.db", u"UPDATE event SET state = 'dead', rejected = 1"_s);
-    sql("checks.db", u"UPDATE sale SET standing = 2 WHERE standing = 1"_s);
+    sql("data/queue.db", u"UPDATE event SET state = 'dead', rejected = 1"_s);
+    sql("data/checks.db", u"UPDATE sale SET standing = 2 WHERE standing = 1"_s);
     expectLines({u"warning  refused requests: 1 refused for good*retry or discard"_s,
                  u"warning  checks put aside: cannot be read: *support"_s});
-    sql("checks.db", u"UPDATE part SET content = 'x' WHERE kind = 'goods'"_s);
+    sql("data/checks.db", u"UPDATE part SET content = 'x' WHERE kind = 'goods'"_s);
     expectLines({u"failure  open check: *cannot be read*support*\n *"_s + check->getIdentifier()});
-    writeFile(m_folder.filePath(u"data/checks.db"_s), QByteArray(9999, 'x'));
+    write("data/checks.db", QByteArray(9999, 'x'));
     expectLines({u"failure  open check: *checks.db cannot be read*support"_s});
 }
 

@@ -1,5 +1,6 @@
 // What `kvo-till queue` tells people and machines.
 #include "tests/support/fakeconfig.h"
+#include "tests/support/json.h"
 #include "tests/support/test.h"
 #include "till/queuecommand.h"
 
@@ -12,17 +13,12 @@ TEST(QueueCommand, ListsShowsAndDiscardsWithoutSecrets)
 {
     const QTemporaryDir folder;
     const FakeConfig config{{{u"Host:dataFolder"_s, folder.path()}}};
-    const auto answer = [](const till::QueueRequest &request) {
-        return till::answerTo(request, QDateTime::currentDateTime().addSecs(7200)).text;
-    };
-    const QJsonObject event{{u"op"_s, 4},
-                            {u"url"_s, u"http://127.0.0.1/api/postOrder"_s},
-                            {u"headers"_s, QJsonObject{{u"Authorization"_s, u"Basic c2VjcmV0"_s}}},
-                            {u"payload"_s, QJsonObject{{u"basket"_s, u"b-1"_s},
-                                                       {u"phone"_s, u"+79001234567"_s},
-                                                       {u"cardNumber"_s, u"7770000000001"_s},
-                                                       {u"orderID"_s, u"7\u001b[2J\nX\u202e"_s}}}};
-    DBQueueBroker().push(u"kvo"_s, event, {});
+    const char *event = R"({"op": 4, "url": "http://127.0.0.1/api/postOrder",
+        "headers": {"Authorization": "Basic c2VjcmV0"}, "payload": {"basket": "b-1", "phone": "+79001234567",
+            "cardNumber": "7770000000001", "orderID": "7\u001b[2J\nX\u202e"}})";
+    DBQueueBroker().push(u"kvo"_s, json(event), {});
+    const QDateTime later = QDateTime::currentDateTime().addSecs(7200);
+    const auto answer = [&later](const till::QueueRequest &request) { return till::answerTo(request, later).text; };
 
     EXPECT_EQ(answer({}), u"№  ВОЗРАСТ  ЗАКАЗ  ЧЕК  КАРТА          ОПЕРАЦИЯ   ПОПЫТОК  СОСТОЯНИЕ  ПРИЧИНА\n"
                           u"1  2 ч      b-1    7 X  *********0001  postOrder  0        ожидает\n");
@@ -48,7 +44,6 @@ TEST(QueueCommand, ListsShowsAndDiscardsWithoutSecrets)
         {{.action = Action::Status, .maxAgeMinutes = 119}, false},
     };
     for (const auto &[request, isFine] : thresholds)
-        EXPECT_EQ(till::answerTo(request, QDateTime::currentDateTime().addSecs(7200)).isFine, isFine)
-            << request.maxWaiting << ' ' << request.maxAgeMinutes;
+        EXPECT_EQ(till::answerTo(request, later).isFine, isFine) << request.maxWaiting << ' ' << request.maxAgeMinutes;
     EXPECT_EQ(till::progressBar(0, 0), u""_s);
 }

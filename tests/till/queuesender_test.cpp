@@ -5,10 +5,6 @@
 #include "tests/support/test.h"
 #include "till/queuesender.h"
 
-#include <core/basicexception.h>
-
-namespace till {
-
 namespace {
 
 enum class Outcome { Delivered, Kept, DeadLetter };
@@ -16,7 +12,7 @@ enum class Outcome { Delivered, Kept, DeadLetter };
 Outcome send(const QJsonObject &event)
 {
     try {
-        makeLoyaltySender()(event);
+        till::makeLoyaltySender()(event);
         return Outcome::Delivered;
     } catch (const QueueRefusal &) {
         return Outcome::DeadLetter;
@@ -24,8 +20,6 @@ Outcome send(const QJsonObject &event)
         return Outcome::Kept;
     }
 }
-
-} // namespace
 
 TEST(QueueSender, KeepsWhatTheServiceHasNotAccepted)
 {
@@ -73,4 +67,4 @@ TEST(QueueSender, SendsToTheAddressAndWithThePasswordOfNow)
     }
 }
 
-} // namespace till
+} // namespace

@@ -5,15 +5,10 @@
 #include "till/catalogue.h"
 #include "till/scenarioreader.h"
 
-#include <core/basicexception.h>
-
-using testing::HasSubstr;
-
 namespace {
 
-class ScenarioReader : public testing::Test
+struct ScenarioReader : testing::Test
 {
-protected:
     /// What a scenario, or a catalogue, is refused with; empty when it is accepted.
     std::string complaint(const QByteArray &json)
     {

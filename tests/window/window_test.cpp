@@ -4,32 +4,25 @@
 #include "tests/support/sql.h"
 #include "windowdriver.h"
 
-#include <QtCore/QDir>
 #include <QtGui/QClipboard>
 #include <QtGui/QPixmap>
 #include <QtWidgets/QApplication>
 
-using testing::HasSubstr;
-
 namespace {
 
-std::string text(const QString &text)
-{
-    return text.toStdString();
-}
-
 /// A shop whose till has a window.
-class WindowTest : public SaleTest
+struct WindowTest : SaleTest
 {
-protected:
     WindowTest() { writeFile(folder.filePath(u"data/goods.json"_s), readFile(QStringLiteral(KVO_GOODS))); }
+
+    static std::string text(const QString &shown) { return shown.toStdString(); }
 
     /// Starts the till, with the settings that are given besides the usual ones.
     void start(const QByteArray &settings = {})
     {
         configure(settings);
         iowatch::watch(folder.path().toStdString());
-        shop = std::make_unique<WindowDriver>(ini());
+        shop = std::make_unique<WindowDriver>(ini);
         ASSERT_TRUE(shop->ready);
     }
 
@@ -42,14 +35,7 @@ protected:
     }
 
     /// The code in the customer's last text message.
-    QString code() const
-    {
-        QProcess outbox;
-        outbox.start(QStringLiteral(KVO_SIMULATOR),
-                     {u"outbox"_s, u"--database"_s, folder.filePath(u"service.db"_s), u"--last"_s, u"--code"_s});
-        EXPECT_TRUE(outbox.waitForFinished());
-        return QString::fromUtf8(outbox.readAll()).trimmed();
-    }
+    QString code() const { return QString::fromUtf8(askService({u"outbox"_s, u"--last"_s, u"--code"_s})).trimmed(); }
 
     /// Looks whether the window fits a screen of 1024x768 at 125 %, and keeps a picture of it where it has a name and
     /// the environment names a folder.
@@ -65,12 +51,10 @@ protected:
         }
     }
 
-    QString ini() const { return folder.filePath(u"till.ini"_s); }
-
     std::unique_ptr<WindowDriver> shop;
 };
 
-class Tour : public WindowTest, public testing::WithParamInterface<const char *>
+struct Tour : WindowTest, testing::WithParamInterface<const char *>
 {
 };
 
@@ -156,7 +140,7 @@ TEST_F(WindowTest, FitsTheScreenWhateverTheCustomerIsCalled)
 {
     start();
     for (const QString &name : {QString(200, u'Ш'), u"Шш "_s.repeated(66)}) {
-        runSql(folder.filePath(u"service.db"_s), u"UPDATE customers SET last_name = '%1'"_s.arg(name));
+        runSql(ledger, u"UPDATE customers SET last_name = '%1'"_s.arg(name));
         ASSERT_TRUE(shop->type(u"4600000000059"_s));
         addCustomer();
         ASSERT_TRUE(shop->press(Qt::Key_F5));
@@ -245,7 +229,7 @@ TEST_F(WindowTest, GoesOnAfterAKillAndLetsNobodyElseIn)
     writeFile(scenario, check(R"({"hold": 100})"));
     QProcess other;
     other.setProcessChannelMode(QProcess::MergedChannels);
-    other.start(QStringLiteral(KVO_TILL), {u"run"_s, u"--config"_s, ini(), scenario});
+    other.start(QStringLiteral(KVO_TILL), {u"run"_s, u"--config"_s, ini, scenario});
     for (QByteArray said; !said.contains("Касса ждёт"); said += other.readAll())
         ASSERT_TRUE(other.waitForReadyRead(30'000)) << said.toStdString();
     start();

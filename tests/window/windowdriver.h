@@ -5,9 +5,7 @@
 #include "till/window/mainwindow.h"
 
 #include <QtTest/QTest>
-#include <QtWidgets/QLabel>
 #include <QtWidgets/QPlainTextEdit>
-#include <QtWidgets/QPushButton>
 #include <QtWidgets/QTableView>
 
 using namespace Qt::Literals::StringLiterals;

@@ -9,8 +9,6 @@
 #include <cashier/cashierui.h>
 #include <cashier/dialog.h>
 #include <cashier/verificationlogic.h>
-#include <checks/checkstore.h>
-#include <core/basicexception.h>
 #include <core/currenttime.h>
 #include <loyalty/basicloyaltysystem.h>
 
@@ -18,12 +16,9 @@ using namespace std::chrono_literals;
 
 namespace {
 
-using testing::HasSubstr;
-
 // Answers the prompts for a code one after the other; each answer takes its time, and nothing else does.
-class Keyboard : public CashierUi, public CurrentTime
+struct Keyboard : CashierUi, CurrentTime
 {
-public:
     struct Answer
     {
         std::optional<QString> code;
@@ -49,9 +44,8 @@ public:
     int prompts = 0;
 };
 
-class CashierTest : public testing::Test
+struct CashierTest : testing::Test
 {
-protected:
     CashierTest() { Singleton<CashierUi>::replace(keyboard.object); }
     ~CashierTest() override { Singleton<CashierUi>::replace({}); }
 
@@ -102,9 +96,8 @@ TEST_F(CashierTest, NobodyAtTheTillChoosesTheSecondButton)
     EXPECT_TRUE(Dialog().question({}, 0, {}, {}, 2));
 }
 
-class Loyalty : public BasicLoyaltySystem
+struct Loyalty : BasicLoyaltySystem
 {
-public:
     Loyalty() { loyaltySystemCode = 26; }
     bool rollback(const QSharedPointer<AbstractDocument> &) override
     {

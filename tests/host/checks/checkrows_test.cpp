@@ -3,10 +3,6 @@
 #include "tests/support/refusal.h"
 #include "tests/support/test.h"
 
-#include <core/basicexception.h>
-
-using testing::HasSubstr;
-
 namespace {
 
 TEST(CheckRowsTest, EverythingComesBack)
@@ -33,15 +29,6 @@ TEST(CheckRowsTest, WritesTheRowsThatHaveChanged)
     const auto check = builder::fullCheck();
     CheckRows stored;
     stored.update(*check);
-    const auto changes = [&] {
-        const auto [removed, written] = stored.update(*check);
-        QStringList names;
-        for (const CheckRow &row : removed)
-            names.append(u"-"_s + row.kind + u' ' + row.key.toString());
-        for (const CheckRow &row : written)
-            names.append(row.kind + u' ' + row.key.toString());
-        return names.join(u", "_s).toStdString();
-    };
     const auto card = check->getCardRecords().at(1);
     const std::tuple<const char *, std::function<void()>, const char *> cases[] = {
         {"nothing", [] {}, ""},
@@ -56,19 +43,19 @@ TEST(CheckRowsTest, WritesTheRowsThatHaveChanged)
          "data loyaltySystem26 pointsForSpend"},
         {"plugin data goes", [&] { check->setPluginData(u"loyaltySystem26"_s, {}); },
          "-data loyaltySystem26 bonusRecords, -data loyaltySystem26 pointsForSpend, -data loyaltySystem26 rates"},
-        {"a line in the middle goes",
-         [&] {
-             check->removeCard(card);
-             check->removeGoodsItem(2);
-         },
-         "-goods 2, -card 2, -impact 1, -impact 2"},
+        {"a line in the middle goes", [&] { check->removeCard(card), check->removeGoodsItem(2); },
+         "-card 2, -goods 2, -impact 1, -impact 2"},
     };
     for (const auto &[label, change, expected] : cases) {
         change();
-        const auto found = changes();
-        EXPECT_THAT(QString::fromStdString(found).split(u", "_s),
-                    testing::UnorderedElementsAreArray(QString::fromUtf8(expected).split(u", "_s)))
-            << label << ": " << found;
+        const auto [removed, written] = stored.update(*check);
+        QStringList names;
+        for (const CheckRow &row : removed)
+            names.append(u"-"_s + row.kind + u' ' + row.key.toString());
+        for (const CheckRow &row : written)
+            names.append(row.kind + u' ' + row.key.toString());
+        names.sort();
+        EXPECT_EQ(names.join(u", "_s), QString::fromUtf8(expected)) << label;
     }
 }
 

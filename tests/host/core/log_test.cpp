@@ -11,12 +11,8 @@
 
 #include <QtCore/QScopeGuard>
 
-using testing::AllOf;
-using testing::HasSubstr;
-
-class LogTest : public testing::Test
+struct LogTest : testing::Test
 {
-protected:
     ~LogTest() override { setUpLogging(Config()); }
 
     void setUp(const QVariantHash &settings)

@@ -28,9 +28,8 @@ TEST(Registry, ManyThreadsGetOneObject)
     EXPECT_EQ(Counted::made, 1);
 }
 
-class Listener : public BaseActivityListener
+struct Listener : BaseActivityListener
 {
-public:
     void handleEvent(const Event &event) override
     {
         received.append(event.getCode());

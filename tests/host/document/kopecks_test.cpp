@@ -20,42 +20,31 @@ public:
     {
         const int position = upTo(check->getGoodsItems().isEmpty() ? 1 : check->getGoodsItems().last()->getPosnum());
         const auto card = check->getCardRecords().value(upTo(3));
+        const int operation = upTo(7);
         Money added;
-        switch (upTo(7)) {
-        case 0: {
+        if (operation == 0) {
             const auto item = builder::line(upTo(30000), 1 + upTo(3000) / 1000.0, upTo(100));
             item->setAllowDiscount(upTo(4) > 0);
             check->addGoodsItem(item);
-            break;
-        }
-        case 1:
+        } else if (operation == 1) {
             check->changeGoodsItem(position, upTo(3000) / 1000.0, Money::fromKopecks(upTo(30000)));
-            break;
-        case 2:
+        } else if (operation == 2) {
             check->removeGoodsItem(position);
-            break;
-        case 3:
+        } else if (operation == 3) {
             check->addCard(builder::card(QString()));
-            break;
-        case 4:
+        } else if (operation == 4) {
             check->removeCard(card);
-            break;
-        case 5:
+        } else if (operation == 5) {
             EXPECT_NO_THROW(check = builder::restored(*check));
-            break;
-        case 6: {
+        } else if (operation == 6) {
             const auto impact = builder::discount(upTo(2000000) / 10000.0, card);
             impact->getTotals()->setMinPriceIgnored(upTo(1) == 0);
             added = Money::fromRubles(impact->getTotals()->getDiscountSum());
             check->addImpact(impact);
-            break;
-        }
-        default: {
-            // Shares of fractions of a kopeck, and now and then two of them on one line.
+        } else { // Shares of fractions of a kopeck, and now and then two of them on one line.
             const double first = upTo(100000) / 7000.0, second = upTo(999) / 7000.0;
             added = Money::fromRubles(first) + Money::fromRubles(second);
             check->addImpact(builder::shares({{position, first}, {upTo(1) ? position : 1, second}}, card));
-        }
         }
         return added;
     }

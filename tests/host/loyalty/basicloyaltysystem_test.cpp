@@ -8,9 +8,8 @@
 
 namespace {
 
-class Loyalty : public BasicLoyaltySystem
+struct Loyalty : BasicLoyaltySystem
 {
-public:
     explicit Loyalty(int code) { loyaltySystemCode = code; }
 
     using BasicLoyaltySystem::bonusRecords;
@@ -18,9 +17,8 @@ public:
     using BasicLoyaltySystem::pointsForSpend;
 };
 
-class BasicLoyaltySystemTest : public testing::Test
+struct BasicLoyaltySystemTest : testing::Test
 {
-protected:
     BasicLoyaltySystemTest() { check->addCard(card); }
 
     QSharedPointer<SaleDocument> check = builder::check({10000, 5000});

@@ -6,19 +6,14 @@
 
 #include <future>
 
-class PostgresQueueTest : public QueueTest
+struct PostgresQueueTest : QueueTest
 {
-protected:
     /// As when the server is restarted.
     void closeAllConnections()
     {
         sql(u"SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE datname = current_database() AND "
             u"pid <> pg_backend_pid()"_s);
     }
-
-    QStringList sentByOther;
-    QueueDelivery other{settings,
-                        {{u"kvo"_s, [this](const QJsonObject &event) { sentByOther.append(nameOf(event)); }}}};
 };
 
 TEST_F(PostgresQueueTest, ConnectionThatTheServerHasClosedFailsNoPushAndNoStep)
@@ -35,21 +30,18 @@ TEST_F(PostgresQueueTest, ConnectionThatTheServerHasClosedFailsNoPushAndNoStep)
 TEST_F(PostgresQueueTest, WhatADrainWithoutConnectionHasSentIsRecordedLaterUnlessAnotherHasTakenItOver)
 {
     push(u"a1"_s);
-    whileSending = [this] { closeAllConnections(); };
-    EXPECT_THROW(delivery.step(), BasicException);
-    whileSending = [] {};
+    EXPECT_THROW(stepDuring([this] { closeAllConnections(); }), BasicException);
     EXPECT_EQ(drain(), u""_s);
     EXPECT_EQ(broker.status().waiting, 0);
 
     push(u"a2 a3"_s);
-    whileSending = [this] {
-        EXPECT_FALSE(other.step()) << "it is being sent";
+    const auto takeOver = [this] {
+        EXPECT_FALSE(rival.step()) << "it is being sent";
         closeAllConnections();
-        EXPECT_TRUE(other.step());
+        EXPECT_TRUE(rival.step());
     };
-    EXPECT_THROW(delivery.step(), BasicException);
-    whileSending = [] {};
-    EXPECT_EQ(sentByOther, QStringList{u"a2"_s});
+    EXPECT_THROW(stepDuring(takeOver), BasicException);
+    EXPECT_EQ(sentByRival, QStringList{u"a2"_s});
     EXPECT_EQ(drain(), u"a3"_s);
     EXPECT_EQ(broker.status().waiting, 0);
 }
@@ -57,21 +49,18 @@ TEST_F(PostgresQueueTest, WhatADrainWithoutConnectionHasSentIsRecordedLaterUnles
 TEST_F(PostgresQueueTest, NobodyTakesOverWhatIsBeingRecordedOnANewConnection)
 {
     push(u"a1 a2"_s);
-    whileSending = [this] { closeAllConnections(); };
-    EXPECT_THROW(delivery.step(), BasicException);
-    whileSending = [] {};
+    EXPECT_THROW(stepDuring([this] { closeAllConnections(); }), BasicException);
     sql(u"CREATE FUNCTION pause() RETURNS trigger LANGUAGE plpgsql AS 'BEGIN PERFORM pg_sleep(0.5); RETURN OLD; END'; "
         u"CREATE TRIGGER pause BEFORE DELETE ON head FOR EACH ROW EXECUTE FUNCTION pause()"_s);
     auto lookOfOther = std::async(std::launch::async, [this] {
         const QDeadlineTimer deadline(5s);
         while (!deadline.hasExpired() && sql(u"SELECT 1 FROM pg_stat_activity WHERE wait_event = 'PgSleep'"_s).isNull())
             ;
-        QueueDelivery(settings, {{u"kvo"_s, [this](const QJsonObject &event) { sentByOther.append(nameOf(event)); }}})
-            .step();
+        QueueDelivery(settings, {{u"kvo"_s, [this](const auto &event) { sentByRival.append(nameOf(event)); }}}).step();
     });
     const QString sentHere = drain();
     lookOfOther.get();
-    EXPECT_EQ((sentByOther + QStringList{sentHere}).join(u""_s), u"a2"_s);
+    EXPECT_EQ((sentByRival + QStringList{sentHere}).join(u""_s), u"a2"_s);
     EXPECT_EQ(broker.status().waiting, 0);
 }
 

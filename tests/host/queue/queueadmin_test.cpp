@@ -1,12 +1,12 @@
 // What people see of the queue and what they can do about refused events.
 #include "queuefixture.h"
+#include "tests/support/json.h"
 
 #include <queue/eventmask.h>
 #include <queue/queueadmin.h>
 
-class QueueAdminTest : public QueueTest
+struct QueueAdminTest : QueueTest
 {
-protected:
     QueueAdminTest()
     {
         push(u"a1 a2 b1"_s);
@@ -26,23 +26,17 @@ TEST_F(QueueAdminTest, StatusAndListTellWhatEachEventIsAndWhyItIsThere)
     EXPECT_EQ(status.lastError, u"заказ не найден"_s);
     EXPECT_EQ(status.lastErrorTime, status.lastSuccess);
     EXPECT_EQ(status.oldest, admin.list().constFirst().stored);
-    QJsonObject named = eventNamed(u"d1"_s);
-    named.insert(
-        u"payload"_s,
-        QJsonObject{{u"basket"_s, u"a"_s}, {u"cardNumber"_s, u"7770000000001"_s}, {u"orderID"_s, u"check-7"_s}});
-    const QJsonObject alone{{u"payload"_s, QJsonObject{{u"orderID"_s, 8}}}};
+    const auto named = json(R"({"payload": {"basket": "a", "cardNumber": "7770000000001", "orderID": "check-7"}})");
+    const auto alone = json(R"({"payload": {"orderID": 8}})");
     for (const QJsonObject &event : {named, alone, QJsonObject(), eventNamed(u"a3"_s)})
         broker.push(u"kvo"_s, event, {});
     const QList<QueueAdmin::Entry> entries = admin.list();
     ASSERT_EQ(entries.size(), 7);
-    EXPECT_EQ(entries[0].operation, u"a1"_s);
-    EXPECT_EQ(entries[0].order, u"a"_s);
-    EXPECT_EQ(entries[0].owner, u"kvo"_s);
-    EXPECT_EQ(entries[0].state, QueueAdmin::State::DeadLetter);
-    EXPECT_EQ(entries[0].attempts, 1);
-    EXPECT_EQ(entries[0].lastError, u"заказ не найден"_s);
-    EXPECT_EQ(entries[0].refused.toMSecsSinceEpoch(), now.time_since_epoch().count());
-    EXPECT_FALSE(entries[0].discarded.isValid());
+    const QueueAdmin::Entry &dead = entries[0];
+    EXPECT_EQ(std::tuple(dead.operation, dead.order, dead.owner, dead.state, dead.attempts, dead.lastError),
+              std::tuple(u"a1"_s, u"a"_s, u"kvo"_s, QueueAdmin::State::DeadLetter, 1, u"заказ не найден"_s));
+    EXPECT_EQ(dead.refused.toMSecsSinceEpoch(), now.time_since_epoch().count());
+    EXPECT_FALSE(dead.discarded.isValid());
     EXPECT_EQ(entries[1].state, QueueAdmin::State::Waiting);
     EXPECT_FALSE(entries[1].refused.isValid() || entries[1].nextAttempt.isValid());
     EXPECT_EQ(entries[2].operation, u"c1"_s);

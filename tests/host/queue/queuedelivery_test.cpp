@@ -1,8 +1,7 @@
 // What is sent when: order within an order, independence of orders, failures, refusals, probes, several drains.
 #include "queuefixture.h"
+#include "tests/support/logfile.h"
 
-#include <core/logsetup.h>
-#include <queue/backoff.h>
 #include <queue/queueadmin.h>
 
 using QueueDeliveryTest = QueueTest;
@@ -65,13 +64,11 @@ TEST_F(QueueDeliveryTest, BackOffsGrowWithTheAttemptsOfTheEventAndThePausesWithT
 TEST_F(QueueDeliveryTest, OwnersTakeTurns)
 {
     QStringList turns;
-    const auto note = [&turns](const QString &owner) {
-        return [&turns, owner](const QJsonObject &) { turns.append(owner); };
-    };
-    QueueDelivery all(settings,
-                      {{u"kvo"_s, note(u"kvo"_s)}, {u"other"_s, note(u"other"_s)}, {u"third"_s, note(u"third"_s)}},
-                      {[this] { return now += 10ms; }, {}, {}}); // slow: one event at a time
-    for (const QString &owner : {u"kvo"_s, u"other"_s, u"third"_s, u"somebody"_s})
+    QHash<QString, QueueHandler> handlers;
+    for (const QString &owner : {u"kvo"_s, u"other"_s, u"third"_s})
+        handlers[owner] = [&turns, owner](const QJsonObject &) { turns.append(owner); };
+    QueueDelivery all(settings, handlers, {[this] { return now += 10ms; }, {}, {}}); // slow: one event at a time
+    for (const QString &owner : handlers.keys() + QStringList{u"somebody"_s})
         push(u"a1 b1 c1"_s, owner);
     while (all.step())
         ;
@@ -112,9 +109,6 @@ TEST_F(QueueDeliveryTest, TextsComeThroughTheDatabaseAsTheyWere)
 
 TEST_F(QueueDeliveryTest, ErrorsAreStoredWithoutSecrets)
 {
-    std::string error;
-    QueueDelivery receiver(settings, {{u"kvo"_s, [&](const QJsonObject &) { throw std::runtime_error(error); }}},
-                           {[this] { return now += 2min; }, {}, {}});
     push(u"a1"_s);
     const std::pair<const char *, QString> cases[] = {
         {"+79161234567", u"+*******4567"_s},
@@ -126,8 +120,8 @@ TEST_F(QueueDeliveryTest, ErrorsAreStoredWithoutSecrets)
         {"550e8400-e29b-41d4-a716-446655440000", u"550e8400-e29b-41d4-a716-446655440000"_s},
     };
     for (const auto &[text, stored] : cases) {
-        error = text;
-        EXPECT_TRUE(receiver.step());
+        now += 2min;
+        EXPECT_TRUE(stepDuring([text = text] { throw std::runtime_error(text); }));
         EXPECT_EQ(QueueAdmin().list().constFirst().lastError, stored);
         EXPECT_EQ(broker.status().lastError, stored);
     }
@@ -136,9 +130,8 @@ TEST_F(QueueDeliveryTest, ErrorsAreStoredWithoutSecrets)
 TEST_F(QueueDeliveryTest, DamagedEventIsKeptAndTheLogTellsWhatHasBecomeOfEach)
 {
     expectsDamage = true;
-    const QString log = folder.filePath(u"queue.log"_s);
-    configure("[Log]\nlevel = DEBUG\nfile = " + QFile::encodeName(log) + '\n');
-    setUpLogging(*Singleton<Config>::instance());
+    LogFile log;
+    configure({});
     push(u"a1 b1 c1 d1"_s);
     sql(u"UPDATE event SET event = '{' WHERE id = 2"_s);
     unreachable = {u"c1"_s};
@@ -148,25 +141,20 @@ TEST_F(QueueDeliveryTest, DamagedEventIsKeptAndTheLogTellsWhatHasBecomeOfEach)
     };
     EXPECT_EQ(drain(), u"a1 c1 d1"_s);
     EXPECT_EQ(broker.status().deadLetters, 1);
-    setUpLogging(Config());
-    const auto expect = [text = QString::fromUtf8(readFile(log))](const QString &line) {
-        EXPECT_TRUE(text.contains(line)) << qPrintable(line + u" is not in:\n"_s + text);
-    };
-    expect(u"DEBUG poshost::queue - Доставлена запись 1 для «kvo», заказ «a», попытка 1\n"_s);
-    expect(
-        u"ERROR poshost::queue - Отклонена и больше не отправляется запись 2 для «kvo», заказ «b», попытка 1: зап"_s);
-    expect(u"WARN poshost::queue - Не доставлена запись 3 для «kvo», заказ «c», попытка 1, будет повтор: connection"_s);
-    for (const int id : {3, 4})
-        expect(u"WARN poshost::queue - Очередь запросов: из записей %1–%1 кем-то изменены во время отправки: 1\n"_s.arg(
-            id));
+    const QString lines = log.take();
+    for (const QString &line :
+         {u"DEBUG poshost::queue - Доставлена запись 1 для «kvo», заказ «a», попытка 1\n"_s,
+          u"ERROR poshost::queue - Отклонена и больше не отправляется запись 2 для «kvo», заказ «b», попытка 1: зап"_s,
+          u"WARN poshost::queue - Не доставлена запись 3 для «kvo», заказ «c», попытка 1, будет повтор: connection"_s,
+          u"WARN poshost::queue - Очередь запросов: из записей 3–3 кем-то изменены во время отправки: 1\n"_s,
+          u"WARN poshost::queue - Очередь запросов: из записей 4–4 кем-то изменены во время отправки: 1\n"_s})
+        EXPECT_TRUE(lines.contains(line)) << qPrintable(line + u" is not in:\n"_s + lines);
 }
 
 TEST_F(QueueDeliveryTest, AcceptedEventIsNotSentAgainWhenTheDatabaseFailsToForgetIt)
 {
     push(u"a1 a2"_s);
-    whileSending = [] { refuseWrites(); };
-    EXPECT_THROW(delivery.step(), BasicException);
-    whileSending = [] {};
+    EXPECT_THROW(stepDuring(&refuseWrites), BasicException);
     EXPECT_EQ(drain(), u"a2"_s);
 }
 
@@ -203,24 +191,18 @@ TEST_F(QueueDeliveryTest, RunGrowsUntilSomethingEndsItAndTheRestIsGivenBack)
 TEST_F(QueueDeliveryTest, ClaimThatWasStoredWithoutAnAnswerHoldsNothingUp)
 {
     push(u"a1 b1"_s);
-    whileSending = [this] {
-        sql(u"INSERT INTO claim SELECT e.id, c.lease FROM event e, claim c WHERE e.basket = 'b'"_s);
-    };
-    EXPECT_TRUE(delivery.step());
-    whileSending = [] {};
+    EXPECT_TRUE(stepDuring(
+        [this] { sql(u"INSERT INTO claim SELECT e.id, c.lease FROM event e, claim c WHERE e.basket = 'b'"_s); }));
     EXPECT_EQ(drain(), u"b1"_s);
 }
 
 TEST_F(QueueDeliveryTest, DrainsOnOneDatabaseNeverShareAnOrder)
 {
-    QStringList sentByOther;
-    QueueDelivery other(settings,
-                        {{u"kvo"_s, [&sentByOther](const QJsonObject &event) { sentByOther.append(nameOf(event)); }}});
     push(u"a1 a2 b1 b2"_s);
-    whileSending = [&other] {
-        while (other.step())
+    whileSending = [this] {
+        while (rival.step())
             ;
     };
     EXPECT_EQ(drain(), u"a1 a2"_s);
-    EXPECT_EQ(sentByOther, (QStringList{u"b1"_s, u"b2"_s}));
+    EXPECT_EQ(sentByRival, (QStringList{u"b1"_s, u"b2"_s}));
 }

@@ -13,9 +13,8 @@
 #include <latch>
 #include <thread>
 
-class QueueDrainTest : public QueueTest
+struct QueueDrainTest : QueueTest
 {
-protected:
     /// A second process on the same queue, see queuechild.cpp: begins to send and never ends. Killed with the object.
     std::unique_ptr<QProcess> startChild()
     {

@@ -8,11 +8,8 @@
 
 #include <sys/stat.h>
 
-using testing::HasSubstr;
-
-class QueueFileTest : public QueueTest
+struct QueueFileTest : QueueTest
 {
-protected:
     void removeFiles()
     {
         for (const QString &suffix : {u""_s, u"-wal"_s, u"-shm"_s})
@@ -82,25 +79,21 @@ TEST_F(QueueFileTest, FilesAreTheOwnersAlone)
 {
     const mode_t mask = ::umask(0);
     const auto restoreMask = qScopeGuard([mask] { ::umask(mask); });
+    const QString data = folder.filePath(u"data"_s);
     if (::geteuid() == 0) { // A look as root, before the till's user has started the till.
-        QDir().mkpath(folder.filePath(u"data"_s));
-        EXPECT_EQ(::chown(QFile::encodeName(folder.filePath(u"data"_s)).constData(), 65534, 65534), 0);
-        ::chmod(QFile::encodeName(folder.filePath(u"data"_s)).constData(), 0700);
+        QDir().mkpath(data);
+        EXPECT_EQ(::chown(QFile::encodeName(data).constData(), 65534, 65534), 0);
+        ::chmod(QFile::encodeName(data).constData(), 0700);
     }
     push(u"a1"_s);
-    EXPECT_EQ(QFileInfo(file).ownerId(), QFileInfo(folder.filePath(u"data"_s)).ownerId());
+    EXPECT_EQ(QFileInfo(file).ownerId(), QFileInfo(data).ownerId());
     ::chmod(QFile::encodeName(file).constData(), 0644); // as from a careless copy
     push(u"a2"_s);
     EXPECT_EQ(drain(), u"a1 a2"_s);
-    const std::pair<QString, unsigned> cases[] = {{folder.filePath(u"data"_s), 0700},
-                                                  {file, 0600},
-                                                  {file + u"-wal"_s, 0600},
-                                                  {file + u"-shm"_s, 0600},
-                                                  {file + u"-lease"_s, 0600}};
-    for (const auto &[name, mode] : cases) {
+    for (const QString &name : {data, file, file + u"-wal"_s, file + u"-shm"_s, file + u"-lease"_s}) {
         struct stat status = {};
         EXPECT_EQ(::stat(QFile::encodeName(name).constData(), &status), 0) << qPrintable(name);
-        EXPECT_EQ(status.st_mode & ALLPERMS, mode) << qPrintable(name);
+        EXPECT_EQ(status.st_mode & ALLPERMS, name == data ? 0700U : 0600U) << qPrintable(name);
     }
     EXPECT_EQ(QFileInfo(file + u"-lease"_s).ownerId(), QFileInfo(file).ownerId());
 }
@@ -141,15 +134,16 @@ TEST_F(QueueFileTest, UnusableFileIsRefusedByNameLeftAloneAndUsedAgainWhenItIsMe
 
 TEST_F(QueueFileTest, FolderOrFileThatCannotBeOrIsNotToBeMadeIsRefused)
 {
-    writeFile(folder.filePath(u"data"_s), "a file where the folder should be");
+    const QString data = folder.filePath(u"data"_s);
+    writeFile(data, "a file where the folder should be");
     EXPECT_THAT(problemOfPush(u"a1"_s), HasSubstr("не удалось создать"));
     EXPECT_THROW(push(u"a1"_s, u""_s), BasicException) << "nobody to deliver it to";
-    configure("database = " + QFile::encodeName(folder.filePath(u"data/deep/queue.db"_s)) + '\n');
+    configure("database = " + QFile::encodeName(data) + "/deep/queue.db\n");
     EXPECT_THAT(DBQueueBroker().problem().toStdString(), HasSubstr("не удалось создать папку"));
     configure({});
-    QFile::remove(folder.filePath(u"data"_s));
+    QFile::remove(data);
     EXPECT_THROW(QueueAdmin(), BasicException);
-    EXPECT_FALSE(QFile::exists(folder.filePath(u"data"_s)));
+    EXPECT_FALSE(QFile::exists(data));
     QDir().mkpath(file);
     EXPECT_THAT(problemOfPush(u"a1"_s), HasSubstr("не удалось открыть файл"));
     QDir().rmdir(file);
@@ -262,8 +256,7 @@ TEST_F(QueueFileTest, ConfigurationNamesTheDatabaseOrTheProblem)
             EXPECT_THAT(error.what(), HasSubstr(expected.toStdString()));
         }
     }
-    const QueueSettings server =
-        configure("driver = QPSQL\nuser = till\npassword = secret\noptions = sslmode=verify-full\n");
+    const auto server = configure("driver = QPSQL\nuser = till\npassword = secret\noptions = sslmode=verify-full\n");
     EXPECT_EQ((QStringList{server.user, server.password, server.options}),
               (QStringList{u"till"_s, u"secret"_s, u"sslmode=verify-full"_s}));
 }

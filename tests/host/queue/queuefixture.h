@@ -6,7 +6,6 @@
 #include "tests/support/sql.h"
 #include "tests/support/test.h"
 
-#include <core/basicexception.h>
 #include <core/config.h>
 #include <core/singleton.h>
 #include <queue/dbqueuebroker.h>
@@ -22,20 +21,13 @@ inline QJsonObject eventNamed(const QString &name)
     return {{u"url"_s, u"http://127.0.0.1/api/"_s + name}, {u"payload"_s, QJsonObject{{u"basket"_s, name.left(1)}}}};
 }
 
-inline QString nameOf(const QJsonObject &event)
+struct QueueTest : testing::Test
 {
-    return event.value(u"url").toString().section(u'/', -1);
-}
+    static QString nameOf(const QJsonObject &event) { return event.value(u"url").toString().section(u'/', -1); }
 
-/// The socket's folder of scripts/with-postgres; empty: the tests run on SQLite.
-inline QString postgresFolder()
-{
-    return qEnvironmentVariable("KVO_POSTGRES");
-}
+    /// The socket's folder of scripts/with-postgres; empty: the tests run on SQLite.
+    static QString postgresFolder() { return qEnvironmentVariable("KVO_POSTGRES"); }
 
-class QueueTest : public testing::Test
-{
-protected:
     void TearDown() override
     {
         if (!expectsDamage && QFile::exists(file) == postgresFolder().isEmpty())
@@ -78,6 +70,14 @@ protected:
         return sent.join(u' ');
     }
 
+    /// One step, during whose exchanges this happens.
+    bool stepDuring(const std::function<void()> &action)
+    {
+        whileSending = action;
+        const auto nothingLater = qScopeGuard([this] { whileSending = [] {}; });
+        return delivery.step();
+    }
+
     /// What is kept is what could be counted: the summary, and the first event of each order if it waits.
     void expectConsistency()
     {
@@ -109,8 +109,7 @@ protected:
     /// From now on the newest connection of the queue cannot write.
     static void refuseWrites()
     {
-        sqlInside(postgresFolder().isEmpty() ? u"PRAGMA query_only = 1"_s
-                                             : u"SET default_transaction_read_only = on"_s);
+        sqlInside(postgresFolder().isEmpty() ? u"PRAGMA query_only=1"_s : u"SET default_transaction_read_only = on"_s);
     }
 
     QTemporaryDir folder;
@@ -131,8 +130,9 @@ protected:
     QueueDelivery delivery{settings,
                            {{u"kvo"_s, [this](const QJsonObject &event) { receive(event); }}},
                            {[this] { return now; }, [] { return 0.5; }, [this] { return stopping; }}};
+    QStringList sentByRival; ///< By a second drain on the same database.
+    QueueDelivery rival{settings, {{u"kvo"_s, [this](const auto &event) { sentByRival.append(nameOf(event)); }}}};
 
-private:
     void receive(const QJsonObject &event)
     {
         const QString name = nameOf(event);
