@@ -187,18 +187,12 @@ QueueAnswer statusAnswer(const QueueStatus &status, const QueueRequest &request,
     return {text, faults.isEmpty()};
 }
 
-QString showAnswer(const QueueAdmin &queue, qint64 id, bool json, const QDateTime &now)
+QString showAnswer(const Entry &entry, bool json, const QDateTime &now)
 {
-    Entry entry = queue.entry(id);
-    const QJsonObject event = queue.event(id);
-    for (const QList<Entry> all = queue.list(); const Entry &other : all) {
-        if (other.id == id)
-            entry = other; // Here the check is known from the order's other events as well.
-    }
     if (!json)
-        return entriesAsTable({entry}, now) + asText(event);
+        return entriesAsTable({entry}, now) + asText(entry.event);
     QJsonObject object = entryAsJson(entry);
-    object.insert(u"event"_s, event);
+    object.insert(u"event"_s, entry.event);
     return asText(object);
 }
 
@@ -219,7 +213,7 @@ QueueAnswer answerTo(const QueueRequest &request, const QDateTime &now)
     case QueueRequest::Action::Status:
         return statusAnswer(queue.status(), request, now);
     case QueueRequest::Action::Show:
-        return {showAnswer(queue, request.id, request.json, now)};
+        return {showAnswer(queue.entry(request.id), request.json, now)};
     case QueueRequest::Action::Retry:
         queue.retry(request.id);
         return {changeAnswer(1, u"Запись %1 будет отправлена снова"_s.arg(request.id), request.json)};

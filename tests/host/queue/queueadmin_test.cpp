@@ -50,6 +50,7 @@ TEST_F(QueueAdminTest, StatusAndListTellWhatEachEventIsAndWhyItIsThere)
     EXPECT_EQ(entries[4].order, u""_s);
     EXPECT_EQ(entries[4].check, u"8"_s);
     EXPECT_EQ(entries[5].check, u""_s);
+    EXPECT_EQ(admin.entry(entries[0].id).check, u"check-7"_s);
 
     const std::pair<QueueAdmin::Filter, qsizetype> filters[] = {
         {{}, 7},
@@ -87,7 +88,7 @@ TEST_F(QueueAdminTest, DiscardedEventIsKeptWithItsReasonFreesItsOrderAndCanBeTak
     EXPECT_EQ(admin.entry(id).state, QueueAdmin::State::Discarded);
     EXPECT_LE(std::abs(admin.entry(id).discarded.secsTo(QDateTime::currentDateTime())), 60);
     EXPECT_EQ(admin.entry(id).discardReason, u"отменён вручную, карта *********0001"_s);
-    EXPECT_EQ(nameOf(admin.event(id)), u"a1"_s);
+    EXPECT_EQ(nameOf(admin.entry(id).event), u"a1"_s);
     EXPECT_EQ(admin.retryAll(), 0);
     admin.restore(id);
     EXPECT_EQ(admin.entry(id).state, QueueAdmin::State::DeadLetter);
@@ -132,7 +133,7 @@ TEST_F(QueueAdminTest, OperationsThatMakeNoSenseAreRefused)
     EXPECT_THROW(admin.restore(waiting), BasicException);
     EXPECT_THROW(admin.discard(dead, u"  "_s), BasicException);
     EXPECT_THROW(admin.discard(4711, u"x"_s), BasicException);
-    EXPECT_THROW(admin.event(4711), BasicException);
+    EXPECT_THROW(admin.entry(4711), BasicException);
     admin.discard(dead, u"x"_s);
     EXPECT_THROW(admin.retry(dead), BasicException);
     whileSending = [&] {
