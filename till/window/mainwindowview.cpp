@@ -36,7 +36,10 @@ void MainWindow::apply()
     updateAreas();
     if (m_till.isIdle() && m_shown != view.commandsDone) {
         m_shown = view.commandsDone;
-        view.page ? showPage(*view.page) : showSale();
+        if (view.page)
+            showPage(*view.page);
+        else
+            showSale();
         m_isHolding = view.isWarning && !m_pending.isEmpty();
     }
     showMessage();
@@ -86,7 +89,10 @@ void MainWindow::updateAreas()
     const std::optional<Question> &question = m_confirmation ? m_confirmation : view.question;
     // One takes the place of the other: with both the window would grow.
     m_actionArea->setVisible(isSale && !question && !m_questions->isVisible());
-    question ? m_questions->show(*question) : m_questions->hide();
+    if (question)
+        m_questions->show(*question);
+    else
+        m_questions->hide();
     m_actionArea->setVisible(isSale && !question);
     m_list->setEnabled(!question);
     m_totals->setVisible(isSale);
@@ -96,7 +102,7 @@ void MainWindow::updateAreas()
         const Action &action = m_actions.at(index);
         const QString text = action.icon == "park"_L1 && !view.isOpen ? tr("Вернуть чек") : action.text;
         action.button->setText(u"%1\nF%2"_s.arg(text, QString::number(index + 1)));
-        action.button->setEnabled(isFree && action.isAllowed(view));
+        action.button->setEnabled(isFree && (!action.isAllowed || action.isAllowed(view)));
     }
 }
 
@@ -226,20 +232,20 @@ void MainWindow::keyPressEvent(QKeyEvent *event)
 {
     const QChar typed = event->text().isEmpty() ? QChar() : event->text().front();
     const int step = event->key() == Qt::Key_Up ? -1 : event->key() == Qt::Key_Down ? 1 : 0;
+    const bool isSale = m_pages->currentWidget() == m_sale;
     if (step != 0)
-        m_pages->currentWidget() == m_sale ? m_lines->step(step) : m_list->step(step);
-    else if (event->key() == Qt::Key_Escape && m_confirmation)
-        settle({.kind = Answer::Kind::Second});
-    else if (event->key() == Qt::Key_Escape)
+        return (isSale ? m_lines : m_list->table())->step(step);
+    if (event->key() == Qt::Key_Escape && m_confirmation)
+        return settle({.kind = Answer::Kind::Second});
+    if (event->key() == Qt::Key_Escape)
+        return showSale();
+    if (!typed.isPrint() || typed.isSpace() || !m_till.view().fault.isEmpty())
+        return QMainWindow::keyPressEvent(event);
+    // Nothing here takes it, so that a scan would end in a bare Enter on some button: it belongs to the sale.
+    if (!isSale)
         showSale();
-    else if (typed.isPrint() && !typed.isSpace() && m_till.view().fault.isEmpty()) {
-        // Nothing here takes it, so that a scan would end in a bare Enter on some button: it belongs to the sale.
-        if (m_pages->currentWidget() != m_sale)
-            showSale();
-        m_entry->setFocus();
-        m_entry->insert(event->text());
-    } else
-        QMainWindow::keyPressEvent(event);
+    m_entry->setFocus();
+    m_entry->insert(event->text());
 }
 
 } // namespace till
