@@ -163,7 +163,7 @@ QueueAnswer statusAnswer(const QueueStatus &status, const QueueRequest &request,
 {
     constexpr qint64 minute = 60;
     QStringList faults;
-    if (status.deadLetters > 0)
+    if (status.blocked > 0)
         faults.append(u"есть отклонённые запросы"_s);
     if (request.maxWaiting >= 0 && status.waiting > request.maxWaiting)
         faults.append(u"ожидают отправки больше %1"_s.arg(request.maxWaiting));
@@ -241,16 +241,16 @@ QStringList stateCodes()
 
 QString statusText(const QueueStatus &status)
 {
-    if (status.waiting + status.deadLetters == 0)
+    if (status.waiting + status.blocked == 0)
         return u"Очередь пуста"_s;
     return u"В очереди: ожидает отправки %1, отклонено %2, самое раннее от %3"_s.arg(
-        QString::number(status.waiting), QString::number(status.deadLetters), timeText(status.oldest));
+        QString::number(status.waiting), QString::number(status.blocked), timeText(status.oldest));
 }
 
 QJsonObject statusAsJson(const QueueStatus &status, const QDateTime &now)
 {
     return {{u"waiting"_s, status.waiting},
-            {u"deadLetters"_s, status.deadLetters},
+            {u"blocked"_s, status.blocked},
             {u"oldest"_s, isoText(status.oldest)},
             {u"oldestAgeSeconds"_s, status.oldest.isValid() ? std::max<qint64>(0, status.oldest.secsTo(now)) : 0},
             {u"lastSuccess"_s, isoText(status.lastSuccess)},

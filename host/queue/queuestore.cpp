@@ -79,7 +79,7 @@ QueueStatus QueueStore::status()
     QueueStatus status;
     m_connection.read(queuesql::status, {}, [&status](const QSqlQuery &row) {
         status.waiting = row.value(0).toInt();
-        status.deadLetters = row.value(1).toInt();
+        status.blocked = row.value(1).toInt();
         status.lastSuccess = dateTimeOf(row.value(2));
         status.oldest = dateTimeOf(row.value(3));
     });

@@ -77,9 +77,9 @@ void MainWindow::showStatus(const TillView &view)
     setTone(m_link, view.link.isReachable ? u"good"_s : u"warning"_s);
     const auto queue = view.queue.value_or(DBQueueBroker::Status());
     const QString counts = tr("Запросы: ждут %1, отклонено %2  Ctrl+L")
-                               .arg(QString::number(queue.waiting), QString::number(queue.deadLetters));
+                               .arg(QString::number(queue.waiting), QString::number(queue.blocked));
     m_queue->setText(view.queue ? counts : tr("Очередь недоступна  Ctrl+L"));
-    setTone(m_queue, view.queue && queue.deadLetters == 0 ? QString() : u"warning"_s);
+    setTone(m_queue, view.queue && queue.blocked == 0 ? QString() : u"warning"_s);
 }
 
 void MainWindow::updateAreas()
