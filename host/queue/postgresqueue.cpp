@@ -85,7 +85,7 @@ constexpr QStringView schemaLock = u"SELECT pg_advisory_xact_lock(7164013200591)
 class PostgresConnection final : public DatabaseConnection
 {
 public:
-    PostgresConnection(const QueueSettings &settings, Commits commits, Missing missing);
+    PostgresConnection(const QueueSettings &settings, Commits commits, IfMissing ifMissing);
 
     /// Asks the server: it may have closed the connection since its last use.
     bool isUsable() override;
@@ -96,12 +96,12 @@ protected:
     QString problemText(const QSqlError &error) const override;
 
 private:
-    void ensureTables(Missing missing);
+    void ensureTables(IfMissing ifMissing);
     void makeTables();
     int foundVersion();
 };
 
-PostgresConnection::PostgresConnection(const QueueSettings &settings, Commits commits, Missing missing)
+PostgresConnection::PostgresConnection(const QueueSettings &settings, Commits commits, IfMissing ifMissing)
     : DatabaseConnection(u"QPSQL"_s, u"Очередь запросов «%1»"_s.arg(settings.name()))
 {
     const QString synced = commits == Commits::Synced ? u"on"_s : u"off"_s;
@@ -117,12 +117,12 @@ PostgresConnection::PostgresConnection(const QueueSettings &settings, Commits co
         fail(u"connect", server.lastError());
     expect(u"SELECT current_setting('synchronous_commit')", synced);
     expect(u"SELECT current_setting('fsync')", u"on");
-    ensureTables(missing);
+    ensureTables(ifMissing);
 }
 
-void PostgresConnection::ensureTables(Missing missing)
+void PostgresConnection::ensureTables(IfMissing ifMissing)
 {
-    if (foundVersion() == 0 && missing == Missing::IsRefused)
+    if (foundVersion() == 0 && ifMissing == IfMissing::Fail)
         throw databaseerror::make(title(), u"в базе данных нет очереди; проверьте настройку Queue:database"_s,
                                   u"there is no schema poshost_queue"_s);
     if (foundVersion() == 0)
@@ -211,8 +211,8 @@ class PostgresQueue : public QueueDatabase
 {
 public:
     PostgresQueue(const QueueSettings &settings, DatabaseConnection::Commits commits,
-                  DatabaseConnection::Missing missing)
-        : m_connection(settings, commits, missing)
+                  DatabaseConnection::IfMissing ifMissing)
+        : m_connection(settings, commits, ifMissing)
     {}
 
     DatabaseConnection &connection() override { return m_connection; }
@@ -242,7 +242,7 @@ private:
 
 std::unique_ptr<QueueDatabase> QueueDatabase::openPostgres(const QueueSettings &settings,
                                                            DatabaseConnection::Commits commits,
-                                                           DatabaseConnection::Missing missing)
+                                                           DatabaseConnection::IfMissing ifMissing)
 {
-    return std::make_unique<PostgresQueue>(settings, commits, missing);
+    return std::make_unique<PostgresQueue>(settings, commits, ifMissing);
 }

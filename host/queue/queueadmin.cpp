@@ -94,7 +94,7 @@ bool matches(const QueueAdmin::Entry &entry, const QueueAdmin::Filter &filter)
 
 QueueAdmin::QueueAdmin()
     : m_store(std::make_unique<QueueStore>(QueueSettings::configured(), DatabaseConnection::Commits::Synced,
-                                           DatabaseConnection::Missing::IsRefused)),
+                                           DatabaseConnection::IfMissing::Fail)),
       m_lease(m_store->newLease())
 {}
 

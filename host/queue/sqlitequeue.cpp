@@ -104,8 +104,8 @@ private:
 class SqliteQueue : public QueueDatabase
 {
 public:
-    SqliteQueue(const QString &fileName, DatabaseConnection::Commits commits, DatabaseConnection::Missing missing)
-        : m_connection(queueSchema, fileName, commits, missing)
+    SqliteQueue(const QString &fileName, DatabaseConnection::Commits commits, DatabaseConnection::IfMissing ifMissing)
+        : m_connection(queueSchema, fileName, commits, ifMissing)
     {}
 
     DatabaseConnection &connection() override { return m_connection; }
@@ -125,7 +125,7 @@ private:
 
 std::unique_ptr<QueueDatabase> QueueDatabase::openSqlite(const QueueSettings &settings,
                                                          DatabaseConnection::Commits commits,
-                                                         DatabaseConnection::Missing missing)
+                                                         DatabaseConnection::IfMissing ifMissing)
 {
-    return std::make_unique<SqliteQueue>(settings.database, commits, missing);
+    return std::make_unique<SqliteQueue>(settings.database, commits, ifMissing);
 }
