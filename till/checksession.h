@@ -139,12 +139,12 @@ private:
     void spendOffered();
 
     /// Continues with a check of the store as far as that is possible.
-    std::optional<CheckResult> goOn(const QSharedPointer<SaleDocument> &document);
+    std::optional<CheckResult> resumeDocument(const QSharedPointer<SaleDocument> &document);
     void setAside(const QString &reason);
     /// Ends the checks that waited for the queue alone.
     void endWaiting();
     /// The check is no longer this session's.
-    void leave();
+    void releaseDocument();
     /// What the queue hands over goes onto the check at once: when the card is removed on the way, the loyalty system
     /// saves the check, and the cancellation must be in that write.
     void takeRequests();

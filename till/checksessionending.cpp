@@ -78,7 +78,7 @@ CheckResult CheckSession::completeEnding()
     else
         m_store->park(waitsForQueue + problem);
     ended.loyaltyOff = loyaltyOff();
-    leave();
+    releaseDocument();
     return ended;
 }
 
