@@ -42,7 +42,7 @@ void CheckDesk::resume()
         warn(tr("Касса была прервана. Чек восстановлен, можно продолжать."));
     }
     if (const QString reason = session().loyaltyOff(); !reason.isEmpty())
-        warn(tr("Баллы не работают: %1").arg(reason));
+        warn(tr("Бонусы не работают: %1").arg(reason));
 }
 
 void CheckDesk::perform(const Work &work, const QString &waitingFor)

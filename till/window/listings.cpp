@@ -57,7 +57,7 @@ Page queuePage(const QList<QueueAdmin::Entry> &entries)
     const QStringList states = Texts::each("ожидает|отправляется|отклонён|снят");
     const QString count = Texts::tr("Записей: %1").arg(entries.size());
     const QStringList header = Texts::each("№|Сохранён|Запрос|Состояние|Попыток|Причина");
-    Page page{Page::Kind::Queue, Texts::tr("Запросы к службе лояльности"), count, header, {0, 4}, 5};
+    Page page{Page::Kind::Queue, Texts::tr("Запросы к сервису лояльности"), count, header, {0, 4}, 5};
     for (const QueueAdmin::Entry &entry : entries) {
         const QString id = QString::number(entry.id);
         const QString reason = entry.state == QueueAdmin::State::Discarded ? entry.discardReason : entry.lastError;

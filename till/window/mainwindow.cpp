@@ -159,7 +159,7 @@ void MainWindow::voidCheck()
 void MainWindow::discardRequest(const QString &number)
 {
     if (m_till.isIdle())
-        confirm({.text = tr("Снять запрос %1 с отправки? Служба его не получит.").arg(number),
+        confirm({.text = tr("Снять запрос %1 с отправки? Сервис его не получит.").arg(number),
                  .reason = tr("Укажите причину: она останется в списке."),
                  .first = tr("Снять"),
                  .entry = Question::Entry::Text},

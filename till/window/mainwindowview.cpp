@@ -71,9 +71,9 @@ void MainWindow::showCheck(const CheckResult &check)
 
 void MainWindow::showStatus(const TillView &view)
 {
-    const QString lost = tr("Нет связи со службой лояльности с %1").arg(view.link.since.toString(u"HH:mm:ss"_s));
-    const QString link = view.link.isReachable ? tr("Служба лояльности на связи") : lost;
-    m_link->setText(view.link.since.isValid() ? link : tr("Служба лояльности: обмена ещё не было"));
+    const QString lost = tr("Нет связи с сервисом лояльности с %1").arg(view.link.since.toString(u"HH:mm:ss"_s));
+    const QString link = view.link.isReachable ? tr("Сервис лояльности на связи") : lost;
+    m_link->setText(view.link.since.isValid() ? link : tr("Сервис лояльности: обмена ещё не было"));
     setTone(m_link, view.link.isReachable ? u"good"_s : u"warning"_s);
     const auto queue = view.queue.value_or(DBQueueBroker::Status());
     const QString counts = tr("Запросы: ждут %1, отклонено %2  Ctrl+L")
@@ -138,7 +138,7 @@ void MainWindow::showHelp()
         {Page::Kind::Help, tr("Помощь"),
          tr("Товар: отсканируйте штрихкод или введите его, 3*код – три штуки, 1,25*код – вес, или часть названия.\n"
             "Стрелки вверх и вниз выбирают строку чека, Tab переходит к кнопкам.\n\n"
-            "F2  карта покупателя\nF3  телефон покупателя\nF4  рассчитать чек в службе лояльности\n"
+            "F2  карта покупателя\nF3  телефон покупателя\nF4  рассчитать чек в сервисе лояльности\n"
             "F5  списать баллы\nF6  изменить количество строки, =45,50 – цену\nF7  удалить строку\n"
             "F8  вернуть последнее изменение строки\nF9  отложить чек или вернуть отложенный\n"
             "F10  аннулировать чек\nF11  журнал за день\nF12  закрыть чек\n"
