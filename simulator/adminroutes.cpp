@@ -41,7 +41,7 @@ bool isJson(const httplib::Request &request)
     return request.get_header_value("Content-Type").starts_with("application/json");
 }
 
-std::string foreignness(const httplib::Request &request)
+std::string originFault(const httplib::Request &request)
 {
     const std::string host = request.get_header_value("Host");
     const std::string name = host.substr(0, host.find_last_of(':'));

@@ -19,7 +19,7 @@ bool isJson(const httplib::Request &request);
 
 /// Why a request is rejected; empty when it is not. Accepts programs on this machine and pages that this server has
 /// served. Rejects pages of other origins, and pages that reach 127.0.0.1 through a host name of their own.
-std::string foreignness(const httplib::Request &request);
+std::string originFault(const httplib::Request &request);
 
 /// Registers handlers and remembers the HTTP methods of each path.
 class AdminRoutes

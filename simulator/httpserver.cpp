@@ -69,7 +69,7 @@ bool HttpServer::admit(const httplib::Request &request, httplib::Response &respo
 {
     response.set_header("X-Content-Type-Options", "nosniff");
     response.set_header("Cache-Control", "no-store");
-    const std::string reason = foreignness(request);
+    const std::string reason = originFault(request);
     if (!reason.empty())
         write(refusal(403, reason), response);
     return reason.empty();

@@ -42,7 +42,7 @@ Proxy::Proxy(int servicePort, ProxyFaults &faults, ProxyRecord &record)
 
 bool Proxy::admit(const httplib::Request &request, httplib::Response &response)
 {
-    const std::string reason = request.path.starts_with("/proxy/") ? foreignness(request) : std::string();
+    const std::string reason = request.path.starts_with("/proxy/") ? originFault(request) : std::string();
     if (!reason.empty())
         write(refusal(403, reason), response);
     return reason.empty();

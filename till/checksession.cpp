@@ -65,7 +65,7 @@ void CheckSession::takeRequests()
     });
 }
 
-void CheckSession::leave()
+void CheckSession::releaseDocument()
 {
     m_queue.setHolder(nullptr);
     m_system.cancel();

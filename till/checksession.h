@@ -145,10 +145,10 @@ private:
     void spendOffered();
 
     /// Continues with a check of the store as far as that is possible.
-    std::optional<CheckResult> goOn(const QSharedPointer<SaleDocument> &document);
+    std::optional<CheckResult> resumeDocument(const QSharedPointer<SaleDocument> &document);
     void setAside(const QString &reason);
     /// The check is no longer this session's.
-    void leave();
+    void releaseDocument();
     /// What the queue hands over goes onto the check at once: when the card is removed on the way, the loyalty system
     /// saves the check, and the cancellation must be in that write.
     void takeRequests();

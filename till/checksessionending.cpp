@@ -10,6 +10,8 @@
 
 #include <QtCore/QScopeGuard>
 
+#include <utility>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace till {
@@ -78,7 +80,7 @@ CheckResult CheckSession::completeEnding()
     else
         m_store->park(queueReason + problem);
     ended.loyaltyOff = loyaltyOff();
-    leave();
+    releaseDocument();
     return ended;
 }
 
@@ -104,17 +106,17 @@ void CheckSession::endWaiting()
 {
     if (isOpen() || m_system.getLoyaltySystemCode() == 0)
         return; // Without a loyalty system nobody could read the card's part of the check for the journal.
-    for (const CheckStore::KeptCheck &check : keptChecks()) {
-        if (!waitsForQueue(check))
-            continue;
+    QList<CheckStore::KeptCheck> waiting = keptChecks();
+    waiting.removeIf([](const auto &check) { return !waitsForQueue(check); });
+    if (waiting.isEmpty() || !m_queue.findProblem().isEmpty())
+        return;
+    for (const CheckStore::KeptCheck &check : std::as_const(waiting)) {
         try {
             adopt(m_store->resume(check.identifier));
             completeEnding();
         } catch (const BasicException &error) {
             setAside(error.text().ru());
         }
-        if (!m_queue.knownProblem().isEmpty())
-            return;
     }
 }
 

@@ -14,15 +14,14 @@ std::optional<CheckResult> CheckSession::resume()
 {
     std::optional<CheckResult> ended;
     if (const auto saved = m_store->restore())
-        ended = goOn(saved);
+        ended = resumeDocument(saved);
     for (const QStringList notices = m_store->takeNotices(); const QString &notice : notices)
         Singleton<CashierUi>::instance()->show(tr::Tr(notice));
-    if (!isOpen())
-        endWaiting();
+    endWaiting();
     return ended;
 }
 
-std::optional<CheckResult> CheckSession::goOn(const QSharedPointer<SaleDocument> &document)
+std::optional<CheckResult> CheckSession::resumeDocument(const QSharedPointer<SaleDocument> &document)
 {
     try {
         adopt(document);
@@ -41,7 +40,7 @@ std::optional<CheckResult> CheckSession::goOn(const QSharedPointer<SaleDocument>
 void CheckSession::setAside(const QString &reason)
 {
     m_store->park(reason);
-    leave();
+    releaseDocument();
     Singleton<CashierUi>::instance()->show(tr::Tr(u"Чек отложен: %1. Можно начать новый чек"_s.arg(reason)));
 }
 
@@ -51,7 +50,7 @@ void CheckSession::park()
     if (!m_system.beforePutoutCheck())
         throw BasicException(refusalText(m_system.getLastErrorString()));
     m_store->park({});
-    leave();
+    releaseDocument();
     m_system.afterPutoutCheck();
 }
 
@@ -64,7 +63,7 @@ std::optional<CheckResult> CheckSession::take(const QString &which)
     const int number = which.toInt(&isNumber);
     if (isNumber && (number < 1 || number > kept.size()))
         throw BasicException(u"Отложенного чека %1 нет"_s.arg(which));
-    const auto ended = goOn(m_store->resume(isNumber ? kept.at(number - 1).identifier : which));
+    const auto ended = resumeDocument(m_store->resume(isNumber ? kept.at(number - 1).identifier : which));
     if (isOpen())
         m_system.revealCheck();
     return ended;

@@ -92,7 +92,7 @@ ExitStatus drainQueue(const Options &options)
         console::printLine(options.queueRequest.json
                                ? QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact))
                                : statusText(left));
-        return (delivered || left.waiting == 0) && left.deadLetters == 0 ? Succeeded : Differed;
+        return (delivered || left.waiting == 0) && left.blocked == 0 ? Succeeded : Differed;
     } catch (const BasicException &error) {
         return fail(error, Unusable);
     }

@@ -21,14 +21,26 @@ enum ExitStatus : int {
     Unusable = 2  ///< The command line, a scenario, the configuration or the plugin is at fault; nothing was sold.
 };
 
+struct ReplayOptions
+{
+    QString csvFile;
+    QStringList columns;   ///< "invoice=InvoiceNo": names of columns, see readDay().
+    QString customersFile; ///< To write the customers to; nothing is sold then.
+    QString ledger;        ///< Database of loyalty-sim to compare with; empty: none.
+    int tills = 1;
+    bool isWorker = false; ///< The process is one of the tills, see replayReceipts().
+};
+
 struct Options
 {
-    QString configFile;
+    QString configFile = QStringLiteral("kvo-till.ini");
     QStringList scenarioFiles;
     QString codeCommand; ///< See ScriptedCashier.
     std::chrono::seconds drainTime{5};
     QueueRequest queueRequest;
-    bool json = false;    ///< Of the journal, see journalText().
+    ReplayOptions replay;
+    QString doctorPhone;  ///< To send a text message to; empty: none is sent.
+    bool json = false;    ///< Of the journal, see journalText(), and of the doctor.
     QString journalSince; ///< An ISO date or date and time; empty: from the beginning.
 };
 
@@ -55,6 +67,12 @@ ExitStatus manageQueue(const Options &options);
 
 /// Prints the journal; also while a till works.
 ExitStatus printJournal(const Options &options);
+
+/// Sells every receipt of the file, `tills` at once, each a process with the data folder "till-1", "till-2", ... in
+/// "Host:dataFolder". Prints what was left out, what was sold, how long the operations took, and how all journals
+/// compare with the ledger. Succeeded when every receipt was sold without a message to the cashier, everything was
+/// delivered and nothing differs from the ledger; lines that were left out are no failure.
+ExitStatus replay(const Options &options);
 
 // What the commands share.
 

@@ -2,6 +2,7 @@
 #include "console.h"
 
 #include <editline/readline.h>
+#include <fcntl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -92,6 +93,14 @@ void onInterrupt(int)
 }
 
 } // namespace
+
+void openStandardStreams()
+{
+    int descriptor = ::open("/dev/null", O_RDONLY);
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO)
+        descriptor = ::open("/dev/null", O_RDONLY);
+    ::close(descriptor);
+}
 
 void print(const QString &text)
 {

@@ -8,6 +8,10 @@
 
 namespace till::console {
 
+/// Opens closed standard streams on /dev/null; otherwise a file opened later, such as the log, could take the place of
+/// such a stream and receive what is printed. To be called first.
+void openStandardStreams();
+
 /// Writes to the standard output in UTF-8, at once.
 void print(const QString &text);
 void printLine(const QString &text);

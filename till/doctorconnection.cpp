@@ -68,7 +68,7 @@ Finding reachable(const ServiceAccess &service)
 
 Finding refusedCertificate(const ServiceAccess &service)
 {
-    const ProbeResult seen = service.probe->connect(service.queries.customer, Probe::Trust::Anybody);
+    const ProbeResult seen = service.probe->connect(service.queries.customer, Probe::Trust::Unverified);
     if (seen.stage != Stage::Secured)
         return {Verdict::Failure, cut(service.handshake.reason),
                 u"What listens there does not speak TLS as it should: check scheme and port in Kvo:host"_s};

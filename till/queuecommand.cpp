@@ -162,7 +162,7 @@ QueueAnswer statusAnswer(const QueueStatus &status, const QueueRequest &request,
 {
     constexpr qint64 minute = 60;
     QStringList faults;
-    if (status.deadLetters > 0)
+    if (status.blocked > 0)
         faults.append(u"есть отклонённые запросы"_s);
     if (request.maxWaiting >= 0 && status.waiting > request.maxWaiting)
         faults.append(u"ожидают отправки больше %1"_s.arg(request.maxWaiting));
@@ -186,18 +186,12 @@ QueueAnswer statusAnswer(const QueueStatus &status, const QueueRequest &request,
     return {text, faults.isEmpty()};
 }
 
-QString showAnswer(const QueueAdmin &queue, qint64 id, bool json, const QDateTime &now)
+QString showAnswer(const Entry &entry, bool json, const QDateTime &now)
 {
-    Entry entry = queue.entry(id);
-    const QJsonObject event = queue.event(id);
-    for (const QList<Entry> all = queue.list(); const Entry &other : all) {
-        if (other.id == id)
-            entry = other; // Here the check is known from the order's other events as well.
-    }
     if (!json)
-        return entriesAsTable({entry}, now) + asText(event);
+        return entriesAsTable({entry}, now) + asText(entry.event);
     QJsonObject object = entryAsJson(entry);
-    object.insert(u"event"_s, event);
+    object.insert(u"event"_s, entry.event);
     return asText(object);
 }
 
@@ -218,7 +212,7 @@ QueueAnswer answerTo(const QueueRequest &request, const QDateTime &now)
     case QueueRequest::Action::Status:
         return statusAnswer(queue.status(), request, now);
     case QueueRequest::Action::Show:
-        return {showAnswer(queue, request.id, request.json, now)};
+        return {showAnswer(queue.entry(request.id), request.json, now)};
     case QueueRequest::Action::Retry:
         queue.retry(request.id);
         return {changeAnswer(1, u"Запись %1 будет отправлена снова"_s.arg(request.id), request.json)};
@@ -246,16 +240,16 @@ QStringList stateCodes()
 
 QString statusText(const QueueStatus &status)
 {
-    if (status.waiting + status.deadLetters == 0)
+    if (status.waiting + status.blocked == 0)
         return u"Очередь пуста"_s;
     return u"В очереди: ожидает отправки %1, отклонено %2, самое раннее от %3"_s.arg(
-        QString::number(status.waiting), QString::number(status.deadLetters), timeText(status.oldest));
+        QString::number(status.waiting), QString::number(status.blocked), timeText(status.oldest));
 }
 
 QJsonObject statusAsJson(const QueueStatus &status, const QDateTime &now)
 {
     return {{u"waiting"_s, status.waiting},
-            {u"deadLetters"_s, status.deadLetters},
+            {u"blocked"_s, status.blocked},
             {u"oldest"_s, isoText(status.oldest)},
             {u"oldestAgeSeconds"_s, status.oldest.isValid() ? std::max<qint64>(0, status.oldest.secsTo(now)) : 0},
             {u"lastSuccess"_s, isoText(status.lastSuccess)},

@@ -126,8 +126,8 @@ QString queueRows(const DBQueueBroker::Status &queue)
     QString rows;
     if (queue.waiting > 0)
         rows += row(u"Ожидает отправки"_s, QString::number(queue.waiting));
-    if (queue.deadLetters > 0)
-        rows += row(u"Отклонено"_s, QString::number(queue.deadLetters));
+    if (queue.blocked > 0)
+        rows += row(u"Отклонено"_s, QString::number(queue.blocked));
     if (!rows.isEmpty() && queue.oldest.isValid())
         rows += row(u"В очереди с"_s, queue.oldest.toString(u"dd.MM.yyyy HH:mm:ss"_s));
     return rows.isEmpty() ? rows : rule(u'-') + rows;
@@ -142,7 +142,7 @@ QString receiptText(const CheckResult &result, const DBQueueBroker::Status &queu
     text += rule(u'-');
     for (const ResultLine &line : result.lines)
         text += lineRows(line);
-    const bool expected = queue.waiting + queue.deadLetters > 0;
+    const bool expected = queue.waiting + queue.blocked > 0;
     return text + totalRows(result) + cardRows(result, expected) + loyaltyRows(result) + queueRows(queue) + rule(u'=');
 }
 

@@ -1,6 +1,5 @@
 // Runs a replay: reads the day, starts the tills, reports, and has the books compared.
-#include "replay.h"
-
+#include "commands.h"
 #include "console.h"
 #include "journal.h"
 #include "replayreport.h"
@@ -67,16 +66,16 @@ QString configureTill(const QString &configFile, const QString &folder)
     return fileName;
 }
 
-QList<QStringList> tillArguments(const ReplayOptions &options, const QString &dataFolder)
+QList<QStringList> tillArguments(const Options &options, const QString &dataFolder)
 {
     QList<QStringList> list;
-    for (int number = 1; number <= options.tills; ++number) {
+    for (int number = 1; number <= options.replay.tills; ++number) {
         const QString folder = QDir(dataFolder).filePath(u"till-%1"_s.arg(number));
-        QStringList arguments{u"replay"_s,          options.csvFile,
+        QStringList arguments{u"replay"_s,          options.replay.csvFile,
                               u"--config"_s,        configureTill(options.configFile, folder),
                               u"--drain-seconds"_s, QString::number(options.drainTime.count()),
                               u"--worker"_s};
-        for (const QString &column : options.columns)
+        for (const QString &column : options.replay.columns)
             arguments += {u"--map"_s, column};
         list.append(arguments);
     }
@@ -113,7 +112,7 @@ bool agreesWithLedger(const QString &dataFolder, const QString &ledger)
     return comparison.exitStatus() == QProcess::NormalExit && comparison.exitCode() == 0;
 }
 
-ExitStatus replayDay(const Day &day, const ReplayOptions &options)
+ExitStatus replayDay(const Day &day, const Options &options)
 {
     const TillHost host(options.configFile, TillHost::Access::Look);
     const QString &folder = host.dataFolder();
@@ -124,24 +123,24 @@ ExitStatus replayDay(const Day &day, const ReplayOptions &options)
     console::print(soldText(day, tills));
     console::print(timesText(tills.replayed()));
     bool isGood = tills.exitStatus() == 0 && isFlawless(tills);
-    if (options.ledger.isEmpty())
+    if (options.replay.ledger.isEmpty())
         console::printLine(u"Not compared with the service's books; --ledger DATABASE does that"_s);
     else
-        isGood = agreesWithLedger(folder, options.ledger) && isGood;
+        isGood = agreesWithLedger(folder, options.replay.ledger) && isGood;
     return isGood ? Succeeded : Differed;
 }
 
 } // namespace
 
-ExitStatus replay(const ReplayOptions &options)
+ExitStatus replay(const Options &options)
 {
     try {
-        const Day day = readDay(options.csvFile, columnNames(options.columns));
-        if (options.isWorker)
+        const Day day = readDay(options.replay.csvFile, columnNames(options.replay.columns));
+        if (options.replay.isWorker)
             return replayReceipts(day, options.configFile, options.drainTime) ? Succeeded : Differed;
         console::print(leftOutText(day));
-        if (!options.customersFile.isEmpty()) {
-            writeFile(options.customersFile, customersJson(day));
+        if (!options.replay.customersFile.isEmpty()) {
+            writeFile(options.replay.customersFile, customersJson(day));
             return Succeeded;
         }
         return replayDay(day, options);

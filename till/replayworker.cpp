@@ -193,10 +193,10 @@ bool replayReceipts(const Day &day, const QString &configFile, std::chrono::seco
     drain.wakeUp();
     const bool isDrained = drain.waitUntilDrained(drainTime);
     const QueueStatus left = host.queue().status();
-    if (left.waiting + left.deadLetters > 0)
-        std::fprintf(stderr, "kvo-till: %d requests wait and %d were refused; see kvo-till queue --config %s\n",
-                     left.waiting, left.deadLetters, qUtf8Printable(configFile));
-    return isDrained && left.deadLetters == 0;
+    if (left.waiting + left.blocked > 0)
+        std::fprintf(stderr, "kvo-till: %d requests wait and %d are blocked; see kvo-till queue --config %s\n",
+                     left.waiting, left.blocked, qUtf8Printable(configFile));
+    return isDrained && left.blocked == 0;
 }
 
 } // namespace till

@@ -91,7 +91,7 @@ void ScenarioPlayer::compare(const ScenarioCheck &check, const CheckResult &resu
         if (*queued == 0)
             std::ignore = m_drain.waitUntilDrained(deliveryTime);
         const DBQueueBroker::Status status = queueStatus().value_or(DBQueueBroker::Status());
-        if (const int left = status.waiting + status.deadLetters; left != *queued)
+        if (const int left = status.waiting + status.blocked; left != *queued)
             report(check, u"expect/queued"_s, QString::number(*queued), QString::number(left));
     }
     if (check.expectation.messages)

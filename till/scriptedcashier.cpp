@@ -38,7 +38,7 @@ bool askInTerminal(const tr::Tr &first, const tr::Tr &second)
 
 } // namespace
 
-ScriptedCashier::ScriptedCashier(const QString &codeCommand) : m_codeCommand(codeCommand)
+ScriptedCashier::ScriptedCashier(const QString &codeCommand) : m_codeCommand(codeCommand.trimmed())
 {}
 
 void ScriptedCashier::beginCheck(const Answers &answers)

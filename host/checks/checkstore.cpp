@@ -91,10 +91,10 @@ SqliteConnection &CheckStore::connection()
         forget();
     }
     if (!m_connection) {
-        const auto missing =
-            m_access == Access::Work ? DatabaseConnection::Missing::IsMade : DatabaseConnection::Missing::IsRefused;
+        const auto ifMissing =
+            m_access == Access::Work ? DatabaseConnection::IfMissing::Create : DatabaseConnection::IfMissing::Fail;
         m_connection =
-            std::make_unique<SqliteConnection>(schema, m_fileName, DatabaseConnection::Commits::Synced, missing);
+            std::make_unique<SqliteConnection>(schema, m_fileName, DatabaseConnection::Commits::Synced, ifMissing);
     }
     return *m_connection;
 }

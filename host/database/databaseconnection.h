@@ -22,7 +22,7 @@ public:
     };
 
     /// What happens when the database does not exist.
-    enum class Missing { IsMade, IsRefused };
+    enum class IfMissing { Create, Fail };
 
     virtual ~DatabaseConnection() = default;
     Q_DISABLE_COPY_MOVE(DatabaseConnection)

@@ -53,12 +53,12 @@ int primaryCode(const QSqlError &error)
 } // namespace
 
 SqliteConnection::SqliteConnection(const SqliteSchema &schema, const QString &fileName, Commits commits,
-                                   Missing missing)
+                                   IfMissing ifMissing)
     : DatabaseConnection(u"QSQLITE"_s, DatabaseFile(schema.what, fileName).title()),
       m_schema(schema),
       m_file(schema.what, fileName)
 {
-    if (missing == Missing::IsRefused && !QFileInfo::exists(m_file.name()))
+    if (ifMissing == IfMissing::Fail && !QFileInfo::exists(m_file.name()))
         throw databaseerror::make(title(), u"файла нет; проверьте %1"_s.arg(m_schema.settings), u"ENOENT"_s);
     m_file.prepare();
     if (m_file.isSingleByte())

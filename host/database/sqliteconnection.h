@@ -28,7 +28,7 @@ public:
     /// that fails, or when the file is damaged, was written by a newer version or belongs to another program; it is
     /// left as it is then.
     SqliteConnection(const SqliteSchema &schema, const QString &fileName, Commits commits,
-                     Missing missing = Missing::IsMade);
+                     IfMissing ifMissing = IfMissing::Create);
 
     /// The file's absolute name.
     const QString &fileName() const { return m_file.name(); }

@@ -189,7 +189,7 @@ ProbeResult Probe::connect(const QUrl &url, Trust trust) const
 {
     const auto handle = makeHandle();
     handle->set(CURLOPT_CONNECT_ONLY, 1L);
-    if (trust == Trust::Anybody) {
+    if (trust == Trust::Unverified) {
         handle->set(CURLOPT_SSL_VERIFYPEER, 0L);
         handle->set(CURLOPT_SSL_VERIFYHOST, 0L);
     }

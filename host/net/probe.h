@@ -39,15 +39,15 @@ struct ProbeResult
 class POSHOST_EXPORT Probe
 {
 public:
-    enum class Trust { Verified, Anybody };
+    enum class Trust { Verified, Unverified };
 
     /// `timeout` limits each call.
     explicit Probe(std::chrono::milliseconds timeout);
     ~Probe();
     Q_DISABLE_COPY_MOVE(Probe)
 
-    /// Connects, performs the TLS handshake, and sends nothing. Trust::Anybody accepts every certificate, to show one
-    /// that would otherwise be refused.
+    /// Connects, performs the TLS handshake, and sends nothing. Trust::Unverified accepts every certificate, to show
+    /// one that would otherwise be refused.
     ProbeResult connect(const QUrl &url, Trust trust) const;
 
     /// Sends a GET and reads the answer.

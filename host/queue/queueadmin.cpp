@@ -49,15 +49,19 @@ QueueAdmin::State stateOf(const QString &name)
     return name == u"discarded" ? QueueAdmin::State::Discarded : QueueAdmin::State::Waiting;
 }
 
-QJsonObject eventOf(const QSqlQuery &row)
+QJsonObject eventIn(const QVariant &text)
 {
-    return eventmask::masked(QJsonDocument::fromJson(row.value(11).toString().toUtf8()).object());
+    return eventmask::masked(QJsonDocument::fromJson(text.toString().toUtf8()).object());
+}
+
+QString checkOf(const QJsonObject &event)
+{
+    return event.value(u"payload")[u"orderID"].toVariant().toString();
 }
 
 QueueAdmin::Entry entryOf(const QSqlQuery &row)
 {
-    const QJsonObject event = eventOf(row);
-    const QJsonObject payload = event.value(u"payload").toObject();
+    const QJsonObject event = eventIn(row.value(11));
     QueueAdmin::Entry entry;
     entry.id = row.value(0).toLongLong();
     entry.owner = row.value(1).toString();
@@ -65,8 +69,8 @@ QueueAdmin::Entry entryOf(const QSqlQuery &row)
     if (entry.order.startsWith(loneOrder))
         entry.order.clear();
     entry.operation = QUrl(event.value(u"url").toString()).path().section(u'/', -1);
-    entry.card = payload.value(u"cardNumber").toString();
-    entry.check = payload.value(u"orderID").toVariant().toString();
+    entry.card = event.value(u"payload")[u"cardNumber"].toString();
+    entry.check = checkOf(event);
     entry.state = stateOf(row.value(3).toString());
     entry.attempts = row.value(4).toInt();
     entry.stored = dateTimeOf(row.value(5));
@@ -90,7 +94,7 @@ bool matches(const QueueAdmin::Entry &entry, const QueueAdmin::Filter &filter)
 
 QueueAdmin::QueueAdmin()
     : m_store(std::make_unique<QueueStore>(QueueSettings::configured(), DatabaseConnection::Commits::Synced,
-                                           DatabaseConnection::Missing::IsRefused)),
+                                           DatabaseConnection::IfMissing::Fail)),
       m_lease(m_store->newLease())
 {}
 
@@ -100,15 +104,15 @@ QueueAdmin::~QueueAdmin() = default;
 QList<QueueAdmin::Entry> QueueAdmin::list(const Filter &filter) const
 {
     QList<Entry> entries;
-    QHash<QString, QString> checks;
+    QHash<std::pair<QString, QString>, QString> checks; // by owner and order
     m_store->connection().read(queuesql::entries, {0, lastId, 0, lastId}, [&](const QSqlQuery &row) {
         entries.append(entryOf(row));
         if (const Entry &entry = entries.constLast(); !entry.order.isEmpty() && !entry.check.isEmpty())
-            checks.insert(entry.order, entry.check);
+            checks.insert({entry.owner, entry.order}, entry.check);
     });
     for (Entry &entry : entries)
         if (entry.check.isEmpty())
-            entry.check = checks.value(entry.order);
+            entry.check = checks.value({entry.owner, entry.order});
     entries.removeIf([&filter](const Entry &entry) { return !matches(entry, filter); });
     entries.resize(std::min(entries.size(), filter.limit));
     return entries;
@@ -121,19 +125,24 @@ QueueStatus QueueAdmin::status() const
 
 QueueAdmin::Entry QueueAdmin::entry(qint64 id) const
 {
-    std::optional<Entry> found;
-    m_store->connection().read(queuesql::entries, {id, id, id, id},
-                               [&found](const QSqlQuery &row) { found = entryOf(row); });
-    if (!found)
-        throw refusal(id, u"не найдена"_s);
-    return *found;
+    Entry found = stored(id);
+    const auto takeCheck = [&found](const QSqlQuery &row) {
+        if (const QString check = checkOf(eventIn(row.value(1))); !check.isEmpty())
+            found.check = check;
+    };
+    if (found.check.isEmpty())
+        m_store->connection().read(queuesql::eventsOfOrder, {found.owner, found.order, found.owner, found.order},
+                                   takeCheck);
+    return found;
 }
 
-QJsonObject QueueAdmin::event(qint64 id) const
+QueueAdmin::Entry QueueAdmin::stored(qint64 id) const
 {
-    std::optional<QJsonObject> found;
-    m_store->connection().read(queuesql::entries, {id, id, id, id},
-                               [&found](const QSqlQuery &row) { found = eventOf(row); });
+    std::optional<Entry> found;
+    m_store->connection().read(queuesql::entries, {id, id, id, id}, [&found](const QSqlQuery &row) {
+        found = entryOf(row);
+        found->event = eventIn(row.value(11));
+    });
     if (!found)
         throw refusal(id, u"не найдена"_s);
     return *found;
@@ -142,7 +151,7 @@ QJsonObject QueueAdmin::event(qint64 id) const
 void QueueAdmin::retry(qint64 id)
 {
     change(id, [this, id](const Order &order) {
-        const State state = entry(id).state;
+        const State state = stored(id).state;
         requireState(id, state == State::DeadLetter || state == State::Waiting, u"не отправлена"_s);
         revive(id);
         sendNow(id, order);
@@ -171,7 +180,7 @@ void QueueAdmin::sendNow(qint64 id, const Order &order)
     const qint64 first = m_store->connection().value(queuesql::firstOfOrder, {order.owner, order.basket}).toLongLong();
     if (first != id)
         throw refusal(id, u"ждёт своей очереди: раньше неё запись %1 (%2)"_s.arg(QString::number(first),
-                                                                                 describe(entry(first).state)));
+                                                                                 describe(stored(first).state)));
     m_store->connection().change(queuesql::removeHead, {id});
     m_store->connection().change(queuesql::addHead, {id, order.owner, -1});
 }
@@ -182,7 +191,7 @@ void QueueAdmin::discard(qint64 id, const QString &reason)
     if (reason.trimmed().isEmpty())
         throw refusal(id, problem + u": укажите причину"_s);
     change(id, [&](const Order &) {
-        const State state = entry(id).state;
+        const State state = stored(id).state;
         requireState(id, state == State::DeadLetter || state == State::Waiting, problem);
         DatabaseConnection &connection = m_store->connection();
         connection.change(queuesql::discardCopy,
@@ -196,7 +205,7 @@ void QueueAdmin::restore(qint64 id)
 {
     change(id, [&](const Order &order) {
         DatabaseConnection &connection = m_store->connection();
-        requireState(id, entry(id).state == State::Discarded, u"не возвращена"_s);
+        requireState(id, stored(id).state == State::Discarded, u"не возвращена"_s);
         if (connection.value(queuesql::isOrderBeingSent, {order.owner, order.basket}).toBool())
             throw refusal(id, u"не возвращена: запись того же заказа сейчас отправляется, повторите позже"_s);
         connection.change(queuesql::restoreCopy, {id});
@@ -222,5 +231,5 @@ void QueueAdmin::change(qint64 id, const std::function<void(const Order &)> &ope
 void QueueAdmin::requireState(qint64 id, bool allowed, const QString &problem) const
 {
     if (!allowed)
-        throw refusal(id, u"%1: %2"_s.arg(problem, describe(entry(id).state)));
+        throw refusal(id, u"%1: %2"_s.arg(problem, describe(stored(id).state)));
 }

@@ -52,6 +52,7 @@ public:
         QDateTime refused;   ///< Invalid unless it was refused.
         QDateTime discarded; ///< Invalid unless it was discarded.
         QString discardReason;
+        QJsonObject event; ///< Masked, for people; empty when what is stored is damaged. Only entry() fills it.
     };
 
     /// What list() is to return; what is left out matches everything.
@@ -71,9 +72,6 @@ public:
 
     /// One entry. Throws BasicException when there is none with this id; so do all operations with an id.
     Entry entry(qint64 id) const;
-
-    /// The event itself, for people: masked by eventmask. Empty when what is stored is damaged.
-    QJsonObject event(qint64 id) const;
 
     /// Has a dead letter sent again, its attempts counted anew, or a waiting event sent now, whatever its back-off.
     /// Throws BasicException when it is being sent, was discarded, or waits behind another event of its order.
@@ -97,6 +95,7 @@ private:
         QString basket;
     };
 
+    Entry stored(qint64 id) const;
     void change(qint64 id, const std::function<void(const Order &order)> &operation);
     bool revive(qint64 id);
     void sendNow(qint64 id, const Order &order);

@@ -42,10 +42,10 @@ class QueueDatabase
 public:
     /// Open the queue; throw BasicException when that fails or when this program must not write to what is there.
     static std::unique_ptr<QueueDatabase> openSqlite(const QueueSettings &settings, DatabaseConnection::Commits commits,
-                                                     DatabaseConnection::Missing missing);
+                                                     DatabaseConnection::IfMissing ifMissing);
     static std::unique_ptr<QueueDatabase> openPostgres(const QueueSettings &settings,
                                                        DatabaseConnection::Commits commits,
-                                                       DatabaseConnection::Missing missing);
+                                                       DatabaseConnection::IfMissing ifMissing);
     virtual ~QueueDatabase() = default;
     Q_DISABLE_COPY_MOVE(QueueDatabase)
 

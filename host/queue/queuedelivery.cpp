@@ -178,7 +178,7 @@ bool QueueDelivery::hasDeliverable()
     });
 }
 
-void QueueDelivery::rest()
+void QueueDelivery::checkpointWhenIdle()
 {
     if (m_sinceCheckpoint > 0)
         m_access.use([this](QueueStore &store) { checkpoint(store); });

@@ -43,7 +43,7 @@ public:
     bool hasDeliverable();
 
     /// To be called when step() has found nothing to do: makes what was recorded durable.
-    void rest();
+    void checkpointWhenIdle();
 
 private:
     enum class Result { Accepted, Failed, Refused };

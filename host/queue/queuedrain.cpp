@@ -99,7 +99,7 @@ void QueueDrain::Worker::work(QueueDelivery &delivery, quint64 seen)
             forgotten.dismiss();
         }
     } while (delivery.step() && !m_stopping);
-    delivery.rest();
+    delivery.checkpointWhenIdle();
     if (!m_stopping && !delivery.hasDeliverable())
         reportDrained(seen);
 }

@@ -113,6 +113,10 @@ inline constexpr QStringView entries =
     u"LEFT JOIN head h ON h.id = e.id WHERE e.id BETWEEN ? AND ? "
     u"UNION ALL SELECT id, owner, basket, 'discarded', attempts, created, 0, last_error, rejected, discarded, "
     u"discard_reason, event FROM discarded WHERE id BETWEEN ? AND ? ORDER BY 1";
+// Values: owner, basket, twice.
+inline constexpr QStringView eventsOfOrder =
+    u"SELECT id, event FROM event WHERE owner = ? AND basket = ? "
+    u"UNION ALL SELECT id, event FROM discarded WHERE owner = ? AND basket = ? ORDER BY 1";
 inline constexpr QStringView order =
     u"SELECT owner, basket FROM event WHERE id = ? UNION ALL SELECT owner, basket FROM discarded WHERE id = ?";
 inline constexpr QStringView deadLetters = u"SELECT id FROM event WHERE state = 'dead' ORDER BY id";

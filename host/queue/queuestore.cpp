@@ -49,10 +49,10 @@ QDateTime dateTimeOf(const QVariant &stored)
 }
 
 QueueStore::QueueStore(const QueueSettings &settings, DatabaseConnection::Commits commits,
-                       DatabaseConnection::Missing missing)
+                       DatabaseConnection::IfMissing ifMissing)
     : m_database(settings.driver == QueueSettings::Driver::Sqlite
-                     ? QueueDatabase::openSqlite(settings, commits, missing)
-                     : QueueDatabase::openPostgres(settings, commits, missing)),
+                     ? QueueDatabase::openSqlite(settings, commits, ifMissing)
+                     : QueueDatabase::openPostgres(settings, commits, ifMissing)),
       m_connection(m_database->connection()),
       m_claimDue(claimText(queuesql::due, *m_database)),
       m_claimTooFar(claimText(queuesql::tooFar, *m_database)),
@@ -79,7 +79,7 @@ QueueStatus QueueStore::status()
     QueueStatus status;
     m_connection.read(queuesql::status, {}, [&status](const QSqlQuery &row) {
         status.waiting = row.value(0).toInt();
-        status.deadLetters = row.value(1).toInt();
+        status.blocked = row.value(1).toInt();
         status.lastSuccess = dateTimeOf(row.value(2));
         status.oldest = dateTimeOf(row.value(3));
     });

@@ -42,7 +42,7 @@ class QueueStore
 public:
     /// Opens the database and creates it if it is missing.
     QueueStore(const QueueSettings &settings, DatabaseConnection::Commits commits,
-               DatabaseConnection::Missing missing = DatabaseConnection::Missing::IsMade);
+               DatabaseConnection::IfMissing ifMissing = DatabaseConnection::IfMissing::Create);
 
     DatabaseConnection &connection() { return m_connection; }
 

@@ -20,7 +20,7 @@ namespace {
 
 // AUTOINCREMENT: an id is never reused, so the order of ids is the order of pushes for good. What differs most
 // comes first in an index: SQLite compares the first column faster than the others.
-constexpr std::array<QStringView, 8> queueTables = {
+constexpr std::array<QStringView, 9> queueTables = {
     u"CREATE TABLE event (id INTEGER PRIMARY KEY AUTOINCREMENT, owner TEXT NOT NULL, basket TEXT NOT NULL, "
     u"state TEXT NOT NULL, attempts INTEGER NOT NULL DEFAULT 0, created INTEGER NOT NULL, rejected INTEGER, "
     u"last_error TEXT, event TEXT NOT NULL)",
@@ -33,6 +33,7 @@ constexpr std::array<QStringView, 8> queueTables = {
     u"CREATE TABLE discarded (id INTEGER PRIMARY KEY, owner TEXT NOT NULL, basket TEXT NOT NULL, "
     u"attempts INTEGER NOT NULL, created INTEGER NOT NULL, last_error TEXT, rejected INTEGER, "
     u"discarded INTEGER NOT NULL, discard_reason TEXT NOT NULL, event TEXT NOT NULL)",
+    u"CREATE INDEX discarded_order ON discarded (basket, owner, id)",
     u"CREATE TABLE summary AS SELECT 0 AS id, 0 AS waiting, 0 AS blocked, NULL AS last_success, NULL AS last_error, "
     u"NULL AS last_error_time",
 };
@@ -103,8 +104,8 @@ private:
 class SqliteQueue : public QueueDatabase
 {
 public:
-    SqliteQueue(const QString &fileName, DatabaseConnection::Commits commits, DatabaseConnection::Missing missing)
-        : m_connection(queueSchema, fileName, commits, missing)
+    SqliteQueue(const QString &fileName, DatabaseConnection::Commits commits, DatabaseConnection::IfMissing ifMissing)
+        : m_connection(queueSchema, fileName, commits, ifMissing)
     {}
 
     DatabaseConnection &connection() override { return m_connection; }
@@ -124,7 +125,7 @@ private:
 
 std::unique_ptr<QueueDatabase> QueueDatabase::openSqlite(const QueueSettings &settings,
                                                          DatabaseConnection::Commits commits,
-                                                         DatabaseConnection::Missing missing)
+                                                         DatabaseConnection::IfMissing ifMissing)
 {
-    return std::make_unique<SqliteQueue>(settings.database, commits, missing);
+    return std::make_unique<SqliteQueue>(settings.database, commits, ifMissing);
 }

@@ -197,7 +197,7 @@ bool LoyaltyHost::deliver(std::chrono::milliseconds time)
     QueueDrain drain;
     drain.setHandler(till::loyaltyQueueOwner, till::makeLoyaltySender());
     drain.start();
-    return drain.waitUntilDrained(time) && Singleton<DBQueueBroker>::instance()->status().deadLetters == 0;
+    return drain.waitUntilDrained(time) && Singleton<DBQueueBroker>::instance()->status().blocked == 0;
 }
 
 till::CheckResult LoyaltyHost::end(SaleDocument::State state)

@@ -116,7 +116,7 @@ TEST_F(WindowTest, LooksAfterTheQueue)
         addCustomer();
         addFault({{u"method"_s, u"postOrder"_s}, {u"kind"_s, u"status"_s}, {u"status"_s, 200}});
         ASSERT_TRUE(shop->press(Qt::Key_F12));
-        ASSERT_TRUE(WindowDriver::waitFor([this] { return shop->till.view().queue.value().deadLetters > 0; }));
+        ASSERT_TRUE(WindowDriver::waitFor([this] { return shop->till.view().queue.value().blocked > 0; }));
         ASSERT_TRUE(shop->press(Qt::Key_L, Qt::ControlModifier));
         EXPECT_THAT(text(shop->rows().join(u'\n')), AllOf(HasSubstr("postOrder|отклонён|"), HasSubstr("bindOrderId")));
     };

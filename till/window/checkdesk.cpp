@@ -42,7 +42,7 @@ void CheckDesk::resume()
         warn(tr("Касса была прервана. Чек восстановлен, можно продолжать."));
     }
     if (const QString reason = session().loyaltyOff(); !reason.isEmpty())
-        warn(tr("Баллы не работают: %1").arg(reason));
+        warn(tr("Бонусы не работают: %1").arg(reason));
 }
 
 void CheckDesk::perform(const Work &work, const QString &waitingFor)
@@ -82,23 +82,21 @@ void CheckDesk::refresh()
 
 void CheckDesk::look()
 {
-    // A queue on a server that does not answer holds up the sale for seconds at each look.
-    constexpr std::chrono::seconds usualPause{1}, longPause{30};
     if (!m_till)
         return; // finished
     m_view.queue = queueStatus();
+    if (m_view.queue)
+        m_till->endWaiting();
     refresh();
-    QTimer::singleShot(m_view.queue ? usualPause : longPause, this, &CheckDesk::look);
+    // A queue on a server that does not answer holds up the sale for seconds at each look.
+    QTimer::singleShot(std::chrono::seconds(m_view.queue ? 1 : 30), this, &CheckDesk::look);
 }
 
 bool CheckDesk::ask(const tr::Tr &message, const tr::Tr &first, const tr::Tr &second)
 {
     if (std::exchange(m_isSendingAgain, false))
         return true; // The loyalty system sends a new code when it tries once more.
-    Question question;
-    question.text = message.ru();
-    question.first = first.ru();
-    question.second = second.ru();
+    Question question{.text = message.ru(), .first = first.ru(), .second = second.ru()};
     if (const QString reason = reasonFor(message, m_till->system()); !reason.isEmpty())
         question.reason = tr("Причина: %1").arg(reason);
     return waitForAnswer(question, std::nullopt)->kind == Answer::Kind::First;
@@ -109,15 +107,12 @@ std::optional<QString> CheckDesk::enterCode(const tr::Tr & /*prompt*/, std::chro
 {
     const auto card = m_till->system().getCard();
     const auto client = card ? card->getCard()->getClient() : nullptr;
-    Question question;
+    Question question{.first = tr("Проверить код"), .second = tr("Не списывать"), .entry = Question::Entry::Code};
     question.text = tr("Код отправлен на номер %1").arg(client ? maskedCard(client->getPhoneNumber()) : QString());
     question.reason =
         attemptsLeft < VerificationLogic::maxAttempts
             ? tr("Код неверный. Спросите у покупателя код ещё раз.")
             : tr("Спросите у покупателя код и введите его. К списанию: %1").arg(moneyText(session().result().offered));
-    question.first = tr("Проверить код");
-    question.second = tr("Не списывать");
-    question.entry = Question::Entry::Code;
     question.attemptsLeft = attemptsLeft;
     question.deadline = QDateTime::currentDateTime().addMSecs(timeLeft.count());
     const std::optional<Answer> answer = waitForAnswer(question, timeLeft);

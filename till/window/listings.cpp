@@ -57,7 +57,7 @@ Page queuePage(const QList<QueueAdmin::Entry> &entries)
     const QStringList states = Texts::each("ожидает|отправляется|отклонён|снят");
     const QString count = Texts::tr("Записей: %1").arg(entries.size());
     const QStringList header = Texts::each("№|Сохранён|Запрос|Состояние|Попыток|Причина");
-    Page page{Page::Kind::Queue, Texts::tr("Запросы к службе лояльности"), count, header, {0, 4}, 5};
+    Page page{Page::Kind::Queue, Texts::tr("Запросы к сервису лояльности"), count, header, {0, 4}, 5};
     for (const QueueAdmin::Entry &entry : entries) {
         const QString id = QString::number(entry.id);
         const QString reason = entry.state == QueueAdmin::State::Discarded ? entry.discardReason : entry.lastError;
@@ -81,8 +81,7 @@ Page journalPage(const QList<CheckResult> &finished)
 {
     const QStringList header = Texts::each("Открыт|Итог|Сумма|Баллами|Начислено|Покупатель|Чек");
     Page page{Page::Kind::Journal, Texts::tr("Журнал за сегодня"), {}, header, {2, 3, 4}, 6};
-    Money sum;
-    Money spent;
+    Money sum, spent;
     for (const CheckResult &check : finished) {
         const bool isClosed = check.outcome == "closed"_L1;
         page.rows.append({check.identifier,

@@ -26,8 +26,8 @@ public:
     /// With a button for each action, by the keys Enter, F5 and F6, and one to leave.
     void show(const Page &page, const QList<Action> &actions);
 
-    /// Selects the next row.
-    void step(int by) { m_table->step(by); }
+    /// Where the arrow keys move.
+    ListTable *table() { return m_table; }
 
 Q_SIGNALS:
     /// By its button.

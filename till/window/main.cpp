@@ -1,5 +1,6 @@
 // kvo-window: the reference till with a window.
 #include "mainwindow.h"
+#include "till/console.h"
 
 #include <CLI/CLI.hpp>
 
@@ -30,6 +31,7 @@ private:
 
 int main(int argc, char *argv[])
 {
+    till::console::openStandardStreams();
     std::string configFile = "kvo-till.ini";
     std::string language = "ru";
     CLI::App program("The reference till with a window: sells with the real loyalty plugin.", "kvo-window");

@@ -117,44 +117,37 @@ QList<MainWindow::Action> MainWindow::actions()
     const auto has = [&does](void (CheckSession::*operation)(), const QString &waitingFor = {}) {
         return does([operation](CheckDesk &desk) { (desk.session().*operation)(); }, waitingFor);
     };
-    const auto customer = [](ECardNumberType type, const QString &prompt, const QString &hint) {
-        return Mode{prompt, hint, [type](CheckDesk &desk, const QString &text) { desk.identify(type, text); },
-                    tr("Ищем покупателя")};
+    const auto takes = [this](ECardNumberType type, const QString &prompt, const QString &hint) {
+        const auto identify = [type](CheckDesk &desk, const QString &text) { desk.identify(type, text); };
+        return [this, mode = Mode{prompt, hint, identify, tr("Ищем покупателя")}] { enter(mode); };
     };
-    const auto changeLine = [this] {
-        enter({tr("Строка %1").arg(selectedLine()), tr("Количество, или =цена"),
-               [line = selectedLine()](CheckDesk &desk, const QString &text) { desk.changeGoods(line, text); }});
-    };
-    const auto removeLine = [this] {
-        m_till.send([line = selectedLine()](CheckDesk &desk) { desk.session().removeGoods(line); });
-    };
-    const auto takes = [this](const Mode &mode) { return [this, mode] { enter(mode); }; };
-    const Mode card = customer(ECardNumberType::Scanned, tr("Номер карты"), tr("Проведите карту или введите номер"));
-    const Mode phone = customer(ECardNumberType::Phone, tr("Телефон"), tr("Например, +79001234567"));
-    const auto always = [](const TillView &) { return true; };
-    const auto isOpen = [](const TillView &view) { return view.isOpen; };
-    const auto hasNoCard = [](const TillView &view) { return !view.hasCard(); };
-    const auto hasLines = [](const TillView &view) { return view.hasLines(); };
-    const auto canPrice = [](const TillView &view) { return view.hasCard() && view.hasLines(); };
-    const auto canSpend = [](const TillView &view) {
-        const bool isOffered = view.check.basket.isEmpty() || !view.check.offered.isZero();
-        return view.hasCard() && view.hasLines() && view.check.spent().isZero() && isOffered;
-    };
-    const auto canRestore = [](const TillView &view) { return view.isOpen && view.isRestorable; };
+    const QString cardHint = tr("Проведите карту или введите номер");
+    const QString phoneHint = tr("Например, +79001234567");
     return {
-        {u"help"_s, tr("Помощь"), always, [this] { showHelp(); }},
-        {u"card"_s, tr("Карта"), hasNoCard, takes(card)},
-        {u"phone"_s, tr("Телефон"), hasNoCard, takes(phone)},
-        {u"price"_s, tr("Рассчитать"), canPrice, has(&CheckSession::price, tr("Рассчитываем чек"))},
-        {u"spend"_s, tr("Списать баллы"), canSpend, has(&CheckSession::spend, tr("Списываем баллы"))},
-        {u"change"_s, tr("Изменить"), hasLines, changeLine},
-        {u"remove"_s, tr("Удалить"), hasLines, removeLine},
-        {u"restore"_s, tr("Вернуть"), canRestore, has(&CheckSession::restoreGoods)},
-        {u"park"_s, tr("Отложить"), always, does(&CheckDesk::parkOrShowParked)},
-        {u"void"_s, tr("Аннулировать"), isOpen, [this] { voidCheck(); }},
-        {u"journal"_s, tr("Журнал"), always, does(&CheckDesk::showJournal)},
-        {u"close"_s, tr("Закрыть"), hasLines, does(&CheckDesk::close, tr("Закрываем чек"))},
+        {u"help"_s, tr("Помощь"), nullptr, [this] { showHelp(); }},
+        {u"card"_s, tr("Карта"), &TillView::hasNoCard, takes(ECardNumberType::Scanned, tr("Номер карты"), cardHint)},
+        {u"phone"_s, tr("Телефон"), &TillView::hasNoCard, takes(ECardNumberType::Phone, tr("Телефон"), phoneHint)},
+        {u"price"_s, tr("Рассчитать"), &TillView::canPrice, has(&CheckSession::price, tr("Рассчитываем чек"))},
+        {u"spend"_s, tr("Списать баллы"), &TillView::canSpend, has(&CheckSession::spend, tr("Списываем баллы"))},
+        {u"change"_s, tr("Изменить"), &TillView::hasLines, [this] { changeLine(); }},
+        {u"remove"_s, tr("Удалить"), &TillView::hasLines, [this] { removeLine(); }},
+        {u"restore"_s, tr("Вернуть"), &TillView::isRestorable, has(&CheckSession::restoreGoods)},
+        {u"park"_s, tr("Отложить"), nullptr, does(&CheckDesk::parkOrShowParked)},
+        {u"void"_s, tr("Аннулировать"), &TillView::isOpen, [this] { voidCheck(); }},
+        {u"journal"_s, tr("Журнал"), nullptr, does(&CheckDesk::showJournal)},
+        {u"close"_s, tr("Закрыть"), &TillView::hasLines, does(&CheckDesk::close, tr("Закрываем чек"))},
     };
+}
+
+void MainWindow::changeLine()
+{
+    enter({tr("Строка %1").arg(selectedLine()), tr("Количество, или =цена"),
+           [line = selectedLine()](CheckDesk &desk, const QString &text) { desk.changeGoods(line, text); }});
+}
+
+void MainWindow::removeLine()
+{
+    m_till.send([line = selectedLine()](CheckDesk &desk) { desk.session().removeGoods(line); });
 }
 
 void MainWindow::voidCheck()
@@ -166,7 +159,7 @@ void MainWindow::voidCheck()
 void MainWindow::discardRequest(const QString &number)
 {
     if (m_till.isIdle())
-        confirm({.text = tr("Снять запрос %1 с отправки? Служба его не получит.").arg(number),
+        confirm({.text = tr("Снять запрос %1 с отправки? Сервис его не получит.").arg(number),
                  .reason = tr("Укажите причину: она останется в списке."),
                  .first = tr("Снять"),
                  .entry = Question::Entry::Text},

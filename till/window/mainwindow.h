@@ -30,7 +30,7 @@ private:
     {
         QString icon;
         QString text;
-        bool (*isAllowed)(const TillView &view);
+        std::function<bool(const TillView &view)> isAllowed; ///< Null: always.
         std::function<void()> run;
         QToolButton *button = nullptr;
     };
@@ -61,6 +61,8 @@ private:
     void showSale();
     void updateAreas();
 
+    void changeLine();
+    void removeLine();
     void voidCheck();
     void discardRequest(const QString &number);
 

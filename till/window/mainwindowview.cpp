@@ -36,7 +36,10 @@ void MainWindow::apply()
     updateAreas();
     if (m_till.isIdle() && m_shown != view.commandsDone) {
         m_shown = view.commandsDone;
-        view.page ? showPage(*view.page) : showSale();
+        if (view.page)
+            showPage(*view.page);
+        else
+            showSale();
         m_isHolding = view.isWarning && !m_pending.isEmpty();
     }
     showMessage();
@@ -68,15 +71,15 @@ void MainWindow::showCheck(const CheckResult &check)
 
 void MainWindow::showStatus(const TillView &view)
 {
-    const QString lost = tr("Нет связи со службой лояльности с %1").arg(view.link.since.toString(u"HH:mm:ss"_s));
-    const QString link = view.link.isReachable ? tr("Служба лояльности на связи") : lost;
-    m_link->setText(view.link.since.isValid() ? link : tr("Служба лояльности: обмена ещё не было"));
+    const QString lost = tr("Нет связи с сервисом лояльности с %1").arg(view.link.since.toString(u"HH:mm:ss"_s));
+    const QString link = view.link.isReachable ? tr("Сервис лояльности на связи") : lost;
+    m_link->setText(view.link.since.isValid() ? link : tr("Сервис лояльности: обмена ещё не было"));
     setTone(m_link, view.link.isReachable ? u"good"_s : u"warning"_s);
     const auto queue = view.queue.value_or(DBQueueBroker::Status());
     const QString counts = tr("Запросы: ждут %1, отклонено %2  Ctrl+L")
-                               .arg(QString::number(queue.waiting), QString::number(queue.deadLetters));
+                               .arg(QString::number(queue.waiting), QString::number(queue.blocked));
     m_queue->setText(view.queue ? counts : tr("Очередь недоступна  Ctrl+L"));
-    setTone(m_queue, view.queue && queue.deadLetters == 0 ? QString() : u"warning"_s);
+    setTone(m_queue, view.queue && queue.blocked == 0 ? QString() : u"warning"_s);
 }
 
 void MainWindow::updateAreas()
@@ -86,7 +89,10 @@ void MainWindow::updateAreas()
     const std::optional<Question> &question = m_confirmation ? m_confirmation : view.question;
     // One takes the place of the other: with both the window would grow.
     m_actionArea->setVisible(isSale && !question && !m_questions->isVisible());
-    question ? m_questions->show(*question) : m_questions->hide();
+    if (question)
+        m_questions->show(*question);
+    else
+        m_questions->hide();
     m_actionArea->setVisible(isSale && !question);
     m_list->setEnabled(!question);
     m_totals->setVisible(isSale);
@@ -96,7 +102,7 @@ void MainWindow::updateAreas()
         const Action &action = m_actions.at(index);
         const QString text = action.icon == "park"_L1 && !view.isOpen ? tr("Вернуть чек") : action.text;
         action.button->setText(u"%1\nF%2"_s.arg(text, QString::number(index + 1)));
-        action.button->setEnabled(isFree && action.isAllowed(view));
+        action.button->setEnabled(isFree && (!action.isAllowed || action.isAllowed(view)));
     }
 }
 
@@ -132,7 +138,7 @@ void MainWindow::showHelp()
         {Page::Kind::Help, tr("Помощь"),
          tr("Товар: отсканируйте штрихкод или введите его, 3*код – три штуки, 1,25*код – вес, или часть названия.\n"
             "Стрелки вверх и вниз выбирают строку чека, Tab переходит к кнопкам.\n\n"
-            "F2  карта покупателя\nF3  телефон покупателя\nF4  рассчитать чек в службе лояльности\n"
+            "F2  карта покупателя\nF3  телефон покупателя\nF4  рассчитать чек в сервисе лояльности\n"
             "F5  списать баллы\nF6  изменить количество строки, =45,50 – цену\nF7  удалить строку\n"
             "F8  вернуть последнее изменение строки\nF9  отложить чек или вернуть отложенный\n"
             "F10  аннулировать чек\nF11  журнал за день\nF12  закрыть чек\n"
@@ -226,20 +232,18 @@ void MainWindow::keyPressEvent(QKeyEvent *event)
 {
     const QChar typed = event->text().isEmpty() ? QChar() : event->text().front();
     const int step = event->key() == Qt::Key_Up ? -1 : event->key() == Qt::Key_Down ? 1 : 0;
+    const bool isSale = m_pages->currentWidget() == m_sale;
     if (step != 0)
-        m_pages->currentWidget() == m_sale ? m_lines->step(step) : m_list->step(step);
-    else if (event->key() == Qt::Key_Escape && m_confirmation)
-        settle({.kind = Answer::Kind::Second});
-    else if (event->key() == Qt::Key_Escape)
+        return (isSale ? m_lines : m_list->table())->step(step);
+    if (event->key() == Qt::Key_Escape)
+        return m_confirmation ? settle({.kind = Answer::Kind::Second}) : showSale();
+    if (!typed.isPrint() || typed.isSpace() || !m_till.view().fault.isEmpty())
+        return QMainWindow::keyPressEvent(event);
+    // Nothing here takes it, so that a scan would end in a bare Enter on some button: it belongs to the sale.
+    if (!isSale)
         showSale();
-    else if (typed.isPrint() && !typed.isSpace() && m_till.view().fault.isEmpty()) {
-        // Nothing here takes it, so that a scan would end in a bare Enter on some button: it belongs to the sale.
-        if (m_pages->currentWidget() != m_sale)
-            showSale();
-        m_entry->setFocus();
-        m_entry->insert(event->text());
-    } else
-        QMainWindow::keyPressEvent(event);
+    m_entry->setFocus();
+    m_entry->insert(event->text());
 }
 
 } // namespace till

@@ -81,6 +81,12 @@ struct TillView
 
     bool hasLines() const { return isOpen && !check.lines.isEmpty(); }
     bool hasCard() const { return isOpen && !check.card.isEmpty(); }
+    bool hasNoCard() const { return !hasCard(); }
+    bool canPrice() const { return hasCard() && hasLines(); }
+    bool canSpend() const
+    {
+        return canPrice() && check.spent().isZero() && (check.basket.isEmpty() || !check.offered.isZero());
+    }
 };
 
 } // namespace till

@@ -139,8 +139,9 @@ void ListTable::filter(const QString &words)
 
 void ListTable::keyPressEvent(QKeyEvent *event)
 {
-    const bool isTyped = !event->text().isEmpty() && !event->matches(QKeySequence::Copy);
-    isTyped ? event->ignore() : QTableWidget::keyPressEvent(event);
+    if (event->text().isEmpty() || event->matches(QKeySequence::Copy))
+        return QTableWidget::keyPressEvent(event);
+    event->ignore();
 }
 
 } // namespace till

@@ -22,7 +22,7 @@ TEST_F(DBQueueBrokerTest, OrderIsTheBasketOrElseTheKeyOrElseNone)
 TEST_F(DBQueueBrokerTest, StatusIsEmptyAtFirstAndThenKnowsTheEventThatWasStoredFirstWhateverTheClockSaid)
 {
     const QueueStatus empty = broker.status();
-    EXPECT_EQ(empty.waiting + empty.deadLetters, 0);
+    EXPECT_EQ(empty.waiting + empty.blocked, 0);
     EXPECT_FALSE(empty.oldest.isValid() || empty.lastSuccess.isValid() || empty.lastErrorTime.isValid());
     const QDateTime before = QDateTime::currentDateTime();
     push(u"a1 b1"_s);

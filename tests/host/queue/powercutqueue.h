@@ -173,7 +173,7 @@ private:
     void rest()
     {
         m_isResting = true;
-        m_delivery->rest();
+        m_delivery->checkpointWhenIdle();
         m_isResting = false;
         synced();
     }

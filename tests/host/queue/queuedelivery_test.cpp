@@ -84,7 +84,7 @@ TEST_F(QueueDeliveryTest, RefusedEventStopsItsOrderOnlyAndShowsThatTheServiceIsU
     refused = {u"a2"_s};
     unreachable = {u"b1"_s};
     EXPECT_EQ(drain(), u"a1 a2 b1 c1"_s);
-    EXPECT_EQ(broker.status().deadLetters, 2);
+    EXPECT_EQ(broker.status().blocked, 2);
     EXPECT_EQ(broker.status().waiting, 1);
     now += BackOff::longest;
     unreachable.clear();
@@ -140,7 +140,7 @@ TEST_F(QueueDeliveryTest, DamagedEventIsKeptAndTheLogTellsWhatHasBecomeOfEach)
             sql(u"DELETE FROM %1 WHERE id > 2 AND id = %2"_s.arg(table, QString::number(sent.size() + 1)));
     };
     EXPECT_EQ(drain(), u"a1 c1 d1"_s);
-    EXPECT_EQ(broker.status().deadLetters, 1);
+    EXPECT_EQ(broker.status().blocked, 1);
     const QString lines = log.take();
     for (const QString &line :
          {u"DEBUG poshost::queue - Доставлена запись 1 для «kvo», заказ «a», попытка 1\n"_s,

@@ -110,7 +110,7 @@ TEST_F(QueueDrainTest, DrainsShareALongQueueAndKeepEachOrder)
     for (QueueDrain &drain : drains)
         EXPECT_TRUE(drain.waitUntilDrained(60s));
     EXPECT_EQ(arrived, expected);
-    EXPECT_EQ(broker.status().deadLetters, 26);
+    EXPECT_EQ(broker.status().blocked, 26);
 }
 
 TEST_F(QueueDrainTest, StopsAfterTheExchangeInHandAndGoesOnAtTheNextStart)

@@ -37,7 +37,7 @@ TEST_F(QueueFileTest, CommitsReachTheDiskBeforePushReturns)
     EXPECT_EQ(sqlInside(u"PRAGMA wal_autocheckpoint"_s), 16'384);
     const auto checkpoints = [this] {
         const QByteArray before = readFile(file);
-        delivery.rest();
+        delivery.checkpointWhenIdle();
         return readFile(file) != before;
     };
     EXPECT_FALSE(checkpoints()) << "nothing was delivered";
