@@ -186,7 +186,7 @@ std::string comparisonText(const std::vector<ComparedRow> &rows, bool onlyDiffer
         if (!onlyDifferences || !row.differences.empty())
             cells.push_back(cellsOf(row, verdictOn(row)));
     }
-    total.state = std::to_string(counted) + " orders";
+    total.state = std::to_string(counted) + (counted == 1 ? " order" : " orders");
     cells.push_back(cellsOf(total, different == 0 ? "all equal" : std::to_string(different) + " different"));
     return table(cells);
 }
