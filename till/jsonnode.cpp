@@ -8,6 +8,7 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QRegularExpression>
+#include <QtCore/QSet>
 
 #include <algorithm>
 #include <cmath>
@@ -29,6 +30,24 @@ bool isWhole(double number)
     return std::abs(number - std::round(number)) <= error * std::max(1.0, std::abs(number));
 }
 
+/// Of an object that has a key twice QJsonDocument silently takes the last one. `json` must be well-formed.
+void refuseRepeatedKeys(const QString &fileName, const QString &json)
+{
+    static const QRegularExpression token(uR"re([{}]|"((?:[^"\\]++|\\.)*+)"\s*+(:?))re"_s);
+    QList<QSet<QString>> objects;
+    for (const auto &match : token.globalMatch(json)) {
+        if (match.captured() == "{"_L1)
+            objects.append(QSet<QString>());
+        else if (match.captured() == "}"_L1)
+            objects.removeLast();
+        else if (match.capturedLength(2) > 0 && objects.constLast().contains(match.captured(1)))
+            throw BasicException(u"%1: строка %2: ключ \"%3\" задан второй раз"_s.arg(
+                fileName, QString::number(json.left(match.capturedStart()).count(u'\n') + 1), match.captured(1)));
+        else if (match.capturedLength(2) > 0)
+            objects.last().insert(match.captured(1));
+    }
+}
+
 } // namespace
 
 JsonNode::JsonNode(const QString &fileName, const QString &path, const QJsonValue &value)
@@ -47,6 +66,7 @@ JsonNode JsonNode::readFile(const QString &fileName)
         const auto line = content.left(error.offset).count('\n') + 1;
         throw BasicException(u"%1: строка %2: не JSON: %3"_s.arg(fileName, QString::number(line), error.errorString()));
     }
+    refuseRepeatedKeys(fileName, QString::fromUtf8(content));
     return {fileName, QString(), json.isArray() ? QJsonValue(json.array()) : QJsonValue(json.object())};
 }
 

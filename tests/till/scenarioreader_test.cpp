@@ -36,6 +36,8 @@ TEST_F(ScenarioReader, NamesFileAndPathOfWhatItRefuses)
     const QByteArray goods = R"({"barcode": "1", "name": "A", "price": 1)";
     const std::pair<QByteArray, const char *> cases[]{
         {"{\n\"checks\": [}", "sale.json: строка 2: не JSON"},
+        {check("\"open\": [],\n\"steps\": [{\"a\": \"\\\":{\"}, {\"a\": 1}], \"steps\": []"),
+         "строка 2: ключ \"steps\" задан"},
         {"{}", "sale.json: /: нет обязательного ключа \"checks\""},
         {check(R"("expects": {})"), "sale.json: /checks/0/expects: неизвестный ключ"},
         {check(R"("goods": [{"barcode": "1", "name": "A"}])"), "/checks/0/goods/0: нет обязательного ключа \"price\""},
