@@ -47,6 +47,8 @@ TEST_F(Files, NameThePlaceOfAMistake)
         EXPECT_THAT([&] { readCustomerFile(written(Json::array({wrong}).dump())); }, names("input: ", field));
     }
     EXPECT_THAT([&] { readCustomerFile(written(Json{customer, customer}.dump())); }, names("[1].CustAccount", "twice"));
+    EXPECT_THAT([&] { readCustomerFile(written(R"([{"Cards": {}, "Gender": 1, "Gender": 2}])")); },
+                names("Gender", "twice"));
     EXPECT_THAT([&] { readCustomerFile(written(R"([{"Balance": NaN}])")); }, names("input: ", "line 1"));
     EXPECT_THAT([&] { readJournal(written("{}\n{")); }, names("input:1: ", "check"));
     const char *const line = R"({"check": "A", "outcome": "closed", "card": "7", "basket": "a", "lines": [], )"
