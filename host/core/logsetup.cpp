@@ -100,7 +100,7 @@ Log4Qt::Level configuredLevel(const Config &config)
 {
     const QString text = config.getString(u"Log:level"_s, u"INFO"_s);
     bool ok = false;
-    const Log4Qt::Level level = Log4Qt::Level::fromString(text, &ok);
+    const Log4Qt::Level level = Log4Qt::Level::fromString(text.toUpper(), &ok);
     if (ok && level != Log4Qt::Level::NULL_INT)
         return level;
     warn(u"Настройка Log:level: нет уровня \"%1\", взят INFO"_s.arg(text));

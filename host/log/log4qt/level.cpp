@@ -36,7 +36,7 @@ QString Level::toString() const
 Level Level::fromString(const QString &level, bool *ok)
 {
     for (const auto &[value, name] : levelNames) {
-        if (level.compare(name, Qt::CaseInsensitive) == 0) {
+        if (level == name) {
             if (ok)
                 *ok = true;
             return value;
