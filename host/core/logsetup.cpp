@@ -77,7 +77,7 @@ private:
 
     QString m_fileName;
     QByteArray m_path = QFile::encodeName(m_fileName);
-    std::mutex m_mutex; // any thread may log
+    std::recursive_mutex m_mutex; // any thread may log, and a log library its own trouble meanwhile
     ino_t m_inode = 0;
 };
 
