@@ -72,8 +72,8 @@ public:
     /// Whether all that is left to do of the check is to put its requests on the queue, which could not be used.
     static bool waitsForQueue(const CheckStore::KeptCheck &check);
 
-    /// Ends the checks that wait for the queue. Does nothing while a check is open.
-    void endWaiting();
+    /// Ends the checks that wait for the queue. Does nothing while a check is open. True when some go on waiting.
+    bool endWaiting();
 
     /// Puts a line on the check and returns its number.
     int addGoods(const QSharedPointer<GoodsItem> &item);
@@ -163,6 +163,8 @@ private:
     QSharedPointer<CheckStore> m_store = Singleton<CheckStore>::instance();
     QSharedPointer<SaleDocument> m_document;
     TillState m_state;
+    QString
+        m_queued; ///< The check whose requests are on the queue: where the journal fails after that, once is enough.
 };
 
 } // namespace till

@@ -8,6 +8,8 @@
 #include <core/singleton.h>
 #include <loyalty/basicloyaltysystem.h>
 
+#include <log4qt/logmanager.h>
+
 #include <QtCore/QScopeGuard>
 
 #include <utility>
@@ -71,7 +73,9 @@ CheckResult CheckSession::completeEnding()
         ended.basket = m_state.basket;
     QString problem;
     try {
-        m_queue.store(m_state.requests);
+        if (std::exchange(m_queued, QString()) != ended.identifier)
+            m_queue.store(m_state.requests);
+        m_queued = ended.identifier;
     } catch (const BasicException &error) {
         problem = error.text().ru();
     }
@@ -102,22 +106,28 @@ bool CheckSession::waitsForQueue(const CheckStore::KeptCheck &check)
     return check.standing == CheckStore::Standing::Parked && check.reason.startsWith(queueReason);
 }
 
-void CheckSession::endWaiting()
+bool CheckSession::endWaiting()
 {
     if (isOpen() || m_system.getLoyaltySystemCode() == 0)
-        return; // Without a loyalty system nobody could read the card's part of the check for the journal.
-    QList<CheckStore::KeptCheck> waiting = keptChecks();
-    waiting.removeIf([](const auto &check) { return !waitsForQueue(check); });
-    if (waiting.isEmpty() || !m_queue.findProblem().isEmpty())
-        return;
-    for (const CheckStore::KeptCheck &check : std::as_const(waiting)) {
-        try {
-            adopt(m_store->resume(check.identifier));
+        return false; // Without a loyalty system nobody could read the card's part of the check for the journal.
+    try {
+        for (const CheckStore::KeptCheck &check : keptChecks()) {
+            if (!waitsForQueue(check))
+                continue;
+            if (!m_queue.findProblem().isEmpty())
+                return true;
+            const auto release = qScopeGuard([this] {
+                if (isOpen())
+                    releaseDocument();
+            });
+            adopt(m_store->parked(check.identifier));
             completeEnding();
-        } catch (const BasicException &error) {
-            setAside(error.text().ru());
         }
+    } catch (const BasicException &error) {
+        Log4Qt::LogManager::logger(u"till"_s)->error(error.text().ru());
+        return true;
     }
+    return false;
 }
 
 } // namespace till

@@ -122,7 +122,7 @@ Finding checkAside(const KeptChecks &checks)
     if (!waiting.isEmpty())
         return {Verdict::Warning,
                 u"closed, but their requests are not on the queue yet: %1"_s.arg(waiting.join(u", "_s)),
-                u"Start the till once the queue can be used"_s};
+                u"Mend the queue, and start the till if it is not running"_s};
     if (!parked.isEmpty())
         return {Verdict::Ok, u"to be taken up again: %1"_s.arg(parked.join(u", "_s))};
     return {Verdict::Ok, u"none"_s};

@@ -1,10 +1,10 @@
 // Runs a replay: reads the day, starts the tills, reports, and has the books compared.
 #include "commands.h"
+#include "configuration.h"
 #include "console.h"
 #include "journal.h"
 #include "replayreport.h"
 #include "replaytills.h"
-#include "tillhost.h"
 
 #include <core/basicexception.h>
 #include <core/privatefile.h>
@@ -114,13 +114,12 @@ bool agreesWithLedger(const QString &dataFolder, const QString &ledger)
 
 ExitStatus replayDay(const Day &day, const Options &options)
 {
-    const TillHost host(options.configFile, TillHost::Access::Look);
-    const QString &folder = host.dataFolder();
+    const QString folder = configuredDataFolder(*readConfiguration(options.configFile));
     ReplayTills tills(day);
     tills.run(tillArguments(options, folder));
+    console::print(soldText(day, tills));
     if (tills.replayed().isEmpty())
         return static_cast<ExitStatus>(tills.exitStatus());
-    console::print(soldText(day, tills));
     console::print(timesText(tills.replayed()));
     bool isGood = tills.exitStatus() == 0 && isFlawless(tills);
     if (options.replay.ledger.isEmpty())

@@ -73,7 +73,7 @@ QString soldText(const Day &day, const ReplayTills &tills)
             u"invoice %1: IN DOUBT, its till ended while selling it; the till's journal says what became of it\n"_s.arg(
                 day.receipts.at(index).invoice);
     for (const qsizetype index : tills.left())
-        text += u"invoice %1: NOT SOLD, no till was left\n"_s.arg(day.receipts.at(index).invoice);
+        text += u"invoice %1: NOT SOLD, no till could\n"_s.arg(day.receipts.at(index).invoice);
     Money sum;
     Money spent;
     Money earned;

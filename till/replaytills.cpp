@@ -26,6 +26,7 @@ void ReplayTills::run(const QList<QStringList> &arguments)
     while (m_next < m_day.receipts.size())
         m_left.append(m_next++);
     std::sort(m_inDoubt.begin(), m_inDoubt.end());
+    std::sort(m_left.begin(), m_left.end());
     showProgress(true);
 }
 
@@ -59,6 +60,7 @@ void ReplayTills::readReports(Till &till)
         if (replayed.index != till.receipt || till.receipt < 0)
             continue;
         m_replayed.append(replayed);
+        till.hasReported = true;
         m_linesSold += m_day.receipts.at(replayed.index).goods.size();
         m_sellingTime = std::chrono::milliseconds(m_time.elapsed());
         handOut(till);
@@ -69,10 +71,11 @@ void ReplayTills::readReports(Till &till)
 void ReplayTills::end(Till &till)
 {
     readReports(till);
-    if (till.receipt >= 0)
-        m_inDoubt.append(till.receipt);
     const bool isOrderly =
         till.process.error() != QProcess::FailedToStart && till.process.exitStatus() == QProcess::NormalExit;
+    const bool hasBegun = till.hasReported || !isOrderly || till.process.exitCode() != Unusable;
+    if (till.receipt >= 0)
+        (hasBegun ? m_inDoubt : m_left).append(till.receipt);
     m_exitStatus = std::max(m_exitStatus, isOrderly ? till.process.exitCode() : static_cast<int>(Differed));
     if (++m_ended == m_tills.size())
         m_loop.quit();

@@ -28,7 +28,7 @@ public:
     /// Indices of receipts that were given to a till that ended before it reported them.
     const QList<qsizetype> &inDoubt() const { return m_inDoubt; }
 
-    /// Indices of receipts that were given to no till.
+    /// Indices of receipts that no till has begun.
     const QList<qsizetype> &left() const { return m_left; }
 
     /// The highest exit status of a till; a crash counts as Differed.
@@ -42,6 +42,7 @@ private:
     struct Till
     {
         QProcess process;
+        bool hasReported = false;
         qsizetype receipt = -1; ///< The one being sold; -1: none.
     };
 

@@ -66,7 +66,7 @@ void explain(SellingTill &till, const Options &options)
 /// What cannot be delivered in time stays queued: not a failure of the sale.
 void deliverRest(SellingTill &till, const Options &options)
 {
-    till.endWaiting();
+    till.session().endWaiting();
     deliver(till.drain(), options.drainTime, till.host().queue());
     const auto status = till.host().queue().knownProblem().isEmpty() ? queueStatus() : std::nullopt;
     if (status)

@@ -3,12 +3,7 @@
 
 #include "queuesender.h"
 
-#include <core/basicexception.h>
 #include <core/singleton.h>
-
-#include <log4qt/logmanager.h>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace till {
 
@@ -28,15 +23,6 @@ SellingTill::~SellingTill()
     m_session.reset();
     Singleton<CheckStore>::replace(nullptr);
     Singleton<CashierUi>::replace(nullptr);
-}
-
-void SellingTill::endWaiting()
-{
-    try {
-        m_session->endWaiting();
-    } catch (const BasicException &error) {
-        Log4Qt::LogManager::logger(u"till"_s)->error(error.text().ru());
-    }
 }
 
 } // namespace till

@@ -25,9 +25,6 @@ public:
     CheckSession &session() { return *m_session; }
     const BasicLoyaltySystem &system() const { return m_loyalty.system(); }
 
-    /// CheckSession::endWaiting(), for moments at which nobody sells: what fails is told at the next sale.
-    void endWaiting();
-
 private:
     TillHost m_host;
     Loyalty m_loyalty;

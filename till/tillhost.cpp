@@ -14,6 +14,7 @@
 #include <log4qt/logmanager.h>
 
 #include <QtCore/QDir>
+#include <QtCore/QFileInfo>
 
 #include <cerrno>
 
@@ -36,12 +37,15 @@ struct flock wholeFile()
 TillHost::TillHost(const QString &configFile, Access access) : m_config(readConfiguration(configFile))
 {
     Singleton<Config>::replace(m_config);
+    m_dataFolder = configuredDataFolder(*m_config);
+    // Made for a look, a mistyped folder would pass for one in which all is delivered.
+    if (access == Access::Look && !QFileInfo(m_dataFolder).isDir())
+        throw BasicException(u"Папки данных %1 нет; проверьте ключ Host:dataFolder"_s.arg(m_dataFolder));
     setUpLogging(*m_config);
     if (othersCanReadPasswords(*m_config))
         Log4Qt::LogManager::logger(u"till"_s)->warn(
             u"Файл настроек %1 с паролем может прочитать любой пользователь, уберите это право: chmod o-r"_s.arg(
                 configFile));
-    m_dataFolder = configuredDataFolder(*m_config);
     if (access == Access::Work)
         lockDataFolder();
     m_queue = QSharedPointer<EndingQueue>::create();

@@ -15,8 +15,9 @@ class TillHost
 public:
     enum class Access { Work, Look };
 
-    /// Reads the INI file. To work, it takes the data folder for this process: two tills on one store of checks and
-    /// one queue would undo each other's work. Throws BasicException that says what is wrong.
+    /// Reads the INI file. To work, it takes the data folder for this process, and makes it if it is missing: two tills
+    /// on one store of checks and one queue would undo each other's work. For a look the folder has to be there. Throws
+    /// BasicException that says what is wrong.
     TillHost(const QString &configFile, Access access);
     ~TillHost();
     Q_DISABLE_COPY_MOVE(TillHost)

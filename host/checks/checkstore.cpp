@@ -241,22 +241,28 @@ void CheckStore::park(const QString &reason)
     forget();
 }
 
+QSharedPointer<SaleDocument> CheckStore::parked(const QString &identifier)
+{
+    const QList<KeptCheck> kept = checks();
+    const bool isThere = std::any_of(kept.cbegin(), kept.cend(), [&](const KeptCheck &check) {
+        return check.identifier == identifier && check.standing == Standing::Parked;
+    });
+    if (!isThere)
+        throw BasicException(u"Отложенного чека %1 нет"_s.arg(identifier));
+    auto check = read(connection().value(saleOf, {identifier}).toLongLong(), identifier);
+    if (!check)
+        throw BasicException(m_notices.takeLast());
+    return check;
+}
+
 QSharedPointer<SaleDocument> CheckStore::resume(const QString &identifier)
 {
     const QList<KeptCheck> kept = checks();
-    const auto isCurrent = [](const KeptCheck &check) { return check.standing == Standing::Current; };
-    if (std::any_of(kept.cbegin(), kept.cend(), isCurrent))
+    if (std::any_of(kept.cbegin(), kept.cend(),
+                    [](const KeptCheck &check) { return check.standing == Standing::Current; }))
         throw BasicException(u"Есть открытый чек. Сначала закройте или отложите его"_s);
-    const auto isWanted = [&](const KeptCheck &check) {
-        return check.identifier == identifier && check.standing == Standing::Parked;
-    };
-    if (std::none_of(kept.cbegin(), kept.cend(), isWanted))
-        throw BasicException(u"Отложенного чека %1 нет"_s.arg(identifier));
-    const qint64 sale = connection().value(saleOf, {identifier}).toLongLong();
-    auto check = read(sale, identifier);
-    if (!check)
-        throw BasicException(m_notices.takeLast());
-    setStanding(sale, Standing::Current, {});
+    auto check = parked(identifier);
+    setStanding(m_sale, Standing::Current, {});
     return check;
 }
 

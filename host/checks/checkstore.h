@@ -68,8 +68,12 @@ public:
     /// The current check, as it was saved, is parked; does nothing when there is none.
     void park(const QString &reason);
 
-    /// Makes a parked check the current one. Throws BasicException when there is another current check, no such parked
-    /// check, or when it cannot be read and so became Unreadable.
+    /// A parked check, which stays parked. Throws BasicException when there is no such parked check, or when it cannot
+    /// be read and so became Unreadable.
+    QSharedPointer<SaleDocument> parked(const QString &identifier);
+
+    /// Makes a parked check the current one. Throws BasicException when there is another current check, and like
+    /// parked().
     QSharedPointer<SaleDocument> resume(const QString &identifier);
 
     /// All checks in the store, the oldest first.

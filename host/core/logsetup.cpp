@@ -13,6 +13,7 @@
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
+#include <QtCore/QScopeGuard>
 
 #include <mutex>
 #include <utility>
@@ -57,8 +58,13 @@ public:
     void doAppend(const Log4Qt::LoggingEvent &event) override
     {
         const std::lock_guard lock(m_mutex);
-        if (inode() != m_inode)
-            RollingFileAppender::activateOptions(); // Another process has rotated the file, or moved it away.
+        if (std::exchange(m_isAppending, true))
+            return; // Log4Qt reports its own trouble through all appenders.
+        const auto done = qScopeGuard([this] { m_isAppending = false; });
+        const ino_t found = inode();
+        // Another process may have rotated the file, or moved it away.
+        if ((found == 0 || found != m_inode) && makePrivateFolder(QFileInfo(m_fileName).absolutePath()))
+            RollingFileAppender::activateOptions();
         RollingFileAppender::doAppend(event);
         const ino_t now = inode();
         if (now == std::exchange(m_inode, now))
@@ -77,7 +83,8 @@ private:
 
     QString m_fileName;
     QByteArray m_path = QFile::encodeName(m_fileName);
-    std::recursive_mutex m_mutex; // any thread may log, and a log library its own trouble meanwhile
+    std::recursive_mutex m_mutex; // any thread may log
+    bool m_isAppending = false;
     ino_t m_inode = 0;
 };
 

@@ -213,6 +213,12 @@ TEST_F(Session, SellsOnWhileTheQueueIsFull)
     EXPECT_EQ(session->keptChecks().size(), 1);
     EXPECT_TRUE(booked().isEmpty()) << "what is in the books is certain to be sent";
     runSql(file, u"DROP TRIGGER full"_s);
+    const QString checks = folder.filePath(u"checks.db"_s);
+    runSql(checks, u"CREATE TRIGGER full BEFORE INSERT ON journal BEGIN SELECT RAISE(FAIL, 'full'); END"_s);
+    EXPECT_TRUE(session->endWaiting());
+    EXPECT_FALSE(session->isOpen());
+    EXPECT_TRUE(booked().isEmpty());
+    runSql(checks, u"DROP TRIGGER full"_s);
     session->open();
     EXPECT_EQ(session->loyaltyOff(), QString());
     EXPECT_TRUE(session->keptChecks().isEmpty());

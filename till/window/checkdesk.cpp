@@ -85,11 +85,10 @@ void CheckDesk::look()
     if (!m_till)
         return; // finished
     m_view.queue = queueStatus();
-    if (m_view.queue)
-        m_till->endWaiting();
+    const bool isBroken = !m_view.queue || session().endWaiting();
     refresh();
     // A queue on a server that does not answer holds up the sale for seconds at each look.
-    QTimer::singleShot(std::chrono::seconds(m_view.queue ? 1 : 30), this, &CheckDesk::look);
+    QTimer::singleShot(std::chrono::seconds(isBroken ? 30 : 1), this, &CheckDesk::look);
 }
 
 bool CheckDesk::ask(const tr::Tr &message, const tr::Tr &first, const tr::Tr &second)

@@ -66,6 +66,11 @@ TEST_F(LogTest, KeepsConfiguredNumberOfPrivateFiles)
     ASSERT_TRUE(QFile::rename(m_file, m_folder.filePath(u"moved"_s)));
     m_logger->warn(u"after another process moved it"_s);
     EXPECT_THAT(logged(), testing::EndsWith("moved it\n"));
+    ASSERT_TRUE(QFile::remove(m_file) && QDir().mkdir(m_file));
+    m_logger->warn(u"while no file can be made"_s);
+    ASSERT_TRUE(QDir().rmdir(m_file));
+    m_logger->warn(u"made again"_s);
+    EXPECT_THAT(logged(), testing::EndsWith("made again\n"));
     EXPECT_FALSE(QFile::permissions(m_file) & othersRights);
 }
 
