@@ -1,5 +1,6 @@
 // A check as rows: their layout, what of a check comes back, which rows a change writes, and what is refused.
 #include "tests/support/checkbuilder.h"
+#include "tests/support/file.h"
 #include "tests/support/refusal.h"
 #include "tests/support/test.h"
 
@@ -22,6 +23,15 @@ TEST(CheckRowsTest, EverythingComesBack)
     EXPECT_EQ(impacts.at(0)->getDetails().at(1)->getCardRecord(), card);
     EXPECT_TRUE(impacts.at(1).dynamicCast<BonusImpact>());
     EXPECT_FALSE(impacts.at(1)->getCardRecord());
+}
+
+TEST(CheckRowsTest, HaveTheFormInWhichChecksLieOnTheTills)
+{
+    const auto check = builder::fullCheck();
+    QByteArray stored = readFile(QStringLiteral(KVO_STORED_CHECK));
+    stored.replace("IDENTIFIER", check->getIdentifier().toUtf8());
+    stored.replace("OPENED", check->getDateTime().toString(Qt::ISODateWithMs).toUtf8());
+    EXPECT_EQ(builder::text(*check).toStdString() + '\n', stored.toStdString());
 }
 
 TEST(CheckRowsTest, WritesTheRowsThatHaveChanged)
