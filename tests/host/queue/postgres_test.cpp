@@ -75,6 +75,17 @@ TEST_F(PostgresQueueTest, NobodyTakesOverWhatIsBeingRecordedOnANewConnection)
     EXPECT_EQ(broker.status().waiting, 0);
 }
 
+TEST_F(PostgresQueueTest, TillWhoseClockWasAheadHidesNoLaterDeliveryAndNoLaterError)
+{
+    push(u"a1 b1"_s);
+    refused = {u"a1"_s};
+    drain();
+    sql(u"UPDATE summary SET last_success = 9999999999999, last_error = 'x', last_error_time = 9999999999999 "
+        u"WHERE id = (SELECT MIN(id) FROM summary WHERE last_success IS NULL)"_s);
+    EXPECT_EQ(broker.status().lastSuccess.toMSecsSinceEpoch(), now.time_since_epoch().count());
+    EXPECT_EQ(broker.status().lastErrorTime, broker.status().lastSuccess);
+}
+
 TEST_F(PostgresQueueTest, ProblemsAreToldByTheirCause)
 {
     push(u"a1"_s);
