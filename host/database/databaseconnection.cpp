@@ -121,9 +121,9 @@ DatabaseTransaction::DatabaseTransaction(DatabaseConnection &connection) : m_con
 
 DatabaseTransaction::~DatabaseTransaction()
 {
-    if (!m_open)
+    if (!m_open || !m_connection.database().isOpen()) // a server rolls back for a lost client
         return;
-    // Fails, harmlessly, where SQLite has rolled back by itself (a full disk) or the connection is lost.
+    // Fails, harmlessly, where SQLite has rolled back by itself (a full disk).
     QSqlQuery query(m_connection.database());
     if (!query.exec(u"ROLLBACK"_s))
         databaseerror::logger()->debug(u"ROLLBACK: "_s + query.lastError().text());

@@ -22,7 +22,7 @@ constexpr QStringView sessionOptions =
     u"options='-c search_path=poshost_queue -c synchronous_commit=%1 -c lock_timeout=1500 -c statement_timeout=2000 "
     u"-c idle_in_transaction_session_timeout=10000 -c tcp_keepalives_idle=10 -c tcp_keepalives_interval=5 "
     u"-c tcp_keepalives_count=3 -c enable_seqscan=off -c enable_bitmapscan=off -c enable_hashjoin=off "
-    u"-c enable_mergejoin=off -c enable_sort=off -c jit=off'";
+    u"-c enable_mergejoin=off -c enable_sort=off -c jit=off -c client_min_messages=error'";
 
 struct ServerProblem
 {
