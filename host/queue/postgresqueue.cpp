@@ -6,7 +6,9 @@
 #include <QtCore/QRandomGenerator>
 #include <QtCore/QRegularExpression>
 
+#include <algorithm>
 #include <array>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -30,6 +32,7 @@ struct ServerProblem
     QStringView text;
 };
 constexpr std::array serverProblems = {
+    ServerProblem{u"08001", u"нет защищённого соединения с сервером; проверьте sslmode и сертификаты в Queue:options"},
     ServerProblem{u"25006", u"сервер доступен только для чтения"},
     ServerProblem{u"28", u"сервер не принял имя или пароль; проверьте Queue:user и Queue:password"},
     ServerProblem{u"3D000", u"на сервере нет такой базы данных; проверьте Queue:database"},
@@ -47,14 +50,27 @@ constexpr std::array serverProblems = {
 // Qt gives no SQLSTATE if connecting failed, and the server's text is in its own language.
 QString stateOf(const QSqlError &error)
 {
-    static const QRegularExpression noDatabase(uR"((database|база данных) ".*" (does not exist|не существует))"_s);
-    static const QRegularExpression noLogin(
-        u"authentication failed|no password supplied|проверку подлинности|role .* does not exist|роль .* не "
-        u"существует"_s);
+    static const std::pair<QRegularExpression, QString> refusals[] = {
+        {QRegularExpression(uR"((database|база данных) ".*" (does not exist|не существует))"_s), u"3D000"_s},
+        {QRegularExpression(uR"(permission denied for database|доступ к базе .* запрещён)"_s), u"42501"_s},
+        {QRegularExpression(
+             uR"(authentication failed|no password supplied|проверку подлинности|pg_hba\.conf|)"
+             uR"((role|роль) .* (does not exist|не существует)|not permitted to log in|вход запрещён)"_s),
+         u"28000"_s},
+        {QRegularExpression(uR"(too many (connections|clients)|connection slots|)"
+                            uR"(слишком много (подключений|клиентов)|слоты подключений)"_s),
+         u"53300"_s},
+        {QRegularExpression(uR"(the database system is |система (баз данных|БД) )"_s), u"57P03"_s},
+        {QRegularExpression(uR"(sslmode|certificate|сертификат|(SSL error|ошибка SSL):|)"
+                            uR"(not support SSL|не поддерживает SSL)"_s),
+         u"08001"_s},
+    };
     if (error.type() != QSqlError::ConnectionError)
         return error.nativeErrorCode();
     const QString text = error.databaseText();
-    return text.contains(noDatabase) ? u"3D000"_s : text.contains(noLogin) ? u"28000"_s : QString();
+    const auto *const refusal =
+        std::ranges::find_if(refusals, [&text](const auto &known) { return text.contains(known.first); });
+    return refusal == std::end(refusals) ? QString() : refusal->second;
 }
 
 // Ids are drawn before the commit: they are in order of push for each till, not across tills.

@@ -93,9 +93,13 @@ TEST_F(PostgresQueueTest, ProblemsAreToldByTheirCause)
     const std::tuple<QByteArray, QString, QString> cases[] = {
         {"database = nowhere\n", {}, u"нет такой базы данных"_s},
         {"host = " + QFile::encodeName(folder.path()) + "\n", {}, u"недоступен"_s},
-        {"options = sslmode=nonsense\n", {}, u"недоступен"_s},
+        {"options = sslmode=nonsense\n", {}, u"проверьте sslmode"_s},
+        {"user = stranger\n", {}, u"имя или пароль"_s},
         {"user = guest\npassword = wrong\n", {}, u"имя или пароль"_s},
         {"user = guest\npassword = secret\n", {}, u"недостаточно прав"_s},
+        {"user = guest\npassword = secret\n", u"REVOKE CONNECT ON DATABASE \"%1\" FROM PUBLIC"_s.arg(database),
+         u"недостаточно прав"_s},
+        {"user = guest\npassword = secret\n", u"ALTER ROLE guest CONNECTION LIMIT 0"_s, u"слишком много"_s},
         {{},
          u"CREATE FUNCTION wait() RETURNS trigger LANGUAGE plpgsql AS 'BEGIN PERFORM pg_sleep(60); END'; "
          u"CREATE TRIGGER wait BEFORE INSERT ON event EXECUTE FUNCTION wait()"_s,
