@@ -112,6 +112,7 @@ protected:
 
 private:
     void ensureTables(Missing missing);
+    [[noreturn]] void refuseMissing();
     void makeTables();
     int foundVersion();
 };
@@ -138,8 +139,7 @@ PostgresConnection::PostgresConnection(const QueueSettings &settings, Commits co
 void PostgresConnection::ensureTables(Missing missing)
 {
     if (foundVersion() == 0 && missing == Missing::IsRefused)
-        throw databaseerror::make(title(), u"в базе данных нет очереди; проверьте настройку Queue:database"_s,
-                                  u"there is no schema poshost_queue"_s);
+        refuseMissing();
     if (foundVersion() == 0)
         makeTables();
     const int found = foundVersion();
@@ -147,6 +147,18 @@ void PostgresConnection::ensureTables(Missing missing)
         throw databaseerror::make(
             title(), u"база записана более новой версией программы, обновите программу"_s,
             u"version %1, known %2"_s.arg(QString::number(found), QString::number(schemaVersion)));
+}
+
+void PostgresConnection::refuseMissing()
+{
+    const bool canBeMade =
+        value(u"SELECT COALESCE((SELECT has_schema_privilege(oid, 'CREATE') AND has_schema_privilege(oid, 'USAGE') "
+              u"FROM pg_namespace WHERE nspname = 'poshost_queue'), "
+              u"has_database_privilege(current_database(), 'CREATE'))")
+            .toBool();
+    if (!canBeMade)
+        fail(u"CREATE SCHEMA", QSqlError({}, u"no right"_s, QSqlError::StatementError, u"42501"_s));
+    throw MissingDatabase(u"%1: в базе данных нет очереди; проверьте настройку Queue:database"_s.arg(title()));
 }
 
 void PostgresConnection::makeTables()

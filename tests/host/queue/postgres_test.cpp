@@ -2,6 +2,9 @@
 #include "queuefixture.h"
 #include "tests/support/refusal.h"
 
+#include <database/databaseerror.h>
+#include <queue/queueadmin.h>
+
 #include <QtCore/QDeadlineTimer>
 
 #include <future>
@@ -88,8 +91,12 @@ TEST_F(PostgresQueueTest, TillWhoseClockWasAheadHidesNoLaterDeliveryAndNoLaterEr
 
 TEST_F(PostgresQueueTest, ProblemsAreToldByTheirCause)
 {
-    push(u"a1"_s);
+    EXPECT_THROW(QueueAdmin(), MissingDatabase);
     sql(u"CREATE ROLE guest LOGIN PASSWORD 'secret'"_s);
+    configure("user = guest\npassword = secret\n");
+    EXPECT_TRUE(refusalOf([] { QueueAdmin(); }).contains(u"недостаточно прав"_s));
+    configure({});
+    push(u"a1"_s);
     const std::tuple<QByteArray, QString, QString> cases[] = {
         {"database = nowhere\n", {}, u"нет такой базы данных"_s},
         {"host = " + QFile::encodeName(folder.path()) + "\n", {}, u"недоступен"_s},
