@@ -3,11 +3,14 @@
 
 #include <database/databaseerror.h>
 
+#include <QtCore/QLibrary>
 #include <QtCore/QRandomGenerator>
 #include <QtCore/QRegularExpression>
+#include <QtSql/QSqlDriver>
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <utility>
 
 using namespace Qt::Literals::StringLiterals;
@@ -25,6 +28,19 @@ constexpr QStringView sessionOptions =
     u"-c idle_in_transaction_session_timeout=10000 -c tcp_keepalives_idle=10 -c tcp_keepalives_interval=5 "
     u"-c tcp_keepalives_count=3 -c enable_seqscan=off -c enable_bitmapscan=off -c enable_hashjoin=off "
     u"-c enable_mergejoin=off -c enable_sort=off -c jit=off -c client_min_messages=error'";
+
+// For a server process that hangs, and keeps no limits of its own then. Longer than those.
+constexpr std::chrono::seconds answerLimit{5};
+constexpr std::chrono::seconds tablesLimit{12};
+
+// libpq belongs to Qt's driver: neither the build nor a till with a file needs it.
+int socketOf(const QSqlDriver &driver)
+{
+    using PQsocket = int (*)(const void *connection);
+    static const auto function = reinterpret_cast<PQsocket>(QLibrary::resolve(u"pq"_s, 5, "PQsocket"));
+    const QVariant handle = driver.handle();
+    return function == nullptr ? -1 : function(*static_cast<void *const *>(handle.constData()));
+}
 
 struct ServerProblem
 {
@@ -115,6 +131,7 @@ private:
     [[noreturn]] void refuseMissing();
     void makeTables();
     int foundVersion();
+    void limitWaiting(std::chrono::seconds limit) { watch(socketOf(*database().driver()), limit); }
 };
 
 PostgresConnection::PostgresConnection(const QueueSettings &settings, Commits commits, Missing missing)
@@ -131,6 +148,7 @@ PostgresConnection::PostgresConnection(const QueueSettings &settings, Commits co
     server.setConnectOptions(u"%1 %2 %3"_s.arg(reachOptions, settings.options, sessionOptions.toString().arg(synced)));
     if (!server.open())
         fail(u"connect", server.lastError());
+    limitWaiting(answerLimit);
     expect(u"SELECT current_setting('synchronous_commit')", synced);
     expect(u"SELECT current_setting('fsync')", u"on");
     ensureTables(missing);
@@ -140,8 +158,11 @@ void PostgresConnection::ensureTables(Missing missing)
 {
     if (foundVersion() == 0 && missing == Missing::IsRefused)
         refuseMissing();
-    if (foundVersion() == 0)
+    if (foundVersion() == 0) {
+        limitWaiting(tablesLimit);
         makeTables();
+        limitWaiting(answerLimit);
+    }
     const int found = foundVersion();
     if (found != schemaVersion)
         throw databaseerror::make(
@@ -190,17 +211,18 @@ int PostgresConnection::foundVersion()
 
 bool PostgresConnection::isUsable()
 {
+    const Waiting waiting(*this);
     QSqlQuery query(database());
     if (query.exec(u"SELECT 1"_s))
         return true;
     databaseerror::logger()->warn(u"%1: соединение с сервером потеряно, открываю его заново (%2)"_s.arg(
-        title(), query.lastError().databaseText().simplified()));
+        title(), hasTimedOut() ? u"no answer in time"_s : query.lastError().databaseText().simplified()));
     return false;
 }
 
 QString PostgresConnection::problemText(const QSqlError &error) const
 {
-    const QString state = stateOf(error);
+    const QString state = hasTimedOut() ? u"57014"_s : stateOf(error);
     if (state.isEmpty())
         return u"сервер баз данных недоступен; проверьте его, сеть, Queue:host и Queue:port"_s;
     for (const ServerProblem &problem : serverProblems)

@@ -6,18 +6,24 @@
 #include <queue/queueadmin.h>
 
 #include <QtCore/QDeadlineTimer>
+#include <QtCore/QScopeGuard>
 
+#include <csignal>
 #include <future>
 
 class PostgresQueueTest : public QueueTest
 {
 protected:
-    /// As when the server is restarted.
-    void closeAllConnections()
+    /// To all of the server's processes that serve this database.
+    void signalServer(int signal) const
     {
-        sql(u"SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE datname = current_database() AND "
-            u"pid <> pg_backend_pid()"_s);
+        for (const QVariant &process : column(u"SELECT pid FROM pg_stat_activity WHERE datname = current_database() "
+                                              u"AND pid <> pg_backend_pid()"_s))
+            ::kill(process.toInt(), signal);
     }
+
+    /// As when the server is restarted.
+    void closeAllConnections() const { signalServer(SIGTERM); }
 
     QStringList sentByOther;
     QueueDelivery other{settings,
@@ -75,6 +81,25 @@ TEST_F(PostgresQueueTest, NobodyTakesOverWhatIsBeingRecordedOnANewConnection)
     const QString sentHere = drain();
     lookOfOther.get();
     EXPECT_EQ((sentByOther + QStringList{sentHere}).join(u""_s), u"a2"_s);
+    EXPECT_EQ(broker.status().waiting, 0);
+}
+
+TEST_F(PostgresQueueTest, ServerProcessesThatHangHoldNobodyUpForLong)
+{
+    push(u"a1"_s);
+    EXPECT_EQ(drain(), u"a1"_s);
+    sql(u"CREATE FUNCTION hang() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN COPY (SELECT 1) TO PROGRAM "
+        u"'kill -STOP $PPID'; RETURN NEW; END $$; CREATE TRIGGER hang BEFORE INSERT ON event FOR EACH ROW "
+        u"WHEN (NEW.basket = 'b') EXECUTE FUNCTION hang()"_s);
+    auto pushed = std::async(std::launch::async,
+                             [] { return refusalOf([] { DBQueueBroker().push(u"kvo"_s, eventNamed(u"b1"_s), {}); }); });
+    const auto goOn = qScopeGuard([this] { signalServer(SIGCONT); });
+    ASSERT_EQ(pushed.wait_for(20s), std::future_status::ready);
+    EXPECT_TRUE(pushed.get().contains(u"не ответил вовремя"_s));
+    push(u"a2"_s);
+    signalServer(SIGSTOP);
+    EXPECT_THROW(delivery.step(), BasicException) << "the lock of its lease has not been released";
+    EXPECT_EQ(drain(), u"a2"_s);
     EXPECT_EQ(broker.status().waiting, 0);
 }
 
