@@ -6,10 +6,9 @@
 
 #include <checks/checkstore.h>
 #include <core/basicexception.h>
+#include <database/databaseerror.h>
 #include <queue/queueadmin.h>
 #include <queue/queuesettings.h>
-
-#include <QtCore/QFileInfo>
 
 #include <algorithm>
 #include <memory>
@@ -38,9 +37,9 @@ Finding checkQueue(Entries &entries)
     QueueSettings settings;
     try {
         settings = QueueSettings::configured();
-        if (settings.driver == QueueSettings::Driver::Sqlite && !QFileInfo::exists(settings.database))
-            return {Verdict::Ok, u"%1 does not exist yet, it is made with the first request"_s.arg(settings.database)};
         entries = QueueAdmin().list();
+    } catch (const MissingDatabase &) {
+        return {Verdict::Ok, u"%1 does not exist yet, it is made with the first request"_s.arg(settings.name())};
     } catch (const BasicException &error) {
         return {Verdict::Failure, u"the queue %1 cannot be used"_s.arg(settings.name()),
                 u"Correct the section [Queue] or repair the database, see docs/queue.md; keep the file, it holds "

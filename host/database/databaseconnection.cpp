@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <system_error>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -40,8 +41,31 @@ DatabaseConnection::DatabaseConnection(const QString &driver, const QString &tit
         throw databaseerror::make(m_title, u"нет драйвера Qt SQL «%1», установите его"_s.arg(driver), u"addDatabase"_s);
 }
 
+void DatabaseConnection::watch(int socket, std::chrono::milliseconds limit)
+{
+    try {
+        m_watchdog = std::make_unique<ConnectionWatchdog>(socket, limit);
+    } catch (const std::system_error &error) {
+        throw databaseerror::make(m_title, u"ошибка базы данных"_s,
+                                  u"watchdog: %1"_s.arg(QString::fromLocal8Bit(error.what())));
+    }
+}
+
+DatabaseConnection::Waiting::~Waiting()
+{
+    if (m_watchdog)
+        m_watchdog->stop();
+}
+
+void DatabaseConnection::Waiting::restart()
+{
+    if (m_watchdog)
+        m_watchdog->start();
+}
+
 int DatabaseConnection::change(QStringView sql, const QVariantList &values)
 {
+    const Waiting waiting(*this);
     QSqlQuery &query = start(sql, values);
     const int rows = query.numRowsAffected();
     query.finish();
@@ -51,11 +75,14 @@ int DatabaseConnection::change(QStringView sql, const QVariantList &values)
 void DatabaseConnection::read(QStringView sql, const QVariantList &values,
                               const std::function<void(const QSqlQuery &)> &row)
 {
+    Waiting waiting(*this);
     QSqlQuery &query = start(sql, values);
     // A query that is not finished keeps its snapshot, and the log growing.
     const auto finish = qScopeGuard([&query] { query.finish(); });
-    while (query.next())
+    while (query.next()) {
         row(query);
+        waiting.restart();
+    }
     if (query.lastError().isValid())
         fail(sql, query.lastError());
 }
@@ -90,6 +117,7 @@ QSqlQuery &DatabaseConnection::start(QStringView sql, const QVariantList &values
 
 void DatabaseConnection::execute(QStringView sql)
 {
+    const Waiting waiting(*this);
     QSqlQuery query(database());
     if (!query.exec(sql.toString()))
         fail(sql, query.lastError());
@@ -121,9 +149,10 @@ DatabaseTransaction::DatabaseTransaction(DatabaseConnection &connection) : m_con
 
 DatabaseTransaction::~DatabaseTransaction()
 {
-    if (!m_open)
+    if (!m_open || !m_connection.database().isOpen()) // a server rolls back for a lost client
         return;
-    // Fails, harmlessly, where SQLite has rolled back by itself (a full disk) or the connection is lost.
+    const DatabaseConnection::Waiting waiting(m_connection);
+    // Fails, harmlessly, where SQLite has rolled back by itself (a full disk).
     QSqlQuery query(m_connection.database());
     if (!query.exec(u"ROLLBACK"_s))
         databaseerror::logger()->debug(u"ROLLBACK: "_s + query.lastError().text());

@@ -2,6 +2,8 @@
 // Used on the thread that created it, and on no other.
 #pragma once
 
+#include "connectionwatchdog.h"
+
 #include <QtCore/QStringView>
 #include <QtCore/QVariant>
 #include <QtSql/QSqlDatabase>
@@ -10,6 +12,7 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 
 /// All operations throw BasicException when they fail.
 class DatabaseConnection
@@ -66,6 +69,25 @@ protected:
     /// Whether the error means that the file is damaged or not a database; fail() then throws UnusableDatabase.
     virtual bool isUnusable(const QSqlError &) const { return false; }
 
+    /// From now on a statement that waits longer than `limit` for the server at `socket` ends the connection. To be
+    /// called between statements.
+    void watch(int socket, std::chrono::milliseconds limit);
+    bool hasTimedOut() const { return m_watchdog && m_watchdog->hasExpired(); }
+
+    /// To be alive while the server is waited for. Without watch() it does nothing.
+    class Waiting
+    {
+    public:
+        explicit Waiting(DatabaseConnection &connection) : m_watchdog(connection.m_watchdog.get()) { restart(); }
+        ~Waiting();
+        Q_DISABLE_COPY_MOVE(Waiting)
+
+        void restart();
+
+    private:
+        ConnectionWatchdog *m_watchdog;
+    };
+
     QSqlDatabase database() const { return QSqlDatabase::database(m_registration.name, false); }
 
     /// Throws unless the query `question` yields `answer`: databases silently ignore some settings.
@@ -90,6 +112,7 @@ private:
     // The statements are destroyed after their connection, so that a lost server is not asked to free them.
     std::map<QStringView, QSqlQuery> m_statements;
     Registration m_registration;
+    std::unique_ptr<ConnectionWatchdog> m_watchdog;
 };
 
 /// Locks what it needs to write; rolls back on destruction unless commit() succeeded.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <core/basicexception.h>
+#include <poshost_export.h>
 
 #include <log4qt/logger.h>
 
@@ -9,6 +10,13 @@
 
 /// The file is damaged, was written by a newer version, or belongs to another program. Trying again will not help.
 class UnusableDatabase : public BasicException
+{
+public:
+    using BasicException::BasicException;
+};
+
+/// There is no database yet, but it can be made: not a failure by itself.
+class POSHOST_EXPORT MissingDatabase : public BasicException
 {
 public:
     using BasicException::BasicException;

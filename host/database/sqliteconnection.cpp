@@ -59,7 +59,7 @@ SqliteConnection::SqliteConnection(const SqliteSchema &schema, const QString &fi
       m_file(schema.what, fileName)
 {
     if (ifMissing == IfMissing::Fail && !QFileInfo::exists(m_file.name()))
-        throw databaseerror::make(title(), u"файла нет; проверьте %1"_s.arg(m_schema.settings), u"ENOENT"_s);
+        throw MissingDatabase(u"%1: файла нет; проверьте %2"_s.arg(title(), m_schema.settings));
     m_file.prepare();
     if (m_file.isSingleByte())
         fail(u"open", QSqlError({}, u"a single byte"_s, QSqlError::ConnectionError, QString::number(notADatabase)));

@@ -3,10 +3,15 @@
 
 #include <database/databaseerror.h>
 
+#include <QtCore/QLibrary>
 #include <QtCore/QRandomGenerator>
 #include <QtCore/QRegularExpression>
+#include <QtSql/QSqlDriver>
 
+#include <algorithm>
 #include <array>
+#include <chrono>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -22,7 +27,20 @@ constexpr QStringView sessionOptions =
     u"options='-c search_path=poshost_queue -c synchronous_commit=%1 -c lock_timeout=1500 -c statement_timeout=2000 "
     u"-c idle_in_transaction_session_timeout=10000 -c tcp_keepalives_idle=10 -c tcp_keepalives_interval=5 "
     u"-c tcp_keepalives_count=3 -c enable_seqscan=off -c enable_bitmapscan=off -c enable_hashjoin=off "
-    u"-c enable_mergejoin=off -c enable_sort=off -c jit=off'";
+    u"-c enable_mergejoin=off -c enable_sort=off -c jit=off -c client_min_messages=error'";
+
+// For a server process that hangs, and keeps no limits of its own then. Longer than those.
+constexpr std::chrono::seconds answerLimit{5};
+constexpr std::chrono::seconds tablesLimit{12};
+
+// libpq belongs to Qt's driver: neither the build nor a till with a file needs it.
+int socketOf(const QSqlDriver &driver)
+{
+    using PQsocket = int (*)(const void *connection);
+    static const auto function = reinterpret_cast<PQsocket>(QLibrary::resolve(u"pq"_s, 5, "PQsocket"));
+    const QVariant handle = driver.handle();
+    return function == nullptr ? -1 : function(*static_cast<void *const *>(handle.constData()));
+}
 
 struct ServerProblem
 {
@@ -30,6 +48,7 @@ struct ServerProblem
     QStringView text;
 };
 constexpr std::array serverProblems = {
+    ServerProblem{u"08001", u"нет защищённого соединения с сервером; проверьте sslmode и сертификаты в Queue:options"},
     ServerProblem{u"25006", u"сервер доступен только для чтения"},
     ServerProblem{u"28", u"сервер не принял имя или пароль; проверьте Queue:user и Queue:password"},
     ServerProblem{u"3D000", u"на сервере нет такой базы данных; проверьте Queue:database"},
@@ -47,14 +66,27 @@ constexpr std::array serverProblems = {
 // Qt gives no SQLSTATE if connecting failed, and the server's text is in its own language.
 QString stateOf(const QSqlError &error)
 {
-    static const QRegularExpression noDatabase(uR"((database|база данных) ".*" (does not exist|не существует))"_s);
-    static const QRegularExpression noLogin(
-        u"authentication failed|no password supplied|проверку подлинности|role .* does not exist|роль .* не "
-        u"существует"_s);
+    static const std::pair<QRegularExpression, QString> refusals[] = {
+        {QRegularExpression(uR"((database|база данных) ".*" (does not exist|не существует))"_s), u"3D000"_s},
+        {QRegularExpression(uR"(permission denied for database|доступ к базе .* запрещён)"_s), u"42501"_s},
+        {QRegularExpression(
+             uR"(authentication failed|no password supplied|проверку подлинности|pg_hba\.conf|)"
+             uR"((role|роль) .* (does not exist|не существует)|not permitted to log in|вход запрещён)"_s),
+         u"28000"_s},
+        {QRegularExpression(uR"(too many (connections|clients)|connection slots|)"
+                            uR"(слишком много (подключений|клиентов)|слоты подключений)"_s),
+         u"53300"_s},
+        {QRegularExpression(uR"(the database system is |система (баз данных|БД) )"_s), u"57P03"_s},
+        {QRegularExpression(uR"(sslmode|certificate|сертификат|(SSL error|ошибка SSL):|)"
+                            uR"(not support SSL|не поддерживает SSL)"_s),
+         u"08001"_s},
+    };
     if (error.type() != QSqlError::ConnectionError)
         return error.nativeErrorCode();
     const QString text = error.databaseText();
-    return text.contains(noDatabase) ? u"3D000"_s : text.contains(noLogin) ? u"28000"_s : QString();
+    const auto *const refusal =
+        std::ranges::find_if(refusals, [&text](const auto &known) { return text.contains(known.first); });
+    return refusal == std::end(refusals) ? QString() : refusal->second;
 }
 
 // Ids are drawn before the commit: they are in order of push for each till, not across tills.
@@ -97,8 +129,10 @@ protected:
 
 private:
     void ensureTables(IfMissing ifMissing);
+    [[noreturn]] void refuseMissing();
     void makeTables();
     int foundVersion();
+    void limitWaiting(std::chrono::seconds limit) { watch(socketOf(*database().driver()), limit); }
 };
 
 PostgresConnection::PostgresConnection(const QueueSettings &settings, Commits commits, IfMissing ifMissing)
@@ -116,6 +150,7 @@ PostgresConnection::PostgresConnection(const QueueSettings &settings, Commits co
     server.setConnectOptions(u"%1 %2 %3"_s.arg(reachOptions, settings.options, sessionOptions.toString().arg(synced)));
     if (!server.open())
         fail(u"connect", server.lastError());
+    limitWaiting(answerLimit);
     expect(u"SELECT current_setting('synchronous_commit')", synced);
     expect(u"SELECT current_setting('fsync')", u"on");
     ensureTables(ifMissing);
@@ -124,15 +159,29 @@ PostgresConnection::PostgresConnection(const QueueSettings &settings, Commits co
 void PostgresConnection::ensureTables(IfMissing ifMissing)
 {
     if (foundVersion() == 0 && ifMissing == IfMissing::Fail)
-        throw databaseerror::make(title(), u"в базе данных нет очереди; проверьте настройку Queue:database"_s,
-                                  u"there is no schema poshost_queue"_s);
-    if (foundVersion() == 0)
+        refuseMissing();
+    if (foundVersion() == 0) {
+        limitWaiting(tablesLimit);
         makeTables();
+        limitWaiting(answerLimit);
+    }
     const int found = foundVersion();
     if (found != schemaVersion)
         throw databaseerror::make(
             title(), u"база записана более новой версией программы, обновите программу"_s,
             u"version %1, known %2"_s.arg(QString::number(found), QString::number(schemaVersion)));
+}
+
+void PostgresConnection::refuseMissing()
+{
+    const bool canBeMade =
+        value(u"SELECT COALESCE((SELECT has_schema_privilege(oid, 'CREATE') AND has_schema_privilege(oid, 'USAGE') "
+              u"FROM pg_namespace WHERE nspname = 'poshost_queue'), "
+              u"has_database_privilege(current_database(), 'CREATE'))")
+            .toBool();
+    if (!canBeMade)
+        fail(u"CREATE SCHEMA", QSqlError({}, u"no right"_s, QSqlError::StatementError, u"42501"_s));
+    throw MissingDatabase(u"%1: в базе данных нет очереди; проверьте настройку Queue:database"_s.arg(title()));
 }
 
 void PostgresConnection::makeTables()
@@ -164,17 +213,18 @@ int PostgresConnection::foundVersion()
 
 bool PostgresConnection::isUsable()
 {
+    const Waiting waiting(*this);
     QSqlQuery query(database());
     if (query.exec(u"SELECT 1"_s))
         return true;
     databaseerror::logger()->warn(u"%1: соединение с сервером потеряно, открываю его заново (%2)"_s.arg(
-        title(), query.lastError().databaseText().simplified()));
+        title(), hasTimedOut() ? u"no answer in time"_s : query.lastError().databaseText().simplified()));
     return false;
 }
 
 QString PostgresConnection::problemText(const QSqlError &error) const
 {
-    const QString state = stateOf(error);
+    const QString state = hasTimedOut() ? u"57014"_s : stateOf(error);
     if (state.isEmpty())
         return u"сервер баз данных недоступен; проверьте его, сеть, Queue:host и Queue:port"_s;
     for (const ServerProblem &problem : serverProblems)

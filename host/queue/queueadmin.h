@@ -23,7 +23,7 @@ class QueueStore;
 class POSHOST_EXPORT QueueAdmin
 {
 public:
-    /// Opens the database. Throws BasicException when there is none.
+    /// Opens the database. Throws MissingDatabase when there is none, but a push or a drain can make it.
     QueueAdmin();
     ~QueueAdmin();
     Q_DISABLE_COPY_MOVE(QueueAdmin)

@@ -4,6 +4,7 @@
 #include "eventmask.h"
 
 #include <QtCore/QJsonDocument>
+#include <QtCore/QScopeGuard>
 
 #include <algorithm>
 #include <span>
@@ -49,8 +50,7 @@ bool QueueDelivery::step()
     return m_access.use([this](QueueStore &store) {
         if (!m_lease)
             m_lease = store.newLease();
-        // On a new connection too, or another drain could take over the claims that are being recorded.
-        m_lease->hold(store.connection());
+        holdLease(store);
         record(store);
         for (std::size_t i = 0; i < m_receivers.size(); ++i) {
             // One event each in turn, so that no receiver waits for another's queue.
@@ -60,6 +60,18 @@ bool QueueDelivery::step()
         }
         return false;
     });
+}
+
+// On a new connection too, or another drain could take over the claims that are being recorded. Without any, the next
+// step takes a new lease, since a server process that hangs keeps the lock of the last connection.
+void QueueDelivery::holdLease(QueueStore &store)
+{
+    auto givenUp = qScopeGuard([this] {
+        if (!m_unrecorded)
+            m_lease.reset();
+    });
+    m_lease->hold(store.connection());
+    givenUp.dismiss();
 }
 
 bool QueueDelivery::stepOf(QueueStore &store, std::size_t receiver)

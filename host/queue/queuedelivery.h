@@ -68,6 +68,7 @@ private:
         Outcome last = {};
     };
 
+    void holdLease(QueueStore &store);
     bool stepOf(QueueStore &store, std::size_t receiver);
     void send(Batch &batch);
     Outcome send(const Receiver &receiver, const QueueClaim &claim) const;

@@ -29,12 +29,15 @@ inline constexpr QStringView noteError = u"UPDATE summary SET last_error = ?, la
 inline constexpr QStringView tryToWrite = u"INSERT INTO claim (id, lease) VALUES (-1, 0)";
 inline constexpr QStringView endTry = u"DELETE FROM claim WHERE id = -1";
 
-// The oldest is the one that was stored first, whatever has happened to the clock since.
-inline constexpr QStringView status = u"SELECT SUM(waiting), SUM(blocked), MAX(last_success), "
-                                      u"(SELECT created FROM event ORDER BY id LIMIT 1) FROM summary";
+// The oldest is the one that was stored first, whatever has happened to the clock since. What a till has written whose
+// clock was ahead comes last. Value: now.
+inline constexpr QStringView status =
+    u"SELECT SUM(waiting), SUM(blocked), (SELECT last_success FROM summary WHERE last_success IS NOT NULL "
+    u"ORDER BY last_success <= ? DESC, last_success DESC LIMIT 1), (SELECT created FROM event ORDER BY id LIMIT 1) "
+    u"FROM summary";
 inline constexpr QStringView lastError =
-    u"SELECT last_error, last_error_time FROM summary WHERE last_error IS NOT NULL ORDER BY last_error_time DESC "
-    u"LIMIT 1";
+    u"SELECT last_error, last_error_time FROM summary WHERE last_error IS NOT NULL "
+    u"ORDER BY last_error_time <= ? DESC, last_error_time DESC LIMIT 1";
 
 inline constexpr QStringView idsOfLease = u"SELECT id FROM claim WHERE lease = ?";
 inline constexpr QStringView leases = u"SELECT DISTINCT lease FROM claim";

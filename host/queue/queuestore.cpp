@@ -77,13 +77,14 @@ void QueueStore::push(const QString &owner, const QString &basket, const QByteAr
 QueueStatus QueueStore::status()
 {
     QueueStatus status;
-    m_connection.read(queuesql::status, {}, [&status](const QSqlQuery &row) {
+    const QVariant now = storedTime(currentQueueTime());
+    m_connection.read(queuesql::status, {now}, [&status](const QSqlQuery &row) {
         status.waiting = row.value(0).toInt();
         status.blocked = row.value(1).toInt();
         status.lastSuccess = dateTimeOf(row.value(2));
         status.oldest = dateTimeOf(row.value(3));
     });
-    m_connection.read(queuesql::lastError, {}, [&status](const QSqlQuery &row) {
+    m_connection.read(queuesql::lastError, {now}, [&status](const QSqlQuery &row) {
         status.lastError = row.value(0).toString();
         status.lastErrorTime = dateTimeOf(row.value(1));
     });
