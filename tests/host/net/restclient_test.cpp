@@ -128,7 +128,7 @@ TEST(RestClient, TellsTheServicesWordFromEverythingElseWithinItsMemory)
         {"65 levels", ok(R"(["\n",)" + QByteArray(64, '[') + QByteArray(65, ']')), 0, Error::UnknownContentError},
         {"nested", ok(QByteArray(cap, '[')), 0, Error::UnknownContentError},
         {"as many values as allowed", array("1234567,", 200'000), 200, Error::NoError},
-        {"too many values", array("0,", 200'001), 0, Error::UnknownContentError},
+        {"too many values", array(R"("a",)", 200'001), 0, Error::UnknownContentError},
         {"as many containers as allowed", array("{},", 39'999), 200, Error::NoError},
         {"as many objects as allowed", array(R"({"a":{"b":"й"}},)", 19'999), 200, Error::NoError},
         {"one text", array('"' + QByteArray("й").repeated(cap / 2 - 9) + "\",", 1), 200, Error::NoError},
