@@ -9,6 +9,8 @@ readonly build_packages=(
     libcpp-httplib-dev libcli11-dev nlohmann-json3-dev libsqlitecpp-dev libsqlite3-dev libedit-dev
     libgtest-dev libgmock-dev
 )
+# For the tests of the simulator's page, which are skipped without it.
+readonly page_packages=(chromium)
 readonly lint_packages=(clang-format clang-tidy cppcheck)
 readonly fuzz_packages=(clang libclang-rt-14-dev)
 readonly package_packages=(dpkg-dev fakeroot lintian debootstrap)
@@ -44,11 +46,6 @@ install_node() {
     if ! command -v node >/dev/null || ! command -v npm >/dev/null; then
         install_packages nodejs npm
     fi
-}
-
-# Installs what the tests of the simulator's page need; they are skipped without it.
-install_page_tools() {
-    install_node && install_packages chromium
 }
 
 # Configures a preset; quick if nothing has changed.
