@@ -163,8 +163,8 @@ private:
     QSharedPointer<CheckStore> m_store = Singleton<CheckStore>::instance();
     QSharedPointer<SaleDocument> m_document;
     TillState m_state;
-    QString
-        m_queued; ///< The check whose requests are on the queue: where the journal fails after that, once is enough.
+    /// The check whose requests went onto the queue last: where the journal fails after that, they stay there once.
+    QString m_queued;
 };
 
 } // namespace till

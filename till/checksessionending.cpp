@@ -12,8 +12,6 @@
 
 #include <QtCore/QScopeGuard>
 
-#include <utility>
-
 using namespace Qt::Literals::StringLiterals;
 
 namespace till {
@@ -73,7 +71,7 @@ CheckResult CheckSession::completeEnding()
         ended.basket = m_state.basket;
     QString problem;
     try {
-        if (std::exchange(m_queued, QString()) != ended.identifier)
+        if (m_queued != ended.identifier)
             m_queue.store(m_state.requests);
         m_queued = ended.identifier;
     } catch (const BasicException &error) {
@@ -122,6 +120,8 @@ bool CheckSession::endWaiting()
             });
             adopt(m_store->parked(check.identifier));
             completeEnding();
+            if (!m_queue.knownProblem().isEmpty())
+                return true;
         }
     } catch (const BasicException &error) {
         Log4Qt::LogManager::logger(u"till"_s)->error(error.text().ru());

@@ -33,6 +33,7 @@ constexpr std::array<QStringView, 3> tables = {
 constexpr SqliteSchema schema{u"Чеки и журнал", u"Host:dataFolder", 0x506f7343, 1, tables};
 
 constexpr QStringView saleOf = u"SELECT id FROM sale WHERE identifier = ?";
+constexpr QStringView parkedSale = u"SELECT id FROM sale WHERE identifier = ? AND standing = ?";
 constexpr QStringView saleWithStanding = u"SELECT id, identifier FROM sale WHERE standing = ? ORDER BY id DESC LIMIT 1";
 
 qint64 now()
@@ -243,13 +244,12 @@ void CheckStore::park(const QString &reason)
 
 QSharedPointer<SaleDocument> CheckStore::parked(const QString &identifier)
 {
-    const QList<KeptCheck> kept = checks();
-    const bool isThere = std::any_of(kept.cbegin(), kept.cend(), [&](const KeptCheck &check) {
-        return check.identifier == identifier && check.standing == Standing::Parked;
+    const qint64 sale = attempt([&] {
+        return connection().value(parkedSale, {identifier, codeOf(Standing::Parked)}).toLongLong();
     });
-    if (!isThere)
+    if (sale == 0)
         throw BasicException(u"Отложенного чека %1 нет"_s.arg(identifier));
-    auto check = read(connection().value(saleOf, {identifier}).toLongLong(), identifier);
+    auto check = read(sale, identifier);
     if (!check)
         throw BasicException(m_notices.takeLast());
     return check;
@@ -257,9 +257,7 @@ QSharedPointer<SaleDocument> CheckStore::parked(const QString &identifier)
 
 QSharedPointer<SaleDocument> CheckStore::resume(const QString &identifier)
 {
-    const QList<KeptCheck> kept = checks();
-    if (std::any_of(kept.cbegin(), kept.cend(),
-                    [](const KeptCheck &check) { return check.standing == Standing::Current; }))
+    if (attempt([&] { return connection().value(saleWithStanding, {codeOf(Standing::Current)}); }).isValid())
         throw BasicException(u"Есть открытый чек. Сначала закройте или отложите его"_s);
     auto check = parked(identifier);
     setStanding(m_sale, Standing::Current, {});

@@ -212,6 +212,7 @@ TEST_F(Session, SellsOnWhileTheQueueIsFull)
     EXPECT_FALSE(closed.loyaltyOff.isEmpty());
     EXPECT_EQ(session->keptChecks().size(), 1);
     EXPECT_TRUE(booked().isEmpty()) << "what is in the books is certain to be sent";
+    EXPECT_TRUE(session->endWaiting());
     runSql(file, u"DROP TRIGGER full"_s);
     const QString checks = folder.filePath(u"checks.db"_s);
     runSql(checks, u"CREATE TRIGGER full BEFORE INSERT ON journal BEGIN SELECT RAISE(FAIL, 'full'); END"_s);
