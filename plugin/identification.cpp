@@ -84,8 +84,9 @@ bool Plugin::identifyByCard(QSharedPointer<DocumentCardRecord> &card, ECardNumbe
         const QJsonObject info = interface->cardInfo(number, client->getIdClient());
         setTier(*card, info.value("Tiers"_L1).toArray());
 
-        pointsForSpend = interface->loyaltyBonusInfo(number, client->getIdClient());
-        card->setBonusBalance(pointsForSpend);
+        const double balance = interface->loyaltyBonusInfo(number, client->getIdClient());
+        card->setBonusBalance(balance);
+        pointsForSpend = balance;
         updatePluginData();
         return true;
     } catch (const BasicException &error) {

@@ -30,6 +30,8 @@ bool Plugin::request(const QSharedPointer<AbstractDocument> &document)
     logger->info(u"Запрос к системе лояльности"_s);
     const auto card = getCard();
     orderCreated = false;
+    if (card)
+        storePluginData(); // A restart must not bring back the result that this pricing replaces.
     if (!hasCheckAndCard(document, card))
         return true;
     std::optional<Response> response;
@@ -37,15 +39,19 @@ bool Plugin::request(const QSharedPointer<AbstractDocument> &document)
         response = interface->calculateOrder(document, card);
     } catch (const BasicException &error) {
         reportError(error.text());
-        markOrderNotCreated();
         return false;
     }
     bonusImpacts.clear();
-    pointsForSpend = response->redeemPointsAmount();
-    card->setPointsForSpend(pointsForSpend);
-    card->setOperationId(response->basket);
-    createBonusRecords(card, *response);
-    updatePluginData();
+    try {
+        card->setPointsForSpend(response->redeemPointsAmount());
+        pointsForSpend = response->redeemPointsAmount();
+        card->setOperationId(response->basket);
+        createBonusRecords(card, *response);
+        updatePluginData();
+    } catch (...) {
+        storePluginData();
+        throw;
+    }
     return true;
 }
 
@@ -98,7 +104,8 @@ bool Plugin::commit(const QSharedPointer<AbstractDocument> &document)
         try {
             updatePluginData();
         } catch (...) {
-            markOrderNotCreated();
+            orderCreated = false;
+            storePluginData();
             throw;
         }
     }
@@ -134,8 +141,12 @@ bool Plugin::cancelOrder(const QSharedPointer<AbstractDocument> &document, bool 
 
 bool Plugin::cancel()
 {
+    pointsForSpend = 0;
+    pointsForEarn = 0;
+    bonusImpacts.clear();
+    bonusRecords.clear();
     customer = QJsonObject();
-    return BasicLoyaltySystem::cancel();
+    return true;
 }
 
 } // namespace kvo

@@ -112,7 +112,7 @@ private:
     bool cancelOrder(const QSharedPointer<AbstractDocument> &document, bool queued);
     void cancelAndReprice(const Event &event);
     void assignOperationId(DocumentCardRecord &card);
-    void markOrderNotCreated();
+    void storePluginData() const;
     static QSharedPointer<AbstractDocument> documentOf(const Event &event);
 
     bool hasCheckAndCard(const QSharedPointer<AbstractDocument> &document,

@@ -42,19 +42,16 @@ void linkCard(const BonusImpactPtrList &impacts, const QSharedPointer<DocumentCa
 
 void Plugin::updatePluginData() const
 {
-    setPluginData(pointsForSpendKey, pointsForSpend);
-    setPluginData(pointsForEarnKey, pointsForEarn);
-    setPluginData(bonusRecordsKey, QVariant::fromValue(bonusRecords));
-    setPluginData(bonusImpactsKey, QVariant::fromValue(bonusImpacts));
-    setPluginData(orderCreatedKey, orderCreated);
+    storePluginData();
     MockFactory<SaveToFileLogic>::create()->save(currentDocument(), QString(), 0.0);
 }
 
-/// Marks the order as not created, and writes that and the current impacts into the plugin data, which the host's next
-/// save stores.
-void Plugin::markOrderNotCreated()
+/// Writes the state into the check's plugin data, which the host's next save stores.
+void Plugin::storePluginData() const
 {
-    orderCreated = false;
+    setPluginData(pointsForSpendKey, pointsForSpend);
+    setPluginData(pointsForEarnKey, pointsForEarn);
+    setPluginData(bonusRecordsKey, QVariant::fromValue(bonusRecords));
     setPluginData(bonusImpactsKey, QVariant::fromValue(bonusImpacts));
     setPluginData(orderCreatedKey, orderCreated);
 }

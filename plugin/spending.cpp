@@ -48,7 +48,8 @@ bool Plugin::spendPoints()
     } catch (...) {
         // There will be no discount on the check, so commit() has to create the order again, without points.
         bonusImpacts.clear();
-        markOrderNotCreated();
+        orderCreated = false;
+        storePluginData();
         throw;
     }
     return true;
@@ -58,7 +59,8 @@ void Plugin::verification(double amount) const
 {
     const auto config = Singleton<Config>::instance();
     const double limit = config->getDouble(u"Kvo:verificationLimit"_s, -1.0);
-    if (limit < 0.0 || limit > amount)
+    // The amount is a sum over the lines, which can be an ulp below what the cashier and the customer see.
+    if (limit < 0.0 || (limit > amount && !qFuzzyCompare(limit, amount)))
         return;
     const QString code = getCode(config->getInt(u"Kvo:verificationCodeLength"_s, 4));
     if (code.isEmpty())

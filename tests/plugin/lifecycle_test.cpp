@@ -31,6 +31,34 @@ TEST_F(Lifecycle, PricingStoresPointsAndOrder)
     EXPECT_EQ(plugin.pointsForSpend, 12.5);
 }
 
+// Neither by a restart nor when a parked check is resumed.
+TEST_F(Lifecycle, AResultThatWasDroppedOrReplacedDoesNotComeBack)
+{
+    const std::function<void()> steps[] = {
+        [this] {
+            serviceAnswers(R"({"earnPoints": -1, "redeemPointsAmount": 7})");
+            EXPECT_THROW(plugin.request(document), BasicException);
+        },
+        [this] {
+            service.failures = {u"calculateOrder"_s};
+            raise(239);
+        },
+        [this] { Singleton<ActivityNotifier>::instance()->notify(Event(239, {})); },
+    };
+    for (const auto &step : steps) {
+        serviceAnswers(R"({"earnPoints": 3, "redeemPoints": [{"lineId": 1, "points": 10}]})");
+        EXPECT_TRUE(plugin.request(document) && plugin.spendPoints() && !plugin.bonusImpacts.isEmpty());
+        step();
+        const double points = plugin.pointsForSpend;
+        const auto records = plugin.bonusRecords;
+        EXPECT_TRUE(plugin.restoreLoyaltySystem());
+        EXPECT_FALSE(plugin.orderCreated);
+        EXPECT_TRUE(plugin.bonusImpacts.isEmpty());
+        EXPECT_EQ(plugin.bonusRecords, records);
+        EXPECT_EQ(plugin.pointsForSpend, points);
+    }
+}
+
 TEST_F(Lifecycle, ClosingCreatesOneOrderWithoutSpending)
 {
     card->setOperationId(QString());

@@ -118,6 +118,7 @@ TEST_F(Spending, TheConfiguredAmountNeedsConfirmation)
         {{{u"Kvo:verificationLimit"_s, 0.0}}, 0, 1},
         {{{u"Kvo:verificationLimit"_s, 100.0}}, 99.99, 0},
         {{{u"Kvo:verificationLimit"_s, 100.0}}, 100, 1},
+        {{{u"Kvo:verificationLimit"_s, 100.0}}, 15.54 + 48.66 + 35.80, 1}, // a sum just below 100
         {{{u"Kvo:verificationLimit"_s, 0.0}, {u"Kvo:verificationCodeLength"_s, 0}}, 1, 0},
     };
     for (const auto &[settings, amount, codes] : cases) {
