@@ -34,6 +34,8 @@ bool Plugin::request(const QSharedPointer<AbstractDocument> &document)
         storePluginData(); // A restart must not bring back the result that this pricing replaces.
     if (!hasCheckAndCard(document, card))
         return true;
+    const QString operationId = card->getOperationId();
+    const QVariant operationInfo = card->getOperationInfo();
     std::optional<Response> response;
     try {
         response = interface->calculateOrder(document, card);
@@ -49,6 +51,9 @@ bool Plugin::request(const QSharedPointer<AbstractDocument> &document)
         createBonusRecords(card, *response);
         updatePluginData();
     } catch (...) {
+        // Not priced: the next attempt must not take this order for one that the cashier has seen.
+        card->setOperationInfo(operationInfo);
+        card->setOperationId(operationId);
         storePluginData();
         throw;
     }

@@ -12,6 +12,8 @@ namespace till {
 
 namespace {
 
+const QString unknownCustomer = u"Покупатель не найден. Проверьте номер или продолжите без карты"_s;
+
 /// A gateway's answer without a customer must not become a card that is priced and paid with points.
 bool hasHolder(DocumentCardRecord &record)
 {
@@ -38,20 +40,23 @@ void CheckSession::addCard(ECardNumberType type, const QString &text)
     if (!m_system.identifyByCard(record, type))
         refuseCard(refusalText(m_system.getLastErrorString()));
     if (!hasHolder(*record))
-        refuseCard(tr::Tr(u"Покупатель не найден. Проверьте номер или продолжите без карты"_s));
+        refuseCard(tr::Tr(unknownCustomer));
     save();
 }
 
 QString CheckSession::findCardNumber(ECardNumberType type, const QString &text)
 {
-    if (type != ECardNumberType::Phone) {
-        if (text.trimmed().isEmpty())
-            throw BasicException(u"Номер карты не введён"_s);
-        return text.trimmed();
-    }
-    const loyalty::CardNumberResult number = m_system.getCardNumber({static_cast<int>(type), text});
+    const QString entered = text.trimmed();
+    if (entered.isEmpty())
+        throw BasicException(u"Номер не введён"_s);
+    if (type != ECardNumberType::Phone)
+        return entered;
+    const loyalty::CardNumberResult number = m_system.getCardNumber({static_cast<int>(type), entered});
     if (!number.success)
         throw BasicException(refusalText(number.error));
+    // The loyalty system would now search for an empty number, and a service may take that for any customer's.
+    if (number.cardNumber.trimmed().isEmpty())
+        throw BasicException(unknownCustomer);
     return number.cardNumber;
 }
 

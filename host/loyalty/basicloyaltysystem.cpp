@@ -59,7 +59,7 @@ loyalty::CardNumberResult BasicLoyaltySystem::getCardNumber(const loyalty::CardN
         return {false, {}, tr::Tr(u"Поиск карты по этим данным не поддерживается"_s)};
     const QString number = data.text.trimmed();
     if (number.isEmpty())
-        return {false, {}, tr::Tr(u"Номер карты не введён"_s)};
+        return {false, {}, tr::Tr(u"Номер не введён"_s)};
     return {true, number, {}};
 }
 

@@ -15,7 +15,7 @@ struct CardNumberInputData
 struct CardNumberResult
 {
     bool success = false;
-    QString cardNumber; ///< Empty on failure.
+    QString cardNumber; ///< Empty on failure, and when the search has found nobody.
     tr::Tr error;       ///< For the cashier; empty on success.
 };
 

@@ -131,6 +131,7 @@ public:
             return m_list.get();
         m_headers = headers;
         m_list.reset(curl_slist_append(nullptr, "Expect:"));
+        append("Content-Type:"); // otherwise that of a form where `headers` has none
         append("Accept: application/json");
         for (auto header = headers.cbegin(); header != headers.cend(); ++header) {
             // To libcurl "name:" means not to send the header, and "name;" to send it empty.

@@ -37,7 +37,10 @@ TEST_F(Lifecycle, AResultThatWasDroppedOrReplacedDoesNotComeBack)
     const std::function<void()> steps[] = {
         [this] {
             serviceAnswers(R"({"earnPoints": -1, "redeemPointsAmount": 7})");
+            const QVariant info = card->getOperationInfo();
+            card->setOperationId(QString());
             EXPECT_THROW(plugin.request(document), BasicException);
+            EXPECT_EQ(std::tuple(card->getOperationId(), card->getOperationInfo()), std::tuple(QString(), info));
         },
         [this] {
             service.failures = {u"calculateOrder"_s};

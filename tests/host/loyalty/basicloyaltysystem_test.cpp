@@ -128,7 +128,7 @@ TEST_F(BasicLoyaltySystemTest, TakesEveryNumberForACard)
     const std::tuple<ECardNumberType, QString, QString, QString> cases[] = {
         {ECardNumberType::Manual, u" 5 "_s, u"5"_s, {}},
         {ECardNumberType::Scanned, u"6"_s, u"6"_s, {}},
-        {ECardNumberType::Manual, u" "_s, {}, u"Номер карты не введён"_s},
+        {ECardNumberType::Manual, u" "_s, {}, u"Номер не введён"_s},
         {ECardNumberType::Phone, u"+7"_s, {}, u"Поиск карты по этим данным не поддерживается"_s},
     };
     for (const auto &[type, entered, number, error] : cases) {
