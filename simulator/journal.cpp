@@ -21,9 +21,9 @@ JournalLine readJournalLine(const Json &object, const std::string &where)
 
 JournalCheck readCheck(const Json &object)
 {
-    const Fields fields(
-        object, "",
-        {"check", "opened", "outcome", "card", "customer", "tier", "balance", "basket", "lines", "spent", "earned"});
+    const Fields fields(object, "",
+                        {"check", "opened", "outcome", "cashier", "card", "customer", "tier", "balance", "basket",
+                         "lines", "spent", "earned"});
     JournalCheck check;
     check.check = fields.filledText("check");
     const std::string outcome = fields.text("outcome");

@@ -2,6 +2,8 @@
 #include "checkresult.h"
 
 #include <core/plaintext.h>
+#include <core/session.h>
+#include <core/singleton.h>
 #include <document/saledocument.h>
 
 #include <QtCore/QJsonArray>
@@ -123,7 +125,8 @@ QJsonObject CheckResult::toJournal() const
                       {u"outcome"_s, outcome},        {u"card"_s, card},
                       {u"customer"_s, customer},      {u"tier"_s, tier},
                       {u"basket"_s, basket},          {u"lines"_s, jsonLines},
-                      {u"spent"_s, spent().toText()}, {u"earned"_s, earned.toText()}};
+                      {u"spent"_s, spent().toText()}, {u"earned"_s, earned.toText()},
+                      {u"cashier"_s, cashier}};
     if (balance)
         entry.insert(u"balance"_s, balance->toText());
     return entry;
@@ -149,6 +152,7 @@ CheckResult resultFromJournal(const QJsonObject &entry)
     if (entry.contains("balance"_L1))
         result.balance = money(entry.value("balance"_L1));
     result.earned = money(entry.value("earned"_L1));
+    result.cashier = entry.value("cashier"_L1).toString();
     return result;
 }
 
@@ -162,6 +166,7 @@ CheckResult resultOf(const SaleDocument &document, const QSharedPointer<Document
     if (card)
         readCard(*card, result);
     result.earned = Money::fromRubles(earned);
+    result.cashier = Singleton<Session>::instance()->getUser()->getName();
     return result;
 }
 

@@ -45,6 +45,7 @@ struct CheckResult
     Money earned;
     QString loyaltyOff; ///< Why no cards are accepted now; empty while they are.
     Money offered = {}; ///< Points that can be spent; zero until the check is priced.
+    QString cashier = {};
 
     Money sum() const;
     Money spent() const;

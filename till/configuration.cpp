@@ -38,7 +38,9 @@ QList<Setting> tillSettings()
          .defaultValue = u"1"_s,
          .meaning = u"Who works at the till; the code goes onto the records of points earned."_s,
          .example = u"17"_s},
-        {.key = u"Till:cashierName"_s, .meaning = u"The cashier's name."_s, .example = u"Иванова А. П."_s},
+        {.key = u"Till:cashierName"_s,
+         .meaning = u"The cashier's name, for the receipt and the journal."_s,
+         .example = u"Иванова А. П."_s},
     };
 }
 

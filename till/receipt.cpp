@@ -139,6 +139,8 @@ QString receiptText(const CheckResult &result, const DBQueueBroker::Status &queu
 {
     QString text = rule(u'=') + centred(heading(result.outcome));
     text += row(u"Открыт"_s, result.dateTime.toString(u"dd.MM.yyyy HH:mm:ss"_s)) + row(u"N"_s, result.identifier);
+    if (!result.cashier.isEmpty())
+        text += row(u"Кассир"_s, result.cashier);
     text += rule(u'-');
     for (const ResultLine &line : result.lines)
         text += lineRows(line);
