@@ -10,8 +10,6 @@
 #include <core/basicexception.h>
 #include <core/plaintext.h>
 
-#include <algorithm>
-
 using namespace Qt::Literals::StringLiterals;
 
 namespace till {
@@ -33,8 +31,9 @@ QString loyaltyText(TillHost &host)
 QString openCheckText(CheckStore &store, const QString &configFile)
 {
     const auto document = store.restore();
+    const QStringList notices = store.takeNotices();
     if (!document)
-        return u"Открытого чека нет\n"_s;
+        return (notices.isEmpty() ? u"Открытого чека нет"_s : notices.join(u'\n')) + u'\n';
     const auto card = document->getCardRecords().value(0);
     const CheckResult result = resultOf(*document, card, card ? card->getPointsForEarn().toDouble() : 0);
     return checkView(result) + waitingFor(TillState::readFrom(*document)) + u'\n' + waysToGoOn(configFile);
@@ -50,12 +49,8 @@ QString queueText(TillHost &host)
 
 QString tillStatusText(TillHost &host, CheckStore &store, const QString &configFile)
 {
-    QString text = loyaltyText(host);
-    QList<CheckStore::KeptCheck> checks = store.checks();
-    const bool hasOpen = std::any_of(checks.cbegin(), checks.cend(),
-                                     [](const auto &check) { return check.standing == CheckStore::Standing::Current; });
-    text += hasOpen ? openCheckText(store, configFile) : u"Открытого чека нет\n"_s;
-    return text + keptChecksView(checks) + queueText(host);
+    QString text = loyaltyText(host) + openCheckText(store, configFile);
+    return text + keptChecksView(store.checks()) + queueText(host);
 }
 
 } // namespace till

@@ -203,7 +203,7 @@ QSharedPointer<SaleDocument> CheckStore::read(qint64 sale, const QString &identi
         if (m_access == Access::Work)
             setStanding(sale, Standing::Unreadable, error.text().ru());
         m_notices.append(
-            u"Сохранённый чек %1 не прочитан и отложен: %2. Сообщите об этом в поддержку. Можно начать новый чек"_s.arg(
+            u"Сохранённый чек %1 не читается: %2. Сообщите об этом в поддержку. Можно начать новый чек"_s.arg(
                 identifier, error.text().ru()));
         databaseerror::logger()->error(m_notices.last());
         return nullptr;
@@ -248,7 +248,7 @@ QSharedPointer<SaleDocument> CheckStore::parked(const QString &identifier)
         return connection().value(parkedSale, {identifier, codeOf(Standing::Parked)}).toLongLong();
     });
     if (sale == 0)
-        throw BasicException(u"Отложенного чека %1 нет"_s.arg(identifier));
+        throw BasicException(u"Отложенного чека %1 нет или он не читается"_s.arg(identifier));
     auto check = read(sale, identifier);
     if (!check)
         throw BasicException(m_notices.takeLast());

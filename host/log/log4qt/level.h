@@ -29,7 +29,7 @@ public:
     /// "WARN"; "NULL" for no level.
     QString toString() const;
 
-    /// Reads what toString() writes, in upper or lower case. NULL_INT, and `ok` false, for anything else.
+    /// Reads what toString() writes. NULL_INT, and `ok` false, for anything else.
     static Level fromString(const QString &level, bool *ok = nullptr);
 
     friend auto operator<=>(const Level &, const Level &) = default;
