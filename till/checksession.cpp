@@ -118,6 +118,11 @@ bool CheckSession::isPriced() const
     return card() && !card()->getOperationId().isEmpty();
 }
 
+bool CheckSession::isPaidWithPoints() const
+{
+    return card() && !m_document->getDiscountSum().isZero();
+}
+
 void CheckSession::requireOpen() const
 {
     if (!isOpen())

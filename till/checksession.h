@@ -89,6 +89,9 @@ public:
     /// any other text is the card's number. Refused when no customer is found.
     void addCard(ECardNumberType type, const QString &text);
 
+    /// Takes the card and the points off the check.
+    void removeCard();
+
     /// Has the loyalty system price the check.
     void price();
 
@@ -105,6 +108,7 @@ public:
 private:
     QSharedPointer<DocumentCardRecord> card() const;
     bool isPriced() const;
+    bool isPaidWithPoints() const;
     void requireOpen() const;
     void requireCard() const;
     void save() const;
@@ -136,6 +140,9 @@ private:
 
     /// Drops an uncertain order.
     void settleOrder();
+
+    /// To be said when points came off that the customer had confirmed.
+    void reportPointsReturned() const;
 
     /// Takes the points off the check, cancels the order and prices the check anew.
     void dropLoyaltyResult();

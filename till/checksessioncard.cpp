@@ -3,7 +3,9 @@
 #include "endingqueue.h"
 #include "loyalty.h"
 
+#include <cashier/cardaddlogic.h>
 #include <core/basicexception.h>
+#include <core/mockfactory.h>
 #include <loyalty/basicloyaltysystem.h>
 
 using namespace Qt::Literals::StringLiterals;
@@ -41,6 +43,23 @@ void CheckSession::addCard(ECardNumberType type, const QString &text)
         refuseCard(refusalText(m_system.getLastErrorString()));
     if (!hasHolder(*record))
         refuseCard(tr::Tr(unknownCustomer));
+    save();
+}
+
+void CheckSession::removeCard()
+{
+    requireCard();
+    try {
+        m_document->removeImpactsOf(card());
+        if (isPriced())
+            m_state.order = TillState::Order::Uncertain;
+        save();
+    } catch (const BasicException &) {
+        revert();
+        throw;
+    }
+    MockFactory<CardAddLogic>::create()->removeCard(m_document, card());
+    m_state.order = TillState::Order::InStep;
     save();
 }
 

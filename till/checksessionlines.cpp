@@ -62,7 +62,7 @@ void CheckSession::changeLines(EventCode code, const std::function<void()> &chan
     requireOpen();
     // Points that were spent pay for the check as it was: the service prices an update without them. So they come off,
     // and the cashier spends points again on the new prices.
-    const bool hadPoints = card() && !m_document->getDiscountSum().isZero();
+    const bool hadPoints = isPaidWithPoints();
     const bool restored = code == EventCode::PositionRestored;
     const bool drop = hadPoints || m_state.order == Order::Uncertain;
     try {
@@ -82,6 +82,8 @@ void CheckSession::changeLines(EventCode code, const std::function<void()> &chan
         reportRestored();
     else if (isPriced())
         notify(code);
+    if (hadPoints)
+        reportPointsReturned();
 }
 
 /// The loyalty system either withdraws an update that it has not sent yet, or drops the order and prices anew.

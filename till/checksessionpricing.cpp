@@ -3,6 +3,7 @@
 #include "loyalty.h"
 
 #include <cashier/cardaddlogic.h>
+#include <cashier/cashierui.h>
 #include <cashier/dialog.h>
 #include <core/basicexception.h>
 #include <core/mockfactory.h>
@@ -18,7 +19,10 @@ void CheckSession::price()
 {
     requireCard();
     if (isPriced()) {
+        const bool hadPoints = isPaidWithPoints();
         dropLoyaltyResult();
+        if (hadPoints)
+            reportPointsReturned();
         return;
     }
     if (!m_system.request(m_document))
@@ -40,7 +44,7 @@ void CheckSession::subtotal()
 void CheckSession::spend()
 {
     requireCard();
-    if (!m_document->getDiscountSum().isZero())
+    if (isPaidWithPoints())
         throw BasicException(u"Баллы уже списаны"_s);
     settleOrder();
     if (!isPriced() || m_state.order != Order::InStep)
@@ -74,6 +78,13 @@ void CheckSession::settleOrder()
 {
     if (m_state.order == Order::Uncertain)
         dropLoyaltyResult();
+}
+
+void CheckSession::reportPointsReturned() const
+{
+    if (card())
+        Singleton<CashierUi>::instance()->show(
+            tr::Tr(u"Баллы возвращены на карту. Чтобы оплатить ими, спишите их ещё раз"_s));
 }
 
 void CheckSession::dropLoyaltyResult()

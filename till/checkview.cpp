@@ -32,6 +32,8 @@ QString cardView(const CheckResult &result)
     }
     if (result.balance)
         parts.append(u"баланс "_s + result.balance->toText());
+    if (result.spent().isZero() && !result.offered.isZero())
+        parts.append(u"можно списать "_s + result.offered.toText());
     parts.append(u"будет начислено "_s + result.earned.toText());
     return parts.join(u", "_s) + u'\n';
 }

@@ -42,6 +42,9 @@ std::optional<CheckResult> perform(CheckSession &session, const Step &step)
     case Step::Kind::Phone:
         session.addCard(ECardNumberType::Phone, step.number);
         break;
+    case Step::Kind::RemoveCard:
+        session.removeCard();
+        break;
     case Step::Kind::Price:
         session.price();
         break;

@@ -23,6 +23,7 @@ struct Step
         Restore,
         Card,
         Phone,
+        RemoveCard,
         Price,
         Subtotal,
         Spend,

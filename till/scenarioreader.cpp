@@ -48,6 +48,7 @@ const QList<StepKind> &stepKinds()
         {u"restore"_s, Kind::Restore, nullptr},
         {u"card"_s, Kind::Card, readNumber},
         {u"phone"_s, Kind::Phone, readNumber},
+        {u"nocard"_s, Kind::RemoveCard, nullptr},
         {u"price"_s, Kind::Price, nullptr},
         {u"subtotal"_s, Kind::Subtotal, nullptr},
         {u"spend"_s, Kind::Spend, nullptr},

@@ -4,6 +4,7 @@
 #include "console.h"
 #include "loyalty.h"
 
+#include <core/basicexception.h>
 #include <core/plaintext.h>
 
 #include <QtCore/QProcess>
@@ -29,7 +30,9 @@ bool askInTerminal(const tr::Tr &first, const tr::Tr &second)
 {
     for (;;) {
         const std::optional<QString> line = console::readLine(u"  | 1 - %1, 2 - %2: "_s.arg(first.ru(), second.ru()));
-        if (!line || line == u"2"_s)
+        if (!line) // Nobody has answered, so nothing may be decided.
+            throw BasicException(u"Ответа нет: ввод закончился"_s);
+        if (line == u"2"_s)
             return false;
         if (line == u"1"_s)
             return true;

@@ -32,7 +32,7 @@ TerminalSale::TerminalSale(CheckSession &session, QueueDrain &drain, const Catal
 void TerminalSale::run()
 {
     console::offer(typedWords());
-    console::sayOnInterrupt(u"\nПродажа прервана. Открытый чек сохранён.\n"_s + m_waysToGoOn);
+    console::sayOnInterrupt(u"\nПродажа прервана. Открытый чек, если он есть, сохранён.\n"_s + m_waysToGoOn);
     console::printLine(u"Введите штрихкод, название товара или help"_s);
     showCheck();
     while (const std::optional<QString> line = console::readLine(u"касса> "_s)) {

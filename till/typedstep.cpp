@@ -30,6 +30,7 @@ const QList<Word> &words()
     static const QList<Word> list{
         {u"phone"_s, Step::Kind::Phone, Takes::Text, u"phone +79001234567"_s, u"карта покупателя по телефону"_s},
         {u"card"_s, Step::Kind::Card, Takes::Text, u"card 7770000000001"_s, u"карта по номеру"_s},
+        {u"nocard"_s, Step::Kind::RemoveCard, Takes::Nothing, u"nocard"_s, u"убрать карту с чека"_s},
         {u"price"_s, Step::Kind::Price, Takes::Nothing, u"price"_s, u"рассчитать баллы"_s},
         {u"spend"_s, Step::Kind::Spend, Takes::Nothing, u"spend"_s, u"списать баллы"_s},
         {u"subtotal"_s, Step::Kind::Subtotal, Takes::Nothing, u"subtotal"_s, u"подытог"_s},

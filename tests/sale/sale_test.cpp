@@ -53,6 +53,11 @@ const Case cases[]{
      sale(R"("price", "spend", "close")", R"({"outcome": "closed", "card": "", "total": "227.50", "queued": 0})",
           R"({"dialogs": ["remove"]})"),
      {{u"method"_s, u"createOrder"_s}, {u"kind"_s, u"close"_s}}},
+    {"CardTakenOffAfterSpending",
+     sale(R"("price", "spend", "nocard", "close")", R"({"outcome": "closed", "card": "", "total": "227.50"})")},
+    {"PointsComeOffWithAChange",
+     sale(R"("price", "spend", {"remove": 1}, "price", "spend", "price", "close")",
+          R"({"outcome": "closed", "spent": 0, "messages": ["код", "возвращены", "возвращены"]})")},
     {"AnswerToCancellationLostAtRepricing",
      sale(R"("price", "spend", {"change": {"line": 2, "quantity": 1}}, "spend", "close")",
           R"({"outcome": "closed", "sum": "136.50", "spent": "68.25", "queued": 0})", R"({"dialogs": ["retry"]})"),
@@ -64,6 +69,15 @@ const Case cases[]{
 };
 
 INSTANTIATE_TEST_SUITE_P(Shop, Sale, testing::ValuesIn(cases), testing::PrintToStringParamName());
+
+TEST_F(SaleTest, AQuestionThatNobodyAnswersDecidesNothing)
+{
+    addFault({{u"method"_s, u"createOrder"_s}, {u"kind"_s, u"status"_s}});
+    runTill(sale(R"("price", "close")", "{}"), 1);
+    EXPECT_TRUE(askTill({u"run"_s}).contains(u"Покупатель  "_s)) << "goes on with the card";
+    drain();
+    expectEqualBooks(1);
+}
 
 TEST_F(SaleTest, IsDeliveredAfterTheServiceIsBack)
 {

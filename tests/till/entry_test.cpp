@@ -57,6 +57,7 @@ TEST(TypedStep, IsAWordOfTheScenariosOrGoods)
          [](const auto &s) { return s.price == Money::fromKopecks(4550) && s.quantity == 3; }},
         {"remove 12", Kind::Remove, [](const auto &s) { return s.line == 12; }},
         {"take 2", Kind::Take, [](const auto &s) { return s.number == "2"_L1; }},
+        {"nocard", Kind::RemoveCard},
         {"close", Kind::Close},
         {"close 1", {}},
         {"card", {}},

@@ -147,6 +147,12 @@ TEST_F(WindowTest, FitsTheScreenWhateverTheCustomerIsCalled)
         picture({});
         ASSERT_TRUE(shop->press({Qt::Key_F10, Qt::Key_F10, Qt::Key_F12, Qt::Key_Return})); // no points, no card
     }
+    ASSERT_TRUE(shop->type(u"4600000000059"_s));
+    addCustomer();
+    ASSERT_TRUE(shop->press({Qt::Key_F2, Qt::Key_F10})); // keep
+    EXPECT_TRUE(shop->till.view().hasCard());
+    ASSERT_TRUE(shop->press({Qt::Key_F2, Qt::Key_F5})); // take off
+    EXPECT_FALSE(shop->till.view().hasCard());
 }
 
 TEST_F(WindowTest, IsWalkedThroughWithTheTabKey)

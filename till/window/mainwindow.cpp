@@ -121,11 +121,11 @@ QList<MainWindow::Action> MainWindow::actions()
         const auto identify = [type](CheckDesk &desk, const QString &text) { desk.identify(type, text); };
         return [this, mode = Mode{prompt, hint, identify, tr("Ищем покупателя")}] { enter(mode); };
     };
-    const QString cardHint = tr("Проведите карту или введите номер");
+    const auto card = takes(ECardNumberType::Scanned, tr("Номер карты"), tr("Проведите карту или введите номер"));
     const QString phoneHint = tr("Например, +79001234567");
     return {
         {u"help"_s, tr("Помощь"), nullptr, [this] { showHelp(); }},
-        {u"card"_s, tr("Карта"), &TillView::hasNoCard, takes(ECardNumberType::Scanned, tr("Номер карты"), cardHint)},
+        {u"card"_s, tr("Карта"), nullptr, [this, card] { m_till.view().hasCard() ? removeCard() : card(); }},
         {u"phone"_s, tr("Телефон"), &TillView::hasNoCard, takes(ECardNumberType::Phone, tr("Телефон"), phoneHint)},
         {u"price"_s, tr("Рассчитать"), &TillView::canPrice, has(&CheckSession::price, tr("Рассчитываем чек"))},
         {u"spend"_s, tr("Списать баллы"), &TillView::canSpend, has(&CheckSession::spend, tr("Списываем баллы"))},
@@ -148,6 +148,12 @@ void MainWindow::changeLine()
 void MainWindow::removeLine()
 {
     m_till.send([line = selectedLine()](CheckDesk &desk) { desk.session().removeGoods(line); });
+}
+
+void MainWindow::removeCard()
+{
+    confirm({.text = tr("Убрать карту с чека? Баллы вернутся на неё."), .first = tr("Убрать"), .isRisky = true},
+            {.work = [](CheckDesk &desk, const QString &) { desk.session().removeCard(); }});
 }
 
 void MainWindow::voidCheck()

@@ -63,6 +63,7 @@ private:
 
     void changeLine();
     void removeLine();
+    void removeCard();
     void voidCheck();
     void discardRequest(const QString &number);
 

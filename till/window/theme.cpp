@@ -22,10 +22,8 @@ constexpr std::tuple<QStringView, QRgb, QRgb> colours[]{
     {u"onAccent", 0xffffff, 0x0c1620}, {u"warning", 0xa8321c, 0xff9a80}, {u"good", 0x1d6b34, 0x86d99a}};
 
 const QString styleSheet = uR"(
-* { font-size: 15px; outline: 0; }
-QMainWindow { background: @ground; }
-QLabel[role="muted"] { color: @muted; }
-QLabel[role="title"] { font-size: 20px; font-weight: 600; }
+* { font-size: 15px; outline: 0; } QMainWindow { background: @ground; }
+QLabel[role="muted"] { color: @muted; } QLabel[role="title"] { font-size: 20px; font-weight: 600; }
 QLabel[role="big"] { font-size: 44px; font-weight: 700; }
 QLabel[role="figure"] { font-size: 18px; font-weight: 600; }
 QLabel#message { font-size: 17px; padding: 6px 12px; border-radius: 6px; }
@@ -35,21 +33,17 @@ QLineEdit, QTableView, QPlainTextEdit, QToolButton, QPushButton, QFrame[role="ca
             border: 2px solid @line; border-radius: 8px; }
 QLineEdit { padding: 6px 10px; font-size: 20px; }
 QLineEdit[tone="code"] { font-size: 30px; letter-spacing: 10px; }
-QTableView { font-size: 16px; }
-QPlainTextEdit { font-family: monospace; }
-QTableView::item { padding: 4px 5px; border: 0; }
-QTableView::item:selected { background: @accent; color: @onAccent; }
+QTableView { font-size: 16px; } QPlainTextEdit { font-family: monospace; }
+QTableView::item { padding: 4px 5px; border: 0; } QTableView::item:selected { background: @accent; color: @onAccent; }
 QHeaderView { background: @surface; }
 QHeaderView::section { background: @surface; color: @muted; border: 0; border-bottom: 1px solid @line; padding: 6px 5px;
             font-size: 14px; font-weight: 400; }
-QToolButton, QPushButton { padding: 6px 4px; }
-QToolButton:pressed, QPushButton:pressed { background: @line; }
+QToolButton, QPushButton { padding: 6px 4px; } QToolButton:pressed, QPushButton:pressed { background: @line; }
 QToolButton:disabled, QPushButton:disabled { color: @muted; background: @ground; border-color: @ground; }
 QAbstractButton[role="main"]:enabled { background: @accent; color: @onAccent; border-color: @accent; font-weight: 600; }
 QLineEdit:focus, QTableView:focus, QPlainTextEdit:focus, QAbstractButton:focus { border: 3px solid @accent; }
 QAbstractButton[role="main"]:focus { border-color: @text; }
-QStatusBar { background: @surface; border-top: 1px solid @line; }
-QStatusBar::item { border: 0; }
+QStatusBar { background: @surface; border-top: 1px solid @line; } QStatusBar::item { border: 0; }
 QStatusBar QLabel, QStatusBar QPushButton { font-size: 14px; padding: 3px 8px; }
 QStatusBar QWidget[tone="warning"] { color: @warning; font-weight: 600; }
 QStatusBar QWidget[tone="good"] { color: @good; }
