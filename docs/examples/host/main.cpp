@@ -93,8 +93,10 @@ int run(const QStringList &arguments)
     Singleton<Config>::replace(QSharedPointer<Config>::create(arguments.at(1)));
     QPluginLoader loader(arguments.at(2));
     auto *loyalty = qobject_cast<BasicLoyaltySystem *>(loader.instance());
-    if (!loyalty || !loyalty->init())
+    if (!loyalty)
         throw BasicException(u"%1: %2"_s.arg(arguments.at(2), loader.errorString()));
+    if (!loyalty->init())
+        throw BasicException(u"%1: a system with this code is registered already"_s.arg(arguments.at(2)));
     sell(*loyalty, arguments.at(3));
 
     QueueDrain drain;
