@@ -5,7 +5,6 @@
 #include "configuration.h"
 
 #include <core/basicexception.h>
-#include <core/privatefile.h>
 #include <core/singleton.h>
 #include <loyalty/basicloyaltysystem.h>
 
@@ -17,7 +16,6 @@
 #include <QtCore/QStorageInfo>
 #include <QtCore/QTemporaryFile>
 
-#include <cerrno>
 #include <utility>
 
 using namespace Qt::Literals::StringLiterals;
@@ -117,13 +115,24 @@ Finding checkEntries(bool keys)
     return {Verdict::Failure, problems.join(u"; "_s), u"Correct or remove them, see docs/settings.md"_s};
 }
 
-/// Whether a file can be made in the folder; makes the folder like the till when it is missing.
+QString nearestExisting(QString path)
+{
+    while (!QFileInfo::exists(path))
+        path = QFileInfo(path).absolutePath();
+    return path;
+}
+
+/// Whether a file can be made in the folder. Does not make the folder: it may have a mistyped name.
 Finding checkFolder(const QString &folder, const QString &key)
 {
     const QString remedy = u"Correct %1, or let the user of the till write there"_s.arg(key);
-    if (!makePrivateFolder(folder))
-        return {Verdict::Failure, u"%1 does not exist and cannot be made: %2"_s.arg(folder, qt_error_string(errno)),
-                remedy};
+    if (const QFileInfo above(nearestExisting(folder)); above != QFileInfo(folder)) {
+        if (!above.isDir() || !above.isWritable())
+            return {Verdict::Failure, u"%1 does not exist and cannot be made in %2"_s.arg(folder, above.filePath()),
+                    remedy};
+        return {Verdict::Warning, u"%1 does not exist yet, the till makes it"_s.arg(folder),
+                u"Correct %1 if it is not the folder that you mean"_s.arg(key)};
+    }
     QTemporaryFile file(folder + u"/doctor"_s);
     if (!file.open() || file.write("x") != 1 || !file.flush())
         return {Verdict::Failure, u"no file can be written in %1: %2"_s.arg(folder, file.errorString()),
@@ -156,7 +165,7 @@ Finding checkDataFolder()
 
 Finding checkSpace(qint64 wanted)
 {
-    const qint64 free = QStorageInfo(dataFolder()).bytesAvailable();
+    const qint64 free = QStorageInfo(nearestExisting(dataFolder())).bytesAvailable();
     const QString found = u"%1 MiB are free"_s.arg(QString::number(free >> 20));
     if (free >= wanted)
         return {Verdict::Ok, found};

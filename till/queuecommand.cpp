@@ -3,6 +3,7 @@
 
 #include <core/basicexception.h>
 #include <core/plaintext.h>
+#include <database/databaseerror.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -142,11 +143,10 @@ QueueAdmin::Filter filterOf(const QueueRequest &request)
     return filter;
 }
 
-QString listAnswer(const QueueAdmin &queue, const QueueRequest &request, const QDateTime &now)
+QString listAnswer(const QList<Entry> &entries, const QueueRequest &request, const QDateTime &now)
 {
-    const QueueAdmin::Filter filter = filterOf(request);
-    const QList<Entry> entries = queue.list(filter);
     if (!request.json) {
+        const QueueAdmin::Filter filter = filterOf(request);
         const bool isWhole = !filter.state && filter.order.isEmpty() && filter.check.isEmpty();
         return !entries.isEmpty() ? entriesAsTable(entries, now)
                : isWhole          ? u"Очередь пуста\n"_s
@@ -201,14 +201,11 @@ QString changeAnswer(int count, const QString &text, bool json)
     return json ? asText({{u"changed"_s, count}}) : text + u'\n';
 }
 
-} // namespace
-
-QueueAnswer answerTo(const QueueRequest &request, const QDateTime &now)
+QueueAnswer answerOf(QueueAdmin queue, const QueueRequest &request, const QDateTime &now)
 {
-    QueueAdmin queue;
     switch (request.action) {
     case QueueRequest::Action::List:
-        return {listAnswer(queue, request, now)};
+        return {listAnswer(queue.list(filterOf(request)), request, now)};
     case QueueRequest::Action::Status:
         return statusAnswer(queue.status(), request, now);
     case QueueRequest::Action::Show:
@@ -228,6 +225,21 @@ QueueAnswer answerTo(const QueueRequest &request, const QDateTime &now)
         return {changeAnswer(1, u"Запись %1 снята с отправки и сохранена с причиной"_s.arg(request.id), request.json)};
     }
     return {};
+}
+
+} // namespace
+
+QueueAnswer answerTo(const QueueRequest &request, const QDateTime &now)
+{
+    try {
+        return answerOf(QueueAdmin(), request, now);
+    } catch (const MissingDatabase &) { // until the first request is stored
+        if (request.action == QueueRequest::Action::List)
+            return {listAnswer({}, request, now)};
+        if (request.action == QueueRequest::Action::Status)
+            return statusAnswer({}, request, now);
+        throw;
+    }
 }
 
 QStringList stateCodes()

@@ -13,9 +13,9 @@ namespace {
 
 QueueSettings::Driver driverOf(const QString &name)
 {
-    if (name == u"QSQLITE")
+    if (name.compare(u"QSQLITE", Qt::CaseInsensitive) == 0)
         return QueueSettings::Driver::Sqlite;
-    if (name == u"QPSQL")
+    if (name.compare(u"QPSQL", Qt::CaseInsensitive) == 0)
         return QueueSettings::Driver::PostgreSql;
     throw BasicException(u"Настройка Queue:driver: «%1» не поддерживается, возможны QSQLITE и QPSQL"_s.arg(name));
 }

@@ -94,6 +94,7 @@ struct DoctorTest : testing::Test
 TEST_F(DoctorTest, NamesEachFaultAndItsRemedy)
 {
     write("file", QByteArray(9999, 'x'));
+    write("data/any", {});
     write("text/libKvo.so", "no plugin");
     write("stranger/libKvo.so", readFile(QStringLiteral(KVO_STRANGER)));
     write("incomplete/libKvo.so", readFile(QStringLiteral(KVO_STRANGER)).replace("libQt6Core.so.6", "libQt6None.so.6"));
@@ -127,9 +128,11 @@ TEST_F(DoctorTest, NamesEachFaultAndItsRemedy)
         {"failure  plugin: * has no loyalty system*same version", pluginFolder + path("stranger")},
         {"failure  plugin: * cannot be loaded: *libQt6None.so.6*ldd", pluginFolder + path("incomplete")},
         {"failure  data folder: *cannot be made*Host:dataFolder", "[Host]\ndataFolder = " + path("file/x")},
+        {"warning  data folder: *does not exist yet*Host:dataFolder", "[Host]\ndataFolder = " + path("none/x")},
         {"failure  data folder: no file can be written*Host:dataFolder", "[Host]\ndataFolder = /proc"},
         {"warning  data folder: *open to other users*chmod 0700", "[Host]\ndataFolder = " + path("text")},
         {"failure  queue: the queue cannot be used*[Queue]", "[Queue]\ndriver = X"},
+        {"ok       queue: *does not exist yet*", "[Queue]\ndriver = qsqlite"},
         {"failure  queue: *file cannot be used*docs/queue.md", "[Queue]\ndatabase = " + path("file")},
         {"failure  service address: Kvo:host is not an address*https://", "host = x"},
         {"failure  service address: no address with this Kvo:path*/", "path = api"},

@@ -16,9 +16,11 @@ TEST(QueueCommand, ListsShowsAndDiscardsWithoutSecrets)
     const char *event = R"({"op": 4, "url": "http://127.0.0.1/api/postOrder",
         "headers": {"Authorization": "Basic c2VjcmV0"}, "payload": {"basket": "b-1", "phone": "+79001234567",
             "cardNumber": "7770000000001", "orderID": "7\u001b[2J\nX\u202e"}})";
-    DBQueueBroker().push(u"kvo"_s, json(event), {});
-    const QDateTime later = QDateTime::currentDateTime().addSecs(7200);
+    const QDateTime later = QDateTime::currentDateTime().addSecs(7210);
     const auto answer = [&later](const till::QueueRequest &request) { return till::answerTo(request, later).text; };
+    EXPECT_EQ(answer({}) + answer({.action = Action::Status}), u"Очередь пуста\nОчередь пуста\n") << "never used";
+    EXPECT_THROW(answer({.action = Action::RetryAll}), BasicException);
+    DBQueueBroker().push(u"kvo"_s, json(event), {});
 
     EXPECT_EQ(answer({}), u"№  ВОЗРАСТ  ЗАКАЗ  ЧЕК  КАРТА          ОПЕРАЦИЯ   ПОПЫТОК  СОСТОЯНИЕ  ПРИЧИНА\n"
                           u"1  2 ч      b-1    7 X  *********0001  postOrder  0        ожидает\n");

@@ -27,7 +27,8 @@ void CheckDesk::start(const QSharedPointer<CashierUi> &self)
         Q_EMIT changed(m_view);
         return;
     }
-    m_view.isDark = Singleton<Config>::instance()->getString(u"Till:theme"_s, u"light"_s) == "dark"_L1;
+    const QString theme = Singleton<Config>::instance()->getString(u"Till:theme"_s, u"light"_s);
+    m_view.isDark = theme.compare("dark"_L1, Qt::CaseInsensitive) == 0;
     perform(&CheckDesk::resume, tr("Проверяем, не остался ли открытый чек"));
     look();
 }
