@@ -3,7 +3,6 @@
 
 #include <core/jsontext.h>
 #include <document/documentbonusrecord.h>
-#include <document/storedrow.h>
 
 #include <QtCore/QJsonDocument>
 
@@ -106,22 +105,15 @@ QList<QSharedPointer<T>> objectsOf(const auto &kept)
 CheckRows::Changes CheckRows::update(const SaleDocument &check)
 {
     Changes changes;
-    if (!m_hasStoredFields || !m_hasStoredFields(check)) {
+    if (auto fields = storedrow::values(check); m_fields != fields) {
         changes.written.append({checkKind, 0, contentOf(check)});
-        keepFields(check);
+        m_fields = std::move(fields);
     }
     updateList(goodsKind, m_goods, check.getGoodsItems(), changes);
     updateList(cardKind, m_cards, check.getCardRecords(), changes);
     updateList(impactKind, m_impacts, check.getDiscountImpacts(), changes);
     updateData(check, changes);
     return changes;
-}
-
-void CheckRows::keepFields(const SaleDocument &check)
-{
-    m_hasStoredFields = [stored = storedrow::values(check)](const SaleDocument &other) {
-        return storedrow::values(other) == stored;
-    };
 }
 
 // Objects are added and removed; those that stay never change places.
@@ -185,7 +177,7 @@ QSharedPointer<SaleDocument> CheckRows::read(const QList<CheckRow> &rows)
             throw BasicException(u"запись «%1», %2"_s.arg(name, error.text().ru()));
         }
     }
-    if (!m_hasStoredFields)
+    if (!m_fields)
         throw BasicException(u"запись «check» отсутствует"_s);
     check->assemble(objectsOf<GoodsItem>(m_goods), objectsOf<DocumentCardRecord>(m_cards),
                     objectsOf<DocumentImpact>(m_impacts));
@@ -209,7 +201,7 @@ void CheckRows::readRow(const CheckRow &row, SaleDocument &check)
     }
     if (row.kind == checkKind) {
         storedrow::read(parse(row).object(), check);
-        keepFields(check);
+        m_fields = storedrow::values(check);
     } else if (row.kind == goodsKind) {
         keep(m_goods, readObject(row, QSharedPointer<GoodsItem>::create()));
     } else if (row.kind == cardKind) {

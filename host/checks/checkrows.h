@@ -2,11 +2,12 @@
 #pragma once
 
 #include <document/saledocument.h>
+#include <document/storedrow.h>
 #include <poshost_export.h>
 
 #include <QtCore/QHash>
 
-#include <functional>
+#include <optional>
 
 /// The key depends on the kind. "check", the check's own fields: 0. "goods": the line's number. "card": the card's
 /// number within the check. "impact": a running number, in order of addition. "data STOREKEY": the key of one entry of
@@ -65,9 +66,9 @@ private:
     qint64 keyOf(const DocumentCardRecord &card) { return card.getCodeInternal(); }
     qint64 keyOf(const DocumentImpact &) { return ++m_lastImpact; }
     void readRow(const CheckRow &row, SaleDocument &check);
-    void keepFields(const SaleDocument &check);
 
-    std::function<bool(const SaleDocument &)> m_hasStoredFields; ///< The check's own; null until they are stored.
+    using Fields = decltype(storedrow::values(std::declval<const SaleDocument &>()));
+    std::optional<Fields> m_fields; ///< The check's own; empty until they are stored.
     KeptList<GoodsItem> m_goods;
     KeptList<DocumentCardRecord> m_cards;
     KeptList<DocumentImpact> m_impacts;

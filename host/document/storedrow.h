@@ -99,46 +99,38 @@ auto values(const T &object)
     return std::apply([&](const auto &...field) { return std::tuple(object.*field.member...); }, T::storedFields());
 }
 
-namespace detail {
-
+template <class T>
+requires std::is_constructible_v<QJsonValue, T> QJsonValue toJson(const T &value)
+{
+    return value;
+}
 template <class Enum>
-requires std::is_enum_v<Enum> QJsonValue write(Enum value)
+requires std::is_enum_v<Enum> QJsonValue toJson(Enum value)
 {
     return static_cast<int>(value);
 }
 template <class T>
-QJsonValue write(const std::optional<T> &value)
+QJsonValue toJson(const std::optional<T> &value)
 {
     return value ? toJson(*value) : QJsonValue();
 }
 template <Stored T>
-QJsonValue write(const QSharedPointer<T> &value)
+QJsonValue toJson(const QSharedPointer<T> &value)
 {
-    return value ? QJsonValue(storedrow::write(*value)) : QJsonValue();
+    return value ? QJsonValue(write(*value)) : QJsonValue();
 }
 template <Stored T>
-QJsonValue write(const QList<QSharedPointer<T>> &values)
+QJsonValue toJson(const QList<QSharedPointer<T>> &values)
 {
     QJsonArray array;
     for (const auto &value : values)
-        array.append(write(value));
+        array.append(toJson(value));
     return array;
-}
-template <class T>
-QJsonValue write(const T &value) requires requires
-{
-    storedrow::toJson(value);
-} &&(!std::is_enum_v<T>)
-{
-    if constexpr (std::is_constructible_v<QJsonValue, T> && !std::is_same_v<T, double>)
-        return value;
-    else
-        return storedrow::toJson(value);
 }
 
 template <class Enum>
 requires std::is_enum_v<Enum>
-void read(const QJsonValue &json, Enum &value)
+void fromJson(const QJsonValue &json, Enum &value)
 {
     int code = 0;
     fromJson(json, code);
@@ -147,13 +139,13 @@ void read(const QJsonValue &json, Enum &value)
         fail(QStringLiteral("неизвестное значение ") + QString::number(code));
 }
 template <class T>
-void read(const QJsonValue &json, std::optional<T> &value)
+void fromJson(const QJsonValue &json, std::optional<T> &value)
 {
     if (!json.isNull())
         fromJson(json, value.emplace());
 }
 template <Stored T>
-void read(const QJsonValue &json, QSharedPointer<T> &value)
+void fromJson(const QJsonValue &json, QSharedPointer<T> &value)
 {
     value.reset();
     if (json.isNull())
@@ -161,23 +153,15 @@ void read(const QJsonValue &json, QSharedPointer<T> &value)
     if (!json.isObject())
         fail(QStringLiteral("ожидается объект"));
     value = QSharedPointer<T>::create();
-    storedrow::read(json.toObject(), *value);
+    read(json.toObject(), *value);
 }
 template <Stored T>
-void read(const QJsonValue &json, QList<QSharedPointer<T>> &values)
+void fromJson(const QJsonValue &json, QList<QSharedPointer<T>> &values)
 {
     if (!json.isArray())
         fail(QStringLiteral("ожидается список"));
     for (const auto array = json.toArray(); const auto &element : array)
-        read(element, values.emplaceBack());
-}
-template <class T>
-void read(const QJsonValue &json, T &value) requires requires
-{
-    storedrow::fromJson(json, value);
-} &&(!std::is_enum_v<T>)
-{
-    fromJson(json, value);
+        fromJson(element, values.emplaceBack());
 }
 
 template <class T>
@@ -192,7 +176,7 @@ inline bool isSame(const QVariant &a, const QVariant &b)
 template <Stored T>
 bool isSame(const QSharedPointer<T> &a, const QSharedPointer<T> &b)
 {
-    return a.isNull() || b.isNull() ? a == b : storedrow::isSame(*a, *b);
+    return a.isNull() || b.isNull() ? a == b : isSame(*a, *b);
 }
 template <Stored T>
 bool isSame(const QList<QSharedPointer<T>> &a, const QList<QSharedPointer<T>> &b)
@@ -208,7 +192,7 @@ template <Stored T>
 void unshare(QSharedPointer<T> &value)
 {
     if (value)
-        value = storedrow::copy(*value);
+        value = copy(*value);
 }
 template <Stored T>
 void unshare(QList<QSharedPointer<T>> &values)
@@ -217,16 +201,12 @@ void unshare(QList<QSharedPointer<T>> &values)
         unshare(value);
 }
 
-} // namespace detail
-
 template <Stored T>
 QJsonObject write(const T &object)
 {
     QJsonObject row;
     std::apply(
-        [&](const auto &...field) {
-            (row.insert(QLatin1StringView(field.name), detail::write(object.*field.member)), ...);
-        },
+        [&](const auto &...field) { (row.insert(QLatin1StringView(field.name), toJson(object.*field.member)), ...); },
         T::storedFields());
     return row;
 }
@@ -237,7 +217,7 @@ void read(const QJsonObject &row, T &object)
     const auto readField = [&](const auto &field) {
         try {
             auto &value = object.*field.member;
-            detail::read(row.value(QLatin1StringView(field.name)), value);
+            fromJson(row.value(QLatin1StringView(field.name)), value);
             if (field.isAllowed && !field.isAllowed(value))
                 fail(QStringLiteral("недопустимое значение"));
         } catch (const BasicException &error) {
@@ -250,7 +230,7 @@ void read(const QJsonObject &row, T &object)
 template <Stored T>
 bool isSame(const T &a, const T &b)
 {
-    return std::apply([&](const auto &...field) { return (detail::isSame(a.*field.member, b.*field.member) && ...); },
+    return std::apply([&](const auto &...field) { return (isSame(a.*field.member, b.*field.member) && ...); },
                       T::storedFields());
 }
 
@@ -258,7 +238,7 @@ template <Stored T>
 QSharedPointer<T> copy(const T &object)
 {
     const auto result = QSharedPointer<T>::create(object);
-    std::apply([&](const auto &...field) { (detail::unshare((*result).*field.member), ...); }, T::storedFields());
+    std::apply([&](const auto &...field) { (unshare((*result).*field.member), ...); }, T::storedFields());
     return result;
 }
 
