@@ -8,48 +8,28 @@
 
 #include <QtCore/QScopeGuard>
 
-#include <atomic>
-#include <condition_variable>
-#include <mutex>
-#include <thread>
+QueueDrain::QueueDrain(std::chrono::milliseconds timeBetweenLooks) : m_timeBetweenLooks(timeBetweenLooks)
+{}
 
-class QueueDrain::Worker
+QueueDrain::~QueueDrain()
 {
-public:
-    explicit Worker(std::chrono::milliseconds timeBetweenLooks) : m_timeBetweenLooks(timeBetweenLooks) {}
-    ~Worker() { stop(); }
-    Q_DISABLE_COPY_MOVE(Worker)
+    stop();
+}
 
-    void start();
-    void stop();
-    void wakeUp();
-    bool waitUntilDrained(std::chrono::milliseconds timeout);
+void QueueDrain::setHandler(const QString &owner, const Handler &handler)
+{
+    m_handlers.insert(owner, handler);
+}
 
-    QHash<QString, Handler> handlers;
-
-private:
-    void run(const QueueSettings &settings);
-    void work(QueueDelivery &delivery, quint64 seen);
-    void reportDrained(quint64 seen);
-
-    std::chrono::milliseconds m_timeBetweenLooks;
-    std::thread m_thread;
-    std::atomic<bool> m_stopping = false;
-    std::atomic<bool> m_endBackOffs = false;
-    std::mutex m_mutex;
-    std::condition_variable m_drained;
-    quint64 m_drainedAt = 0; // the signal's count at a look that found nothing deliverable
-};
-
-void QueueDrain::Worker::start()
+void QueueDrain::start()
 {
     if (m_thread.joinable())
         return;
     m_stopping = false;
-    m_thread = std::thread(&Worker::run, this, QueueSettings::configured());
+    m_thread = std::thread(&QueueDrain::run, this, QueueSettings::configured());
 }
 
-void QueueDrain::Worker::stop()
+void QueueDrain::stop()
 {
     if (!m_thread.joinable())
         return;
@@ -58,22 +38,22 @@ void QueueDrain::Worker::stop()
     m_thread.join();
 }
 
-void QueueDrain::Worker::wakeUp()
+void QueueDrain::wakeUp()
 {
     m_endBackOffs = true;
     QueueSignal::instance().raise();
 }
 
-bool QueueDrain::Worker::waitUntilDrained(std::chrono::milliseconds timeout)
+bool QueueDrain::waitUntilDrained(std::chrono::milliseconds timeout)
 {
     const quint64 asked = QueueSignal::instance().raise();
     std::unique_lock lock(m_mutex);
     return m_drained.wait_for(lock, timeout, [this, asked] { return m_drainedAt >= asked; });
 }
 
-void QueueDrain::Worker::run(const QueueSettings &settings)
+void QueueDrain::run(const QueueSettings &settings)
 {
-    QueueDelivery delivery(settings, handlers, {{}, {}, [this] { return m_stopping.load(); }});
+    QueueDelivery delivery(settings, m_handlers, {{}, {}, [this] { return m_stopping.load(); }});
     const BackOff backOff;
     int failures = 0;
     while (!m_stopping) {
@@ -90,7 +70,7 @@ void QueueDrain::Worker::run(const QueueSettings &settings)
     }
 }
 
-void QueueDrain::Worker::work(QueueDelivery &delivery, quint64 seen)
+void QueueDrain::work(QueueDelivery &delivery, quint64 seen)
 {
     do {
         if (m_endBackOffs.exchange(false)) {
@@ -104,40 +84,9 @@ void QueueDrain::Worker::work(QueueDelivery &delivery, quint64 seen)
         reportDrained(seen);
 }
 
-void QueueDrain::Worker::reportDrained(quint64 seen)
+void QueueDrain::reportDrained(quint64 seen)
 {
     const std::scoped_lock lock(m_mutex);
     m_drainedAt = seen;
     m_drained.notify_all();
-}
-
-QueueDrain::QueueDrain(std::chrono::milliseconds timeBetweenLooks)
-    : m_worker(std::make_unique<Worker>(timeBetweenLooks))
-{}
-
-QueueDrain::~QueueDrain() = default;
-
-void QueueDrain::setHandler(const QString &owner, const Handler &handler)
-{
-    m_worker->handlers.insert(owner, handler);
-}
-
-void QueueDrain::start()
-{
-    m_worker->start();
-}
-
-void QueueDrain::stop()
-{
-    m_worker->stop();
-}
-
-void QueueDrain::wakeUp()
-{
-    m_worker->wakeUp();
-}
-
-bool QueueDrain::waitUntilDrained(std::chrono::milliseconds timeout)
-{
-    return m_worker->waitUntilDrained(timeout);
 }

@@ -5,10 +5,17 @@
 
 #include <poshost_export.h>
 
+#include <QtCore/QHash>
 #include <QtCore/QString>
 
+#include <atomic>
 #include <chrono>
-#include <memory>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+class QueueDelivery;
+struct QueueSettings;
 
 /// Hands the stored events to the handlers of their owners, on a thread and a database connection of its own. An event
 /// is deleted only after its handler has returned. If the handler throws QueueRefusal, the event becomes a dead letter
@@ -44,6 +51,16 @@ public:
     [[nodiscard]] bool waitUntilDrained(std::chrono::milliseconds timeout);
 
 private:
-    class Worker;
-    std::unique_ptr<Worker> m_worker;
+    void run(const QueueSettings &settings);
+    void work(QueueDelivery &delivery, quint64 seen);
+    void reportDrained(quint64 seen);
+
+    std::chrono::milliseconds m_timeBetweenLooks;
+    QHash<QString, Handler> m_handlers;
+    std::thread m_thread;
+    std::atomic<bool> m_stopping = false;
+    std::atomic<bool> m_endBackOffs = false;
+    std::mutex m_mutex;
+    std::condition_variable m_drained;
+    quint64 m_drainedAt = 0; // the signal's count at a look that found nothing deliverable
 };
