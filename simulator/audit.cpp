@@ -19,8 +19,7 @@ Points movedFor(const SQLite::Database &database, const char *sql, const std::st
 /// What an order in its state must have moved on the balance, all its movements together.
 Points expectedMovement(const Order &order)
 {
-    const bool posted = order.state == State::Posted || order.state == State::Bound;
-    return posted ? order.earned - order.points() : -order.reserved();
+    return order.isPosted() ? order.earned - order.points() : -order.reserved();
 }
 
 void auditCustomers(const SQLite::Database &database, std::vector<std::string> &faults)

@@ -1,6 +1,7 @@
 // The comparison's rules. Each finding is a sentence, so a row explains itself.
 #include "compare.h"
 
+#include "plaintext.h"
 #include "report.h"
 
 #include <algorithm>
@@ -10,11 +11,6 @@ namespace sim {
 namespace {
 
 using Differences = std::vector<std::string>;
-
-bool isPosted(const Order &order)
-{
-    return order.state == State::Posted || order.state == State::Bound;
-}
 
 void compareAmount(Differences &found, const std::string &what, std::int64_t till, std::int64_t service)
 {
@@ -46,7 +42,7 @@ void compareLines(Differences &found, const JournalCheck &check, const Order &or
 void compareClosed(Differences &found, const JournalCheck &check, const Order &order)
 {
     if (order.state != State::Bound)
-        found.push_back(isPosted(order) ? "posted, but not bound to the check" : "not posted");
+        found.push_back(order.isPosted() ? "posted, but not bound to the check" : "not posted");
     else if (order.orderId != check.check)
         found.push_back("bound to check " + order.orderId);
     if (check.card != order.card)
@@ -99,7 +95,7 @@ ComparedRow compareCheck(const JournalCheck &check, const Order *order, const st
 /// What is wrong with an order that no check of the journal claims; empty if nothing.
 std::string strayFault(const Order &order, const std::set<std::string> &open)
 {
-    if (isPosted(order))
+    if (order.isPosted())
         return "posted, but no closed check claims it";
     if (order.reserved() > 0 && !open.contains(order.basket))
         return "points are reserved for no open check";
@@ -119,10 +115,7 @@ ComparedRow strayRow(const Order &order, const std::string &fault)
 
 std::string verdictOn(const ComparedRow &row)
 {
-    std::string verdict = row.differences.empty() ? "ok" : "DIFFERENT:";
-    for (std::size_t i = 0; i < row.differences.size(); ++i)
-        verdict += (i == 0 ? " " : "; ") + row.differences[i];
-    return verdict;
+    return row.differences.empty() ? "ok" : "DIFFERENT: " + joined(row.differences, "; ");
 }
 
 std::vector<std::string> cellsOf(const ComparedRow &row, const std::string &verdict)

@@ -1,6 +1,8 @@
 // The list of faults and its JSON form.
 #include "faults.h"
 
+#include "plaintext.h"
+
 #include <algorithm>
 
 namespace sim {
@@ -34,14 +36,6 @@ std::string readAnswer(const Fields &fields)
         return R"({"success":false,"message":"Сервис временно недоступен"})";
     const Json &body = fields.value("body");
     return body.is_string() ? body.get<std::string>() : body.dump();
-}
-
-std::string listed(const std::vector<std::string> &names)
-{
-    std::string text;
-    for (const std::string &name : names)
-        text += (text.empty() ? "" : ", ") + name;
-    return text;
 }
 
 Json toJson(const Fault &fault)
@@ -98,7 +92,7 @@ std::string Faults::readMethod(const Fields &fields) const
 {
     std::string method = fields.text("method");
     if (method != "*" && std::ranges::find(m_methods, method) == m_methods.end())
-        refuseField("method", "unknown; expected * or one of " + listed(m_methods));
+        refuseField("method", "unknown; expected * or one of " + joined(m_methods, ", "));
     return method;
 }
 
@@ -109,7 +103,7 @@ std::string Faults::readKind(const Fields &fields) const
     for (const FaultKind &each : m_kinds)
         known.push_back(each.name);
     if (std::ranges::find(known, kind) == known.end())
-        refuseField("kind", "unknown; expected one of " + listed(known));
+        refuseField("kind", "unknown; expected one of " + joined(known, ", "));
     return kind;
 }
 

@@ -46,16 +46,14 @@ HttpServer::HttpServer(Database &database, const ServerOptions &options)
 
 void HttpServer::addApiRoutes()
 {
-    const auto route = [this](const std::string &method, Call call) {
-        return [this, method, call](const httplib::Request &request, httplib::Response &response) {
-            serveMethod(method, call, request, response);
-        };
+    const auto route = [this](const std::string &method) {
+        return [this, method](const auto &request, auto &response) { serveMethod(method, request, response); };
     };
     for (const char *method : Api::queries)
-        m_routes.addGet(std::string(Api::loyaltyPath) + method, route(method, &HttpServer::query));
+        m_routes.addGet(std::string(Api::loyaltyPath) + method, route(method));
     for (const char *method : Api::orderMethods)
-        m_routes.addPost(std::string(Api::loyaltyPath) + method, route(method, &HttpServer::post));
-    m_routes.addPost(std::string(Api::messagePath) + Api::messageMethod, route(Api::messageMethod, &HttpServer::post));
+        m_routes.addPost(std::string(Api::loyaltyPath) + method, route(method));
+    m_routes.addPost(std::string(Api::messagePath) + Api::messageMethod, route(Api::messageMethod));
 }
 
 void HttpServer::stop()
@@ -75,16 +73,15 @@ bool HttpServer::admit(const httplib::Request &request, httplib::Response &respo
     return reason.empty();
 }
 
-void HttpServer::serveMethod(const std::string &method, Call call, const httplib::Request &request,
-                             httplib::Response &response)
+void HttpServer::serveMethod(const std::string &method, const httplib::Request &request, httplib::Response &response)
 {
     const auto number = m_log.received(method, request.target, request.body);
     const auto fault = m_faults.take(method);
-    m_log.answered(number, serveWithFault(method, call, fault ? &*fault : nullptr, request, response));
+    m_log.answered(number, serveWithFault(method, fault ? &*fault : nullptr, request, response));
 }
 
-Outcome HttpServer::serveWithFault(const std::string &method, Call call, const Fault *fault,
-                                   const httplib::Request &request, httplib::Response &response)
+Outcome HttpServer::serveWithFault(const std::string &method, const Fault *fault, const httplib::Request &request,
+                                   httplib::Response &response)
 {
     const std::string kind = fault ? fault->kind : std::string();
     std::string reason = fault ? reasonFor(*fault) : std::string();
@@ -96,7 +93,7 @@ Outcome HttpServer::serveWithFault(const std::string &method, Call call, const F
     if (kind == "delay")
         m_faults.wait(fault->delay);
     if (kind != "close-before") {
-        const Answer answer = process(method, call, request);
+        const Answer answer = process(method, request);
         write(answer, response);
         if (!answer.reason.empty())
             reason += (fault ? "; " : "") + answer.reason;
@@ -110,20 +107,12 @@ Outcome HttpServer::serveWithFault(const std::string &method, Call call, const F
     return {response.status, response.body, reason, kind};
 }
 
-Answer HttpServer::process(const std::string &method, Call call, const httplib::Request &request)
+Answer HttpServer::process(const std::string &method, const httplib::Request &request)
 {
     if (request.get_header_value("Authorization") != m_authorization)
         return refusal(401, "Неверное имя пользователя или пароль", "wrong user name or password");
-    return (this->*call)(method, request);
-}
-
-Answer HttpServer::query(const std::string &method, const httplib::Request &request)
-{
-    return m_api.query(method, request.params);
-}
-
-Answer HttpServer::post(const std::string &method, const httplib::Request &request)
-{
+    if (request.method != "POST")
+        return m_api.query(method, request.params);
     if (!isJson(request))
         return refusal(415, "Ожидается тело с типом application/json", "the body is not application/json");
     return m_api.post(method, request.body);

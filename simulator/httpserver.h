@@ -31,16 +31,11 @@ protected:
     bool admit(const httplib::Request &request, httplib::Response &response) override;
 
 private:
-    using Call = Answer (HttpServer::*)(const std::string &method, const httplib::Request &request);
-
     void addApiRoutes();
-    void serveMethod(const std::string &method, Call call, const httplib::Request &request,
-                     httplib::Response &response);
-    Outcome serveWithFault(const std::string &method, Call call, const Fault *fault, const httplib::Request &request,
+    void serveMethod(const std::string &method, const httplib::Request &request, httplib::Response &response);
+    Outcome serveWithFault(const std::string &method, const Fault *fault, const httplib::Request &request,
                            httplib::Response &response);
-    Answer process(const std::string &method, Call call, const httplib::Request &request);
-    Answer query(const std::string &method, const httplib::Request &request);
-    Answer post(const std::string &method, const httplib::Request &request);
+    Answer process(const std::string &method, const httplib::Request &request);
     void answerUnrouted(const httplib::Request &request, httplib::Response &response) const;
 
     Api m_api;

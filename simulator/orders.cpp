@@ -54,11 +54,6 @@ bool isOpen(State state)
     return state == State::Created || state == State::Updated;
 }
 
-bool isPosted(State state)
-{
-    return state == State::Posted || state == State::Bound;
-}
-
 /// The order for the request's lines when they pay `spent` and the order earns `earned`.
 Order compose(const OrderRequest &request, const std::string &account, State state, const std::vector<Points> &spent,
               Points earned)
@@ -130,12 +125,12 @@ Order updateOrder(const SQLite::Database &database, const OrderRequest &request)
 Order postOrder(const SQLite::Database &database, const OrderRequest &request)
 {
     Order order = existingOrder(database, request.basket, request.card);
-    if (!isOpen(order.state) && !isPosted(order.state))
+    if (!isOpen(order.state) && !order.isPosted())
         refuseState(request.basket, order.state);
     if (order.body != request.body)
         throw Refusal(Refusal::Kind::Rule, "Заказ " + request.basket + " был принят в другом виде",
                       "the body differs from the one last accepted for order " + request.basket, rule::otherBody);
-    if (isPosted(order.state))
+    if (order.isPosted())
         return order;
     release(database, order);
     order.state = State::Posted;
@@ -150,7 +145,7 @@ Order bindOrderId(const SQLite::Database &database, const BasketRequest &request
     Order order = existingOrder(database, request.basket, request.card);
     if (order.state == State::Cancelled)
         refuseState(request.basket, order.state);
-    if (!isPosted(order.state))
+    if (!order.isPosted())
         throw Refusal(Refusal::Kind::Rule, "Заказ " + request.basket + " ещё не проведён",
                       "order " + request.basket + " is not posted yet", rule::notPosted);
     if (order.state == State::Bound && order.orderId != request.orderId)
@@ -170,7 +165,7 @@ Order cancelOrder(const SQLite::Database &database, const BasketRequest &request
     const auto known = knownOrder(database, request.basket, request.card);
     if (known && known->state == State::Cancelled)
         return *known;
-    if (known && isPosted(known->state))
+    if (known && known->isPosted())
         refuseState(request.basket, known->state);
     Order order{request.basket, customer.account, request.card, State::Cancelled, {}, {}, 0, {}};
     if (known) {

@@ -40,4 +40,12 @@ std::string plainText(const std::string &text)
     return plain;
 }
 
+std::string joined(const std::vector<std::string> &parts, const char *separator)
+{
+    std::string text;
+    for (const std::string &part : parts)
+        text += (text.empty() ? "" : separator) + part;
+    return text;
+}
+
 } // namespace sim

@@ -14,9 +14,9 @@ std::vector<ProxyFault> makeFaults()
 {
     using enum ProxyFault::Answer;
     std::vector<ProxyFault> faults{
-        {"latency", true, Late},        {"low bandwidth", true, Slow},    {"slow drip", true, Dripping},
-        {"answer cut", true, Cut},      {"malformed JSON", true, Halved}, {"connection refused", false, Refused},
-        {keptOnly, true, Closed, true},
+        {"latency", true, Late},   {"low bandwidth", true, Slow},    {"slow drip", true, Dripping},
+        {"answer cut", true, Cut}, {"malformed JSON", true, Halved}, {"connection refused", false, Refused},
+        {keptOnly, true, Closed},
     };
     const auto add = [&faults](const ProxyFault &fault) {
         for (const bool processed : {false, true}) {
@@ -27,10 +27,10 @@ std::vector<ProxyFault> makeFaults()
     };
     add({"reset", false, Reset});
     add({"time-out", false, Nothing});
-    add({"status 500 with a page", false, Replaced, false, 500, "text/html", "<html>Internal Server Error</html>"});
-    add({"status 500 without a body", false, Replaced, false, 500, "text/plain", ""});
+    add({"status 500 with a page", false, Replaced, 500, "text/html", "<html>Internal Server Error</html>"});
+    add({"status 500 without a body", false, Replaced, 500, "text/plain", ""});
     for (const int status : {200, 400, 404, 500})
-        add({"refusal with " + std::to_string(status), false, Replaced, false, status, "application/json",
+        add({"refusal with " + std::to_string(status), false, Replaced, status, "application/json",
              R"({"success": false, "message": "Forged refusal"})"});
     return faults;
 }

@@ -30,7 +30,6 @@ struct ProxyFault
     std::string name;
     bool processed = false; ///< The service gets the request.
     Answer answer = Answer::Late;
-    bool needsKept = false; ///< For a connection that has carried requests before.
     int status{};
     std::string type = {};
     std::string body = {};

@@ -67,20 +67,12 @@ std::size_t width(const std::string &text)
         std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
 }
 
-std::string joined(const std::vector<std::string> &parts)
-{
-    std::string text;
-    for (const std::string &part : parts)
-        text += (text.empty() ? "" : " ") + part;
-    return text;
-}
-
 std::vector<std::vector<std::string>> customerRows(const SQLite::Database &database)
 {
     std::vector<std::vector<std::string>> rows{{"ACCOUNT", "NAME", "PHONE", "CARDS", "EARNS", "BALANCE"}};
     for (const Customer &customer : allCustomers(database))
         rows.push_back({customer.account, customer.lastName + " " + customer.firstName, customer.phone,
-                        joined(customer.cards), std::to_string(earnPercent(customer)) + " %",
+                        joined(customer.cards, " "), std::to_string(earnPercent(customer)) + " %",
                         formatHundredths(customer.balance)});
     return rows;
 }
