@@ -49,18 +49,6 @@ Money parsePrice(const QString &text)
     throw BasicException(u"Цена \"%1\" не подходит. Введите рубли и копейки, например 45,50"_s.arg(text));
 }
 
-GoodsEntry parseGoodsEntry(const QString &entry)
-{
-    const qsizetype star = entry.indexOf(u'*');
-    GoodsEntry parsed;
-    if (star >= 0)
-        parsed.quantity = parseQuantity(entry.left(star).trimmed());
-    parsed.article = entry.mid(star + 1).trimmed();
-    if (parsed.article.isEmpty())
-        throw BasicException(u"Товар не указан. Введите штрихкод или название"_s);
-    return parsed;
-}
-
 Catalogue::Catalogue(const QString &fileName)
 {
     const JsonNode root = JsonNode::readFile(fileName);
@@ -74,12 +62,6 @@ Catalogue::Catalogue(const QString &fileName)
         m_byBarcode.insert(article.barcode, m_goods.size());
         m_goods.append(article);
     }
-}
-
-const Goods *Catalogue::findByBarcode(const QString &barcode) const
-{
-    const auto found = m_byBarcode.constFind(barcode);
-    return found == m_byBarcode.cend() ? nullptr : &m_goods.at(*found);
 }
 
 QList<Goods> Catalogue::search(const QString &words) const
@@ -98,11 +80,15 @@ QList<Goods> Catalogue::search(const QString &words) const
 
 QList<Goods> Catalogue::find(const QString &entry) const
 {
-    const GoodsEntry parsed = parseGoodsEntry(entry);
-    const Goods *article = findByBarcode(parsed.article);
-    QList<Goods> found = article ? QList<Goods>{*article} : search(parsed.article);
+    const qsizetype star = entry.indexOf(u'*');
+    const double quantity = star < 0 ? 1 : parseQuantity(entry.left(star).trimmed());
+    const QString article = entry.mid(star + 1).trimmed();
+    if (article.isEmpty())
+        throw BasicException(u"Товар не указан. Введите штрихкод или название"_s);
+    const qsizetype known = m_byBarcode.value(article, -1);
+    QList<Goods> found = known < 0 ? search(article) : QList<Goods>{m_goods.at(known)};
     for (Goods &goods : found)
-        goods.quantity = parsed.quantity;
+        goods.quantity = quantity;
     return found;
 }
 

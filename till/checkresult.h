@@ -27,8 +27,6 @@ struct ResultLine
     Money spent;             ///< The points discount.
     bool takesPoints = true; ///< Points may pay for it.
     bool earnsPoints = true;
-
-    friend bool operator==(const ResultLine &, const ResultLine &) = default;
 };
 
 struct CheckResult

@@ -141,9 +141,7 @@ void CheckSession::requireCard() const
 QSharedPointer<GoodsItem> CheckSession::requireLine(int line) const
 {
     requireOpen();
-    if (const auto item = m_document->findGoodsItem(line))
-        return item;
-    throw BasicException(u"В чеке нет строки %1"_s.arg(line));
+    return m_document->requireGoodsItem(line);
 }
 
 } // namespace till

@@ -38,13 +38,6 @@ QString cardView(const CheckResult &result)
     return parts.join(u", "_s) + u'\n';
 }
 
-QString standingText(const CheckStore::KeptCheck &check)
-{
-    if (check.standing == CheckStore::Standing::Unreadable)
-        return u"не читается"_s;
-    return u"отложен"_s;
-}
-
 } // namespace
 
 QString quantityText(double quantity)
@@ -98,7 +91,9 @@ QString keptChecksView(const QList<CheckStore::KeptCheck> &checks)
         if (check.standing == CheckStore::Standing::Current)
             continue;
         ++number;
-        view += u"Чек %1: %2, %3 с %4"_s.arg(QString::number(number), check.identifier, standingText(check),
+        view += u"Чек %1: %2, %3 с %4"_s.arg(QString::number(number), check.identifier,
+                                             check.standing == CheckStore::Standing::Unreadable ? u"не читается"_s
+                                                                                                : u"отложен"_s,
                                              check.since.toString(u"dd.MM.yyyy HH:mm:ss"_s));
         if (!check.reason.isEmpty())
             view += u": "_s + plainText(check.reason, longestReason);

@@ -71,62 +71,45 @@ bool deliver(QueueDrain &drain, std::chrono::seconds time, EndingQueue &queue)
 
 ExitStatus drainQueue(const Options &options)
 {
-    try {
-        // Beside a till: each drain has leases of its own.
-        const TillHost host(options.configFile, TillHost::Access::Look);
-        QueueDrain drain;
-        drain.setHandler(loyaltyQueueOwner, makeLoyaltySender());
-        drain.start();
-        const bool delivered = deliver(drain, options.drainTime, host.queue());
-        const QueueStatus left = host.queue().status();
-        const QJsonObject json = statusAsJson(left, QDateTime::currentDateTime());
-        console::printLine(options.queueRequest.json
-                               ? QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact))
-                               : statusText(left));
-        return (delivered || left.waiting == 0) && left.blocked == 0 ? Succeeded : Differed;
-    } catch (const BasicException &error) {
-        return fail(error, Unusable);
-    }
+    // Beside a till: each drain has leases of its own.
+    const TillHost host(options.configFile, TillHost::Access::Look);
+    QueueDrain drain;
+    drain.setHandler(loyaltyQueueOwner, makeLoyaltySender());
+    drain.start();
+    const bool delivered = deliver(drain, options.drainTime, host.queue());
+    const QueueStatus left = host.queue().status();
+    const QJsonObject json = statusAsJson(left, QDateTime::currentDateTime());
+    console::printLine(options.queueRequest.json ? QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact))
+                                                 : statusText(left));
+    return (delivered || left.waiting == 0) && left.blocked == 0 ? Succeeded : Differed;
 }
 
 ExitStatus printJournal(const Options &options)
 {
-    try {
-        const QDateTime since = QDateTime::fromString(options.journalSince, Qt::ISODate);
-        if (!options.journalSince.isEmpty() && !since.isValid())
-            throw BasicException(
-                u"--since %1: a date such as 2026-03-31 or 2026-03-31T18:00 is expected"_s.arg(options.journalSince));
-        const TillHost host(options.configFile, TillHost::Access::Look);
-        CheckStore store(host.dataFolder(), CheckStore::Access::Look);
-        console::print(journalText(store.journal(since), options.json));
-        return Succeeded;
-    } catch (const BasicException &error) {
-        return fail(error, Unusable);
-    }
+    const QDateTime since = QDateTime::fromString(options.journalSince, Qt::ISODate);
+    if (!options.journalSince.isEmpty() && !since.isValid())
+        throw BasicException(
+            u"--since %1: a date such as 2026-03-31 or 2026-03-31T18:00 is expected"_s.arg(options.journalSince));
+    const TillHost host(options.configFile, TillHost::Access::Look);
+    CheckStore store(host.dataFolder(), CheckStore::Access::Look);
+    console::print(journalText(store.journal(since), options.json));
+    return Succeeded;
 }
 
 ExitStatus showStatus(const Options &options)
 {
-    try {
-        TillHost host(options.configFile, TillHost::Access::Look);
-        CheckStore store(host.dataFolder(), CheckStore::Access::Look);
-        console::print(tillStatusText(host, store, options.configFile));
-        return Succeeded;
-    } catch (const BasicException &error) {
-        return fail(error, Unusable);
-    }
+    TillHost host(options.configFile, TillHost::Access::Look);
+    CheckStore store(host.dataFolder(), CheckStore::Access::Look);
+    console::print(tillStatusText(host, store, options.configFile));
+    return Succeeded;
 }
 
 ExitStatus manageQueue(const Options &options)
 {
-    try {
-        const TillHost host(options.configFile, TillHost::Access::Look);
-        const QueueAnswer answer = answerTo(options.queueRequest, QDateTime::currentDateTime());
-        console::print(answer.text);
-        return answer.isFine ? Succeeded : Differed;
-    } catch (const BasicException &error) {
-        return fail(error, Unusable);
-    }
+    const TillHost host(options.configFile, TillHost::Access::Look);
+    const QueueAnswer answer = answerTo(options.queueRequest, QDateTime::currentDateTime());
+    console::print(answer.text);
+    return answer.isFine ? Succeeded : Differed;
 }
 
 } // namespace till

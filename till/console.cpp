@@ -20,11 +20,7 @@ namespace {
 
 constexpr int interruptedStatus = 130;
 
-QStringList &offeredWords()
-{
-    static QStringList words;
-    return words;
-}
+QStringList offeredWords;
 
 /// For the line editor: one word that begins with `beginning` for each call, from the first with `state` 0.
 char *nextWord(const char *beginning, int state)
@@ -32,9 +28,8 @@ char *nextWord(const char *beginning, int state)
     static qsizetype next = 0;
     if (state == 0)
         next = 0;
-    const QStringList &words = offeredWords();
-    while (next < words.size()) {
-        const QByteArray word = words.at(next++).toUtf8();
+    while (next < offeredWords.size()) {
+        const QByteArray word = offeredWords.at(next++).toUtf8();
         if (word.startsWith(beginning))
             return ::strdup(word.constData());
     }
@@ -74,13 +69,7 @@ std::optional<QString> edit(const QString &prompt)
 }
 
 // For the signal handler, which must be async-signal-safe.
-std::string &interruptText()
-{
-    static std::string text;
-    return text;
-}
-const char *interruptBytes = nullptr;
-std::size_t interruptSize = 0;
+std::string interruptText;
 termios interruptTerminal;
 bool interruptHasTerminal = false;
 
@@ -88,7 +77,7 @@ void onInterrupt(int)
 {
     if (interruptHasTerminal)
         ::tcsetattr(STDIN_FILENO, TCSANOW, &interruptTerminal);
-    std::ignore = ::write(STDOUT_FILENO, interruptBytes, interruptSize);
+    std::ignore = ::write(STDOUT_FILENO, interruptText.data(), interruptText.size());
     ::_exit(interruptedStatus);
 }
 
@@ -125,7 +114,7 @@ std::optional<QString> readLine(const QString &prompt)
 
 void offer(const QStringList &words)
 {
-    offeredWords() = words;
+    offeredWords = words;
 }
 
 void remember(const QString &line)
@@ -136,9 +125,7 @@ void remember(const QString &line)
 
 void sayOnInterrupt(const QString &text)
 {
-    interruptText() = text.toStdString();
-    interruptBytes = interruptText().data();
-    interruptSize = interruptText().size();
+    interruptText = text.toStdString();
     interruptHasTerminal = ::tcgetattr(STDIN_FILENO, &interruptTerminal) == 0;
     struct sigaction action = {};
     action.sa_handler = onInterrupt;

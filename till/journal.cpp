@@ -1,9 +1,8 @@
 // Prints the journal. checkresult.cpp defines its entries.
 #include "journal.h"
 
-#include <core/money.h>
+#include "checkresult.h"
 
-#include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 
 using namespace Qt::Literals::StringLiterals;
@@ -18,22 +17,12 @@ QString masked(const QString &card)
     return card.isEmpty() ? u"без карты"_s : u"карта …"_s + card.right(shown);
 }
 
-QString sumOf(const QJsonArray &lines)
-{
-    Money sum;
-    for (const auto &line : lines)
-        sum += Money::fromRubles(line.toObject().value(u"amount"_s).toString().toDouble());
-    return sum.toText();
-}
-
 QString lineOf(const CheckStore::JournalEntry &entry)
 {
-    const auto text = [&entry](QLatin1StringView key) { return entry.entry.value(key).toString(); };
+    const CheckResult check = resultFromJournal(entry.entry);
     return u"%1  %2  сумма %3, списано %4, начислено %5  %6  чек %7\n"_s.arg(
-        entry.entered.toString(u"dd.MM.yyyy HH:mm:ss"_s),
-        text("outcome"_L1) == u"closed" ? u"закрыт"_s : u"аннулирован"_s,
-        sumOf(entry.entry.value("lines"_L1).toArray()), text("spent"_L1), text("earned"_L1), masked(text("card"_L1)),
-        text("check"_L1));
+        entry.entered.toString(u"dd.MM.yyyy HH:mm:ss"_s), check.outcome == "closed"_L1 ? u"закрыт"_s : u"аннулирован"_s,
+        check.sum().toText(), check.spent().toText(), check.earned.toText(), masked(check.card), check.identifier);
 }
 
 } // namespace

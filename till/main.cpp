@@ -73,6 +73,8 @@ public:
             m_program.parse(argc, argv);
         } catch (const CLI::ParseError &error) {
             return m_program.exit(error) == 0 ? till::Succeeded : till::Unusable;
+        } catch (const BasicException &error) {
+            return till::fail(error, till::Unusable);
         }
         return m_status;
     }

@@ -133,20 +133,15 @@ ExitStatus replayDay(const Day &day, const Options &options)
 
 ExitStatus replay(const Options &options)
 {
-    try {
-        const Day day = readDay(options.replay.csvFile, columnNames(options.replay.columns));
-        if (options.replay.isWorker)
-            return replayReceipts(day, options.configFile, options.drainTime) ? Succeeded : Differed;
-        console::print(leftOutText(day));
-        if (!options.replay.customersFile.isEmpty()) {
-            writeFile(options.replay.customersFile, customersJson(day));
-            return Succeeded;
-        }
-        return replayDay(day, options);
-    } catch (const BasicException &error) {
-        std::fprintf(stderr, "kvo-till: %s\n", error.what());
-        return Unusable;
+    const Day day = readDay(options.replay.csvFile, columnNames(options.replay.columns));
+    if (options.replay.isWorker)
+        return replayReceipts(day, options.configFile, options.drainTime) ? Succeeded : Differed;
+    console::print(leftOutText(day));
+    if (!options.replay.customersFile.isEmpty()) {
+        writeFile(options.replay.customersFile, customersJson(day));
+        return Succeeded;
     }
+    return replayDay(day, options);
 }
 
 } // namespace till

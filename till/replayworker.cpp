@@ -1,17 +1,10 @@
 // Sells receipts as a cashier would: goods, card, price, points, close; each operation is timed.
 #include "replayworker.h"
 
-#include "checksession.h"
 #include "console.h"
-#include "loyaltyplugin.h"
-#include "queuesender.h"
-#include "tillhost.h"
+#include "sellingtill.h"
 
-#include <cashier/cashierui.h>
 #include <core/basicexception.h>
-#include <core/singleton.h>
-#include <loyalty/basicloyaltysystem.h>
-#include <queue/queuedrain.h>
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QJsonArray>
@@ -58,7 +51,7 @@ private:
 class ReplayTill
 {
 public:
-    ReplayTill(CheckSession &session, BasicLoyaltySystem &system, ReplayCashier &cashier)
+    ReplayTill(CheckSession &session, const BasicLoyaltySystem &system, ReplayCashier &cashier)
         : m_session(session), m_system(system), m_cashier(cashier)
     {}
 
@@ -121,7 +114,7 @@ private:
     }
 
     CheckSession &m_session;
-    BasicLoyaltySystem &m_system;
+    const BasicLoyaltySystem &m_system;
     ReplayCashier &m_cashier;
     ReplayedReceipt m_replayed;
     bool m_hasCard = false;
@@ -170,29 +163,26 @@ ReplayedReceipt ReplayedReceipt::fromJson(const QByteArray &line)
 
 bool replayReceipts(const Day &day, const QString &configFile, std::chrono::seconds drainTime)
 {
-    const TillHost host(configFile, TillHost::Access::Work);
     const auto cashier = QSharedPointer<ReplayCashier>::create();
-    Singleton<CashierUi>::replace(cashier);
-    const LoyaltyPlugin plugin(host.pluginFolder());
-    QueueDrain drain;
-    drain.setHandler(loyaltyQueueOwner, makeLoyaltySender());
-    drain.start();
-    CheckSession session(plugin.system(), host.queue());
+    SellingTill shop(configFile, cashier);
+    if (shop.system().getLoyaltySystemCode() == 0) // its stand-in
+        throw BasicException(shop.system().getLastErrorString());
+    CheckSession &session = shop.session();
     session.resume();
     if (session.isOpen())
         session.voidCheck();
     std::ignore = cashier->takeMessages();
-    ReplayTill till(session, plugin.system(), *cashier);
+    ReplayTill till(session, shop.system(), *cashier);
     while (const std::optional<QString> line = console::readLine({})) {
         const qsizetype index = line->toLongLong();
         const ReplayedReceipt replayed = till.sell(index, day.receipts.at(index));
-        drain.wakeUp();
+        shop.drain().wakeUp();
         console::printLine(QString::fromUtf8(replayed.toJson()));
     }
     session.endWaiting();
-    drain.wakeUp();
-    const bool isDrained = drain.waitUntilDrained(drainTime);
-    const QueueStatus left = host.queue().status();
+    shop.drain().wakeUp();
+    const bool isDrained = shop.drain().waitUntilDrained(drainTime);
+    const QueueStatus left = shop.host().queue().status();
     if (left.waiting + left.blocked > 0)
         std::fprintf(stderr, "kvo-till: %d requests wait and %d are blocked; see kvo-till queue --config %s\n",
                      left.waiting, left.blocked, qUtf8Printable(configFile));

@@ -49,7 +49,7 @@ void ScenarioPlayer::playCheck(const ScenarioCheck &check)
             console::print(m_waysToGoOn);
         return;
     }
-    m_ended.reset();
+    std::optional<CheckResult> last; // the check that the last step has closed, voided or parked
     const bool isTaken = check.goods.isEmpty() && check.steps.value(0).kind == Step::Kind::Take;
     if (!check.continued && !isTaken)
         m_session.open();
@@ -60,9 +60,9 @@ void ScenarioPlayer::playCheck(const ScenarioCheck &check)
             const std::optional<CheckResult> parked =
                 step.kind == Step::Kind::Park && m_session.isOpen() ? std::optional(m_session.result()) : std::nullopt;
             const std::optional<CheckResult> ended = perform(m_session, step);
-            m_ended = ended ? ended : parked;
+            last = ended ? ended : parked;
         });
-    const CheckResult result = m_ended ? *m_ended : m_session.isOpen() ? m_session.result() : CheckResult();
+    const CheckResult result = last ? *last : m_session.isOpen() ? m_session.result() : CheckResult();
     printReceipt(result, m_drain);
     compare(check, result);
 }

@@ -33,7 +33,6 @@ private:
     ScriptedCashier &m_cashier;
     QueueDrain &m_drain;
     QString m_waysToGoOn;
-    std::optional<CheckResult> m_ended; ///< The check that the last step has closed or voided.
     bool m_isFirst = true;
     int m_differences = 0;
 };

@@ -87,21 +87,19 @@ ExitStatus play(const QList<Scenario> &scenarios, SellingTill &till, ScriptedCas
 }
 
 /// Recovers what an earlier run has left, then runs `sell`. `answers` are for questions during the recovery. A failure
-/// before `sell` gives the status Unusable, a failure in it Differed.
+/// in `sell` gives the status Differed.
 template <class Sell>
 ExitStatus withTill(const Options &options, const Answers &answers, Sell sell)
 {
-    ExitStatus statusOfError = Unusable;
+    const auto cashier = QSharedPointer<ScriptedCashier>::create(options.codeCommand);
+    cashier->beginCheck(answers);
+    SellingTill till(options.configFile, cashier);
+    cashier->setLoyaltySystem(till.system());
+    recover(till);
     try {
-        const auto cashier = QSharedPointer<ScriptedCashier>::create(options.codeCommand);
-        cashier->beginCheck(answers);
-        SellingTill till(options.configFile, cashier);
-        cashier->setLoyaltySystem(till.system());
-        recover(till);
-        statusOfError = Differed;
         return sell(till, *cashier);
     } catch (const BasicException &error) {
-        return fail(error, statusOfError);
+        return fail(error, Differed);
     }
 }
 
@@ -110,12 +108,8 @@ ExitStatus withTill(const Options &options, const Answers &answers, Sell sell)
 ExitStatus runScenarios(const Options &options)
 {
     QList<Scenario> scenarios;
-    try {
-        for (const QString &file : options.scenarioFiles)
-            scenarios.append(readScenario(file));
-    } catch (const BasicException &error) {
-        return fail(error, Unusable);
-    }
+    for (const QString &file : options.scenarioFiles)
+        scenarios.append(readScenario(file));
     // A first check that goes on with the open one has the answers for its recovery as well.
     const ScenarioCheck *first = firstCheck(scenarios);
     const Answers answers = first && first->continued ? first->answers : Answers();

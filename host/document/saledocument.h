@@ -37,6 +37,9 @@ public:
     /// The line with this position number; null where there is none.
     QSharedPointer<GoodsItem> findGoodsItem(int posnum) const;
 
+    /// The same, but throws BasicException where there is none.
+    QSharedPointer<GoodsItem> requireGoodsItem(int posnum) const;
+
     /// Changes a line's quantity or price. Leaves impacts alone: the caller removes those that no longer fit first.
     /// Throws BasicException, with the check unchanged, when there is no such line, when it would not be
     /// GoodsItem::isSaleable(), or when its discounts would exceed its sum.
@@ -89,7 +92,6 @@ public:
                   const QList<QSharedPointer<DocumentImpact>> &impacts);
 
 private:
-    QSharedPointer<GoodsItem> requireGoodsItem(int posnum) const;
     QList<Money> roundShares(const DocumentImpact &impact,
                              const QList<QSharedPointer<DocumentImpactDetail>> &shares) const;
     void requireFits(const QList<QSharedPointer<DocumentImpactDetail>> &shares, const QList<Money> &sums) const;
