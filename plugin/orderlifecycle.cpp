@@ -31,7 +31,7 @@ bool Plugin::request(const QSharedPointer<AbstractDocument> &document)
     const auto card = getCard();
     orderCreated = false;
     if (card)
-        storePluginData(); // A restart must not bring back the result that this pricing replaces.
+        storePluginData(); // No later save may keep the result that this pricing replaces.
     if (!hasCheckAndCard(document, card))
         return true;
     const QString operationId = card->getOperationId();

@@ -54,13 +54,13 @@ void CheckSession::removeCard()
         if (isPriced())
             m_state.order = TillState::Order::Uncertain;
         save();
+        MockFactory<CardAddLogic>::create()->removeCard(m_document, card());
+        m_state.order = TillState::Order::InStep;
+        save();
     } catch (const BasicException &) {
         revert();
         throw;
     }
-    MockFactory<CardAddLogic>::create()->removeCard(m_document, card());
-    m_state.order = TillState::Order::InStep;
-    save();
 }
 
 QString CheckSession::findCardNumber(ECardNumberType type, const QString &text)

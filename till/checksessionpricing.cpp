@@ -76,8 +76,12 @@ void CheckSession::spendOffered()
 
 void CheckSession::settleOrder()
 {
-    if (m_state.order == Order::Uncertain)
-        dropLoyaltyResult();
+    if (m_state.order != Order::Uncertain)
+        return;
+    const bool hadPoints = m_system.hasBonusImpacts();
+    dropLoyaltyResult();
+    if (hadPoints)
+        reportPointsReturned();
 }
 
 void CheckSession::reportPointsReturned() const

@@ -32,7 +32,7 @@ QString cardView(const CheckResult &result)
     }
     if (result.balance)
         parts.append(u"баланс "_s + result.balance->toText());
-    if (result.spent().isZero() && !result.offered.isZero())
+    if (result.spent().isZero() && !result.offered.isZero() && result.isOfferCurrent)
         parts.append(u"можно списать "_s + result.offered.toText());
     parts.append(u"будет начислено "_s + result.earned.toText());
     return parts.join(u", "_s) + u'\n';
@@ -91,7 +91,7 @@ QString keptChecksView(const QList<CheckStore::KeptCheck> &checks)
         if (check.standing == CheckStore::Standing::Current)
             continue;
         ++number;
-        view += u"Чек %1: %2, %3 с %4"_s.arg(QString::number(number), check.identifier,
+        view += u"Чек %1: %2, %3 с %4"_s.arg(QString::number(number), plainText(check.identifier, longestShown),
                                              check.standing == CheckStore::Standing::Unreadable ? u"не читается"_s
                                                                                                 : u"отложен"_s,
                                              check.since.toString(u"dd.MM.yyyy HH:mm:ss"_s));

@@ -5,8 +5,16 @@
 #include <QtCore/QStringList>
 
 #include <optional>
+#include <stdexcept>
 
 namespace till::console {
+
+/// Nobody answers a question, because the input has ended. Not a BasicException: it passes through plugin and session,
+/// and the check stays as it was last saved, as after a kill.
+struct InputEnded : std::runtime_error
+{
+    using runtime_error::runtime_error;
+};
 
 /// Opens closed standard streams on /dev/null; otherwise a file opened later, such as the log, could take the place of
 /// such a stream and receive what is printed. To be called first.

@@ -4,7 +4,6 @@
 #include "console.h"
 #include "loyalty.h"
 
-#include <core/basicexception.h>
 #include <core/plaintext.h>
 
 #include <QtCore/QProcess>
@@ -30,8 +29,10 @@ bool askInTerminal(const tr::Tr &first, const tr::Tr &second)
 {
     for (;;) {
         const std::optional<QString> line = console::readLine(u"  | 1 - %1, 2 - %2: "_s.arg(first.ru(), second.ru()));
-        if (!line) // Nobody has answered, so nothing may be decided.
-            throw BasicException(u"Ответа нет: ввод закончился"_s);
+        if (!line) {
+            console::printLine({});
+            throw console::InputEnded("Ответа нет: ввод закончился");
+        }
         if (line == u"2"_s)
             return false;
         if (line == u"1"_s)

@@ -27,11 +27,22 @@ const ScenarioCheck *firstCheck(const QList<Scenario> &scenarios)
     return nullptr;
 }
 
+/// Nothing where it would need an answer that nobody gives; the check then waits as it is.
+std::optional<CheckResult> resume(CheckSession &session)
+{
+    try {
+        return session.resume();
+    } catch (const console::InputEnded &error) {
+        console::printLine(QString::fromUtf8(error.what()));
+        return std::nullopt;
+    }
+}
+
 /// Recovers what an earlier run has left, and says so.
 void recover(SellingTill &till)
 {
     till.host().queue().findProblem();
-    if (const std::optional<CheckResult> ended = till.session().resume()) {
+    if (const std::optional<CheckResult> ended = resume(till.session())) {
         console::printLine(u"\nЗавершён чек, прерванный при закрытии"_s);
         printReceipt(*ended, till.drain());
     } else if (till.session().isOpen()) {
@@ -100,6 +111,8 @@ ExitStatus withTill(const Options &options, const Answers &answers, Sell sell)
         return sell(till, *cashier);
     } catch (const BasicException &error) {
         return fail(error, Differed);
+    } catch (const console::InputEnded &error) {
+        return fail(BasicException(QString::fromUtf8(error.what())), Differed);
     }
 }
 

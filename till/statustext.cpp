@@ -31,9 +31,9 @@ QString loyaltyText(TillHost &host)
 QString openCheckText(CheckStore &store, const QString &configFile)
 {
     const auto document = store.restore();
-    const QStringList notices = store.takeNotices();
+    const QString notice = plainText(store.takeNotices().join(u' '), longestReason);
     if (!document)
-        return (notices.isEmpty() ? u"Открытого чека нет"_s : notices.join(u'\n')) + u'\n';
+        return (notice.isEmpty() ? u"Открытого чека нет"_s : notice) + u'\n';
     const auto card = document->getCardRecords().value(0);
     const CheckResult result = resultOf(*document, card, card ? card->getPointsForEarn().toDouble() : 0);
     return checkView(result) + waitingFor(TillState::readFrom(*document)) + u'\n' + waysToGoOn(configFile);

@@ -43,6 +43,8 @@ void TerminalSale::run()
             perform(*line);
         } catch (const BasicException &error) {
             Singleton<CashierUi>::instance()->show(error.text());
+        } catch (const console::InputEnded &) {
+            break;
         }
     }
     if (m_session.isOpen())

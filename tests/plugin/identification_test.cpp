@@ -70,6 +70,11 @@ TEST_F(Identification, FailuresAreReported)
     EXPECT_EQ(plugin.getLastErrorString().ru(), u"отказ");
     EXPECT_TRUE(service.calls.contains(u"searchCustomer?Brand=B&CardNumber=2000"_s));
     EXPECT_EQ(plugin.getCardNumber({static_cast<int>(ECardNumberType::Scanned), u"5"_s}).cardNumber, u"5");
+
+    service.failures.clear();
+    service.answers[u"loyaltyBalanceInfo"_s] = service.ok(R"({"data": {"AmountQty": 1e300}})");
+    EXPECT_FALSE(plugin.identifyByCard(card, ECardNumberType::Manual));
+    EXPECT_EQ(plugin.pointsForSpend, 0);
 }
 
 } // namespace kvo

@@ -47,7 +47,7 @@ class Sales:
     def spend_and_end(self, percent):
         return (["spend"] if self.chance(percent) else []) + ["close" if self.chance(85) else "void"]
 
-    # As many as there are failures; what is left unanswered ends with the card removed.
+    # As many as there are failures; where one is left unanswered the till ends.
     def answers(self):
         answers = {"dialogs": ["retry" if self.chance(95) else "remove" for _ in range(30)]}
         if self.chance(5):

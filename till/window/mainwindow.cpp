@@ -152,7 +152,7 @@ void MainWindow::removeLine()
 
 void MainWindow::removeCard()
 {
-    confirm({.text = tr("Убрать карту с чека? Баллы вернутся на неё."), .first = tr("Убрать"), .isRisky = true},
+    confirm({.text = tr("Убрать карту с чека?"), .first = tr("Убрать"), .isRisky = true},
             {.work = [](CheckDesk &desk, const QString &) { desk.session().removeCard(); }});
 }
 

@@ -100,7 +100,9 @@ void MainWindow::updateAreas()
     m_queue->setEnabled(isFree && !question);
     for (qsizetype index = 0; index < m_actions.size(); ++index) {
         const Action &action = m_actions.at(index);
-        const QString text = action.icon == "park"_L1 && !view.isOpen ? tr("Вернуть чек") : action.text;
+        const QString text = action.icon == "park"_L1 && !view.isOpen     ? tr("Вернуть чек")
+                             : action.icon == "card"_L1 && view.hasCard() ? tr("Убрать карту")
+                                                                          : action.text;
         action.button->setText(u"%1\nF%2"_s.arg(text, QString::number(index + 1)));
         action.button->setEnabled(isFree && (!action.isAllowed || action.isAllowed(view)));
     }
