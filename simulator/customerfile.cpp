@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -27,21 +26,6 @@ constexpr const char *samples = R"([
    "Cards": ["7770000000032"], "Balance": "320.55",
    "Tiers": [{"Name": "Бронза", "Discount": -1}, {"Name": "Серебро", "Discount": -1}, {"Name": "Золото", "Discount": 7}]}
 ])";
-
-/// Refuses an object that has a key twice: the library silently takes the last one.
-Json parse(std::istream &stream)
-{
-    std::vector<std::set<std::string>> objects;
-    return Json::parse(stream, [&objects](int /*depth*/, Json::parse_event_t event, const Json &parsed) {
-        if (event == Json::parse_event_t::object_start)
-            objects.emplace_back();
-        else if (event == Json::parse_event_t::object_end)
-            objects.pop_back();
-        else if (event == Json::parse_event_t::key && !objects.back().insert(parsed.get<std::string>()).second)
-            throw std::runtime_error("the key " + parsed.dump() + " is given twice in one object");
-        return true;
-    });
-}
 
 std::string textOr(const Fields &fields, const char *name)
 {
@@ -116,7 +100,12 @@ try {
     std::ifstream stream(file);
     if (!stream)
         throw std::runtime_error("cannot be read");
-    return readCustomers(parse(stream));
+    return readCustomers(
+        Json::parse(stream, [keys = RepeatedKeys()](int, Json::parse_event_t event, const Json &part) mutable {
+            if (!keys(event, part))
+                throw std::runtime_error("the key " + part.dump() + " is given twice in one object");
+            return true;
+        }));
 } catch (const std::exception &error) {
     throw std::runtime_error(file.string() + ": " + error.what());
 }

@@ -25,6 +25,7 @@ CREATE TABLE customers (
     balance INTEGER NOT NULL CHECK (balance >= 0)) STRICT;
 CREATE TABLE cards (
     number TEXT PRIMARY KEY, account TEXT NOT NULL REFERENCES customers, position INTEGER NOT NULL) STRICT;
+CREATE INDEX cards_by_account ON cards (account);
 CREATE TABLE tiers (
     account TEXT NOT NULL REFERENCES customers, position INTEGER NOT NULL, name TEXT NOT NULL,
     discount INTEGER NOT NULL, PRIMARY KEY (account, position)) STRICT;
@@ -45,6 +46,8 @@ CREATE TABLE movements (
     id INTEGER PRIMARY KEY AUTOINCREMENT, account TEXT NOT NULL REFERENCES customers, basket TEXT REFERENCES orders,
     kind TEXT NOT NULL CHECK (kind IN ('opening', 'adjust', 'reserve', 'release', 'spend', 'earn')),
     points INTEGER NOT NULL, at TEXT NOT NULL) STRICT;
+CREATE INDEX movements_by_account ON movements (account);
+CREATE INDEX movements_by_basket ON movements (basket);
 CREATE TABLE messages (
     id INTEGER PRIMARY KEY AUTOINCREMENT, at TEXT NOT NULL, brand TEXT NOT NULL, phone TEXT NOT NULL,
     text TEXT NOT NULL) STRICT;

@@ -18,6 +18,15 @@ void refuseField(const std::string &field, const std::string &problem)
     refuseField(field, problem, problem);
 }
 
+bool RepeatedKeys::operator()(Json::parse_event_t event, const Json &part)
+{
+    if (event == Json::parse_event_t::object_start)
+        m_objects.emplace_back();
+    else if (event == Json::parse_event_t::object_end)
+        m_objects.pop_back();
+    return event != Json::parse_event_t::key || m_objects.back().insert(part.get<std::string>()).second;
+}
+
 Fields::Fields(const Json &object, std::string where, std::initializer_list<const char *> names)
     : m_object(object), m_where(std::move(where))
 {

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,17 @@ using Json = nlohmann::json;
 
 /// The same for a problem that no cashier sees.
 [[noreturn]] void refuseField(const std::string &field, const std::string &problem);
+
+/// Sees the parts of a document as Json::parse() reads them. The library would silently take the last of repeated keys.
+class RepeatedKeys
+{
+public:
+    /// False for a key that its object has already.
+    bool operator()(Json::parse_event_t event, const Json &part);
+
+private:
+    std::vector<std::set<std::string>> m_objects;
+};
 
 /// Refers to the object, which must outlive it. All reading operations refuse missing and wrongly typed fields.
 class Fields

@@ -34,8 +34,12 @@ HttpServer::HttpServer(Database &database, const ServerOptions &options)
       m_admin(database, m_log, m_faults, m_feed)
 {
     m_server.set_error_handler([this](const auto &request, auto &response) { answerUnrouted(request, response); });
-    m_server.set_exception_handler([](const auto &, auto &response, const std::exception_ptr &) {
-        std::cerr << "loyalty-sim: a request failed unexpectedly" << std::endl;
+    m_server.set_exception_handler([](const auto &, auto &response, const std::exception_ptr &thrown) {
+        try {
+            std::rethrow_exception(thrown);
+        } catch (const std::exception &error) {
+            std::cerr << "loyalty-sim: a request failed unexpectedly: " << error.what() << std::endl;
+        }
         write(refusal(500, "Внутренняя ошибка сервиса"), response);
     });
     addApiRoutes();
@@ -120,7 +124,7 @@ Answer HttpServer::process(const std::string &method, const httplib::Request &re
 
 void HttpServer::answerUnrouted(const httplib::Request &request, httplib::Response &response) const
 {
-    if (!response.body.empty())
+    if (!response.body.empty() || response.has_header("Content-Type")) // answered, perhaps with an empty body
         return;
     const std::string allowed = m_routes.allowed(request.path);
     if (!allowed.empty() && allowed.find(request.method) == std::string::npos) {

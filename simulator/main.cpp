@@ -40,6 +40,8 @@ int printOutbox(const Inspection &options)
         throw std::runtime_error("the outbox is empty");
     if (options.last || options.code)
         found.erase(found.begin(), found.end() - 1);
+    if (options.code && sim::codeIn(found.front().text).empty())
+        throw std::runtime_error("the last message has no code");
     for (const sim::SentMessage &message : found)
         std::cout << (options.code ? sim::codeIn(message.text) : sim::plainText(message.text)) << '\n';
     return 0;

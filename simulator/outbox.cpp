@@ -30,12 +30,14 @@ std::vector<SentMessage> messages(const SQLite::Database &database, const std::s
 std::string codeIn(const std::string &text)
 {
     constexpr const char *digits = "0123456789";
-    const std::size_t last = text.find_last_of(digits);
-    if (last == std::string::npos)
-        return {};
-    const std::size_t before = text.find_last_not_of(digits, last);
-    const std::size_t first = before == std::string::npos ? 0 : before + 1;
-    return text.substr(first, last - first + 1);
+    std::string longest;
+    for (std::size_t first = text.find_first_of(digits); first != std::string::npos;) {
+        const std::size_t end = std::min(text.find_first_not_of(digits, first), text.size());
+        if (end - first > longest.size())
+            longest = text.substr(first, end - first);
+        first = text.find_first_of(digits, end);
+    }
+    return longest;
 }
 
 } // namespace sim

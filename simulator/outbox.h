@@ -26,7 +26,7 @@ std::int64_t keepMessage(const SQLite::Database &database, const MessageRequest 
 std::vector<SentMessage> messages(const SQLite::Database &database, const std::string &phone,
                                   int last = std::numeric_limits<int>::max());
 
-/// The confirmation code in a text: its last run of digits; empty if it has none.
+/// The confirmation code in a text: its longest number; empty if it has none.
 std::string codeIn(const std::string &text);
 
 } // namespace sim

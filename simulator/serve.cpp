@@ -59,6 +59,8 @@ void writePortFile(const std::filesystem::path &file, int port)
 int serve(const ServeOptions &options)
 {
     const sigset_t endSignals = blockEndSignals();
+    if (!options.portFile.empty())
+        std::filesystem::remove(options.portFile); // of an earlier run: nobody may take its port for this one's
     Database database(options.database, Database::Access::Serve);
     importCustomers(database, options.customers);
     HttpServer server(database, options.server);

@@ -58,10 +58,13 @@ BasketRequest readBasket(const Fields &fields)
 
 Json parseObject(const std::string &body)
 {
-    const auto checkDepth = [](int depth, Json::parse_event_t, const Json &) {
+    const auto checkDepth = [keys = RepeatedKeys()](int depth, Json::parse_event_t event, const Json &part) mutable {
         if (depth > deepest)
             throw Refusal(Refusal::Kind::BadRequest, "Тело запроса вложено слишком глубоко",
                           "the body is nested deeper than " + std::to_string(deepest) + " levels");
+        if (!keys(event, part))
+            throw Refusal(Refusal::Kind::BadRequest, "Ключ " + part.dump() + " указан дважды в одном объекте",
+                          "the key " + part.dump() + " is given twice in one object");
         return true;
     };
     Json object = Json::parse(body, checkDepth, false);

@@ -30,7 +30,7 @@ TEST_F(Http, AnswersWhatItKnowsOfACustomer)
 TEST_F(Http, RefusesWrongQueriesAndCredentials)
 {
     const std::pair<const char *, int> cases[] = {
-        {"searchCustomer?Brand=K&Phone=+79001234567", 404}, // the plus is not encoded
+        {"searchCustomer?Brand=K&Phone=+79001234567", 400}, // the plus is not encoded
         {"searchCustomer?Brand=K&CardNumber=%ff%fe", 404},
         {"searchCustomer?Brand=X&CardNumber=7770000000001", 400},
         {"cardInfo?Brand=K&CardNumber=7770000000032&CustAccountNum=C-0001", 404},
@@ -130,6 +130,8 @@ TEST_F(Http, FailsOneRequestWithEachKindOfFault)
     EXPECT_EQ(caller.query("cardInfo").status, 503);
     caller.http.Delete("/sim/faults/5");
     EXPECT_EQ(caller.call("cancelOrder", "b").outcome(), "ok");
+    caller.fault({{"method", "cancelOrder"}, {"kind", "status"}, {"body", ""}});
+    EXPECT_EQ(caller.call("cancelOrder", "b").text, "");
     EXPECT_EQ(caller.http.Delete("/sim/faults/5")->status, 404);
 }
 

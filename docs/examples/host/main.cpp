@@ -96,7 +96,7 @@ int run(const QStringList &arguments)
     if (!loyalty)
         throw BasicException(u"%1: %2"_s.arg(arguments.at(2), loader.errorString()));
     if (!loyalty->init())
-        throw BasicException(u"%1: a system with this code is registered already"_s.arg(arguments.at(2)));
+        throw BasicException(u"%1 is registered already"_s.arg(arguments.at(2)));
     sell(*loyalty, arguments.at(3));
 
     QueueDrain drain;
