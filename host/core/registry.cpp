@@ -13,7 +13,7 @@ namespace {
 // Keyed by the type's name, because its std::type_info goes away with the library that asked first.
 struct Storage
 {
-    std::recursive_mutex mutex; // what is created or destroyed may use the registry
+    std::recursive_mutex mutex; // an object that is being created may use the registry
     std::unordered_map<std::string, std::shared_ptr<void>> objects;
 };
 
@@ -27,22 +27,27 @@ Storage &storage()
 
 std::shared_ptr<void> find(const std::type_info &key)
 {
-    return findOrCreate(key, [] { return std::shared_ptr<void>(); });
+    Storage &all = storage();
+    const std::lock_guard lock(all.mutex);
+    const auto found = all.objects.find(key.name());
+    return found == all.objects.end() ? nullptr : found->second;
 }
 
 std::shared_ptr<void> findOrCreate(const std::type_info &key, std::shared_ptr<void> (*create)())
 {
-    const std::lock_guard lock(storage().mutex);
-    std::shared_ptr<void> &object = storage().objects[key.name()];
-    if (!object)
-        object = create();
-    return object;
+    Storage &all = storage();
+    const std::lock_guard lock(all.mutex);
+    if (auto object = find(key))
+        return object;
+    return all.objects[key.name()] = create();
 }
 
 void store(const std::type_info &key, std::shared_ptr<void> value)
 {
-    const std::lock_guard lock(storage().mutex);
-    storage().objects[key.name()].swap(value);
+    Storage &all = storage();
+    const std::lock_guard lock(all.mutex);
+    all.objects[key.name()].swap(value);
+    // `value` is now the old object; it goes after the lock, since its destructor may wait for another thread.
 }
 
 } // namespace poshost::registry

@@ -13,7 +13,7 @@ namespace poshost::registry {
 POSHOST_EXPORT std::shared_ptr<void> find(const std::type_info &key);
 
 /// Returns what is stored under `key`; when there is nothing, stores and returns `create()`. Thread-safe; `create` may
-/// itself use the registry.
+/// itself use the registry, but must not wait for another thread that does.
 POSHOST_EXPORT std::shared_ptr<void> findOrCreate(const std::type_info &key, std::shared_ptr<void> (*create)());
 
 /// Replaces what is stored under `key`; null removes it. Thread-safe.
