@@ -101,7 +101,7 @@ QList<Setting> loyaltySettings()
     return list;
 }
 
-QueueDrain::Handler makeLoyaltySender()
+QueueHandler makeLoyaltySender()
 {
     const auto client = QSharedPointer<QueueClient>::create();
     return [client](const QJsonObject &event) {

@@ -21,7 +21,7 @@ QList<Setting> loyaltySettings();
 /// credentials replace those that a request was stored with. The handler returns only when the service has accepted the
 /// request: with a status of 2xx, or by saying "success": true. A refusal by the service is a QueueRefusal,
 /// everything else a BasicException, so that the queue keeps the request.
-QueueDrain::Handler makeLoyaltySender();
+QueueHandler makeLoyaltySender();
 
 /// What the service can be asked without changing anything, addressed the way the plugin would.
 struct LoyaltyQueries

@@ -19,13 +19,11 @@ struct CheckRow
     QByteArray content = {}; ///< Compact JSON.
 };
 
-/// What is stored of one check. Keeps a copy of every object, because comparing is much cheaper than writing.
+/// What is stored of one check, at first nothing. Keeps a copy of every object, because comparing is much cheaper than
+/// writing.
 class POSHOST_EXPORT CheckRows
 {
 public:
-    /// Nothing is stored yet.
-    CheckRows() = default;
-
     struct Changes
     {
         QList<CheckRow> removed; ///< Without content.

@@ -13,7 +13,6 @@ class POSHOST_EXPORT SaleDocument : public AbstractDocument
 
 public:
     enum class State : int { Open = 0, Closed = 1, Voided = 2 };
-    Q_ENUM(State)
 
     /// A new open check with a random identifier, opened now.
     explicit SaleDocument(EDocumentType type = EDocumentType::Sale);

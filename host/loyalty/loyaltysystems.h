@@ -18,8 +18,6 @@ public:
     /// The system that answers for the card; null when none does.
     BasicLoyaltySystem *findByCard(const DocumentCardRecord &card) const;
 
-    const QList<BasicLoyaltySystem *> &all() const { return m_systems; }
-
 private:
     QList<BasicLoyaltySystem *> m_systems;
 };

@@ -16,7 +16,7 @@ QueueDrain::~QueueDrain()
     stop();
 }
 
-void QueueDrain::setHandler(const QString &owner, const Handler &handler)
+void QueueDrain::setHandler(const QString &owner, const QueueHandler &handler)
 {
     m_handlers.insert(owner, handler);
 }

@@ -24,8 +24,6 @@ struct QueueSettings;
 class POSHOST_EXPORT QueueDrain
 {
 public:
-    using Handler = QueueHandler;
-
     /// Works on the configured database, see DBQueueBroker. Does nothing until start(). A push in this process wakes
     /// it; what another process has pushed, and the end of a back-off, it finds when it looks by itself.
     explicit QueueDrain(std::chrono::milliseconds timeBetweenLooks = std::chrono::seconds(1));
@@ -35,7 +33,7 @@ public:
     Q_DISABLE_COPY_MOVE(QueueDrain)
 
     /// Who sends the events of `owner`. To be set before start(); events of owners without a handler stay in the queue.
-    void setHandler(const QString &owner, const Handler &handler);
+    void setHandler(const QString &owner, const QueueHandler &handler);
 
     /// Throws BasicException when the queue's configuration makes no sense.
     void start();
@@ -56,7 +54,7 @@ private:
     void reportDrained(quint64 seen);
 
     std::chrono::milliseconds m_timeBetweenLooks;
-    QHash<QString, Handler> m_handlers;
+    QHash<QString, QueueHandler> m_handlers;
     std::thread m_thread;
     std::atomic<bool> m_stopping = false;
     std::atomic<bool> m_endBackOffs = false;
