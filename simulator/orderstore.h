@@ -37,8 +37,8 @@ struct Order
 
     Kopecks amount() const; ///< before points and payment discounts
     Points points() const;  ///< of all lines
-    /// Points taken from the balance and not spent yet.
     bool isPosted() const { return state == State::Posted || state == State::Bound; }
+    /// Points taken from the balance and not spent yet.
     Points reserved() const { return state == State::Created ? points() : 0; }
 };
 

@@ -70,9 +70,7 @@ QList<Goods> Catalogue::search(const QString &words) const
     QList<Goods> found;
     for (const Goods &article : m_goods) {
         const QString name = folded(article.name);
-        const bool matches =
-            std::all_of(wanted.cbegin(), wanted.cend(), [&name](const QString &word) { return name.contains(word); });
-        if (!wanted.isEmpty() && matches)
+        if (std::all_of(wanted.cbegin(), wanted.cend(), [&name](const QString &word) { return name.contains(word); }))
             found.append(article);
     }
     return found;

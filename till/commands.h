@@ -44,6 +44,8 @@ struct Options
     QString journalSince; ///< An ISO date or date and time; empty: from the beginning.
 };
 
+// The commands. They throw BasicException when the program could not begin: its status is Unusable then.
+
 /// Plays the scenarios, then gives the queue `drainTime` to deliver what the checks have left in it. Without scenarios
 /// it finishes what an earlier run has left, and says what can be done with what stays open.
 ExitStatus runScenarios(const Options &options);

@@ -16,7 +16,6 @@
 #include <QtCore/QStandardPaths>
 
 #include <cerrno>
-#include <cstdio>
 
 using namespace Qt::Literals::StringLiterals;
 
