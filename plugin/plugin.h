@@ -54,7 +54,8 @@ public:
 
     /// Prices the check (calculateOrder): points that may be spent and that will be earned, and the order's identifier.
     /// False after an error of the service, see getLastErrorString(); the points then stay as they were. Throws
-    /// BasicException when the answer's sums make no sense or the check cannot be saved.
+    /// BasicException when the answer's sums make no sense or the check cannot be saved; the card then has its earlier
+    /// operation id and info again.
     bool request(const QSharedPointer<AbstractDocument> &document) override;
 
     /// Pays with the points for spending: confirms with the customer if configured, creates the order (createOrder) and

@@ -63,10 +63,11 @@ Json searchCustomer(const SQLite::Database &database, const Api::Parameters &par
     const char *const key = byPhone ? "Phone" : "CardNumber";
     allowOnly(parameters, {"Brand", key});
     const std::string &value = parameter(parameters, key);
-    if (byPhone && phoneKey(value).empty())
+    const std::string phone = byPhone ? phoneKey(value) : std::string();
+    if (byPhone && phone.empty())
         throw Refusal(Refusal::Kind::BadRequest, "Телефон указан неверно, ожидается номер вида +79001234567",
                       "parameter Phone: expected a number like +79001234567; in a URL the plus is %2B");
-    const auto found = byPhone ? findByPhone(database, phoneKey(value)) : findByCard(database, value);
+    const auto found = byPhone ? findByPhone(database, phone) : findByCard(database, value);
     // Without the phone: the text reaches logs, which must not hold whole telephone numbers.
     if (!found)
         throw Refusal(Refusal::Kind::NotFound,

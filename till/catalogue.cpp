@@ -37,7 +37,7 @@ double parseQuantity(const QString &text)
     const double quantity = readNumber(text, 3).value_or(0);
     if (quantity <= 0)
         throw BasicException(
-            u"Количество \"%1\" не подходит. Введите число больше нуля и не больше миллиона, например 3 или 1,25"_s.arg(
+            u"Количество \"%1\" не подходит. Введите число больше нуля и меньше миллиона, например 3 или 1,25"_s.arg(
                 text));
     return quantity;
 }

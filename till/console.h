@@ -13,7 +13,7 @@ namespace till::console {
 /// and the check stays as it was last saved, as after a kill.
 struct InputEnded : std::runtime_error
 {
-    using runtime_error::runtime_error;
+    InputEnded() : runtime_error("Ответа нет: ввод закончился") {}
 };
 
 /// Opens closed standard streams on /dev/null; otherwise a file opened later, such as the log, could take the place of

@@ -31,7 +31,7 @@ bool askInTerminal(const tr::Tr &first, const tr::Tr &second)
         const std::optional<QString> line = console::readLine(u"  | 1 - %1, 2 - %2: "_s.arg(first.ru(), second.ru()));
         if (!line) {
             console::printLine({});
-            throw console::InputEnded("Ответа нет: ввод закончился");
+            throw console::InputEnded();
         }
         if (line == u"2"_s)
             return false;

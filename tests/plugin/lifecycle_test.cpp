@@ -36,7 +36,7 @@ TEST_F(Lifecycle, AResultThatWasDroppedOrReplacedDoesNotComeBack)
 {
     const std::function<void()> steps[] = {
         [this] {
-            serviceAnswers(R"({"earnPoints": -1, "redeemPointsAmount": 7})");
+            serviceAnswers(R"({"earnPoints": -1, "redeemPoints": [{"points": 7}]})");
             const QVariant info = card->getOperationInfo();
             card->setOperationId(QString());
             EXPECT_THROW(plugin.request(document), BasicException);

@@ -41,8 +41,8 @@ class Sales:
 
     def change_or_price(self):
         change = {"change": {"line": self.number(1, 4), "quantity": self.number(1, 5)}}
-        return self.random.choice(("restore", "subtotal", "price", "spend", "nocard", change, change, {"add": self.goods()},
-                                   {"remove": self.number(2, 4)}))
+        return self.random.choice(("restore", "subtotal", "price", "spend", "nocard", change, change,
+                                   {"add": self.goods()}, {"remove": self.number(2, 4)}))
 
     def spend_and_end(self, percent):
         return (["spend"] if self.chance(percent) else []) + ["close" if self.chance(85) else "void"]
