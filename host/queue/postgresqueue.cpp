@@ -282,6 +282,7 @@ public:
                            {lease.id()});
     }
     int summaryRow() const override { return m_summaryRow; }
+    QStringView eventValue() const override { return u"convert_from(?, 'UTF8')"; }
     QStringView eventColumn() const override { return u"e.event"; }
 
 private:

@@ -65,7 +65,9 @@ public:
     /// The row of the summary that this connection updates.
     virtual int summaryRow() const = 0;
 
-    /// The column with an event's text, in the form that the driver returns as UTF-8 if it can.
+    /// An event's text as a value to be bound and as a column to be read, both as UTF-8 if the driver can: SQLite
+    /// would convert every character.
+    virtual QStringView eventValue() const = 0;
     virtual QStringView eventColumn() const = 0;
 
 protected:

@@ -8,7 +8,7 @@ namespace queuesql {
 
 // Values: owner, basket, text, created.
 inline constexpr QStringView push =
-    u"INSERT INTO event (owner, basket, event, created, state) VALUES (?, ?, ?, ?, 'waiting')";
+    u"INSERT INTO event (owner, basket, event, created, state) VALUES (?, ?, %1, ?, 'waiting')";
 
 // If the event is alone in its order, it is the head. Values: owner, owner, basket.
 inline constexpr QStringView pushHead =

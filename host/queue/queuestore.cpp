@@ -54,6 +54,7 @@ QueueStore::QueueStore(const QueueSettings &settings, DatabaseConnection::Commit
                      ? QueueDatabase::openSqlite(settings, commits, ifMissing)
                      : QueueDatabase::openPostgres(settings, commits, ifMissing)),
       m_connection(m_database->connection()),
+      m_push(queuesql::push.toString().arg(m_database->eventValue())),
       m_claimDue(claimText(queuesql::due, *m_database)),
       m_claimTooFar(claimText(queuesql::tooFar, *m_database)),
       m_claimAskedFor(claimText(queuesql::askedFor, *m_database)),
@@ -67,7 +68,7 @@ void QueueStore::push(const QString &owner, const QString &basket, const QByteAr
         return push(owner, loneOrder.toString() + QUuid::createUuid().toString(QUuid::WithoutBraces), event, now);
     DatabaseTransaction transaction(m_connection);
     m_database->lockOrder(owner, basket);
-    m_connection.change(queuesql::push, {owner, basket, QString::fromUtf8(event), storedTime(now)});
+    m_connection.change(m_push, {owner, basket, event, storedTime(now)});
     const bool isHead = m_connection.change(queuesql::pushHead, {owner, owner, basket}) > 0;
     const bool isBlocked = !isHead && m_connection.value(queuesql::hasDeadLetter, {owner, basket}).toBool();
     count(isBlocked ? Counts{0, 1} : Counts{1, 0});

@@ -116,6 +116,7 @@ private:
     std::unique_ptr<QueueDatabase> m_database;
     DatabaseConnection &m_connection;
     // Statements as this kind of database has them:
+    QString m_push;
     QString m_claimDue;
     QString m_claimTooFar;
     QString m_claimAskedFor;

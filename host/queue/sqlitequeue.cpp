@@ -115,6 +115,7 @@ public:
     void lockOrder(const QString &, const QString &) override {}
     void lockOrdersOf(const QueueLease &) override {}
     int summaryRow() const override { return 0; }
+    QStringView eventValue() const override { return u"CAST(? AS TEXT)"; }
     QStringView eventColumn() const override { return u"CAST(e.event AS BLOB)"; }
 
 private:
