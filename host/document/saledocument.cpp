@@ -112,10 +112,15 @@ SaleDocument::~SaleDocument() = default;
 int SaleDocument::addGoodsItem(const QSharedPointer<GoodsItem> &item)
 {
     requireSaleable(item->getQuantity(), item->getPrice());
-    item->setPosnum(++m_lastPosnum);
+    item->setPosnum(lastPosnum() + 1);
     item->setDiscountSum({});
     m_goods.append(item);
-    return m_lastPosnum;
+    return item->getPosnum();
+}
+
+int SaleDocument::lastPosnum() const
+{
+    return m_goods.isEmpty() ? m_lastRemovedPosnum : std::max(m_lastRemovedPosnum, m_goods.last()->getPosnum());
 }
 
 QSharedPointer<GoodsItem> SaleDocument::findGoodsItem(int posnum) const
@@ -154,13 +159,14 @@ void SaleDocument::removeGoodsItem(int posnum)
         return !reduce(*impact, [posnum](const auto &share) { return share.getPosition() != posnum; });
     });
     m_goods.removeOne(item);
+    m_lastRemovedPosnum = std::max(m_lastRemovedPosnum, posnum);
     updateDiscounts();
 }
 
 void SaleDocument::putBackGoodsItem(const QSharedPointer<GoodsItem> &item)
 {
     requireSaleable(item->getQuantity(), item->getPrice());
-    if (findGoodsItem(item->getPosnum()) || item->getPosnum() < 1 || item->getPosnum() > m_lastPosnum)
+    if (findGoodsItem(item->getPosnum()) || item->getPosnum() < 1 || item->getPosnum() > lastPosnum())
         throw BasicException(u"Строку %1 нельзя вернуть в чек"_s.arg(item->getPosnum()));
     const auto place = std::find_if(m_goods.cbegin(), m_goods.cend(),
                                     [&item](const auto &other) { return other->getPosnum() > item->getPosnum(); });
@@ -303,11 +309,11 @@ void SaleDocument::assemble(const QList<QSharedPointer<GoodsItem>> &goods,
 void SaleDocument::requireConsistent() const
 {
     Money ofLines;
-    int lastPosnum = 0;
+    int before = 0;
     for (const auto &item : m_goods) {
         ofLines += item->getDiscountSum();
         const int posnum = item->getPosnum();
-        if (posnum <= std::exchange(lastPosnum, posnum) || posnum > m_lastPosnum || item->getTotal() < Money())
+        if (posnum <= std::exchange(before, posnum) || item->getTotal() < Money())
             throw BasicException(u"строка чека %1 не сходится с чеком"_s.arg(posnum));
     }
     if (ofLines != getDiscountSum())

@@ -81,7 +81,7 @@ public:
             StoredField("state", &Sale::m_state),
             StoredField("identifier", &Sale::m_identifier, [](const QString &text) { return !text.isEmpty(); }),
             StoredField("dateTime", &Sale::m_dateTime, [](const QDateTime &time) { return time.isValid(); }),
-            StoredField("lastPosnum", &Sale::m_lastPosnum, [](const int &number) { return number >= 0; }),
+            StoredField("lastRemovedPosnum", &Sale::m_lastRemovedPosnum, [](const int &number) { return number >= 0; }),
             StoredField("lastCardCode", &Sale::m_lastCardCode, [](const int &number) { return number >= 0; })};
     }
 
@@ -91,6 +91,7 @@ public:
                   const QList<QSharedPointer<DocumentImpact>> &impacts);
 
 private:
+    int lastPosnum() const; ///< The highest number given so far.
     QList<Money> roundShares(const DocumentImpact &impact,
                              const QList<QSharedPointer<DocumentImpactDetail>> &shares) const;
     void requireFits(const QList<QSharedPointer<DocumentImpactDetail>> &shares, const QList<Money> &sums) const;
@@ -102,7 +103,7 @@ private:
     State m_state = State::Open;
     QString m_identifier;
     QDateTime m_dateTime;
-    int m_lastPosnum = 0;
+    int m_lastRemovedPosnum = 0; ///< Numbers are not given twice; those above it are the lines' own.
     int m_lastCardCode = 0;
     QList<QSharedPointer<GoodsItem>> m_goods;
     QList<QSharedPointer<DocumentCardRecord>> m_cards;

@@ -110,7 +110,7 @@ TEST(CheckRowsTest, WhatIsOutsideItsLimitsIsRefusedByRowAndField)
         {"card", 2, "\"pointsForEarn\":5", "«pointsForEarn»", {"null"}, {"-1", "\"5\""}},
         {"check", 0, "\"type\":1", "«type»", {"2", "25"}, {"0", "3"}},
         {"check", 0, "\"state\":0", "«state»", {"1", "2"}, {"-1", "3"}},
-        {"check", 0, "\"lastPosnum\":2", "«lastPosnum»", {"3"}, {"-1"}},
+        {"check", 0, "\"lastRemovedPosnum\":0", "«lastRemovedPosnum»", {"3"}, {"-1"}},
         {"check", 0, "\"lastCardCode\":2", "«lastCardCode»", {"3"}, {"-1"}},
     };
     for (const auto &[kind, key, from, field, good, bad] : cases) {
@@ -133,7 +133,6 @@ TEST(CheckRowsTest, RowsThatAreMissingOrContradictEachOtherAreRefused)
         {"goods", 2, "{", "[{", "«goods 2», это не JSON"},
         {"check", 0, "", "", "«check» отсутствует"},
         {"check", 0, "\"identifier\":\"", "\"identifier\":\"\",\"x\":\"", "«check», поле «identifier»"},
-        {"check", 0, "\"lastPosnum\":2", "\"lastPosnum\":1", "строка чека 2"},
         {"goods", 2, "\"posnum\":2", "\"posnum\":1", "строка чека 1"},
         {"goods", 1, "\"price\":10000", "\"price\":3000", "строка чека 1"},
         {"goods", 1, "", "", "скидки строк"},
