@@ -19,22 +19,21 @@ const QString impactKind = u"impact"_s;
 const QString dataKind = u"data "_s;
 constexpr auto bonusKey = "bonus"_L1;
 
-QByteArray textOf(const QJsonObject &object)
-{
-    return jsontext::compact(QJsonDocument(object));
-}
-
 template <class T>
 QByteArray contentOf(const T &object)
 {
-    return textOf(storedrow::write(object));
+    return storedrow::textOf(object);
 }
 
 QByteArray contentOf(const DocumentImpact &impact)
 {
-    QJsonObject row = storedrow::write(impact);
-    row.insert(bonusKey, dynamic_cast<const BonusImpact *>(&impact) != nullptr);
-    return textOf(row);
+    return jsontext::compact([&impact](QCborStreamWriter &row) {
+        row.startMap(storedrow::fieldCount<DocumentImpact> + 1);
+        storedrow::appendFields(row, impact);
+        row.append(bonusKey);
+        row.append(dynamic_cast<const BonusImpact *>(&impact) != nullptr);
+        row.endMap();
+    });
 }
 
 // Values of other types may be equal and yet have changed: lists of pointers are equal when the pointers are.
@@ -61,7 +60,11 @@ bool isSurelySame(const QVariant &a, const QVariant &b)
 
 QByteArray contentOf(const QVariant &value)
 {
-    return jsontext::compact(QJsonDocument(QJsonArray{storedrow::toJson(value)}));
+    return jsontext::compact([&value](QCborStreamWriter &row) {
+        row.startArray(1);
+        storedrow::append(row, value);
+        row.endArray();
+    });
 }
 
 QJsonDocument parse(const CheckRow &row)
@@ -123,20 +126,22 @@ void CheckRows::updateList(const QString &kind, KeptList<T> &kept, const QList<Q
 {
     qsizetype place = 0;
     for (const auto &object : objects) {
-        const auto begin = kept.begin() + place;
-        const auto found = std::find_if(begin, kept.end(), [&](const auto &entry) { return entry.object == object; });
-        if (found == kept.end()) {
-            kept.insert(place, {object, storedrow::copy(*object), keyOf(*object)});
-            changes.written.append({kind, kept.at(place).key, contentOf(*object)});
-        } else {
-            std::for_each(begin, found, [&](const auto &gone) { changes.removed.append({kind, gone.key}); });
-            if (!storedrow::isSame(*found->copy, *object)) {
-                found->copy = storedrow::copy(*object);
-                changes.written.append({kind, found->key, contentOf(*object)});
+        if (place == kept.size() || kept.at(place).object != object) {
+            const auto begin = kept.begin() + place;
+            const auto found =
+                std::find_if(begin, kept.end(), [&](const auto &entry) { return entry.object == object; });
+            if (found == kept.end()) {
+                kept.insert(place, {object, storedrow::copy(*object), keyOf(*object)});
+                changes.written.append({kind, kept.at(place++).key, contentOf(*object)});
+                continue;
             }
+            std::for_each(begin, found, [&](const auto &gone) { changes.removed.append({kind, gone.key}); });
             kept.erase(begin, found);
         }
-        ++place;
+        if (auto &[same, copy, key] = kept[place++]; !storedrow::isSame(*copy, *object)) {
+            copy = storedrow::copy(*object);
+            changes.written.append({kind, key, contentOf(*object)});
+        }
     }
     for (; kept.size() > place; kept.removeLast())
         changes.removed.append({kind, kept.last().key});
@@ -144,24 +149,27 @@ void CheckRows::updateList(const QString &kind, KeptList<T> &kept, const QList<Q
 
 void CheckRows::updateData(const SaleDocument &check, Changes &changes)
 {
-    KeptData before = std::exchange(m_data, {});
-    for (const QStringList storeKeys = check.pluginDataKeys(); const QString &storeKey : storeKeys) {
+    for (const QStringList storeKeys = check.pluginDataKeys(); const QString &storeKey : storeKeys)
+        m_data.try_emplace(storeKey);
+    for (auto &[storeKey, kept] : m_data) {
+        const QString kind = dataKind + storeKey;
         const QVariantMap data = check.getPluginData(storeKey);
         for (auto entry = data.cbegin(); entry != data.cend(); ++entry) {
-            KeptValue kept = before[storeKey].take(entry.key());
+            KeptValue &value = kept[entry.key()];
             const QVariant plain = plainOf(*entry);
-            if (kept.content.isNull() || !isSurelySame(kept.value, plain)) {
-                const QByteArray content = contentOf(plain);
-                if (content != kept.content)
-                    changes.written.append({dataKind + storeKey, entry.key(), content});
-                kept = {plain, content};
-            }
-            m_data[storeKey].insert(entry.key(), kept);
+            if (!value.content.isNull() && isSurelySame(value.value, plain))
+                continue;
+            const QByteArray content = contentOf(plain);
+            if (content != value.content)
+                changes.written.append({kind, entry.key(), content});
+            value = {plain, content};
         }
-    }
-    for (auto storeKey = before.cbegin(); storeKey != before.cend(); ++storeKey) {
-        for (auto entry = storeKey->cbegin(); entry != storeKey->cend(); ++entry)
-            changes.removed.append({dataKind + storeKey.key(), entry.key()});
+        kept.removeIf([&](KeptValues::iterator value) {
+            const bool isGone = !data.contains(value.key());
+            if (isGone)
+                changes.removed.append({kind, value.key()});
+            return isGone;
+        });
     }
 }
 

@@ -7,6 +7,7 @@
 
 #include <QtCore/QHash>
 
+#include <map>
 #include <optional>
 
 /// The key depends on the kind. "check", the check's own fields: 0. "goods": the line's number. "card": the card's
@@ -55,7 +56,7 @@ private:
         QVariant value;
         QByteArray content;
     };
-    using KeptData = QHash<QString, QHash<QString, KeptValue>>; // by store key and key
+    using KeptValues = QHash<QString, KeptValue>;
 
     template <class T>
     void updateList(const QString &kind, KeptList<T> &kept, const QList<QSharedPointer<T>> &objects, Changes &changes);
@@ -70,6 +71,6 @@ private:
     KeptList<GoodsItem> m_goods;
     KeptList<DocumentCardRecord> m_cards;
     KeptList<DocumentImpact> m_impacts;
-    KeptData m_data;
+    std::map<QString, KeptValues> m_data; ///< By store key and key.
     qint64 m_lastImpact = 0;
 };

@@ -12,6 +12,7 @@
 #include <QtCore/QLocale>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstring>
@@ -22,7 +23,15 @@ namespace jsontext {
 
 namespace {
 
-/// Converts the CBOR written to it into JSON. Trusts its input, which always comes from Qt.
+// A table, because the test is made for each character of a text.
+constexpr auto isEscaped = [] {
+    std::array<bool, 256> table{};
+    for (unsigned c = 0; c < table.size(); ++c)
+        table[c] = c < ' ' || c == '"' || c == '\\';
+    return table;
+}();
+
+/// Converts the CBOR written to it into JSON. Trusts its input, which always comes from Qt and holds what JSON can.
 class Transcoder : public QIODevice
 {
 public:
@@ -155,7 +164,7 @@ private:
     {
         std::size_t copied = 0;
         for (std::size_t i = 0; i < text.size(); ++i) {
-            if (const auto c = static_cast<uchar>(text[i]); c < ' ' || c == '"' || c == '\\') {
+            if (isEscaped[static_cast<uchar>(text[i])]) {
                 put(text.substr(copied, i - copied));
                 putEscaped(text[i]);
                 copied = i + 1;
@@ -231,9 +240,14 @@ QByteArray compact(const QJsonDocument &json)
     if (json.isNull())
         return {};
     const QJsonValue top = json.isArray() ? QJsonValue(json.array()) : QJsonValue(json.object());
+    return compact([&](QCborStreamWriter &writer) { QCborValue::fromJsonValue(top).toCbor(writer); });
+}
+
+QByteArray compact(const std::function<void(QCborStreamWriter &)> &write)
+{
     Transcoder transcoder;
     QCborStreamWriter writer(&transcoder);
-    QCborValue::fromJsonValue(top).toCbor(writer);
+    write(writer);
     return transcoder.text();
 }
 

@@ -3,6 +3,8 @@
 
 #include "storedrow.h"
 
+#include <QtCore/QJsonDocument>
+
 #include <algorithm>
 #include <cmath>
 
@@ -47,7 +49,7 @@ bool GoodsItem::isSaleable(double quantity, Money price)
 
 QVariantMap GoodsItem::toMap() const
 {
-    return storedrow::write(*this).toVariantMap();
+    return QJsonDocument::fromJson(storedrow::textOf(*this)).object().toVariantMap();
 }
 
 QSharedPointer<GoodsItem> GoodsItem::fromMap(const QVariantMap &map)

@@ -3,6 +3,8 @@
 
 #include <core/serder.h>
 
+#include <QtCore/QCborValue>
+
 #include <cmath>
 #include <limits>
 
@@ -42,31 +44,39 @@ BasicException fieldError(const QString &name, const BasicException &error)
                                                   : start + name + u"»: "_s + inner);
 }
 
-QJsonValue toJson(const QVariant &value)
+void append(QCborStreamWriter &row, const QVariant &value)
 {
-    return serder::toJson(value);
+    QCborValue::fromJsonValue(serder::toJson(value)).toCbor(row);
 }
 
-QJsonValue toJson(double value)
+void append(QCborStreamWriter &row, double value)
 {
     if (!std::isfinite(value))
         fail(u"число не конечно"_s);
-    return value;
+    row.append(value);
 }
 
-QJsonValue toJson(Money value)
+void append(QCborStreamWriter &row, Money value)
 {
-    return value.kopecks();
+    row.append(value.kopecks());
 }
 
-QJsonValue toJson(const QDate &value)
+void append(QCborStreamWriter &row, const QDate &value)
 {
-    return value.toString(Qt::ISODate);
+    row.append(value.toString(Qt::ISODate));
 }
 
-QJsonValue toJson(const QDateTime &value)
+void append(QCborStreamWriter &row, const QDateTime &value)
 {
-    return value.toString(Qt::ISODateWithMs);
+    row.append(value.toString(Qt::ISODateWithMs));
+}
+
+void append(QCborStreamWriter &row, const QVariantList &value)
+{
+    row.startArray(static_cast<quint64>(value.size()));
+    for (const QVariant &element : value)
+        append(row, element);
+    row.endArray();
 }
 
 void fromJson(const QJsonValue &json, QVariant &value)

@@ -13,15 +13,18 @@
 #include "storedfield.h"
 
 #include <core/basicexception.h>
+#include <core/jsontext.h>
 #include <core/money.h>
 #include <document/client.h>
 #include <document/saledocument.h>
 
+#include <QtCore/QCborStreamWriter>
 #include <QtCore/QDateTime>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
 #include <QtCore/QSharedPointer>
 
+#include <concepts>
 #include <optional>
 #include <type_traits>
 #include <utility>
@@ -34,11 +37,14 @@ concept Stored = requires
     T::storedFields();
 };
 
-QJsonValue toJson(const QVariant &value); ///< Throws BasicException for a value that serder::toJson() refuses.
-QJsonValue toJson(double value);
-QJsonValue toJson(Money value);
-QJsonValue toJson(const QDate &value);
-QJsonValue toJson(const QDateTime &value);
+/// Appends a field's value. Throws BasicException for a number that is not finite and for a variant that
+/// serder::toJson() refuses.
+void append(QCborStreamWriter &row, const QVariant &value);
+void append(QCborStreamWriter &row, double value);
+void append(QCborStreamWriter &row, Money value);
+void append(QCborStreamWriter &row, const QDate &value);
+void append(QCborStreamWriter &row, const QDateTime &value);
+void append(QCborStreamWriter &row, const QVariantList &value);
 
 void fromJson(const QJsonValue &json, QVariant &value);
 void fromJson(const QJsonValue &json, QString &value);
@@ -81,8 +87,16 @@ constexpr bool isKnown(EDocumentType value)
     return value == EDocumentType::Sale || value == EDocumentType::Refund || value == EDocumentType::RefundBySale;
 }
 
+/// The object as compact JSON.
 template <Stored T>
-QJsonObject write(const T &object);
+QByteArray textOf(const T &object);
+/// Appends the object. A row with members of its own appends the fields alone, in a map of a size that includes them.
+template <Stored T>
+void append(QCborStreamWriter &row, const T &object);
+template <Stored T>
+void appendFields(QCborStreamWriter &row, const T &object);
+template <Stored T>
+constexpr quint64 fieldCount = std::tuple_size_v<decltype(T::storedFields())>;
 /// Into an object that is new.
 template <Stored T>
 void read(const QJsonObject &row, T &object);
@@ -100,32 +114,34 @@ auto values(const T &object)
 }
 
 template <class T>
-requires std::is_constructible_v<QJsonValue, T> QJsonValue toJson(const T &value)
+requires std::same_as<T, QString> || std::same_as<T, bool> || std::same_as<T, int>
+void append(QCborStreamWriter &row, const T &value)
 {
-    return value;
+    row.append(value);
 }
 template <class Enum>
-requires std::is_enum_v<Enum> QJsonValue toJson(Enum value)
+requires std::is_enum_v<Enum>
+void append(QCborStreamWriter &row, Enum value)
 {
-    return static_cast<int>(value);
+    append(row, static_cast<int>(value));
 }
 template <class T>
-QJsonValue toJson(const std::optional<T> &value)
+void append(QCborStreamWriter &row, const std::optional<T> &value)
 {
-    return value ? toJson(*value) : QJsonValue();
+    value ? append(row, *value) : row.appendNull();
 }
 template <Stored T>
-QJsonValue toJson(const QSharedPointer<T> &value)
+void append(QCborStreamWriter &row, const QSharedPointer<T> &value)
 {
-    return value ? QJsonValue(write(*value)) : QJsonValue();
+    value ? append(row, *value) : row.appendNull();
 }
 template <Stored T>
-QJsonValue toJson(const QList<QSharedPointer<T>> &values)
+void append(QCborStreamWriter &row, const QList<QSharedPointer<T>> &values)
 {
-    QJsonArray array;
+    row.startArray(static_cast<quint64>(values.size()));
     for (const auto &value : values)
-        array.append(toJson(value));
-    return array;
+        append(row, value);
+    row.endArray();
 }
 
 template <class Enum>
@@ -169,6 +185,10 @@ bool isSame(const T &a, const T &b)
 {
     return a == b;
 }
+inline bool isSame(const QString &a, const QString &b)
+{
+    return a.size() == b.size() && (a.constData() == b.constData() || a == b); // mostly the same text, shared
+}
 inline bool isSame(const QVariant &a, const QVariant &b)
 {
     return a.metaType() == b.metaType() && a == b; // 5 and 5.0 are equal, and read back as different types
@@ -202,13 +222,27 @@ void unshare(QList<QSharedPointer<T>> &values)
 }
 
 template <Stored T>
-QJsonObject write(const T &object)
+QByteArray textOf(const T &object)
 {
-    QJsonObject row;
+    return jsontext::compact([&object](QCborStreamWriter &row) { append(row, object); });
+}
+
+template <Stored T>
+void append(QCborStreamWriter &row, const T &object)
+{
+    row.startMap(fieldCount<T>);
+    appendFields(row, object);
+    row.endMap();
+}
+
+template <Stored T>
+void appendFields(QCborStreamWriter &row, const T &object)
+{
     std::apply(
-        [&](const auto &...field) { (row.insert(QLatin1StringView(field.name), toJson(object.*field.member)), ...); },
+        [&](const auto &...field) {
+            ((row.append(QLatin1StringView(field.name)), append(row, object.*field.member)), ...);
+        },
         T::storedFields());
-    return row;
 }
 
 template <Stored T>
