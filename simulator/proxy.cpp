@@ -98,6 +98,11 @@ void Proxy::spoil(const ProxyFault &fault, int tillsPort, httplib::Response &res
         return trickle(response, size, 1, 100ms);
     case Cut:
         return trickle(response, size / 2, size / 2, 0ms);
+    case Bare:
+        response.body.clear();
+        response.headers.clear();
+        return response.set_content_provider("application/json",
+                                             [](std::size_t, httplib::DataSink &) { return false; });
     case Halved:
         return response.body.resize(size / 2);
     case Nothing:

@@ -16,7 +16,7 @@ std::vector<ProxyFault> makeFaults()
     std::vector<ProxyFault> faults{
         {"latency", true, Late},   {"low bandwidth", true, Slow},    {"slow drip", true, Dripping},
         {"answer cut", true, Cut}, {"malformed JSON", true, Halved}, {"connection refused", false, Refused},
-        {keptOnly, true, Closed},
+        {keptOnly, true, Closed},  {"body missing", true, Bare},
     };
     const auto add = [&faults](const ProxyFault &fault) {
         for (const bool processed : {false, true}) {
@@ -29,6 +29,7 @@ std::vector<ProxyFault> makeFaults()
     add({"time-out", false, Nothing});
     add({"status 500 with a page", false, Replaced, 500, "text/html", "<html>Internal Server Error</html>"});
     add({"status 500 without a body", false, Replaced, 500, "text/plain", ""});
+    add({"status 404 with JSON", false, Replaced, 404, "application/json", R"({"message": "no route"})"});
     for (const int status : {200, 400, 404, 500})
         add({"refusal with " + std::to_string(status), false, Replaced, status, "application/json",
              R"({"success": false, "message": "Forged refusal"})"});

@@ -20,6 +20,7 @@ struct ProxyFault
         Dripping, ///< The answer byte by byte, longer than a till waits.
         Nothing,  ///< None; the connection stays.
         Cut,      ///< Half of it, then the end of the connection.
+        Bare,     ///< Its headers without a length, then the end of the connection.
         Halved,   ///< Half of the JSON, as a complete answer.
         Reset,    ///< The connection is reset.
         Closed,   ///< The connection ends.
