@@ -14,9 +14,6 @@ constexpr qsizetype maxValues = 200'000;
 constexpr qsizetype maxContainers = 40'000;
 constexpr int maxDepth = 64;
 
-// A page has one of its tags within so many bytes.
-constexpr qsizetype tagWithin = 1024;
-
 bool takesTooMuch(const QByteArray &json)
 {
     qsizetype values = 0;
@@ -67,15 +64,6 @@ Answer readJson(const QByteArray &body)
     return {.kind = Answer::Json, .json = std::move(json)};
 }
 
-bool isHtml(const QByteArray &text)
-{
-    if (!text.startsWith('<'))
-        return false;
-    const QByteArray head = text.left(tagWithin).toLower();
-    constexpr const char *tags[] = {"<html", "<!doctype html", "<head", "<body", "<script", "<meta"};
-    return std::any_of(std::begin(tags), std::end(tags), [&head](const char *tag) { return head.contains(tag); });
-}
-
 bool isText(const QByteArray &body)
 {
     return std::none_of(body.cbegin(), body.cend(), [](char c) {
@@ -94,8 +82,8 @@ Answer readAnswer(const QByteArray &body)
         return {};
     if (text.startsWith('{') || text.startsWith('['))
         return readJson(text);
-    if (isHtml(text))
-        return {.kind = Answer::Unreadable, .fault = u"страница HTML"_s};
+    if (text.startsWith('<'))
+        return {.kind = Answer::Unreadable, .fault = u"страница HTML или XML"_s};
     if (!isText(text))
         return {.kind = Answer::Unreadable, .fault = u"двоичные данные"_s};
     return {.kind = Answer::Text};

@@ -11,7 +11,7 @@ struct Answer
         Empty,
         Json,
         Text,       ///< Neither JSON nor meant to be, such as "accepted".
-        Unreadable, ///< Damaged JSON, JSON that would take too much memory, HTML, or binary data.
+        Unreadable, ///< Damaged JSON, JSON that would take too much memory, HTML, XML, or binary data.
     };
 
     Kind kind = Empty;

@@ -1,8 +1,8 @@
 // Reads from libcurl how far a connection got and what it found.
+#include "curlhandle.h"
+
 #include <core/basicexception.h>
 #include <net/probe.h>
-
-#include <curl/curl.h>
 
 #include <QtCore/QLocale>
 
@@ -110,12 +110,11 @@ QDateTime dateOf(CURL *handle)
 
 struct Probe::Handle
 {
-    Handle() : curl(curl_easy_init())
+    Handle() : owner(makeCurlHandle())
     {
-        if (!curl)
+        if (!owner)
             throw std::bad_alloc();
     }
-    ~Handle() { curl_easy_cleanup(curl); }
     Q_DISABLE_COPY_MOVE(Handle)
 
     template <class Value>
@@ -126,7 +125,8 @@ struct Probe::Handle
 
     ProbeResult perform(const QUrl &url);
 
-    CURL *curl;
+    CurlHandle owner;
+    CURL *curl = owner.get();
     std::array<char, CURL_ERROR_SIZE> errorText{};
     QString tlsVersion;
     QByteArray body;
@@ -169,11 +169,6 @@ Probe::~Probe() = default;
 std::unique_ptr<Probe::Handle> Probe::makeHandle() const
 {
     auto handle = std::make_unique<Handle>();
-    handle->set(CURLOPT_PROTOCOLS_STR, "http,https");
-    handle->set(CURLOPT_PROXY, "");
-    handle->set(CURLOPT_NOSIGNAL, 1L);
-    handle->set(CURLOPT_QUICK_EXIT, 1L); // also with a name server that does not answer
-    handle->set(CURLOPT_HTTP_VERSION, long{CURL_HTTP_VERSION_1_1});
     handle->set(CURLOPT_TIMEOUT_MS, static_cast<long>(m_timeout.count()));
     handle->set(CURLOPT_CERTINFO, 1L);
     handle->set(CURLOPT_VERBOSE, 1L);
@@ -198,11 +193,8 @@ ProbeResult Probe::connect(const QUrl &url, Trust trust) const
 
 ProbeResult Probe::get(const QUrl &url, const QHash<QString, QString> &headers)
 {
-    curl_slist *list = nullptr;
-    for (auto header = headers.cbegin(); header != headers.cend(); ++header)
-        list = curl_slist_append(list, (header.key() + u": "_s + *header).toUtf8().constData());
-    const std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> owner(list, &curl_slist_free_all);
-    m_kept->set(CURLOPT_HTTPHEADER, list);
+    const CurlHeaders list = curlHeaders(headers);
+    m_kept->set(CURLOPT_HTTPHEADER, list.get());
     ProbeResult result = m_kept->perform(url);
     m_kept->set<curl_slist *>(CURLOPT_HTTPHEADER, nullptr);
     return result;

@@ -12,6 +12,7 @@
 
 #include <QtCore/QDeadlineTimer>
 #include <QtCore/QElapsedTimer>
+#include <QtCore/QJsonObject>
 
 #include <algorithm>
 
@@ -97,6 +98,15 @@ bool isRedirect(int status)
     return status >= 300 && status < 400;
 }
 
+// Whether a JSON answer has a member that the service's answers have. One with none, such as a gateway's
+// {"message": "no route"}, must not pass for an acceptance; with a status of 2xx or without any members it does.
+bool isServices(const QJsonDocument &json)
+{
+    const QJsonObject answer = json.object();
+    return json.isObject() && (answer.isEmpty() || answer.contains("success"_L1) || answer.contains("result"_L1) ||
+                               answer.value("error"_L1).isObject());
+}
+
 // Fails the exchange if the answer is not the service's own.
 void judge(TransferResult &result, const Answer &answer)
 {
@@ -112,6 +122,8 @@ void judge(TransferResult &result, const Answer &answer)
         fail(QNetworkReply::UnknownContentError, u"ответ не читается: "_s + answer.fault);
     else if (answer.kind == Answer::Text && (result.html || !isSuccess(result.status)))
         fail(QNetworkReply::UnknownContentError, u"тело ответа не JSON"_s);
+    else if (answer.kind == Answer::Json && !isSuccess(result.status) && !isServices(answer.json))
+        fail(QNetworkReply::UnknownContentError, u"JSON не от сервиса"_s);
     else if (answer.kind == Answer::Empty && !isSuccess(result.status))
         fail(QNetworkReply::ProtocolFailure, u"ответ без тела"_s);
 }

@@ -3,20 +3,19 @@
 #include "transfer.h"
 
 #include "curlerrors.h"
+#include "curlhandle.h"
 
 #include <core/plaintext.h>
+
+#include <sys/socket.h>
 
 #include <QtCore/QScopeGuard>
 
 #include <array>
-#include <memory>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
-
-// Servers close idle connections. Reusing an old one risks losing it under a request.
-constexpr long maxIdleSeconds = 20;
 
 constexpr qsizetype maxHeaderSize = 65'536;
 constexpr qsizetype longestReason = 200;
@@ -57,105 +56,55 @@ int beforeRequest(void *user, char *, char *, int, int)
     return ++static_cast<Exchange *>(user)->requests == 1 ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 }
 
-bool initialized()
-{
-    static const bool done = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
-    return done;
-}
-
-// Sets options of a handle until one fails; code() is that failure.
-class Settings
-{
-public:
-    explicit Settings(CURL *handle) : m_handle(handle) {}
-    Q_DISABLE_COPY_MOVE(Settings)
-
-    template <class T>
-    void set(CURLoption option, T value)
-    {
-        if (m_code == CURLE_OK)
-            m_code = curl_easy_setopt(m_handle, option, value);
-    }
-
-    CURLcode code() const { return m_code; }
-
-private:
-    CURL *m_handle;
-    CURLcode m_code = CURLE_OK;
-};
-
-// Sets what all exchanges have in common. By itself libcurl follows no redirects and sends without delay.
-CURLcode setPolicy(CURL *handle)
-{
-    Settings settings(handle);
-    settings.set(CURLOPT_PROTOCOLS_STR, "http,https");
-    settings.set(CURLOPT_HTTP_VERSION, long{CURL_HTTP_VERSION_1_1});
-    settings.set(CURLOPT_PROXY, "");
-    settings.set(CURLOPT_PATH_AS_IS, 1L);
-    settings.set(CURLOPT_SSL_VERIFYPEER, 1L);
-    settings.set(CURLOPT_SSL_VERIFYHOST, 2L);
-    settings.set(CURLOPT_NOSIGNAL, 1L);
-    settings.set(CURLOPT_MAXAGE_CONN, maxIdleSeconds);
-    // Without it, a name server that does not answer holds the thread beyond the time-out.
-    settings.set(CURLOPT_QUICK_EXIT, 1L);
-    settings.set(CURLOPT_USERAGENT, "Kvo/" KVO_VERSION);
-    settings.set(CURLOPT_WRITEFUNCTION, &receive);
-    settings.set(CURLOPT_HEADERFUNCTION, &receiveHeader);
-    settings.set(CURLOPT_PREREQFUNCTION, &beforeRequest);
-    return settings.code();
-}
-
-struct CurlDeleter
-{
-    void operator()(CURL *handle) const { curl_easy_cleanup(handle); }
-    void operator()(curl_slist *list) const { curl_slist_free_all(list); }
-};
-
 // A thread's handle, and its last headers in libcurl's form: most exchanges have the same ones.
 class ThreadHandle
 {
 public:
-    ThreadHandle() : m_handle(initialized() ? curl_easy_init() : nullptr)
+    // Null if libcurl refuses.
+    CURL *get()
     {
-        if (m_handle && setPolicy(m_handle.get()) != CURLE_OK)
-            m_handle.reset();
+        if (!m_handle || hasUnexpectedInput())
+            renew();
+        return m_handle.get();
     }
 
-    // Null if libcurl refuses the policy.
-    CURL *get() const { return m_handle.get(); }
-
-    // The headers in libcurl's form; null if memory runs out.
+    // Null if memory runs out.
     curl_slist *list(const QHash<QString, QString> &headers)
     {
-        if (m_list && headers == m_headers)
-            return m_list.get();
-        m_headers = headers;
-        m_list.reset(curl_slist_append(nullptr, "Expect:"));
-        append("Content-Type:"); // otherwise that of a form where `headers` has none
-        append("Accept: application/json");
-        for (auto header = headers.cbegin(); header != headers.cend(); ++header) {
-            // To libcurl "name:" means not to send the header, and "name;" to send it empty.
-            const QString line = header->isEmpty() ? header.key() + u';' : header.key() + ": "_L1 + *header;
-            append(line.toUtf8());
+        if (!m_list || headers != m_headers) {
+            m_headers = headers;
+            m_list = curlHeaders(headers);
         }
         return m_list.get();
     }
 
 private:
-    void append(const QByteArray &line)
+    // libcurl takes what waits on a kept connection for the answer to the next request.
+    bool hasUnexpectedInput() const
     {
-        curl_slist *const longer = m_list ? curl_slist_append(m_list.get(), line.constData()) : nullptr;
-        if (longer)
-            static_cast<void>(m_list.release());
-        m_list.reset(longer);
+        curl_socket_t socket = CURL_SOCKET_BAD;
+        char byte = 0;
+        return curl_easy_getinfo(m_handle.get(), CURLINFO_ACTIVESOCKET, &socket) == CURLE_OK &&
+               socket != CURL_SOCKET_BAD && ::recv(socket, &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
     }
 
-    std::unique_ptr<CURL, CurlDeleter> m_handle;
+    void renew()
+    {
+        m_handle = makeCurlHandle();
+        CurlSettings settings(m_handle.get());
+        settings.set(CURLOPT_WRITEFUNCTION, &receive);
+        settings.set(CURLOPT_HEADERFUNCTION, &receiveHeader);
+        settings.set(CURLOPT_PREREQFUNCTION, &beforeRequest);
+        if (settings.code() != CURLE_OK)
+            m_handle.reset();
+    }
+
+    CurlHandle m_handle;
     QHash<QString, QString> m_headers;
-    std::unique_ptr<curl_slist, CurlDeleter> m_list;
+    CurlHeaders m_list;
 };
 
-void setRequest(Settings &settings, const TransferRequest &request)
+void setRequest(CurlSettings &settings, const TransferRequest &request)
 {
     settings.set(CURLOPT_URL, request.url.constData());
     settings.set(CURLOPT_TIMEOUT_MS, static_cast<long>(request.timeout.count()));
@@ -170,7 +119,7 @@ void setRequest(Settings &settings, const TransferRequest &request)
     settings.set(CURLOPT_POSTFIELDS, request.body.constData());
 }
 
-void setExchange(Settings &settings, Exchange &exchange, char *errorText)
+void setExchange(CurlSettings &settings, Exchange &exchange, char *errorText)
 {
     settings.set(CURLOPT_WRITEDATA, &exchange);
     settings.set(CURLOPT_HEADERDATA, &exchange);
@@ -186,6 +135,17 @@ void forgetExchange(CURL *handle)
     for (const CURLoption option : {CURLOPT_HTTPHEADER, CURLOPT_POSTFIELDS, CURLOPT_WRITEDATA, CURLOPT_HEADERDATA,
                                     CURLOPT_PREREQDATA, CURLOPT_ERRORBUFFER})
         curl_easy_setopt(handle, option, nothing);
+}
+
+// Whether an empty answer announces a body and not its length: it was cut off.
+bool lacksBody(CURL *handle, long status)
+{
+    curl_header *header = nullptr;
+    const auto has = [&](const char *name) {
+        return curl_easy_header(handle, name, 0, CURLH_HEADER, -1, &header) == CURLHE_OK;
+    };
+    constexpr long noContent = 204;
+    return status != noContent && has("Content-Type") && !has("Content-Length") && !has("Transfer-Encoding");
 }
 
 QString reasonOf(CURLcode code, const char *errorText)
@@ -216,7 +176,7 @@ TransferResult transfer(const TransferRequest &request, qsizetype maxBodySize)
     Exchange exchange{.maxBodySize = maxBodySize};
     std::array<char, CURL_ERROR_SIZE> errorText{};
     const auto forget = qScopeGuard([handle] { forgetExchange(handle); });
-    Settings settings(handle);
+    CurlSettings settings(handle);
     settings.set(CURLOPT_HTTPHEADER, headers);
     setRequest(settings, request);
     setExchange(settings, exchange, errorText.data());
@@ -231,7 +191,7 @@ TransferResult transfer(const TransferRequest &request, qsizetype maxBodySize)
         if (code == CURLE_OK)
             code = known;
     }
-    if (code == CURLE_OK && !exchange.headersEnded)
+    if (code == CURLE_OK && (!exchange.headersEnded || (exchange.result.body.isEmpty() && lacksBody(handle, status))))
         code = CURLE_PARTIAL_FILE;
     exchange.result.status = static_cast<int>(status);
     exchange.result.html = QByteArray(type).toLower().contains("html");

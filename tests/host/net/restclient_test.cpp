@@ -79,8 +79,12 @@ TEST(RestClient, TellsTheServicesWordFromEverythingElseWithinItsMemory)
     // How it is called, the answer, the status and the error that come of it.
     const std::tuple<const char *, QByteArray, int, QNetworkReply::NetworkError> cases[] = {
         {"json", json(2), 200, Error::NoError},
-        {"json error", RawServer::answer("500 Oops", said), 500, Error::NoError},
-        {"refused", RawServer::answer("400 Bad Request", said), 400, Error::NoError},
+        {"refused", RawServer::answer("500 Oops", R"({"success":false})"), 500, Error::NoError},
+        {"refused by an error", RawServer::answer("400 No", R"({"error":{"errorCode":1}})"), 400, Error::NoError},
+        {"a result", RawServer::answer("500 Oops", R"({"result":{}})"), 500, Error::NoError},
+        {"nothing said", RawServer::answer("500 Oops", "{}"), 500, Error::NoError},
+        {"gateway's json", RawServer::answer("404 No", said), 0, Error::UnknownContentError},
+        {"gateway's error", RawServer::answer("500 Oops", R"({"error":"x"})"), 0, Error::UnknownContentError},
         {"wrong credentials", RawServer::answer("401 No", said), 401, Error::AuthenticationRequiredError},
         {"forbidden", RawServer::answer("403 No", said), 403, Error::ContentAccessDenied},
         {"proxy's credentials", RawServer::answer("407 No", said), 407, Error::ProxyAuthenticationRequiredError},
@@ -91,6 +95,7 @@ TEST(RestClient, TellsTheServicesWordFromEverythingElseWithinItsMemory)
         {"no content", "HTTP/1.1 204 No Content\r\n\r\n", 204, Error::NoError},
         {"text", RawServer::answer("202 Accepted", "it is accepted"), 202, Error::NoError},
         {"portal", ok("\n<!DOCTYPE HTML><title>Wi-Fi"), 0, Error::UnknownContentError},
+        {"xml", ok("<?xml version=\"1.0\"?><error/>"), 0, Error::UnknownContentError},
         {"portal by its type", ok("Welcome", "Content-Type: Text/HTML\r\n"), 0, Error::UnknownContentError},
         {"compressed", ok("\x1F\x8B\x08\x04"), 0, Error::UnknownContentError},
         {"error page", RawServer::answer("500 Oops", "sorry"), 0, Error::UnknownContentError},
@@ -99,6 +104,8 @@ TEST(RestClient, TellsTheServicesWordFromEverythingElseWithinItsMemory)
         {"cut body", json(99).chopped(9), 0, Error::RemoteHostClosedError},
         {"cut headers", "HTTP/1.1 200 OK\r\nContent-Le", 0, Error::RemoteHostClosedError},
         {"cut after an interim answer", interim + start + "A: b\r\n", 0, Error::RemoteHostClosedError},
+        {"cut before the body", start + "Content-Type: x\r\n\r\n", 0, Error::RemoteHostClosedError},
+        {"no body to come", start + "\r\n", 200, Error::NoError},
         {"cut chunks", chunked, 0, Error::RemoteHostClosedError},
         {"wrong chunk", chunked + "zz\r\n", 0, Error::RemoteHostClosedError},
         {"reset before the answer", "", 0, Error::RemoteHostClosedError},
@@ -233,12 +240,25 @@ TEST(RestClient, SendsARequestOnlyOnceOnAConnectionThatDies)
     }
 }
 
+TEST(RestClient, TakesNoAnswerThatCameUnasked)
+{
+    RawServer server([](int client, int number) {
+        const bool isSent = RawServer::send(client, RawServer::answer("200 OK", "{}"));
+        std::this_thread::sleep_for(std::chrono::milliseconds(20)); // so that it is no part of the first one
+        return isSent && (number != 1 || RawServer::send(client, RawServer::answer("200 OK", R"({"message":"x"})")));
+    });
+    exchange(post, server.url(u"/first"_s));
+    std::this_thread::sleep_for(std::chrono::milliseconds(60));
+    EXPECT_EQ(exchange(post, server.url(u"/second"_s)).json(), QJsonDocument(QJsonObject()));
+    EXPECT_EQ(server.connections(), 2);
+}
+
 TEST(RestClient, LogsWhatFailedAndNoSecrets)
 {
     LogFile log;
     RawServer server([](int client, int number) {
         const bool good = number == 1;
-        return RawServer::send(client, RawServer::answer(good ? "200 OK" : "404 No", R"({"secret-body":1})"));
+        return RawServer::send(client, RawServer::answer(good ? "200 OK" : "404 No", R"({"result":"secret-body"})"));
     });
     RawServer outOfRange(RawServer::answer("200 OK", R"({"a":1e999})"));
     QUrl withPassword = server.url(u"/login"_s);
