@@ -3,6 +3,7 @@
 
 #include "endingqueue.h"
 
+#include <cashier/cashierui.h>
 #include <cashier/savetofilelogic.h>
 #include <core/activitynotifier.h>
 #include <core/basicexception.h>
@@ -107,6 +108,13 @@ void CheckSession::save() const
 {
     m_state.writeTo(*m_document);
     MockFactory<SaveToFileLogic>::create()->save(m_document, QString(), 0.0);
+    reportNotices();
+}
+
+void CheckSession::reportNotices() const
+{
+    for (const QStringList notices = m_store->takeNotices(); const QString &notice : notices)
+        Singleton<CashierUi>::instance()->show(tr::Tr(notice));
 }
 
 QSharedPointer<DocumentCardRecord> CheckSession::card() const

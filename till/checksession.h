@@ -110,6 +110,8 @@ private:
     bool isPriced() const;
     bool isPaidWithPoints() const;
     void requireOpen() const;
+    /// Tells the cashier what the store has put aside.
+    void reportNotices() const;
     void requireCard() const;
     void save() const;
     void notify(EventCode code) const;

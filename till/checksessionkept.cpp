@@ -15,8 +15,7 @@ std::optional<CheckResult> CheckSession::resume()
     std::optional<CheckResult> ended;
     if (const auto saved = m_store->restore())
         ended = resumeDocument(saved);
-    for (const QStringList notices = m_store->takeNotices(); const QString &notice : notices)
-        Singleton<CashierUi>::instance()->show(tr::Tr(notice));
+    reportNotices();
     endWaiting();
     return ended;
 }

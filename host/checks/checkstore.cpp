@@ -108,6 +108,7 @@ bool CheckStore::isMissing() const
 void CheckStore::putFileAside(const QString &reason)
 {
     m_connection.reset();
+    forget();
     const QString aside = nameBeside(m_fileName);
     for (const QString &suffix : {u"-wal"_s, u"-shm"_s, QString()}) { // a log without its file is of no use
         QFile file(m_fileName + suffix);
@@ -115,7 +116,7 @@ void CheckStore::putFileAside(const QString &reason)
             throw BasicException(u"%1. Файл не удалось отложить: %2"_s.arg(reason, file.errorString()));
     }
     m_notices.append(
-        u"%1. Файл отложен под именем «%2», сообщите об этом в поддержку. Можно начать новый чек"_s.arg(reason, aside));
+        u"%1. Файл отложен под именем «%2», сообщите об этом в поддержку. Можно продавать дальше"_s.arg(reason, aside));
     databaseerror::logger()->error(m_notices.last());
 }
 
