@@ -69,10 +69,8 @@ public:
     /// The checks that were put aside, the oldest first.
     QList<CheckStore::KeptCheck> keptChecks() const;
 
-    /// Whether all that is left to do of the check is to put its requests on the queue, which could not be used.
-    static bool waitsForQueue(const CheckStore::KeptCheck &check);
-
-    /// Ends the checks that wait for the queue. Does nothing while a check is open. True when some go on waiting.
+    /// Ends the checks whose requests could not be put on the queue. Does nothing while a check is open. True when some
+    /// go on waiting.
     bool endWaiting();
 
     /// Puts a line on the check and returns its number.
@@ -110,10 +108,10 @@ private:
     bool isPriced() const;
     bool isPaidWithPoints() const;
     void requireOpen() const;
-    /// Tells the cashier what the store has put aside.
-    void reportNotices() const;
     void requireCard() const;
     void save() const;
+    /// Tells the cashier what the store has put aside.
+    void reportNotices() const;
     void notify(EventCode code) const;
 
     /// Continues with a check from the disk.

@@ -16,12 +16,6 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace till {
 
-namespace {
-
-const QString queueReason = u"Чек завершён, его запросы ещё не в очереди: "_s;
-
-} // namespace
-
 CheckResult CheckSession::close()
 {
     if (isOpen() && m_state.ending == TillState::Ending::Closing)
@@ -80,7 +74,8 @@ CheckResult CheckSession::completeEnding()
     if (problem.isEmpty())
         m_store->finish(*m_document, ended.toJournal());
     else
-        m_store->park(queueReason + problem);
+        m_store->park(u"Чек завершён, его запросы ещё не в очереди: "_s + problem, CheckStore::Standing::Ending);
+    reportNotices();
     ended.loyaltyOff = loyaltyOff();
     releaseDocument();
     return ended;
@@ -99,18 +94,13 @@ void CheckSession::endWithLoyaltySystem()
     save();
 }
 
-bool CheckSession::waitsForQueue(const CheckStore::KeptCheck &check)
-{
-    return check.standing == CheckStore::Standing::Parked && check.reason.startsWith(queueReason);
-}
-
 bool CheckSession::endWaiting()
 {
     if (isOpen() || m_system.getLoyaltySystemCode() == 0)
         return false; // Without a loyalty system nobody could read the card's part of the check for the journal.
     try {
         for (const CheckStore::KeptCheck &check : keptChecks()) {
-            if (!waitsForQueue(check))
+            if (check.standing != CheckStore::Standing::Ending)
                 continue;
             if (!m_queue.findProblem().isEmpty())
                 return true;

@@ -1,7 +1,6 @@
 // Looks into the queue and the check store beside a till that may be working with them.
 #include "doctorstore.h"
 
-#include "checksession.h"
 #include "doctorhost.h"
 
 #include <checks/checkstore.h>
@@ -108,7 +107,7 @@ Finding checkAside(const KeptChecks &checks)
     QStringList unreadable;
     QStringList waiting;
     for (const CheckStore::KeptCheck &check : checks) {
-        if (CheckSession::waitsForQueue(check))
+        if (check.standing == Standing::Ending)
             waiting.append(check.identifier);
         else if (check.standing == Standing::Parked)
             parked.append(u"%1 (%2)"_s.arg(check.identifier, check.reason));

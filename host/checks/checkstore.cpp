@@ -33,7 +33,7 @@ constexpr std::array<QStringView, 3> tables = {
 constexpr SqliteSchema schema{u"Чеки и журнал", u"Host:dataFolder", 0x506f7343, 1, tables};
 
 constexpr QStringView saleOf = u"SELECT id FROM sale WHERE identifier = ?";
-constexpr QStringView parkedSale = u"SELECT id FROM sale WHERE identifier = ? AND standing = ?";
+constexpr QStringView parkedSale = u"SELECT id FROM sale WHERE identifier = ? AND standing IN (?, ?)";
 constexpr QStringView saleWithStanding = u"SELECT id, identifier FROM sale WHERE standing = ? ORDER BY id DESC LIMIT 1";
 
 qint64 now()
@@ -234,19 +234,21 @@ void CheckStore::finish(const SaleDocument &check, const QJsonObject &entry)
     forget();
 }
 
-void CheckStore::park(const QString &reason)
+void CheckStore::park(const QString &reason, Standing standing)
 {
     attempt([&] {
         connection().change(u"UPDATE sale SET standing = ?, since = ?, reason = ? WHERE standing = ?",
-                            {codeOf(Standing::Parked), now(), reason, codeOf(Standing::Current)});
+                            {codeOf(standing), now(), reason, codeOf(Standing::Current)});
     });
     forget();
 }
 
-QSharedPointer<SaleDocument> CheckStore::parked(const QString &identifier)
+QSharedPointer<SaleDocument> CheckStore::readParked(const QString &identifier)
 {
     const qint64 sale = attempt([&] {
-        return connection().value(parkedSale, {identifier, codeOf(Standing::Parked)}).toLongLong();
+        return connection()
+            .value(parkedSale, {identifier, codeOf(Standing::Parked), codeOf(Standing::Ending)})
+            .toLongLong();
     });
     if (sale == 0)
         throw BasicException(u"Отложенного чека %1 нет или он не читается"_s.arg(identifier));
@@ -256,11 +258,18 @@ QSharedPointer<SaleDocument> CheckStore::parked(const QString &identifier)
     return check;
 }
 
+QSharedPointer<SaleDocument> CheckStore::parked(const QString &identifier)
+{
+    auto check = readParked(identifier);
+    forget(); // When it is saved, it has to become the current one.
+    return check;
+}
+
 QSharedPointer<SaleDocument> CheckStore::resume(const QString &identifier)
 {
     if (attempt([&] { return connection().value(saleWithStanding, {codeOf(Standing::Current)}); }).isValid())
         throw BasicException(u"Есть открытый чек. Сначала закройте или отложите его"_s);
-    auto check = parked(identifier);
+    auto check = readParked(identifier);
     setStanding(m_sale, Standing::Current, {});
     return check;
 }

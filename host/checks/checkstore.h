@@ -30,7 +30,13 @@ public:
         Work,
         Look, ///< Beside a working till: creates, changes and renames nothing. A store that is missing is empty.
     };
-    enum class Standing { Current, Parked, Unreadable };
+    /// Stored by its number.
+    enum class Standing {
+        Current,
+        Parked,
+        Unreadable,
+        Ending, ///< Parked, but closed or voided already: all that is left to do is what comes before finish().
+    };
 
     struct KeptCheck
     {
@@ -65,11 +71,11 @@ public:
     /// is not entered again.
     void finish(const SaleDocument &check, const QJsonObject &entry);
 
-    /// The current check, as it was saved, is parked; does nothing when there is none.
-    void park(const QString &reason);
+    /// The current check, as it was saved, is parked, as Parked or Ending; does nothing when there is none.
+    void park(const QString &reason, Standing standing = Standing::Parked);
 
-    /// A parked check, which stays parked. Throws BasicException when there is no such parked check, or when it cannot
-    /// be read and so became Unreadable.
+    /// A parked check, which stays as it is. Throws BasicException when there is no such parked check, or when it
+    /// cannot be read and so became Unreadable.
     QSharedPointer<SaleDocument> parked(const QString &identifier);
 
     /// Makes a parked check the current one. Throws BasicException when there is another current check, and like
@@ -95,6 +101,7 @@ private:
     qint64 makeCurrent(const QString &identifier);
     void write(const SaleDocument &check);
     QSharedPointer<SaleDocument> read(qint64 sale, const QString &identifier);
+    QSharedPointer<SaleDocument> readParked(const QString &identifier);
     void setStanding(qint64 sale, Standing standing, const QString &reason);
 
     QString m_fileName;

@@ -79,6 +79,9 @@ TEST_F(CheckStoreTest, FinishesACheckOnceAndKeepsTheOthers)
     EXPECT_TRUE(later.journal(entered.addMSecs(1)).isEmpty());
     ASSERT_EQ(later.checks().size(), 1);
     EXPECT_EQ(later.checks().first().standing, Standing::Parked);
+    later.save(*later.parked(parked->getIdentifier()));
+    EXPECT_EQ(later.checks().first().standing, Standing::Current) << "saved";
+    later.park({}, Standing::Ending);
     EXPECT_EQ(builder::text(*later.resume(parked->getIdentifier())), builder::text(*parked));
     EXPECT_EQ(later.checks().first().standing, Standing::Current);
     later.park(u"Покупатель отошёл"_s);
