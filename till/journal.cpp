@@ -1,7 +1,7 @@
 // Prints the journal. checkresult.cpp defines its entries.
 #include "journal.h"
 
-#include "checkresult.h"
+#include "checkview.h"
 
 #include <QtCore/QJsonDocument>
 
@@ -11,18 +11,13 @@ namespace till {
 
 namespace {
 
-QString masked(const QString &card)
-{
-    constexpr qsizetype shown = 4;
-    return card.isEmpty() ? u"без карты"_s : u"карта …"_s + card.right(shown);
-}
-
 QString lineOf(const CheckStore::JournalEntry &entry)
 {
     const CheckResult check = resultFromJournal(entry.entry);
+    const QString card = check.card.isEmpty() ? u"без карты"_s : u"карта "_s + maskedCard(check.card);
     return u"%1  %2  сумма %3, списано %4, начислено %5  %6  чек %7\n"_s.arg(
         entry.entered.toString(u"dd.MM.yyyy HH:mm:ss"_s), check.outcome == "closed"_L1 ? u"закрыт"_s : u"аннулирован"_s,
-        check.sum().toText(), check.spent().toText(), check.earned.toText(), masked(check.card), check.identifier);
+        check.sum().toText(), check.spent().toText(), check.earned.toText(), card, check.identifier);
 }
 
 } // namespace

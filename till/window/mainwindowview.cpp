@@ -59,7 +59,8 @@ void MainWindow::showCheck(const CheckResult &check)
     const QString name = check.customer.isEmpty() ? tr("Имя неизвестно") : fitting(check.customer, longestName);
     m_customer->setText(hasCard ? name : tr("Покупатель не указан"));
     m_customer->setToolTip(tip(check.customer));
-    m_card->setText(hasCard ? fitting(check.tier, longestName) + u'\n' + tr("Карта %1").arg(check.card)
+    m_card->setText(hasCard ? fitting(check.tier, longestName) + u'\n' +
+                                  tr("Карта %1").arg(fitting(check.card, longestName))
                             : tr("F2 – карта, F3 – телефон"));
     const QList<std::optional<Money>> sums{check.balance, check.offered, check.spent(), check.earned,
                                            check.balanceAfter()};
