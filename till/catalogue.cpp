@@ -90,4 +90,13 @@ QList<Goods> Catalogue::find(const QString &entry) const
     return found;
 }
 
+std::pair<Catalogue, QString> openCatalogue(const QString &fileName)
+{
+    try {
+        return {Catalogue(fileName), {}};
+    } catch (const BasicException &error) {
+        return {{}, u"Товаров нет: %1; проверьте ключ Till:goods"_s.arg(error.text().ru())};
+    }
+}
+
 } // namespace till

@@ -6,6 +6,8 @@
 #include <QtCore/QHash>
 #include <QtCore/QList>
 
+#include <utility>
+
 namespace till {
 
 /// A quantity and a price as a cashier types them, with a point or a comma. Throw BasicException for anything but a
@@ -37,5 +39,9 @@ private:
     QList<Goods> m_goods;
     QHash<QString, qsizetype> m_byBarcode;
 };
+
+/// The catalogue of the file, and a text for the cashier that says why there is none: without a usable file the
+/// catalogue is empty, and the till still closes and voids what is open.
+std::pair<Catalogue, QString> openCatalogue(const QString &fileName);
 
 } // namespace till

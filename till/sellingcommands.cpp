@@ -52,18 +52,6 @@ void recover(SellingTill &till)
         console::printLine(u"Бонусы не работают: "_s + plainText(reason, longestReason));
 }
 
-/// Without a usable file the till still closes and voids what is open.
-Catalogue openCatalogue(const QString &fileName)
-{
-    try {
-        return Catalogue(fileName);
-    } catch (const BasicException &error) {
-        console::printLine(
-            u"Товаров нет: %1; проверьте ключ Till:goods"_s.arg(plainText(error.text().ru(), longestReason)));
-        return {};
-    }
-}
-
 /// Says what is open and what can be done with it.
 void explain(SellingTill &till, const Options &options)
 {
@@ -134,7 +122,9 @@ ExitStatus runScenarios(const Options &options)
 ExitStatus sellByHand(const Options &options)
 {
     return withTill(options, {}, [&](SellingTill &till, ScriptedCashier &) {
-        const Catalogue catalogue = openCatalogue(till.host().goodsFile());
+        const auto [catalogue, problem] = openCatalogue(till.host().goodsFile());
+        if (!problem.isEmpty())
+            console::printLine(plainText(problem, longestReason));
         TerminalSale(till.session(), till.drain(), catalogue, waysToGoOn(options.configFile)).run();
         deliverRest(till, options);
         return Succeeded;

@@ -12,6 +12,7 @@
 #include <QtCore/QTimer>
 
 #include <stdexcept>
+#include <tuple>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -21,7 +22,6 @@ void CheckDesk::start(const QSharedPointer<CashierUi> &self)
 {
     try {
         m_till = std::make_unique<SellingTill>(m_configFile, self);
-        m_catalogue = Catalogue(m_till->host().goodsFile());
     } catch (const BasicException &error) {
         m_view.fault = error.text().ru();
         Q_EMIT changed(m_view);
@@ -35,6 +35,10 @@ void CheckDesk::start(const QSharedPointer<CashierUi> &self)
 
 void CheckDesk::resume()
 {
+    QString problem;
+    std::tie(m_catalogue, problem) = openCatalogue(m_till->host().goodsFile());
+    if (!problem.isEmpty())
+        warn(problem);
     m_till->host().queue().findProblem();
     if (const std::optional<CheckResult> ended = session().resume()) {
         end(*ended);
