@@ -3,10 +3,10 @@
 
 #include "catalogue.h"
 #include "configuration.h"
+#include "loyaltyplugin.h"
 
 #include <core/basicexception.h>
 #include <core/singleton.h>
-#include <loyalty/basicloyaltysystem.h>
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
@@ -25,9 +25,6 @@ namespace till::doctor {
 const QString configurationCheck = u"configuration file"_s;
 
 namespace {
-
-constexpr auto pluginInterface = "Kvo"_L1;
-constexpr auto pluginClass = "Plugin"_L1;
 
 QString setting(const QString &key, const QString &defaultValue = {})
 {
@@ -187,25 +184,22 @@ Finding checkGoods()
 
 Finding checkPlugin()
 {
-    const QString file = QDir::cleanPath(setting(u"Till:pluginFolder"_s, defaultPluginFolder()) + u"/libKvo.so"_s);
-    const QString remedy = u"Install the plugin and name its folder in Till:pluginFolder"_s;
-    if (!QFileInfo(file).isFile())
-        return {Verdict::Failure, u"%1 does not exist"_s.arg(file), remedy};
-    QPluginLoader loader(file);
-    const QJsonObject metadata = loader.metaData();
-    if (metadata.isEmpty())
-        return {Verdict::Failure, u"%1 is not a plugin of this Qt"_s.arg(file), remedy};
-    const QString interface = metadata.value("IID"_L1).toString();
-    const QString name = metadata.value("className"_L1).toString();
-    if (interface != pluginInterface || name != pluginClass)
-        return {Verdict::Failure, u"%1 is another plugin, %2 for %3"_s.arg(file, name, interface), remedy};
+    const QString folder = setting(u"Till:pluginFolder"_s, defaultPluginFolder());
+    QPluginLoader loader;
+    try {
+        loader.setFileName(LoyaltyPlugin::inspect(folder));
+    } catch (const BasicException &error) {
+        return {Verdict::Failure, u"the loyalty plugin is not in %1"_s.arg(folder),
+                u"Install the plugin and name its folder in Till:pluginFolder"_s, error.text().ru()};
+    }
+    const QString file = loader.fileName();
     if (!loader.load())
         return {Verdict::Failure, u"%1 cannot be loaded: %2"_s.arg(file, loader.errorString()),
                 u"Install what it needs; ldd shows what is missing"_s};
     if (!qobject_cast<BasicLoyaltySystem *>(loader.instance()))
         return {Verdict::Failure, u"%1 has no loyalty system that this till can use"_s.arg(file),
                 u"Install plugin and till of the same version"_s};
-    const QString version = metadata.value("MetaData"_L1).toObject().value("version"_L1).toString();
+    const QString version = loader.metaData().value("MetaData"_L1).toObject().value("version"_L1).toString();
     return {Verdict::Ok, u"%1 loads, version %2"_s.arg(file, version)};
 }
 

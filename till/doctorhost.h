@@ -6,9 +6,8 @@
 namespace till::doctor {
 
 /// Configuration file, its access, keys and values, log, goods, plugin, data folder and disk space. The first check
-/// puts the configuration into Singleton<Config>, where the plugin finds it. Makes the data folder and the log's folder
-/// when they are missing, and a file in each, which it removes again. Less free space than `spaceWanted` bytes is a
-/// warning.
+/// puts the configuration into Singleton<Config>, where the plugin finds it. Makes a file in the data folder and in the
+/// log's folder, and removes it again; makes no folder. Less free space than `spaceWanted` bytes is a warning.
 QList<Check> hostChecks(const QString &configFile, qint64 spaceWanted = qint64{1} << 30);
 
 /// The name of the check that everything else needs.

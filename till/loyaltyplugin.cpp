@@ -32,24 +32,10 @@ QString findFile(const QString &folder)
     return file;
 }
 
-void checkMetadata(const QPluginLoader &loader)
-{
-    const QJsonObject metadata = loader.metaData();
-    if (metadata.isEmpty())
-        fail(loader.fileName(), u"файл не является модулем Qt: %1"_s.arg(loader.errorString()));
-    const QString identifier = metadata.value("IID"_L1).toString();
-    const QString name = metadata.value("className"_L1).toString();
-    if (identifier != interfaceIdentifier || name != className) {
-        fail(loader.fileName(), u"модуль \"%1\", класс \"%2\", а нужен модуль \"%3\", класс \"%4\""_s.arg(
-                                    identifier, name, interfaceIdentifier, className));
-    }
-}
-
 } // namespace
 
-LoyaltyPlugin::LoyaltyPlugin(const QString &folder) : m_loader(findFile(folder))
+LoyaltyPlugin::LoyaltyPlugin(const QString &folder) : m_loader(inspect(folder))
 {
-    checkMetadata(m_loader);
     if (!m_loader.load())
         fail(m_loader.fileName(), u"не загружается: %1"_s.arg(m_loader.errorString()));
     m_system = qobject_cast<BasicLoyaltySystem *>(m_loader.instance());
@@ -59,9 +45,20 @@ LoyaltyPlugin::LoyaltyPlugin(const QString &folder) : m_loader(findFile(folder))
         fail(m_loader.fileName(), u"система лояльности не запустилась: %1"_s.arg(m_system->getLastErrorString().ru()));
 }
 
-void LoyaltyPlugin::inspect(const QString &folder)
+QString LoyaltyPlugin::inspect(const QString &folder)
 {
-    checkMetadata(QPluginLoader(findFile(folder)));
+    const QString file = findFile(folder);
+    const QPluginLoader loader(file);
+    const QJsonObject metadata = loader.metaData();
+    if (metadata.isEmpty())
+        fail(file, u"файл не является модулем Qt: %1"_s.arg(loader.errorString()));
+    const QString identifier = metadata.value("IID"_L1).toString();
+    const QString name = metadata.value("className"_L1).toString();
+    if (identifier != interfaceIdentifier || name != className) {
+        fail(file, u"модуль \"%1\", класс \"%2\", а нужен модуль \"%3\", класс \"%4\""_s.arg(
+                       identifier, name, interfaceIdentifier, className));
+    }
+    return file;
 }
 
 LoyaltyPlugin::~LoyaltyPlugin()

@@ -17,8 +17,9 @@ public:
     explicit LoyaltyPlugin(const QString &folder);
     ~LoyaltyPlugin();
 
-    /// Throws BasicException like the constructor for what can be told without running the plugin's code.
-    static void inspect(const QString &folder);
+    /// Returns the name of the plugin's file. Throws BasicException like the constructor for what can be told without
+    /// running the plugin's code.
+    static QString inspect(const QString &folder);
     Q_DISABLE_COPY_MOVE(LoyaltyPlugin)
 
     BasicLoyaltySystem &system() const { return *m_system; }
