@@ -6,4 +6,11 @@ execute_process(COMMAND git -C "${CMAKE_CURRENT_LIST_DIR}" rev-parse --short HEA
     OUTPUT_VARIABLE kvo_commit OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
 if(kvo_commit)
     string(APPEND KVO_VERSION_TEXT " (${kvo_commit})")
+    # Every commit and every checkout adds to this log.
+    execute_process(COMMAND git -C "${CMAKE_CURRENT_LIST_DIR}" rev-parse --git-path logs/HEAD
+        OUTPUT_VARIABLE kvo_log OUTPUT_STRIP_TRAILING_WHITESPACE)
+    cmake_path(ABSOLUTE_PATH kvo_log BASE_DIRECTORY "${CMAKE_CURRENT_LIST_DIR}")
+    if(EXISTS "${kvo_log}")
+        set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${kvo_log}")
+    endif()
 endif()
