@@ -76,7 +76,10 @@ std::string Fields::filledText(const char *name) const
 
 Kopecks Fields::money(const char *name) const
 {
-    const auto amount = parseHundredths(text(name));
+    std::string sum = text(name);
+    if (sum == "-0.00") // as printf writes a double that is a little below zero
+        sum.erase(0, 1);
+    const auto amount = parseHundredths(sum);
     if (!amount)
         refuseField(path(name), "ожидается сумма от 0.00 с двумя знаками после точки",
                     "expected a sum from 0.00 to 999999999999.99, with two decimals");

@@ -50,7 +50,7 @@ TEST_F(Http, RefusesWrongBodiesNamingTheField)
         {"/brand", R"("X")", "Бренд"},
         {"/basketDatetime", R"("2023-02-29")", "basketDatetime"},
         {"/basketDatetime", R"("2024- 2- 9")", "basketDatetime"},
-        {"/paymentDiscAmount", R"("0.01")", "paymentDiscAmount"},
+        {"/paymentDiscAmount", R"("0.02")", "paymentDiscAmount"},
         {"/orderLines/1", R"({"lineID": "2"})", "orderLines[1].barcode"},
         {"/orderLines/0/lineId", R"("1")", "orderLines[0].lineId"},
         {"/orderLines/0/qty", R"("01")", "orderLines[0].qty"},

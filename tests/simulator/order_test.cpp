@@ -57,7 +57,9 @@ TEST_F(Orders, GiveAReservationBackWhenTheyChange)
     EXPECT_EQ(caller.balance(), "1500.00");
 
     caller.call("createOrder", "b");
-    const Json bigger = order("b", {line(1, "100.00"), line(2, "10.00")});
+    Json bigger = order("b", {line(1, "100.00"), line(2, "10.00")});
+    bigger["orderLines"][0]["paymentDiscAmount"] = "-0.00";
+    bigger["paymentDiscAmount"] = "0.01"; // 0.0049 twice, rounded
     EXPECT_EQ(caller.post("updateOrder", bigger).result(),
               (Json{{"basket", "b"}, {"earnPoints", 5.5}, {"redeemPoints", Json::array()}}));
     EXPECT_EQ(caller.balance(), "1500.00");
