@@ -3,6 +3,8 @@
 
 #include "eventmask.h"
 
+#include <core/plaintext.h>
+
 #include <QtCore/QJsonDocument>
 #include <QtCore/QScopeGuard>
 
@@ -22,11 +24,13 @@ constexpr int largestBatch = 32;
 // again.
 constexpr std::chrono::milliseconds batchTime{10};
 
-// As stored and logged. Not every database takes a NUL in a text.
+// As stored and logged: a service may explain a refusal with a page of any length, and not every database takes a NUL
+// in a text.
 QString errorText(const QString &error)
 {
-    const QString text = eventmask::maskText(error).remove(QChar::Null);
-    return text.trimmed().isEmpty() ? u"причина не названа"_s : text;
+    constexpr qsizetype longest = 1000;
+    const QString text = plainText(eventmask::maskText(error), longest);
+    return text.isEmpty() ? u"причина не названа"_s : text;
 }
 
 } // namespace

@@ -99,12 +99,14 @@ TEST_F(QueueDeliveryTest, TextsComeThroughTheDatabaseAsTheyWere)
     QList<QJsonObject> arrived;
     QueueDelivery receiver(settings, {{u"kvo"_s, [&](const QJsonObject &received) {
                                            arrived.append(received);
-                                           throw QueueRefusal(event.value(u"text").toString());
+                                           throw QueueRefusal(event.value(u"text").toString() + QString(2000, u'x'));
                                        }}});
     broker.push(u"kvo"_s, event, {});
     EXPECT_TRUE(receiver.step());
     EXPECT_EQ(arrived, QList<QJsonObject>{event});
-    EXPECT_EQ(QueueAdmin().list().constFirst().lastError, event.value(u"text").toString().remove(QChar::Null));
+    const QString error = QueueAdmin().list().constFirst().lastError;
+    EXPECT_TRUE(error.startsWith(u"\\ \\\\ ' '' \" ? $1 %1 :x Ж 😀xxx"_s)) << "in one line";
+    EXPECT_EQ(error.size(), 1000);
 }
 
 TEST_F(QueueDeliveryTest, ErrorsAreStoredWithoutSecrets)
