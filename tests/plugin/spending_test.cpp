@@ -14,7 +14,6 @@ TEST_F(Spending, TurnsRedeemedPointsIntoDiscountsAndEarnedOnesIntoRecords)
     plugin.pointsForSpend = 150;
     plugin.orderCreated = true; // Of an earlier check.
     card->setOperationId({});
-    card->setCodeInternal(4);
     bool isKnown = true; // What the disk says of the order when the service first hears of it.
     ON_CALL(*saveToFile, save).WillByDefault([&] {
         if (service.calls.isEmpty())
@@ -39,7 +38,13 @@ TEST_F(Spending, TurnsRedeemedPointsIntoDiscountsAndEarnedOnesIntoRecords)
     EXPECT_FALSE(service.bodies[0].value("orderLines"_L1)[0]["noDiscountAllowed"_L1].toBool());
     EXPECT_EQ(plugin.getPluginData(u"bonusImpacts"_s, {}).value<BonusImpactPtrList>(), plugin.bonusImpacts);
     EXPECT_TRUE(log.take().contains(u"Создание оплаты бонусами в виде скидки на сумму 150.00, по карте 2000"_s));
-    // All fields survive a restart.
+}
+
+TEST_F(Spending, ImpactsSurviveARestart)
+{
+    card->setCodeInternal(4);
+    serviceAnswers(R"({"redeemPoints": [{"lineId": 1, "points": 12.5}, {"points": 0.0051}]})");
+    EXPECT_TRUE(plugin.spendPoints());
     const QVariantList plain = QVariant::fromValue(plugin.bonusImpacts).toList();
     QJsonArray written = QJsonArray::fromVariantList(plain);
     EXPECT_FALSE(written[1]["totals"_L1]["dateTime"_L1].toString().isEmpty());
