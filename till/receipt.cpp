@@ -121,7 +121,7 @@ QString loyaltyRows(const CheckResult &result)
     return result.loyaltyOff.isEmpty() ? QString() : rule(u'-') + centred(u"Бонусы не работают"_s);
 }
 
-QString queueRows(const DBQueueBroker::Status &queue)
+QString queueRows(const QueueStatus &queue)
 {
     QString rows;
     if (queue.waiting > 0)
@@ -135,7 +135,7 @@ QString queueRows(const DBQueueBroker::Status &queue)
 
 } // namespace
 
-QString receiptText(const CheckResult &result, const DBQueueBroker::Status &queue)
+QString receiptText(const CheckResult &result, const QueueStatus &queue)
 {
     QString text = rule(u'=') + centred(heading(result.outcome));
     text += row(u"Открыт"_s, result.dateTime.toString(u"dd.MM.yyyy HH:mm:ss"_s)) + row(u"N"_s, result.identifier);

@@ -3,7 +3,7 @@
 
 #include "checkresult.h"
 
-#include <queue/dbqueuebroker.h>
+#include <queue/queuestatus.h>
 
 namespace till {
 
@@ -13,6 +13,6 @@ constexpr int receiptWidth = 42;
 /// The receipt in Russian, each line ended by a line break. Sums have two decimals and a point in every locale; widths
 /// are counted in characters. `queue` tells what the service has not accepted yet: while there is something, the
 /// balance after the sale is marked as expected.
-QString receiptText(const CheckResult &result, const DBQueueBroker::Status &queue);
+QString receiptText(const CheckResult &result, const QueueStatus &queue);
 
 } // namespace till

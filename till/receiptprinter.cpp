@@ -6,10 +6,11 @@
 
 #include <core/basicexception.h>
 #include <core/singleton.h>
+#include <queue/dbqueuebroker.h>
 
 namespace till {
 
-std::optional<DBQueueBroker::Status> queueStatus()
+std::optional<QueueStatus> queueStatus()
 {
     try {
         return Singleton<DBQueueBroker>::instance()->status();
@@ -25,7 +26,7 @@ void printReceipt(const CheckResult &result, QueueDrain &drain)
         drain.wakeUp();
         std::ignore = drain.waitUntilDrained(longestWait);
     }
-    console::print(receiptText(result, queueStatus().value_or(DBQueueBroker::Status())));
+    console::print(receiptText(result, queueStatus().value_or(QueueStatus())));
 }
 
 } // namespace till

@@ -90,7 +90,7 @@ void ScenarioPlayer::compare(const ScenarioCheck &check, const CheckResult &resu
         // An empty queue is not reached at once; requests that wait for a service that is down stay where they are.
         if (*queued == 0)
             std::ignore = m_drain.waitUntilDrained(deliveryTime);
-        const DBQueueBroker::Status status = queueStatus().value_or(DBQueueBroker::Status());
+        const QueueStatus status = queueStatus().value_or(QueueStatus());
         if (const int left = status.waiting + status.blocked; left != *queued)
             report(check, u"expect/queued"_s, QString::number(*queued), QString::number(left));
     }

@@ -30,8 +30,7 @@ public:
 
     /// What has not been accepted by its receiver yet, for the till's status line and the receipt. Throws
     /// BasicException when the database cannot be read.
-    using Status = QueueStatus;
-    virtual Status status() const;
+    virtual QueueStatus status() const;
 
     /// Why nothing can be stored now, as a text for the cashier; empty when push() can be expected to work. Costs no
     /// disk access to speak of, unless the last operation here has failed: then the database is opened and written to

@@ -71,7 +71,7 @@ void CheckDesk::end(const CheckResult &result)
     m_till->drain().wakeUp();
     if (!result.basket.isEmpty()) // The receipt tells whether the service has accepted the order.
         m_view.queue = queueStatus();
-    m_view.page = receiptPage(receiptText(result, m_view.queue.value_or(DBQueueBroker::Status())));
+    m_view.page = receiptPage(receiptText(result, m_view.queue.value_or(QueueStatus())));
 }
 
 void CheckDesk::parkOrShowParked()

@@ -76,7 +76,7 @@ void MainWindow::showStatus(const TillView &view)
     const QString link = view.link.isReachable ? tr("Сервис лояльности на связи") : lost;
     m_link->setText(view.link.since.isValid() ? link : tr("Сервис лояльности: обмена ещё не было"));
     setTone(m_link, view.link.isReachable ? u"good"_s : u"warning"_s);
-    const auto queue = view.queue.value_or(DBQueueBroker::Status());
+    const auto queue = view.queue.value_or(QueueStatus());
     const QString counts = tr("Запросы: ждут %1, отклонено %2  Ctrl+L")
                                .arg(QString::number(queue.waiting), QString::number(queue.blocked));
     m_queue->setText(view.queue ? counts : tr("Очередь недоступна  Ctrl+L"));

@@ -4,7 +4,7 @@
 #include "till/checkresult.h"
 
 #include <net/linkstate.h>
-#include <queue/dbqueuebroker.h>
+#include <queue/queuestatus.h>
 
 #include <QtCore/QDateTime>
 #include <QtCore/QStringList>
@@ -76,8 +76,8 @@ struct TillView
     bool isWarning = false;
     std::optional<Page> page; ///< What the last command has to show.
 
-    LinkState::State link;                                                ///< To the service.
-    std::optional<DBQueueBroker::Status> queue = DBQueueBroker::Status(); ///< Nothing when it could not be read.
+    LinkState::State link;                            ///< To the service.
+    std::optional<QueueStatus> queue = QueueStatus(); ///< Nothing when it could not be read.
 
     bool hasLines() const { return isOpen && !check.lines.isEmpty(); }
     bool hasCard() const { return isOpen && !check.card.isEmpty(); }
