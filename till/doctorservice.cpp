@@ -161,7 +161,6 @@ Finding Service::clock() const
 Finding Service::times()
 {
     QList<std::chrono::microseconds> times;
-    m_newConnections = 0;
     for (int i = 0; i < roundTrips; ++i) {
         const ProbeResult answer = get(queries().customer);
         if (answer.failed)
