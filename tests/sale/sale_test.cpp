@@ -38,12 +38,10 @@ const Case cases[]{
     {"UnknownCard",
      check(R"({"card": "1234"}, {"add": {"barcode": "3", "name": "A", "price": 1}}, {"remove": 3}, "close")",
            R"({"outcome": "closed", "card": "", "total": "227.50", "messages": ["1234"]})")},
-    {"WrongCodesThenACodeForAnotherAttempt",
-     sale(R"("price", "spend", "close")",
-          R"({"outcome": "closed", "spent": "113.75",
+    {"WrongCodesThenACodeForAnotherAttempt", sale(R"("price", "spend", "close")",
+                                                  R"({"outcome": "closed", "spent": "113.75",
               "messages": ["код", "Неверный код", "Неверный код", "Повторить", "код"]})",
-          R"({"codes": ["no", "no", "no"], "dialogs": ["retry"]})"),
-     {}},
+                                                  R"({"codes": ["no", "no", "no"], "dialogs": ["retry"]})")},
     {"CardRemovedAtClose",
      sale(R"("price", "close")", R"({"outcome": "closed", "card": "", "total": "227.50", "earned": 0, "queued": 0,
                                      "messages": ["заказа.\nПовторить или удалить"]})",
@@ -69,6 +67,15 @@ const Case cases[]{
 };
 
 INSTANTIATE_TEST_SUITE_P(Shop, Sale, testing::ValuesIn(cases), testing::PrintToStringParamName());
+
+TEST_F(SaleTest, SaysWhatDiffersFromTheScenario)
+{
+    const QByteArray scenario = check(R"("price")", R"({"sum": 1, "queued": 3, "messages": ["x"]})");
+    EXPECT_THAT((runTill(scenario, 1) + runTill(scenario, 1)).toStdString(),
+                AllOf(HasSubstr("/checks/0/expect/sum: ожидалось \"1.00\", получено \"227.50\""),
+                      HasSubstr("queued: ожидалось \"3\", получено \"0\""), HasSubstr("получено \"На чеке нет карты\""),
+                      HasSubstr("Расхождений: 3\n"), HasSubstr("continue: ожидалось \"нет открытого чека\"")));
+}
 
 TEST_F(SaleTest, AQuestionThatNobodyAnswersDecidesNothing)
 {

@@ -49,10 +49,9 @@ TEST_F(ConfigurationTest, RefusesWhatItDoubts)
 
 TEST_F(ConfigurationTest, NamesAllMistakesAtOnceButNoSecrets)
 {
-    const QString said = complaint("[Kvo]\npasword = secret\nhost = http://u:secret@a:x\ntimeout = -1\n");
-    for (const QString &key : {u"Kvo:pasword"_s, u"Kvo:host"_s, u"Kvo:timeout"_s})
-        EXPECT_TRUE(said.contains(key)) << said.toStdString();
-    EXPECT_FALSE(said.contains(u"secret"_s)) << said.toStdString();
+    EXPECT_THAT(
+        complaint("[Kvo]\npasword = secret\nhost = http://u:secret@a:x\ntimeout = -1\n").toStdString(),
+        AllOf(HasSubstr("Kvo:pasword"), HasSubstr("Kvo:host"), HasSubstr("Kvo:timeout"), Not(HasSubstr("secret"))));
 }
 
 TEST(Settings, AreTheOnesThatTheCodeReads)

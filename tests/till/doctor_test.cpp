@@ -192,9 +192,8 @@ TEST_F(DoctorTest, NamesWhatIsWrongWithTls)
 
 TEST_F(DoctorTest, LooksIntoQueueAndCheckStore)
 {
-    const auto sql = [this](const char *file, const QString &statement) {
-        runSql(QFile::decodeName(path(file)), statement);
-    };
+    const QString queue = m_folder.filePath(u"data/queue.db"_s);
+    const QString checks = m_folder.filePath(u"data/checks.db"_s);
     const auto expectLines = [this](const QStringList &lines) {
         const QString found = report({});
         for (const QString &line : lines)
@@ -209,14 +208,14 @@ TEST_F(DoctorTest, LooksIntoQueueAndCheckStore)
     expectLines({u"ok       queue: *1 waiting, the oldest since "_s, u"ok       refused requests: none"_s,
                  u"ok       open check: "_s + check->getIdentifier() + u", since 20"_s,
                  u"ok       checks put aside: *(no loyalty)"_s});
-    sql("data/queue.db", u"UPDATE event SET created = created - 7200000"_s);
-    sql("data/checks.db", u"UPDATE sale SET since = since - 7200000"_s);
+    runSql(queue, u"UPDATE event SET created = created - 7200000"_s);
+    runSql(checks, u"UPDATE sale SET since = since - 7200000"_s);
     expectLines({u"warning  queue: *1 waiting*kvo-till drain"_s, u"warning  open check: *kvo-till void"_s});
-    sql("data/queue.db", u"UPDATE event SET state = 'dead', rejected = 1"_s);
-    sql("data/checks.db", u"UPDATE sale SET standing = 2 WHERE standing = 1"_s);
+    runSql(queue, u"UPDATE event SET state = 'dead', rejected = 1"_s);
+    runSql(checks, u"UPDATE sale SET standing = 2 WHERE standing = 1"_s);
     expectLines({u"warning  refused requests: 1 refused for good*retry or discard"_s,
                  u"warning  checks put aside: cannot be read: *support"_s});
-    sql("data/checks.db", u"UPDATE part SET content = 'x' WHERE kind = 'goods'"_s);
+    runSql(checks, u"UPDATE part SET content = 'x' WHERE kind = 'goods'"_s);
     expectLines({u"failure  open check: *cannot be read*support*\n *"_s + check->getIdentifier()});
     write("data/checks.db", QByteArray(9999, 'x'));
     expectLines({u"failure  open check: *checks.db cannot be read*support"_s});

@@ -39,13 +39,15 @@ TEST(QueueCommand, ListsShowsAndDiscardsWithoutSecrets)
     EXPECT_TRUE(answer({.state = u"discarded"_s}).startsWith(u"Таких запросов нет"_s));
     EXPECT_TRUE(answer({.state = u"waiting"_s}).contains(u"postOrder"_s));
 
-    const std::pair<till::QueueRequest, bool> thresholds[] = {
-        {{.action = Action::Status}, true},
-        {{.action = Action::Status, .maxWaiting = 1, .maxAgeMinutes = 121}, true},
-        {{.action = Action::Status, .maxWaiting = 0}, false},
-        {{.action = Action::Status, .maxAgeMinutes = 119}, false},
+    const std::pair<till::QueueRequest, QString> thresholds[] = {
+        {{.action = Action::Status}, {}},
+        {{.action = Action::Status, .maxWaiting = 1, .maxAgeMinutes = 121}, {}},
+        {{.action = Action::Status, .maxWaiting = 0}, u"Внимание: ожидают отправки больше 0\n"_s},
+        {{.action = Action::Status, .maxAgeMinutes = 119}, u"Внимание: самому раннему больше 119 мин\n"_s},
     };
-    for (const auto &[request, isFine] : thresholds)
-        EXPECT_EQ(till::answerTo(request, later).isFine, isFine) << request.maxWaiting << ' ' << request.maxAgeMinutes;
-    EXPECT_EQ(till::progressBar(0, 0), u""_s);
+    for (const auto &[request, warning] : thresholds) {
+        EXPECT_TRUE(answer(request).endsWith(u"\nВозраст самого раннего: 2 ч\n"_s + warning)) << warning.toStdString();
+        EXPECT_EQ(till::answerTo(request, later).isFine, warning.isEmpty()) << warning.toStdString();
+    }
+    EXPECT_EQ(till::progressBar(0, 0) + till::progressBar(9, 6), u"[##########....................] 3/9"_s);
 }

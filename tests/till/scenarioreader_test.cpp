@@ -45,7 +45,7 @@ TEST_F(ScenarioReader, NamesFileAndPathOfWhatItRefuses)
         {check(R"("steps": ["close", "spend"])"), "/checks/0/steps/1: чек уже закрыт"},
         {check(R"("steps": [{"card": "1", "phone": "2"}])"), "/checks/0/steps/0: нужен ровно один ключ"},
         {check(R"("steps": [{"change": {"line": 1}}])"), "/checks/0/steps/0/change: нужно \"quantity\" или \"price\""},
-        {check(R"("answers": {"dialogs": ["later"]})"), "/checks/0/answers/dialogs/0: \"later\""},
+        {check(R"("answers": {"dialogs": ["later"]})"), "/dialogs/0: \"later\" не подходит; возможны: retry, "},
         {R"({"goods": [)" + goods + "}, " + goods + "}]}", "sale.json: /goods/1/barcode: штрихкод 1 уже есть"},
         {R"({"goods": [)" + goods + R"(, "quantity": 2}]})", "/goods/0/quantity: в справочнике"},
     };
