@@ -73,6 +73,11 @@ TEST_F(Http, RefusesWrongBodiesNamingTheField)
     EXPECT_EQ(caller.post("createOrder", order("b", {line(1, "1.00"), line(1, "1.00")})).status, 400);
     EXPECT_EQ(caller.http.Post(createOrder, order("b", {}).dump(), "text/plain")->status, 415);
     EXPECT_THAT(caller.ledger()["orders"], IsEmpty());
+    EXPECT_THAT(caller.send("/sim/balance", R"({"account": "C-9", "balance": "1.00"})").text,
+                HasSubstr("customer C-9"));
+    const char *customer = R"({"CustAccount": "C-0001", "LastName": "A", "FirstName": "B", "Phone": "+79990001122",
+                               "Cards": ["9"]})";
+    EXPECT_THAT(caller.send("/sim/customers", customer).text, HasSubstr("C-0001 exists already"));
     for (const char *query : {"phone=abc", "last=-1", "last=1x"})
         EXPECT_EQ(caller.get(std::string("/sim/outbox?") + query).status, 400) << query;
     EXPECT_EQ(caller.http.Delete("/sim/outbox")->get_header_value("Allow"), "GET");
@@ -93,18 +98,6 @@ TEST_F(Http, PrintsTheLatestRequestsAndListsMessages)
     EXPECT_THAT(lines, testing::MatchesRegex("[0-9:.]+  updateOrder +200 .* ms  ok\n[0-9:.]+  bindOrderId .*ms  .+\n"));
     caller.send("/api/twofa/msg/v1/send", R"({"brand":"K","phone":"+79001234567","text":"1234","channel":"sms"})");
     EXPECT_EQ(caller.get("/sim/outbox?last=1").json()["messages"][0]["phone"], "+79001234567");
-}
-
-TEST_F(Http, RefusesAStreamTooMany)
-{
-    Feed feed;
-    const RequestLog log(feed);
-    const Faults faults({}, {}, feed);
-    EventStream streams(database, log, faults, feed);
-    std::array<httplib::Response, EventStream::mostStreams + 1> answers;
-    for (httplib::Response &answer : answers)
-        streams.serve({}, answer);
-    EXPECT_EQ(std::pair((answers.end() - 2)->status, answers.back().status), std::pair(-1, 503));
 }
 
 TEST_F(Http, FailsOneRequestWithEachKindOfFault)

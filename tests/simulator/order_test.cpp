@@ -69,6 +69,19 @@ TEST_F(Orders, GiveAReservationBackWhenTheyChange)
     EXPECT_EQ(caller.balance(), "1505.50");
 }
 
+TEST_F(SimulatorTest, SaysWhatIsWrongWithItsLedger)
+{
+    caller.call("createOrder", "b");
+    caller.call("postOrder", "b");
+    SQLite::Database(ledgerFile, SQLite::OPEN_READWRITE)
+        .exec("UPDATE customers SET balance = 145251 WHERE account = 'C-0001';"
+              "UPDATE orders SET earned = 251, order_id = 'x'; UPDATE order_lines SET points = amount + 1");
+    EXPECT_THAT(database.read(auditLedger),
+                testing::ElementsAre(HasSubstr("balance 1452.51, movements 1452.50"),
+                                     HasSubstr("(posted): movements -47.50, expected -97.50"),
+                                     HasSubstr("order id 'x' does not fit"), HasSubstr("line 1 is paid with more")));
+}
+
 TEST(Pricing, FollowsTheRules)
 {
     constexpr bool yes = true;

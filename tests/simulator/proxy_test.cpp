@@ -16,9 +16,10 @@ static http::Response ask(int port)
 {
     RestClient client;
     client.setTimeout(1000);
-    const QString url = u"http://127.0.0.1:%1/api/ax/xpp/v1/searchCustomer?Brand=K&CardNumber=7770000000001"_s;
-    client.request(QNetworkAccessManager::GetOperation, QUrl(url.arg(port)), {},
-                   {{u"Authorization"_s, u"Basic dTpw"_s}});
+    const QJsonDocument body = QJsonDocument::fromJson(order("b", {line(1, "100.00")}).dump().c_str());
+    client.request(QNetworkAccessManager::PostOperation,
+                   QUrl(u"http://127.0.0.1:%1/api/ax/xpp/v1/createOrder"_s.arg(port)), body,
+                   {{u"Authorization"_s, u"Basic dTpw"_s}, {u"Content-Type"_s, u"application/json"_s}});
     return client.response();
 }
 
@@ -48,11 +49,11 @@ TEST_F(FaultProxy, DoesWhatTheFaultIsCalled)
         EXPECT_EQ(response.networkError() == Error::NoError, good || fault.name.starts_with("refusal"));
         EXPECT_EQ(response.json().object().value(u"success"_s).toBool(), good);
         processed += fault.processed ? 1 : 0;
-        EXPECT_EQ(caller.requests()["counts"]["searchCustomer"], processed);
+        EXPECT_EQ(caller.requests()["counts"]["createOrder"], processed);
     }
     const QByteArray lines = readFile(file);
     EXPECT_EQ(lines.count("\"fault\""), allProxyFaults().size());
-    EXPECT_EQ(lines.count("\"accepted\":true"), processed);
+    EXPECT_EQ(lines.count("{\"accepted\":true,\"basket\":\"b\","), processed);
 }
 
 } // namespace sim

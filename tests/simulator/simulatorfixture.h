@@ -124,7 +124,8 @@ struct SimulatorTest : testing::Test
     ~SimulatorTest() override { server.stop(); }
 
     QTemporaryDir folder;
-    Database database{folder.filePath(QStringLiteral("ledger.db")).toStdString(), Database::Access::Serve};
+    const std::string ledgerFile = folder.filePath(QStringLiteral("ledger.db")).toStdString();
+    Database database{ledgerFile, Database::Access::Serve};
     HttpServer server{database, {"u", "p", "K"}};
     int port = server.bind(0);
     std::jthread thread{[this] { server.run(); }};
