@@ -187,13 +187,12 @@ TEST_F(Session, LeavesTheCheckAsItWasWhenAnOperationIsRefused)
 
 TEST_F(Session, SellsToNobodyWhoHasNoNumberOrAccount)
 {
-    for (const char *customer :
+    for (const char *said :
          {R"({"success": true, "data": {"CustAccount": "A-1"}})", R"({"success": true, "data": {"CardNumber": "777"}})",
           "{}", R"({"error": {"errorCode": 5, "description": " "}})"}) {
         session->open();
-        service.answer = service.ok(customer);
-        const QString said = refusalOf([&] { session->addCard(ECardNumberType::Manual, u"777"_s); });
-        EXPECT_NE(said.trimmed(), QString()) << customer;
+        service.answer = service.ok(said);
+        EXPECT_NE(refusalOf([&] { session->addCard(ECardNumberType::Manual, u"777"_s); }).trimmed(), QString()) << said;
         EXPECT_EQ(session->result().card, QString());
         start();
         EXPECT_EQ(session->result().card, QString());
