@@ -100,6 +100,18 @@ TEST_F(Http, PrintsTheLatestRequestsAndListsMessages)
     EXPECT_EQ(caller.get("/sim/outbox?last=1").json()["messages"][0]["phone"], "+79001234567");
 }
 
+TEST_F(Http, RefusesAStreamTooMany)
+{
+    Feed feed;
+    const RequestLog log(feed);
+    const Faults faults({}, {}, feed);
+    EventStream streams(database, log, faults, feed);
+    std::array<httplib::Response, EventStream::mostStreams + 1> answers;
+    for (httplib::Response &answer : answers)
+        streams.serve({}, answer);
+    EXPECT_EQ(std::pair((answers.end() - 2)->status, answers.back().status), std::pair(-1, 503));
+}
+
 TEST_F(Http, FailsOneRequestWithEachKindOfFault)
 {
     // The kind, the status that comes, and the order's state after it.
