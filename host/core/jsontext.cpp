@@ -23,13 +23,16 @@ namespace jsontext {
 
 namespace {
 
-// A table, because the test is made for each character of a text.
-constexpr auto isEscaped = [] {
+constexpr std::array<bool, 256> escapedCharacters()
+{
     std::array<bool, 256> table{};
     for (unsigned c = 0; c < table.size(); ++c)
         table[c] = c < ' ' || c == '"' || c == '\\';
     return table;
-}();
+}
+
+// A table, because the test is made for each character of a text.
+constexpr std::array<bool, 256> isEscaped = escapedCharacters();
 
 /// Converts the CBOR written to it into JSON. Trusts its input, which always comes from Qt and holds what JSON can.
 class Transcoder : public QIODevice
