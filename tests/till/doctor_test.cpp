@@ -131,7 +131,7 @@ TEST_F(DoctorTest, NamesEachFaultAndItsRemedy)
         {"warning  data folder: *open to other users*chmod 0700", "[Host]\ndataFolder = " + path("driver")},
         {"failure  queue: the queue cannot be used*[Queue]", "[Queue]\ndriver = X"},
         {"ok       queue: *does not exist yet*", "[Queue]\ndriver = qsqlite"},
-        {"failure  queue: *file cannot be used*docs/queue.md*it holds requests", "[Queue]\ndatabase = " + path("file")},
+        {"failure  queue: *file cannot be used*docs/queue.md*requests\n", "[Queue]\ndatabase = " + path("file")},
         {"failure  service address: Kvo:host is not an address*https://", "host = x"},
         {"failure  service address: no address with this Kvo:path*/", "path = api"},
         {"warning  encryption: plain http to no-such.invalid*https", "host = http://no-such.invalid"},

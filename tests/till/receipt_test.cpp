@@ -55,8 +55,7 @@ TEST(Receipt, HasItsColumnsAndTwoDecimalsInEveryLocale)
                            "Ожидает отправки                         2\n"
                            "В очереди с            05.03.2026 14:03:09\n"
                            "==========================================\n";
-    const till::CheckResult kept = till::resultFromJournal(result.toJournal());
-    EXPECT_EQ(till::receiptText(kept, {2, 0, opened}).toStdString(), expected);
+    EXPECT_EQ(till::receiptText(till::resultFromJournal(result.toJournal()), {2, 0, opened}).toStdString(), expected);
     EXPECT_EQ(
         till::checkView(result),
         u"Чек открыт 05.03.2026 14:03:09\n1. Сыр Российский особый весовой с длинным…  0.345 x 640.00 = 220.80, "
