@@ -53,6 +53,8 @@ void MainWindow::showCheck(const CheckResult &check)
     m_sum->setText(check.spent().isZero()
                        ? tr("К оплате")
                        : tr("Сумма %1\nБаллами −%2\nК оплате").arg(moneyText(check.sum()), moneyText(check.spent())));
+    if (check.lines.size() > m_lines->rowCount())
+        m_lines->clearSelection(); // The line that was added is selected instead.
     m_lines->show(linesPage(check.lines), check.lines.size() - 1);
     const bool hasCard = !check.card.isEmpty();
     const bool isPriced = hasCard && !check.basket.isEmpty();
@@ -196,7 +198,6 @@ void MainWindow::sendPending()
     const bool isStopped = m_isHolding || m_confirmation || m_pages->currentWidget() != m_sale;
     if (m_pending.isEmpty() || !m_till.isIdle() || isStopped)
         return;
-    m_lines->setCurrentCell(-1, -1);
     m_till.send([text = m_pending.takeFirst()](CheckDesk &desk) { desk.addGoods(text); });
 }
 

@@ -108,6 +108,7 @@ void ListTable::show(const Page &page, qsizetype otherwise)
     }
     horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     horizontalHeader()->setSectionResizeMode(page.wide, QHeaderView::Stretch);
+    executeDelayedItemsLayout(); // Until then it scrolls no further than to the rows that were.
     const auto same = std::find_if(m_rows.cbegin(), m_rows.cend(), [&](const auto &row) { return row.id == selected; });
     selectRow(static_cast<int>(same == m_rows.cend() ? otherwise : same - m_rows.cbegin()));
 }
