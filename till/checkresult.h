@@ -44,7 +44,7 @@ struct CheckResult
     QString loyaltyOff; ///< Why no cards are accepted now; empty while they are.
     Money offered = {}; ///< Points that can be spent; zero until the check is priced.
     QString cashier = {};
-    bool isOfferCurrent = false; ///< The check has not changed since it was priced.
+    bool isPriced = false; ///< The service has priced the check as it is.
 
     Money sum() const;
     Money spent() const;

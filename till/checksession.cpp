@@ -30,7 +30,7 @@ CheckResult CheckSession::result() const
     result.loyaltyOff = loyaltyOff();
     if (isPriced())
         result.offered = Money::fromRubles(m_system.getPointsForSpend(m_document));
-    result.isOfferCurrent = m_state.order == TillState::Order::InStep;
+    result.isPriced = isPriced() && m_state.order == TillState::Order::InStep;
     return result;
 }
 

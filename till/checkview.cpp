@@ -32,9 +32,10 @@ QString cardView(const CheckResult &result)
     }
     if (result.balance)
         parts.append(u"баланс "_s + result.balance->toText());
-    if (result.spent().isZero() && !result.offered.isZero() && result.isOfferCurrent)
+    if (result.isPriced && result.spent().isZero() && !result.offered.isZero())
         parts.append(u"можно списать "_s + result.offered.toText());
-    parts.append(u"будет начислено "_s + result.earned.toText());
+    if (result.isPriced)
+        parts.append(u"будет начислено "_s + result.earned.toText());
     return parts.join(u", "_s) + u'\n';
 }
 

@@ -56,6 +56,8 @@ TEST(Receipt, HasItsColumnsAndTwoDecimalsInEveryLocale)
                            "В очереди с            05.03.2026 14:03:09\n"
                            "==========================================\n";
     EXPECT_EQ(till::receiptText(till::resultFromJournal(result.toJournal()), {2, 0, opened}).toStdString(), expected);
+    EXPECT_TRUE(till::checkView(result).contains(u", баланс 1234567.89\nИтого "_s)) << "changed since it was priced";
+    result.isPriced = true;
     EXPECT_EQ(
         till::checkView(result),
         u"Чек открыт 05.03.2026 14:03:09\n1. Сыр Российский особый весовой с длинным…  0.345 x 640.00 = 220.80, "

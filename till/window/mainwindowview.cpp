@@ -57,7 +57,8 @@ void MainWindow::showCheck(const CheckResult &check)
         m_lines->clearSelection(); // The line that was added is selected instead.
     m_lines->show(linesPage(check.lines), check.lines.size() - 1);
     const bool hasCard = !check.card.isEmpty();
-    const bool isPriced = hasCard && !check.basket.isEmpty();
+    const std::optional<Question> &question = m_till.view().question;
+    const bool isPriced = check.isPriced || (question && question->entry == Question::Entry::Code);
     const QString name = check.customer.isEmpty() ? tr("Имя неизвестно") : fitting(check.customer, longestName);
     m_customer->setText(hasCard ? name : tr("Покупатель не указан"));
     m_customer->setToolTip(tip(check.customer));
