@@ -67,7 +67,7 @@ TEST_P(Tour, SellsByPhoneWithPointsAndCode)
     addCustomer();
     picture(u"sale-"_s + theme);
 
-    ASSERT_TRUE(shop->press(Qt::Key_F5));
+    ASSERT_TRUE(shop->press({Qt::Key_F5, Qt::Key_Escape}));
     EXPECT_THAT(text(shop->till.view().question->reason), HasSubstr("К списанию"));
     ASSERT_TRUE(shop->type(u"wrong"_s));
     EXPECT_THAT(text(shop->till.view().question->reason), HasSubstr("Код неверный"));
@@ -229,6 +229,9 @@ TEST_F(WindowTest, LivesAndTakesGoodsWhileAnExchangeHangs)
     EXPECT_THAT(text(shop->message()), HasSubstr("Товар не найден: 9999999999999"));
     EXPECT_EQ(shop->till.view().check.lines.size(), 2);
     ASSERT_TRUE(shop->press({Qt::Key_F12, Qt::Key_Return})); // Not yet; seen.
+    EXPECT_FALSE(shop->till.view().check.isPriced);
+    shop->scan(u"9999999999999"_s);
+    ASSERT_TRUE(shop->type(u"4600000000011"_s) && shop->press({Qt::Key_Escape, Qt::Key_Return})); // Dropped.
     EXPECT_EQ(shop->till.view().check.lines.size(), 3);
 }
 

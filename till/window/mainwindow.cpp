@@ -34,7 +34,7 @@ MainWindow::MainWindow(CheckThread &till) : m_till(till), m_pages(new QStackedWi
     setCentralWidget(arrange(Qt::Vertical, {m_pages, bottom, m_actionArea, m_questions}, {m_pages}, new QWidget));
     makeStatusBar();
 
-    connect(m_list, &ListPage::left, this, &MainWindow::showSale);
+    connect(m_list, &ListPage::left, this, &MainWindow::goBack);
     connect(m_questions, &QuestionPanel::answered, this, &MainWindow::settle);
     connect(&m_till, &CheckThread::changed, this, &MainWindow::apply);
     auto *clock = new QTimer(this);

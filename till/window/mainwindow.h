@@ -59,6 +59,8 @@ private:
     void showPage(const Page &page);
     void showHelp();
     void showSale();
+    /// What Esc does.
+    void goBack();
     void updateAreas();
 
     void changeLine();

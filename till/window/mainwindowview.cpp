@@ -123,7 +123,7 @@ void MainWindow::showMessage()
     if (isWaiting)
         text = tr("%1: ждём ответа %2 с, с %3")
                    .arg(view.waitingFor, QString::number(waited / 1000), view.waitingSince.toString(u"HH:mm:ss"_s));
-    const QString pending = m_isHolding ? tr("Нажмите Enter, чтобы добавить: %1") : tr("Введено и будет добавлено: %1");
+    const QString pending = m_isHolding ? tr("Enter добавит, Esc сотрёт: %1") : tr("Введено и будет добавлено: %1");
     if (!m_pending.isEmpty())
         text += u'\n' + fitting(pending.arg(m_pending.join(u", "_s)));
     m_message->setText(text);
@@ -149,18 +149,30 @@ void MainWindow::showHelp()
             "F6  изменить количество строки, =45,50 – цену\nF7  удалить строку\n"
             "F8  вернуть последнее изменение строки\nF9  отложить чек или вернуть отложенный\n"
             "F10  аннулировать чек\nF11  журнал за день\nF12  закрыть чек\n"
-            "Ctrl+L  запросы, которые ждут отправки\nEsc  назад\n\n"
+            "Ctrl+L  запросы, которые ждут отправки\nEsc  назад; стирает введённое\n\n"
             "Питание можно выключить в любой момент: чек останется на кассе.")});
 }
 
 void MainWindow::showSale()
 {
-    if (!m_till.view().fault.isEmpty())
-        return void(close());
     m_pages->setCurrentWidget(m_sale);
     m_isHolding = false;
     updateAreas();
     setMode(m_goodsMode);
+}
+
+void MainWindow::goBack()
+{
+    if (!m_till.view().fault.isEmpty())
+        return void(close());
+    if (m_confirmation)
+        return settle({.kind = Answer::Kind::Second});
+    if (m_till.view().question)
+        return m_questions->setFocus();
+    if (m_isHolding)
+        m_pending.clear();
+    m_entry->clear();
+    showSale();
 }
 
 void MainWindow::setMode(const Mode &mode)
@@ -242,7 +254,7 @@ void MainWindow::keyPressEvent(QKeyEvent *event)
     if (step != 0)
         return (isSale ? m_lines : m_list->table())->step(step);
     if (event->key() == Qt::Key_Escape)
-        return m_confirmation ? settle({.kind = Answer::Kind::Second}) : showSale();
+        return goBack();
     if (!typed.isPrint() || typed.isSpace() || !m_till.view().fault.isEmpty())
         return QMainWindow::keyPressEvent(event);
     // Nothing here takes it, so that a scan would end in a bare Enter on some button: it belongs to the sale.

@@ -43,7 +43,8 @@ void QuestionPanel::show(const Question &question)
     m_second->setText(question.second + u"  F10"_s);
     showTimeLeft();
     setVisible(true);
-    (isTyped ? static_cast<QWidget *>(m_entry) : question.isRisky ? m_second : m_first)->setFocus();
+    setFocusProxy(isTyped ? static_cast<QWidget *>(m_entry) : question.isRisky ? m_second : m_first);
+    setFocus();
 }
 
 void QuestionPanel::answer(Answer::Kind kind)
