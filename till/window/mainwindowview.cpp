@@ -31,6 +31,10 @@ void MainWindow::apply()
         useTheme(view.isDark);
     if (!view.fault.isEmpty())
         return showPage({Page::Kind::Fault, tr("Касса не может работать"), view.fault});
+    if (m_mode.work && !m_till.isIdle()) { // It gave way to a command: what is scanned meanwhile are goods.
+        m_entry->clear();
+        setMode(m_goodsMode);
+    }
     showCheck(view.check);
     showStatus(view);
     updateAreas();
@@ -193,7 +197,7 @@ void MainWindow::enter(const Mode &mode)
 void MainWindow::submit()
 {
     const QString text = m_entry->text().trimmed();
-    if (m_mode.work && (text.isEmpty() || !m_till.isIdle()))
+    if (m_mode.work && text.isEmpty())
         return;
     m_entry->clear();
     if (m_mode.work)
@@ -202,7 +206,6 @@ void MainWindow::submit()
         m_isHolding = false;
     else
         m_pending.append(text);
-    setMode(m_goodsMode); // What is scanned while the till is busy are goods.
     sendPending();
 }
 
