@@ -41,6 +41,7 @@ MainWindow::MainWindow(CheckThread &till) : m_till(till), m_pages(new QStackedWi
     connect(clock, &QTimer::timeout, this, &MainWindow::showMessage);
     connect(clock, &QTimer::timeout, this, &MainWindow::sendPending);
     clock->start(std::chrono::milliseconds(200));
+    QApplication::instance()->installEventFilter(this);
     useTheme(false);
     showSale();
 }

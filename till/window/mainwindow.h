@@ -23,6 +23,7 @@ public:
 
 private:
     void closeEvent(QCloseEvent *event) override;
+    bool eventFilter(QObject *object, QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
     /// A large button below the check.

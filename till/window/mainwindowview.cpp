@@ -249,6 +249,14 @@ void MainWindow::closeEvent(QCloseEvent *event)
     event->setAccepted(m_till.isIdle() || m_till.view().question || !m_till.view().fault.isEmpty());
 }
 
+bool MainWindow::eventFilter(QObject *object, QEvent *event)
+{
+    const auto *key = event->type() == QEvent::KeyPress ? static_cast<QKeyEvent *>(event) : nullptr;
+    // Held too long, these would answer the next question as well.
+    static const QList<int> answers{Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape};
+    return (key && key->isAutoRepeat() && answers.contains(key->key())) || QMainWindow::eventFilter(object, event);
+}
+
 void MainWindow::keyPressEvent(QKeyEvent *event)
 {
     const QChar typed = event->text().isEmpty() ? QChar() : event->text().front();

@@ -61,7 +61,8 @@ QPushButton *makeButton(const QString &text)
 
 void addKey(QAbstractButton *button, const QKeySequence &key)
 {
-    new QShortcut(key, button, [button] { button->click(); });
+    auto *shortcut = new QShortcut(key, button, [button] { button->click(); });
+    shortcut->setAutoRepeat(false); // The next question may have a button with this key, too.
 }
 
 void setTone(QWidget *widget, const QString &tone)
