@@ -139,6 +139,7 @@ TEST_F(WindowTest, LooksAfterTheQueue)
 TEST_F(WindowTest, FitsTheScreenWhateverTheCustomerIsCalled)
 {
     start();
+    shop->window.resize(819, 600);
     for (const QString &name : {QString(200, u'Ш'), u"Шш "_s.repeated(66)}) {
         runSql(ledger, u"UPDATE customers SET last_name = '%1'"_s.arg(name));
         ASSERT_TRUE(shop->type(u"4600000000059"_s));
@@ -146,6 +147,7 @@ TEST_F(WindowTest, FitsTheScreenWhateverTheCustomerIsCalled)
         ASSERT_TRUE(shop->press(Qt::Key_F5));
         picture({});
         ASSERT_TRUE(shop->press({Qt::Key_F10, Qt::Key_F10, Qt::Key_F12, Qt::Key_Return})); // no points, no card
+        EXPECT_EQ(shop->window.height(), 600);
     }
     ASSERT_TRUE(shop->type(u"4600000000059"_s));
     addCustomer();

@@ -29,6 +29,7 @@ ListPage::ListPage() : m_text(new QPlainTextEdit)
     QWidget *top = arrange(Qt::Horizontal, {m_title, m_search}, {m_title, m_search});
     QWidget *bottom = arrange(Qt::Horizontal, buttons, buttons);
     arrange(Qt::Vertical, {top, m_table, m_text, m_summary, bottom}, {m_table, m_text}, this);
+    m_table->hide(); // The window keeps room for a page that is not shown yet, and it never has both.
     connect(m_search, &QLineEdit::textChanged, m_table, &ListTable::filter);
     connect(m_table, &ListTable::itemSelectionChanged, this, &ListPage::updateButtons);
     connect(m_table, &ListTable::itemDoubleClicked, m_buttons.constFirst(), &QPushButton::click);

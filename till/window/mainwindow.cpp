@@ -65,6 +65,7 @@ QWidget *MainWindow::makeCustomer()
     panel->setFixedWidth(264);
     auto *form = new QFormLayout(panel);
     form->setRowWrapPolicy(QFormLayout::WrapLongRows);
+    form->setVerticalSpacing(2);
     for (QLabel *label : {m_customer, m_card}) {
         label->setWordWrap(true);
         form->addRow(label);
@@ -88,7 +89,6 @@ QWidget *MainWindow::makeActions()
         action.button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
         action.button->setFocusPolicy(Qt::TabFocus);
         action.button->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-        action.button->setMinimumHeight(88);
         action.button->setIconSize(QSize(26, 26));
         addKey(action.button, Qt::Key(Qt::Key_F1 + index));
         connect(action.button, &QToolButton::clicked, this, action.run);

@@ -14,9 +14,9 @@ QuestionPanel::QuestionPanel()
     addKey(m_second, Qt::Key_F10);
     for (QLabel *label : {m_text, m_reason})
         label->setWordWrap(true);
-    QWidget *entry = arrange(Qt::Horizontal, {m_entry, m_time}, {m_entry});
+    m_typing = arrange(Qt::Horizontal, {m_entry, m_time}, {m_entry});
     QWidget *buttons = arrange(Qt::Horizontal, {m_first, m_again, m_second}, {m_first, m_again, m_second});
-    arrange(Qt::Vertical, {m_text, m_reason, entry, buttons}, {}, this);
+    arrange(Qt::Vertical, {m_text, m_reason, m_typing, buttons}, {}, this);
     connect(m_first, &QPushButton::clicked, this, [this] { answer(Answer::Kind::First); });
     connect(m_entry, &QLineEdit::returnPressed, this, [this] { answer(Answer::Kind::First); });
     connect(m_again, &QPushButton::clicked, this, [this] { answer(Answer::Kind::SendAgain); });
@@ -35,7 +35,7 @@ void QuestionPanel::show(const Question &question)
     m_reason->setVisible(!question.reason.isEmpty());
     m_entry->clear();
     m_entry->setAccessibleName(question.text);
-    m_entry->setVisible(isTyped);
+    m_typing->setVisible(isTyped);
     setTone(m_entry, isCode ? u"code"_s : QString());
     m_time->setVisible(isCode);
     m_again->setVisible(isCode);

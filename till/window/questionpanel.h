@@ -28,6 +28,7 @@ private:
     QLabel *m_text = makeLabel(QStringLiteral("title"));
     QLabel *m_reason = makeLabel();
     QLabel *m_time = makeLabel(QStringLiteral("muted"));
+    QWidget *m_typing;
     QLineEdit *m_entry = new QLineEdit;
     QPushButton *m_first = makeButton();
     QPushButton *m_again = makeButton(tr("Отправить ещё раз  F8"));

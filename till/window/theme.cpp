@@ -38,7 +38,7 @@ QTableView::item { padding: 4px 5px; border: 0; } QTableView::item:selected { ba
 QHeaderView { background: @surface; }
 QHeaderView::section { background: @surface; color: @muted; border: 0; border-bottom: 1px solid @line; padding: 6px 5px;
             font-size: 14px; font-weight: 400; }
-QToolButton, QPushButton { padding: 6px 4px; } QToolButton:pressed, QPushButton:pressed { background: @line; }
+QToolButton, QPushButton { padding: 6px 0; } QToolButton:pressed, QPushButton:pressed { background: @line; }
 QToolButton:disabled, QPushButton:disabled { color: @muted; background: @ground; border-color: @ground; }
 QAbstractButton[role="main"]:enabled { background: @accent; color: @onAccent; border-color: @accent; font-weight: 600; }
 QLineEdit:focus, QTableView:focus, QPlainTextEdit:focus, QAbstractButton:focus { border: 3px solid @accent; }
