@@ -5,6 +5,7 @@
 #include "till/receiptprinter.h"
 
 #include <core/basicexception.h>
+#include <document/saledocument.h>
 
 #include <QtCore/QDir>
 #include <QtCore/QSaveFile>
@@ -77,9 +78,15 @@ void CheckDesk::end(const CheckResult &result)
 void CheckDesk::parkOrShowParked()
 {
     if (session().isOpen())
-        session().park();
-    else
-        m_view.page = parkedPage(session().keptChecks());
+        return session().park();
+    QList<std::pair<CheckStore::KeptCheck, CheckResult>> parked;
+    for (const QList<CheckStore::KeptCheck> kept = session().keptChecks(); const CheckStore::KeptCheck &check : kept) {
+        const auto document = check.standing == CheckStore::Standing::Parked
+                                  ? Singleton<CheckStore>::instance()->parked(check.identifier)
+                                  : QSharedPointer<SaleDocument>::create(); // It cannot be read.
+        parked.append({check, resultOf(*document, document->getCardRecords().value(0), 0)});
+    }
+    m_view.page = parkedPage(parked);
 }
 
 void CheckDesk::showQueue()

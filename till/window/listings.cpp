@@ -68,12 +68,17 @@ Page queuePage(const QList<QueueAdmin::Entry> &entries)
     return page;
 }
 
-Page parkedPage(const QList<CheckStore::KeptCheck> &checks)
+Page parkedPage(const QList<std::pair<CheckStore::KeptCheck, CheckResult>> &checks)
 {
     const QString count = Texts::tr("Записей: %1").arg(checks.size());
-    Page page{Page::Kind::Parked, Texts::tr("Отложенные чеки"), count, Texts::each("Отложен|Чек|Причина"), {}, 2};
-    for (const CheckStore::KeptCheck &check : checks)
-        page.rows.append({check.identifier, {check.since.toString(timeFormat), check.identifier, check.reason}});
+    const QStringList header = Texts::each("Отложен|Сумма|Покупатель или товар|Причина");
+    Page page{Page::Kind::Parked, Texts::tr("Отложенные чеки"), count, header, {1}, 2};
+    for (const auto &[kept, check] : checks) {
+        const QString goods = check.lines.value(0).name;
+        page.rows.append({kept.identifier,
+                          {kept.since.toString(timeFormat), goods.isEmpty() ? QString() : moneyText(check.total()),
+                           check.customer.isEmpty() ? goods : check.customer, kept.reason}});
+    }
     return page;
 }
 

@@ -21,8 +21,8 @@ Page goodsPage(const QList<Goods> &goods);
 /// Queued requests; a row's id is the request's number.
 Page queuePage(const QList<QueueAdmin::Entry> &entries);
 
-/// Checks that were put aside; a row's id is the check's identifier.
-Page parkedPage(const QList<CheckStore::KeptCheck> &checks);
+/// Checks that were put aside, each with what is on it where it can be read; a row's id is the check's identifier.
+Page parkedPage(const QList<std::pair<CheckStore::KeptCheck, CheckResult>> &checks);
 
 /// Finished checks with the day's totals; a row's id is the check's identifier.
 Page journalPage(const QList<CheckResult> &finished);
