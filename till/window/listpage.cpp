@@ -55,8 +55,7 @@ void ListPage::show(const Page &page, const QList<Action> &actions)
         m_buttons.at(index)->setText(actions.value(index).text + u"  "_s + keys.at(index));
     }
     updateButtons();
-    QWidget *first = actions.isEmpty() ? m_back : m_buttons.constFirst();
-    setFocusProxy(isTable ? m_table : first);
+    setFocusProxy(isTable ? static_cast<QWidget *>(m_table) : m_text);
     setFocus();
 }
 
