@@ -31,8 +31,8 @@ public:
 
 tr::Tr refusalText(const tr::Tr &said)
 {
-    const QString &text = said.ru();
-    return plainText(text, text.size()).isEmpty() ? tr::Tr(u"Сервис отказал и не назвал причины"_s) : said;
+    const QString text = plainText(said.ru(), said.ru().size());
+    return text.isEmpty() ? tr::Tr(u"Сервис отказал и не назвал причины"_s) : tr::Tr(said.key(), text);
 }
 
 QString reasonFor(const tr::Tr &question, const BasicLoyaltySystem &system)
