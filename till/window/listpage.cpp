@@ -49,6 +49,7 @@ void ListPage::show(const Page &page, const QList<Action> &actions)
     m_text->setVisible(!isTable);
     m_summary->setText(page.text);
     m_summary->setVisible(isTable);
+    m_back->setText(page.kind == Page::Kind::Fault ? tr("Закрыть кассу  Esc") : tr("Назад  Esc"));
     m_actions = actions;
     for (qsizetype index = 0; index < m_buttons.size(); ++index) {
         m_buttons.at(index)->setVisible(index < actions.size());

@@ -43,7 +43,7 @@ private:
     ListTable *m_table = new ListTable;
     QPlainTextEdit *m_text;
     QLabel *m_summary = makeLabel(QStringLiteral("figure"));
-    QPushButton *m_back = makeButton(tr("Назад  Esc"));
+    QPushButton *m_back = makeButton();
     QList<QPushButton *> m_buttons;
     QList<Action> m_actions;
 };

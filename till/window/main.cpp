@@ -58,5 +58,6 @@ int main(int argc, char *argv[])
     // The first state says how the window is to look.
     QObject::connect(&till, &till::CheckThread::changed, &window, &QWidget::show, Qt::SingleShotConnection);
     till.start();
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    return till.view().fault.isEmpty() ? status : 1;
 }

@@ -7,6 +7,7 @@
 #include <QtGui/QCloseEvent>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QStackedWidget>
+#include <QtWidgets/QStatusBar>
 #include <QtWidgets/QToolButton>
 
 using namespace Qt::Literals::StringLiterals;
@@ -29,6 +30,7 @@ void MainWindow::apply()
     const TillView &view = m_till.view();
     if (view.isDark != m_isDark)
         useTheme(view.isDark);
+    statusBar()->setVisible(view.fault.isEmpty());
     if (!view.fault.isEmpty())
         return showPage({Page::Kind::Fault, tr("Касса не может работать"), view.fault});
     if (m_mode.work && !m_till.isIdle()) { // It gave way to a command: what is scanned meanwhile are goods.
