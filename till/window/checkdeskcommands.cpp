@@ -81,9 +81,9 @@ void CheckDesk::parkOrShowParked()
         return session().park();
     QList<std::pair<CheckStore::KeptCheck, CheckResult>> parked;
     for (const QList<CheckStore::KeptCheck> kept = session().keptChecks(); const CheckStore::KeptCheck &check : kept) {
-        const auto document = check.standing == CheckStore::Standing::Parked
-                                  ? Singleton<CheckStore>::instance()->parked(check.identifier)
-                                  : QSharedPointer<SaleDocument>::create(); // It cannot be read.
+        const auto document = check.standing == CheckStore::Standing::Unreadable
+                                  ? QSharedPointer<SaleDocument>::create()
+                                  : Singleton<CheckStore>::instance()->parked(check.identifier);
         parked.append({check, resultOf(*document, document->getCardRecords().value(0), 0)});
     }
     m_view.page = parkedPage(parked);

@@ -123,6 +123,9 @@ QList<MainWindow::Action> MainWindow::actions()
         return [this, mode = Mode{prompt, hint, identify, tr("Ищем покупателя")}] { enter(mode); };
     };
     const auto card = takes(ECardNumberType::Scanned, tr("Номер карты"), tr("Проведите карту или введите номер"));
+    const auto removeLine = [this] {
+        m_till.send([line = selectedLine()](CheckDesk &desk) { desk.session().removeGoods(line); });
+    };
     const QString phoneHint = tr("Например, +79001234567");
     return {
         {u"help"_s, tr("Помощь"), nullptr, [this] { showHelp(); }},
@@ -131,7 +134,7 @@ QList<MainWindow::Action> MainWindow::actions()
         {u"price"_s, tr("Рассчитать"), &TillView::canPrice, has(&CheckSession::price, tr("Рассчитываем чек"))},
         {u"spend"_s, tr("Списать баллы"), &TillView::canSpend, has(&CheckSession::spend, tr("Списываем баллы"))},
         {u"change"_s, tr("Изменить"), &TillView::hasLines, [this] { changeLine(); }},
-        {u"remove"_s, tr("Удалить"), &TillView::hasLines, [this] { removeLine(); }},
+        {u"remove"_s, tr("Удалить"), &TillView::hasLines, removeLine},
         {u"restore"_s, tr("Вернуть"), &TillView::isRestorable, has(&CheckSession::restoreGoods)},
         {u"park"_s, tr("Отложить"), nullptr, does(&CheckDesk::parkOrShowParked)},
         {u"void"_s, tr("Аннулировать"), &TillView::isOpen, [this] { voidCheck(); }},
@@ -144,11 +147,6 @@ void MainWindow::changeLine()
 {
     enter({tr("Строка %1").arg(selectedLine()), tr("Количество, или =цена"),
            [line = selectedLine()](CheckDesk &desk, const QString &text) { desk.changeGoods(line, text); }});
-}
-
-void MainWindow::removeLine()
-{
-    m_till.send([line = selectedLine()](CheckDesk &desk) { desk.session().removeGoods(line); });
 }
 
 void MainWindow::removeCard()

@@ -65,7 +65,6 @@ private:
     void updateAreas();
 
     void changeLine();
-    void removeLine();
     void removeCard();
     void voidCheck();
     void discardRequest(const QString &number);
