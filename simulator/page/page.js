@@ -422,7 +422,8 @@ document.addEventListener("submit", async (event) => {
   }
 });
 
-document.addEventListener("input", drawSoon);
+// At once: a field that has just been hidden must not forbid sending.
+document.addEventListener("input", draw);
 window.addEventListener("hashchange", draw);
 draw();
 listen();
