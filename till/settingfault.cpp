@@ -74,15 +74,13 @@ std::optional<Kind> numberFault(const Setting &setting, const QString &value, QS
         return ok && std::isfinite(number);
     };
     double number = 0;
-    if (isNumber(value, number)) {
-        expected = setting.range();
+    if (isNumber(value, number))
         return number >= setting.lowest && number <= setting.highest ? std::nullopt : std::optional(Kind::OutOfRange);
-    }
-    expected = QString(value).replace(u',', u'.');
-    if (setting.kind == Setting::Kind::Decimal && value.count(u',') == 1 && isNumber(expected, number))
-        return Kind::DecimalComma;
-    expected = setting.range();
-    return Kind::NotANumber;
+    const QString withPoint = QString(value).replace(u',', u'.');
+    if (setting.kind != Setting::Kind::Decimal || value.count(u',') != 1 || !isNumber(withPoint, number))
+        return Kind::NotANumber;
+    expected = withPoint;
+    return Kind::DecimalComma;
 }
 
 bool isAddress(const QString &value)

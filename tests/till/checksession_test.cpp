@@ -115,6 +115,13 @@ struct Session : testing::Test
         return queued;
     }
 
+    void setQueueFull(bool isFull)
+    {
+        runSql(folder.filePath(u"queue.db"_s),
+               isFull ? u"CREATE TRIGGER full BEFORE INSERT ON event BEGIN SELECT RAISE(FAIL, 'full'); END"_s
+                      : u"DROP TRIGGER IF EXISTS full"_s);
+    }
+
     qsizetype seen = 0; ///< Of the queue.
     QTemporaryDir folder;
     FakeConfig config{{{u"Host:dataFolder"_s, folder.path()}}};
@@ -204,8 +211,7 @@ TEST_F(Session, SellsOnWhileTheQueueIsFull)
 {
     openPriced();
     session->spend();
-    const QString file = folder.filePath(u"queue.db"_s);
-    runSql(file, u"CREATE TRIGGER full BEFORE INSERT ON event BEGIN SELECT RAISE(FAIL, 'full'); END"_s);
+    setQueueFull(true);
     const till::CheckResult closed = session->close();
     EXPECT_EQ(closed.outcome, u"closed"_s);
     EXPECT_FALSE(closed.loyaltyOff.isEmpty());
@@ -213,7 +219,7 @@ TEST_F(Session, SellsOnWhileTheQueueIsFull)
     EXPECT_TRUE(booked().isEmpty()) << "what is in the books is certain to be sent";
     EXPECT_TRUE(session->endWaiting());
     session->open();
-    runSql(file, u"DROP TRIGGER full"_s);
+    setQueueFull(false);
     ASSERT_TRUE(!session->endWaiting() && session->isOpen()) << "not in the place of another check";
     session->voidCheck();
     const QString checks = folder.filePath(u"checks.db"_s);
@@ -230,17 +236,26 @@ TEST_F(Session, SellsOnWhileTheQueueIsFull)
     EXPECT_EQ(takeQueued(), QStringList({u"postOrder "_s + basket, u"bindOrderId "_s + basket}));
 }
 
-TEST_F(Session, QueuesTheCancellationOfARemovedCardAtOnce)
+TEST_F(Session, QueuesTheCancellationOfARemovedCardAtOnceOrKeepsItOnTheCheck)
 {
     const Installed<Dialog, Remover> cashier;
     sell();
-    openPriced();
-    session->changeGoods(1, 2, {});
-    takeQueued();
-    service.answer = RestExchange::response(500, R"({"success": false})");
-    session->subtotal();
-    EXPECT_EQ(session->result().card, QString());
-    EXPECT_EQ(takeQueued().size(), 1);
+    const auto accepted = service.answer;
+    for (const bool isFull : {false, true}) {
+        service.answer = accepted;
+        openPriced();
+        session->changeGoods(1, 2, {});
+        takeQueued();
+        service.answer = RestExchange::response(500, R"({"success": false})");
+        setQueueFull(isFull);
+        session->subtotal();
+        EXPECT_EQ(session->result().card, QString());
+        EXPECT_EQ(takeQueued().size(), isFull ? 0 : 1);
+        start();
+        setQueueFull(false);
+        session->voidCheck();
+        EXPECT_EQ(takeQueued().size(), isFull ? 1 : 0);
+    }
 }
 
 TEST_F(Session, DropsAnOrderThatWasPerhapsCreatedWhenTheTillWasKilled)

@@ -218,7 +218,9 @@ TEST_F(DoctorTest, LooksIntoQueueAndCheckStore)
     runSql(checks, u"UPDATE part SET content = 'x' WHERE kind = 'goods'"_s);
     expectLines({u"failure  open check: *cannot be read*support*\n *"_s + check->getIdentifier()});
     write("data/checks.db", QByteArray(9999, 'x'));
-    expectLines({u"failure  open check: *checks.db cannot be read*support"_s});
+    write("data/queue.db", QByteArray(9999, 'x'));
+    expectLines({u"failure  open check: *checks.db cannot be read*support"_s, u"skipped  checks put aside"_s,
+                 u"skipped  refused requests"_s});
 }
 
 TEST(Doctor, ReportsForEyesAndMachines)
@@ -230,6 +232,7 @@ TEST(Doctor, ReportsForEyesAndMachines)
     expectLine(reportText(findings),
                u"failure  first: the check could not be carried out*\n         one\n         two\n"_s);
     expectLine(reportJson(findings).simplified(),
-               uR"({ "checks": [ * "message": "one\ntwo", * "verdict": "failure" *"skipped" * "status": 2 })"_s);
+               uR"({ "checks": [ { "check": "first", "found": "*", "message": "one\ntwo", "remedy": "The till*", )"
+               uR"("verdict": "failure" *"skipped" * "status": 2 })"_s);
     EXPECT_EQ(exitStatus({{Verdict::Ok, {}}, {Verdict::Warning, {}}}), 1);
 }
