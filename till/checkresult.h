@@ -44,7 +44,8 @@ struct CheckResult
     QString loyaltyOff; ///< Why no cards are accepted now; empty while they are.
     Money offered = {}; ///< Points that can be spent; zero until the check is priced.
     QString cashier = {};
-    bool isPriced = false; ///< The service has priced the check as it is.
+    bool isOffered = false; ///< `offered` is for the check as it is.
+    bool isPriced = false;  ///< `earned` is.
 
     Money sum() const;
     Money spent() const;

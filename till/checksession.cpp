@@ -30,7 +30,8 @@ CheckResult CheckSession::result() const
     result.loyaltyOff = loyaltyOff();
     if (isPriced())
         result.offered = Money::fromRubles(m_system.getPointsForSpend(m_document));
-    result.isPriced = isPriced() && m_state.order == TillState::Order::InStep;
+    result.isOffered = isPriced() && m_state.order == TillState::Order::InStep;
+    result.isPriced = result.isOffered || (isPriced() && m_state.order == TillState::Order::Behind);
     return result;
 }
 
@@ -113,8 +114,11 @@ void CheckSession::save() const
 
 void CheckSession::reportNotices() const
 {
-    for (const QStringList notices = m_store->takeNotices(); const QString &notice : notices)
+    const QStringList notices = m_store->takeNotices();
+    for (const QString &notice : notices)
         Singleton<CashierUi>::instance()->show(tr::Tr(notice));
+    if (isOpen() && !notices.isEmpty())
+        save();
 }
 
 QSharedPointer<DocumentCardRecord> CheckSession::card() const

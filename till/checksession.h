@@ -103,6 +103,9 @@ public:
     CheckResult close();
     CheckResult voidCheck();
 
+    /// Tells the cashier what the store has put aside, and saves an open check anew that may have been in it.
+    void reportNotices() const;
+
 private:
     QSharedPointer<DocumentCardRecord> card() const;
     bool isPriced() const;
@@ -110,8 +113,6 @@ private:
     void requireOpen() const;
     void requireCard() const;
     void save() const;
-    /// Tells the cashier what the store has put aside.
-    void reportNotices() const;
     void notify(EventCode code) const;
 
     /// Continues with a check from the disk.
@@ -154,6 +155,8 @@ private:
     /// Continues with a check of the store as far as that is possible.
     std::optional<CheckResult> resumeDocument(const QSharedPointer<SaleDocument> &document);
     void setAside(const QString &reason);
+    /// Parks the open check, even where the file that had it is gone.
+    void putAway(const QString &reason, CheckStore::Standing standing);
     /// The check is no longer this session's.
     void releaseDocument();
     /// What the queue hands over goes onto the check at once: when the card is removed on the way, the loyalty system

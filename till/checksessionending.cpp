@@ -74,10 +74,10 @@ CheckResult CheckSession::completeEnding()
     if (problem.isEmpty())
         m_store->finish(*m_document, ended.toJournal());
     else
-        m_store->park(u"Чек завершён, его запросы ещё не в очереди: "_s + problem, CheckStore::Standing::Ending);
-    reportNotices();
+        putAway(u"Чек завершён, его запросы ещё не в очереди: "_s + problem, CheckStore::Standing::Ending);
     ended.loyaltyOff = loyaltyOff();
     releaseDocument();
+    reportNotices();
     return ended;
 }
 

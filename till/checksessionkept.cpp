@@ -48,9 +48,18 @@ void CheckSession::park()
     requireOpen();
     if (!m_system.beforePutoutCheck())
         throw BasicException(refusalText(m_system.getLastErrorString()));
-    m_store->park({});
+    putAway({}, CheckStore::Standing::Parked);
     releaseDocument();
     m_system.afterPutoutCheck();
+    reportNotices();
+}
+
+void CheckSession::putAway(const QString &reason, CheckStore::Standing standing)
+{
+    if (!m_store->park(reason, standing)) {
+        save();
+        m_store->park(reason, standing);
+    }
 }
 
 std::optional<CheckResult> CheckSession::take(const QString &which)

@@ -32,7 +32,7 @@ QString cardView(const CheckResult &result)
     }
     if (result.balance)
         parts.append(u"баланс "_s + result.balance->toText());
-    if (result.isPriced && result.spent().isZero() && !result.offered.isZero())
+    if (result.isOffered && result.spent().isZero() && !result.offered.isZero())
         parts.append(u"можно списать "_s + result.offered.toText());
     if (result.isPriced)
         parts.append(u"будет начислено "_s + result.earned.toText());

@@ -189,7 +189,7 @@ Finding checkPlugin()
     try {
         loader.setFileName(LoyaltyPlugin::inspect(folder));
     } catch (const BasicException &error) {
-        return {Verdict::Failure, u"the loyalty plugin is not in %1"_s.arg(folder),
+        return {Verdict::Failure, u"no loyalty plugin that can be used in \"%1\""_s.arg(folder),
                 u"Install the plugin and name its folder in Till:pluginFolder"_s, error.text().ru()};
     }
     const QString file = loader.fileName();

@@ -234,13 +234,14 @@ void CheckStore::finish(const SaleDocument &check, const QJsonObject &entry)
     forget();
 }
 
-void CheckStore::park(const QString &reason, Standing standing)
+bool CheckStore::park(const QString &reason, Standing standing)
 {
-    attempt([&] {
-        connection().change(u"UPDATE sale SET standing = ?, since = ?, reason = ? WHERE standing = ?",
-                            {codeOf(standing), now(), reason, codeOf(Standing::Current)});
+    const int parked = attempt([&] {
+        return connection().change(u"UPDATE sale SET standing = ?, since = ?, reason = ? WHERE standing = ?",
+                                   {codeOf(standing), now(), reason, codeOf(Standing::Current)});
     });
     forget();
+    return parked > 0;
 }
 
 QSharedPointer<SaleDocument> CheckStore::readParked(const QString &identifier)

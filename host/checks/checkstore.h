@@ -71,8 +71,8 @@ public:
     /// is not entered again.
     void finish(const SaleDocument &check, const QJsonObject &entry);
 
-    /// The current check, as it was saved, is parked, as Parked or Ending; does nothing when there is none.
-    void park(const QString &reason, Standing standing = Standing::Parked);
+    /// The current check, as it was saved, is parked, as Parked or Ending. False when the file has none.
+    bool park(const QString &reason, Standing standing = Standing::Parked);
 
     /// A parked check, which stays as it is. Throws BasicException when there is no such parked check, or when it
     /// cannot be read and so became Unreadable.

@@ -98,13 +98,15 @@ bool isRedirect(int status)
     return status >= 300 && status < 400;
 }
 
-// Whether a JSON answer has a member that the service's answers have. One with none, such as a gateway's
-// {"message": "no route"}, must not pass for an acceptance; with a status of 2xx or without any members it does.
+// Whether a JSON answer has a member of the service's answers in its form. One with none, such as a gateway's
+// {"message": "no route"} or {"error": {"code": 404}}, must not pass for an acceptance; with a status of 2xx or without
+// any members it does.
 bool isServices(const QJsonDocument &json)
 {
     const QJsonObject answer = json.object();
-    return json.isObject() && (answer.isEmpty() || answer.contains("success"_L1) || answer.contains("result"_L1) ||
-                               answer.value("error"_L1).isObject());
+    return json.isObject() &&
+           (answer.isEmpty() || answer.contains("success"_L1) || answer.value("result"_L1).isObject() ||
+            answer.value("data"_L1).isObject() || answer.value("error"_L1).toObject().contains("errorCode"_L1));
 }
 
 // Fails the exchange if the answer is not the service's own.

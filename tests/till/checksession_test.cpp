@@ -2,6 +2,7 @@
 #include "plugin/plugin.h"
 #include "tests/support/checkbuilder.h"
 #include "tests/support/fakeconfig.h"
+#include "tests/support/file.h"
 #include "tests/support/installed.h"
 #include "tests/support/refusal.h"
 #include "tests/support/restexchange.h"
@@ -139,13 +140,24 @@ TEST_F(Session, AsksTheServiceForWhatTheCheckHasBecome)
     const Step change = [](auto &s) { s.changeGoods(1, 3, {}); };
     const Step remove = [](auto &s) { s.removeGoods(2); };
     const Step restore = &till::CheckSession::restoreGoods;
-    const Step subtotal = &till::CheckSession::subtotal;
+    const Step subtotal = [](auto &s) {
+        s.subtotal();
+        EXPECT_TRUE(s.result().isPriced && !s.result().isOffered);
+    };
     const Step spend = &till::CheckSession::spend;
     const Step close = &till::CheckSession::close;
     const Step giveUp = &till::CheckSession::voidCheck;
     const Step park = &till::CheckSession::park;
     const Step restart = [this](auto &) { start(); };
     const Step takeUp = [](auto &s) { s.take(u"1"_s); };
+    const Step damage = [this](auto &) {
+        runSql(folder.filePath(u"checks.db"_s), u"PRAGMA wal_checkpoint(TRUNCATE)"_s);
+        writeFile(folder.filePath(u"checks.db"_s), QByteArray(10'000, 'x'));
+    };
+    const Step look = [](auto &s) {
+        EXPECT_TRUE(booked().isEmpty());
+        s.reportNotices();
+    };
     const std::tuple<const char *, std::vector<Step>, const char *> cases[]{
         {"changes wait for the subtotal", {change, remove, add, subtotal}, "create update"},
         {"a change taken back", {change, restore, close}, "create"},
@@ -155,6 +167,8 @@ TEST_F(Session, AsksTheServiceForWhatTheCheckHasBecome)
         {"points are spent on the check as it is", {add, subtotal, spend}, "create update cancel calculate create"},
         {"points are on a check that is voided", {spend, giveUp}, "create"},
         {"taken up on another day", {change, park, restart, takeUp, subtotal}, "create update"},
+        {"parked in a damaged file", {spend, damage, park, restart, takeUp, close}, "create"},
+        {"open while the journal is found damaged", {spend, damage, look, restart, close}, "create"},
     };
     for (const auto &[name, steps, calls] : cases) {
         openPriced();

@@ -60,6 +60,7 @@ void CheckDesk::perform(const Work &work, const QString &waitingFor)
     Q_EMIT changed(m_view);
     try {
         work(*this);
+        session().reportNotices();
     } catch (const BasicException &error) {
         warn(error.text().ru());
     } catch (const std::exception &error) {

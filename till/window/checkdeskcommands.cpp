@@ -81,9 +81,13 @@ void CheckDesk::parkOrShowParked()
         return session().park();
     QList<std::pair<CheckStore::KeptCheck, CheckResult>> parked;
     for (const QList<CheckStore::KeptCheck> kept = session().keptChecks(); const CheckStore::KeptCheck &check : kept) {
-        const auto document = check.standing == CheckStore::Standing::Unreadable
-                                  ? QSharedPointer<SaleDocument>::create()
-                                  : Singleton<CheckStore>::instance()->parked(check.identifier);
+        auto document = QSharedPointer<SaleDocument>::create();
+        try {
+            if (check.standing != CheckStore::Standing::Unreadable)
+                document = Singleton<CheckStore>::instance()->parked(check.identifier);
+        } catch (const BasicException &error) {
+            warn(error.text().ru());
+        }
         parked.append({check, resultOf(*document, document->getCardRecords().value(0), 0)});
     }
     m_view.page = parkedPage(parked);

@@ -64,7 +64,7 @@ void MainWindow::showCheck(const CheckResult &check)
     m_lines->show(linesPage(check.lines), check.lines.size() - 1);
     const bool hasCard = !check.card.isEmpty();
     const std::optional<Question> &question = m_till.view().question;
-    const bool isPriced = check.isPriced || (question && question->entry == Question::Entry::Code);
+    const bool isCode = question && question->entry == Question::Entry::Code;
     const QString name = check.customer.isEmpty() ? tr("Имя неизвестно") : fitting(check.customer, longestName);
     m_customer->setText(hasCard ? name : tr("Покупатель не указан"));
     m_customer->setToolTip(tip(check.customer));
@@ -74,8 +74,8 @@ void MainWindow::showCheck(const CheckResult &check)
     const QList<std::optional<Money>> sums{check.balance, check.offered, check.spent(), check.earned,
                                            check.balanceAfter()};
     for (qsizetype index = 0; index < sums.size(); ++index) {
-        const bool isKnown = sums.at(index) && (isPriced || index == 0);
-        m_points.at(index)->setText(isKnown ? moneyText(*sums.at(index)) : u"–"_s);
+        const bool isCurrent = index == 0 || isCode || (index == 1 ? check.isOffered : check.isPriced);
+        m_points.at(index)->setText(sums.at(index) && isCurrent ? moneyText(*sums.at(index)) : u"–"_s);
     }
 }
 

@@ -85,7 +85,7 @@ struct TillView
     bool canPrice() const { return hasCard() && hasLines(); }
     bool canSpend() const
     {
-        return canPrice() && check.spent().isZero() && (!check.isPriced || !check.offered.isZero());
+        return canPrice() && check.spent().isZero() && (!check.isOffered || !check.offered.isZero());
     }
 };
 
