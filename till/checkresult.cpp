@@ -93,7 +93,9 @@ Money CheckResult::spent() const
 
 std::optional<Money> CheckResult::balanceAfter() const
 {
-    return balance ? std::optional(*balance - spent() + earned) : std::nullopt;
+    if (!balance || *balance < spent())
+        return std::nullopt;
+    return *balance - spent() + earned;
 }
 
 QMap<QString, QString> CheckResult::fields() const

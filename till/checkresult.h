@@ -50,7 +50,8 @@ struct CheckResult
     Money sum() const;
     Money spent() const;
     Money total() const { return sum() - spent(); }
-    /// What the balance becomes; nothing where none is known.
+    /// What the balance becomes; nothing where none is known, or where it has changed since: it would not have
+    /// sufficed.
     std::optional<Money> balanceAfter() const;
 
     /// By the keys that a scenario expects them under; sums with two decimals.

@@ -30,6 +30,9 @@ std::optional<CheckResult> CheckSession::resumeDocument(const QSharedPointer<Sal
             return completeEnding();
         dropUnidentifiedCard();
         settleOrder();
+        // The customer may have spent or earned points elsewhere meanwhile.
+        if (m_state.order == TillState::Order::InStep && isPriced() && !isPaidWithPoints())
+            m_state.order = TillState::Order::Behind;
     } catch (const BasicException &error) {
         setAside(error.text().ru());
     }

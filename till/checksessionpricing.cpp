@@ -58,6 +58,7 @@ void CheckSession::spend()
 
 void CheckSession::spendOffered()
 {
+    const Money offered = result().offered;
     m_state.order = Order::Uncertain;
     save();
     m_system.spendPoints();
@@ -70,8 +71,12 @@ void CheckSession::spendOffered()
         m_document->removeImpactsOf(card());
         throw;
     }
-    m_state.order = Order::InStep;
+    // Where the service has taken none, what it offered holds no longer.
+    m_state.order = card() && !isPaidWithPoints() ? Order::Behind : Order::InStep;
     save();
+    if (const Money spent = m_document->getDiscountSum(); card() && spent != offered)
+        Singleton<CashierUi>::instance()->show(tr::Tr(
+            u"Сервис списал %1 баллов вместо %2. Предупредите покупателя"_s.arg(spent.toText(), offered.toText())));
 }
 
 void CheckSession::settleOrder()

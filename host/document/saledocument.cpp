@@ -216,7 +216,9 @@ void SaleDocument::requireFits(const ImpactShares &shares, const QList<Money> &s
     QHash<int, Money> taken;
     for (qsizetype i = 0; i < shares.size(); ++i) {
         const int posnum = shares[i]->getPosition();
-        const auto item = requireGoodsItem(posnum);
+        const auto item = findGoodsItem(posnum);
+        if (!item)
+            throw BasicException(u"Скидка на строку %1, которой нет в чеке"_s.arg(posnum));
         const Money limit = item->isAllowDiscount() ? limitOf(*item, *shares[i]) : Money();
         taken[posnum] += sums[i];
         if (sums[i] < Money() || taken[posnum] > limit)

@@ -149,6 +149,11 @@ TEST_F(Session, AsksTheServiceForWhatTheCheckHasBecome)
     const Step giveUp = &till::CheckSession::voidCheck;
     const Step park = &till::CheckSession::park;
     const Step restart = [this](auto &) { start(); };
+    const Step takeNone = [this](auto &s) {
+        service.answers.insert(u"createOrder"_s, RestExchange::ok(R"({"result": {}})"));
+        s.spend();
+        service.answers.clear();
+    };
     const Step takeUp = [](auto &s) { s.take(u"1"_s); };
     const Step damage = [this](auto &) {
         runSql(folder.filePath(u"checks.db"_s), u"PRAGMA wal_checkpoint(TRUNCATE)"_s);
@@ -166,6 +171,8 @@ TEST_F(Session, AsksTheServiceForWhatTheCheckHasBecome)
         {"points come off a check that changes", {spend, change, spend}, "create cancel calculate create"},
         {"points are spent on the check as it is", {add, subtotal, spend}, "create update cancel calculate create"},
         {"points are on a check that is voided", {spend, giveUp}, "create"},
+        {"the service takes no points", {takeNone, spend}, "create cancel calculate create"},
+        {"points of another day", {park, takeUp, spend}, "cancel calculate create"},
         {"taken up on another day", {change, park, restart, takeUp, subtotal}, "create update"},
         {"parked in a damaged file", {spend, damage, park, restart, takeUp, close}, "create"},
         {"open while the journal is found damaged", {spend, damage, look, restart, close}, "create"},
