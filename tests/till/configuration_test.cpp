@@ -1,11 +1,8 @@
-// Broken configurations, each with what the till says about it, and the lists of settings beside code, docs and sample.
+// Broken configurations, each with what the till says about it, and the sample.
 #include "tests/support/file.h"
 #include "tests/support/refusal.h"
 #include "tests/support/test.h"
 #include "till/configuration.h"
-
-#include <QtCore/QDirIterator>
-#include <QtCore/QRegularExpression>
 
 struct ConfigurationTest : testing::Test
 {
@@ -52,31 +49,6 @@ TEST_F(ConfigurationTest, NamesAllMistakesAtOnceButNoSecrets)
     EXPECT_THAT(
         complaint("[Kvo]\npasword = secret\nhost = http://u:secret@a:x\ntimeout = -1\n").toStdString(),
         AllOf(HasSubstr("Kvo:pasword"), HasSubstr("Kvo:host"), HasSubstr("Kvo:timeout"), Not(HasSubstr("secret"))));
-}
-
-TEST(Settings, AreTheOnesThatTheCodeReads)
-{
-    QMap<QString, QString> listed;
-    for (const Setting &setting : till::allSettings())
-        listed.insert(setting.key, setting.defaultValue);
-    // A key, and the default where one is written beside it.
-    static const QRegularExpression reading(uR"re((?<!key = )(get\w+\()?u"((?:Host|Queue|Log|Till|Kvo):\w+)"_s)re"
-                                            uR"re((?:, (?:u"([^"]+)"_s|(-?\d+)(?:\.0)?\b))?)re"_s);
-    QMap<QString, QString> read;
-    for (const QString &folder : {u"client"_s, u"plugin"_s, u"host"_s, u"till"_s}) {
-        QDirIterator files(QStringLiteral(KVO_SOURCES) + u'/' + folder, {u"*.cpp"_s}, QDir::Files,
-                           QDirIterator::Subdirectories);
-        while (files.hasNext()) {
-            for (const auto &match : reading.globalMatch(QString::fromUtf8(readFile(files.next())))) {
-                const QString given = match.captured(3) + match.captured(4);
-                const bool isDefault = match.hasCaptured(1) && !given.isEmpty();
-                const QString key = match.captured(2);
-                if (isDefault || !read.contains(key))
-                    read.insert(key, isDefault && !listed.value(key).isEmpty() ? given : listed.value(key));
-            }
-        }
-    }
-    EXPECT_EQ(read, listed);
 }
 
 TEST(Settings, AreAllInTheSampleAndRightThere)
