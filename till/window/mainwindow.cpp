@@ -3,6 +3,7 @@
 
 #include "questionpanel.h"
 
+#include <QtCore/QResource>
 #include <QtCore/QTimer>
 #include <QtGui/QClipboard>
 #include <QtGui/QScreen>
@@ -123,12 +124,16 @@ QList<MainWindow::Action> MainWindow::actions()
         return [this, mode = Mode{prompt, hint, identify, tr("Ищем покупателя")}] { enter(mode); };
     };
     const auto card = takes(ECardNumberType::Scanned, tr("Номер карты"), tr("Проведите карту или введите номер"));
+    const auto showHelp = [this] {
+        const QResource help(u":/window/help.txt"_s);
+        showPage({Page::Kind::Help, tr("Помощь"), QString::fromUtf8(help.uncompressedData())});
+    };
     const auto removeLine = [this] {
         m_till.send([line = selectedLine()](CheckDesk &desk) { desk.session().removeGoods(line); });
     };
     const QString phoneHint = tr("Например, +79001234567");
     return {
-        {u"help"_s, tr("Помощь"), nullptr, [this] { showHelp(); }},
+        {u"help"_s, tr("Помощь"), nullptr, showHelp},
         {u"card"_s, tr("Карта"), nullptr, [this, card] { m_till.view().hasCard() ? removeCard() : card(); }},
         {u"phone"_s, tr("Телефон"), &TillView::hasNoCard, takes(ECardNumberType::Phone, tr("Телефон"), phoneHint)},
         {u"price"_s, tr("Рассчитать"), &TillView::canPrice, has(&CheckSession::price, tr("Рассчитываем чек"))},

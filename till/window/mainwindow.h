@@ -58,7 +58,6 @@ private:
     void showStatus(const TillView &view);
     void showMessage();
     void showPage(const Page &page);
-    void showHelp();
     void showSale();
     /// What Esc does.
     void goBack();
