@@ -13,11 +13,11 @@ using namespace Qt::Literals::StringLiterals;
 class WindowDriver
 {
 public:
-    explicit WindowDriver(const QString &configFile) : till(configFile), window(till)
+    explicit WindowDriver(const QString &configFile) : window(till)
     {
         window.show();
         window.activateWindow(); // keys of buttons belong to the active window
-        till.start();
+        till.start(configFile);
         ready = waitFor([this] { return till.isIdle() || !till.view().fault.isEmpty(); });
     }
 

@@ -18,10 +18,10 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace till {
 
-void CheckDesk::start(const QSharedPointer<CashierUi> &self)
+void CheckDesk::start(const QString &configFile, const QSharedPointer<CashierUi> &self)
 {
     try {
-        m_till = std::make_unique<SellingTill>(m_configFile, self);
+        m_till = std::make_unique<SellingTill>(configFile, self);
     } catch (const BasicException &error) {
         m_view.fault = error.text().ru();
         Q_EMIT changed(m_view);

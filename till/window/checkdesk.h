@@ -25,12 +25,9 @@ public:
     /// A command of the cashier.
     using Work = std::function<void(CheckDesk &)>;
 
-    /// `configFile` is read by start().
-    explicit CheckDesk(const QString &configFile) : m_configFile(configFile) {}
-
     /// Puts host and plugin in place, and goes on with the check that was open when the till ended. `self` becomes the
     /// host's CashierUi until finish().
-    void start(const QSharedPointer<CashierUi> &self);
+    void start(const QString &configFile, const QSharedPointer<CashierUi> &self);
 
     /// Takes host and plugin away again.
     void finish() { m_till.reset(); }
@@ -87,7 +84,6 @@ private:
     /// Nothing when `timeLeft` is over before there is an answer.
     std::optional<Answer> waitForAnswer(Question question, std::optional<std::chrono::milliseconds> timeLeft);
 
-    QString m_configFile;
     std::unique_ptr<SellingTill> m_till;
     Catalogue m_catalogue;
     TillView m_view;

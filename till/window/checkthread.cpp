@@ -3,7 +3,7 @@
 
 namespace till {
 
-CheckThread::CheckThread(const QString &configFile) : m_desk(QSharedPointer<CheckDesk>::create(configFile))
+CheckThread::CheckThread()
 {
     m_desk->moveToThread(&m_thread);
     connect(m_desk.get(), &CheckDesk::changed, this, [this](const TillView &view) {
@@ -23,11 +23,11 @@ CheckThread::~CheckThread()
     m_thread.wait();
 }
 
-void CheckThread::start()
+void CheckThread::start(const QString &configFile)
 {
     m_thread.setObjectName(QStringLiteral("check"));
     m_thread.start();
-    QMetaObject::invokeMethod(m_desk.get(), [desk = m_desk] { desk->start(desk); });
+    QMetaObject::invokeMethod(m_desk.get(), [desk = m_desk, configFile] { desk->start(configFile, desk); });
 }
 
 void CheckThread::send(const CheckDesk::Work &work, const QString &waitingFor)

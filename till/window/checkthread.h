@@ -14,11 +14,11 @@ class CheckThread : public QObject
     Q_OBJECT
 
 public:
-    explicit CheckThread(const QString &configFile);
+    CheckThread();
     /// Waits until the exchange under way is over.
     ~CheckThread() override;
 
-    void start();
+    void start(const QString &configFile);
 
     /// Has a command carried out after those that were sent before; `waitingFor` says what the cashier waits for.
     void send(const CheckDesk::Work &work, const QString &waitingFor = {});
@@ -34,7 +34,7 @@ Q_SIGNALS:
 
 private:
     QThread m_thread;
-    QSharedPointer<CheckDesk> m_desk;
+    QSharedPointer<CheckDesk> m_desk = QSharedPointer<CheckDesk>::create();
     quint64 m_sent = 1; ///< The start.
     TillView m_view;
 };

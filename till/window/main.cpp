@@ -53,11 +53,11 @@ int main(int argc, char *argv[])
         QApplication::installTranslator(&english);
     QLocale::setDefault(QLocale(language == "en" ? QLocale::English : QLocale::Russian));
 
-    till::CheckThread till(QString::fromStdString(configFile));
+    till::CheckThread till;
     till::MainWindow window(till);
     // The first state says how the window is to look.
     QObject::connect(&till, &till::CheckThread::changed, &window, &QWidget::show, Qt::SingleShotConnection);
-    till.start();
+    till.start(QString::fromStdString(configFile));
     const int status = QApplication::exec();
     return till.view().fault.isEmpty() ? status : 1;
 }
