@@ -1,8 +1,8 @@
 // Puts lines, goods, requests and finished checks into rows of text.
 #include "listings.h"
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QLocale>
+#include <QtCore/QObject>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -10,12 +10,11 @@ namespace till {
 
 namespace {
 
-struct Texts
+/// Several texts, written in one with bars between them.
+QStringList each(const char *texts)
 {
-    /// Several texts, written in one with bars between them.
-    static QStringList each(const char *texts) { return tr(texts).split(u'|'); }
-    Q_DECLARE_TR_FUNCTIONS(Listings)
-};
+    return QObject::tr(texts).split(u'|');
+}
 
 const QString timeFormat = u"dd.MM HH:mm:ss"_s;
 
@@ -28,8 +27,8 @@ QString moneyText(Money sum)
 
 Page linesPage(const QList<ResultLine> &lines)
 {
-    const QStringList marks = Texts::each("без баллов|не списать|не начислить|");
-    Page page{.header = Texts::each("№|Товар|Кол-во|Цена|Баллы|Сумма"), .numbers = {0, 2, 3, 4, 5}, .wide = 1};
+    const QStringList marks = each("без баллов|не списать|не начислить|");
+    Page page{.header = each("№|Товар|Кол-во|Цена|Баллы|Сумма"), .numbers = {0, 2, 3, 4, 5}, .wide = 1};
     for (const ResultLine &line : lines) {
         const QString id = QString::number(line.lineId);
         const QString mark = marks.value(2 * line.takesPoints + line.earnsPoints);
@@ -44,7 +43,7 @@ Page linesPage(const QList<ResultLine> &lines)
 
 Page goodsPage(const QList<Goods> &goods)
 {
-    Page page{Page::Kind::Goods, Texts::tr("Выберите товар"), {}, Texts::each("Товар|Цена|Штрихкод"), {1}};
+    Page page{Page::Kind::Goods, QObject::tr("Выберите товар"), {}, each("Товар|Цена|Штрихкод"), {1}};
     for (const Goods &article : goods) {
         const QString id = QString::number(article.quantity, 'f', 3) + u'*' + article.barcode;
         page.rows.append({id, {article.name, moneyText(article.price), article.barcode}});
@@ -54,10 +53,10 @@ Page goodsPage(const QList<Goods> &goods)
 
 Page queuePage(const QList<QueueAdmin::Entry> &entries)
 {
-    const QStringList states = Texts::each("ожидает|отправляется|отклонён|снят");
-    const QString count = Texts::tr("Записей: %1").arg(entries.size());
-    const QStringList header = Texts::each("№|Сохранён|Запрос|Состояние|Попыток|Причина");
-    Page page{Page::Kind::Queue, Texts::tr("Запросы к сервису лояльности"), count, header, {0, 4}, 5};
+    const QStringList states = each("ожидает|отправляется|отклонён|снят");
+    const QString count = QObject::tr("Записей: %1").arg(entries.size());
+    const QStringList header = each("№|Сохранён|Запрос|Состояние|Попыток|Причина");
+    Page page{Page::Kind::Queue, QObject::tr("Запросы к сервису лояльности"), count, header, {0, 4}, 5};
     for (const QueueAdmin::Entry &entry : entries) {
         const QString id = QString::number(entry.id);
         const QString reason = entry.state == QueueAdmin::State::Discarded ? entry.discardReason : entry.lastError;
@@ -70,9 +69,9 @@ Page queuePage(const QList<QueueAdmin::Entry> &entries)
 
 Page parkedPage(const QList<std::pair<CheckStore::KeptCheck, CheckResult>> &checks)
 {
-    const QString count = Texts::tr("Записей: %1").arg(checks.size());
-    const QStringList header = Texts::each("Отложен|Сумма|Покупатель или товар|Причина");
-    Page page{Page::Kind::Parked, Texts::tr("Отложенные чеки"), count, header, {1}, 2};
+    const QString count = QObject::tr("Записей: %1").arg(checks.size());
+    const QStringList header = each("Отложен|Сумма|Покупатель или товар|Причина");
+    Page page{Page::Kind::Parked, QObject::tr("Отложенные чеки"), count, header, {1}, 2};
     for (const auto &[kept, check] : checks) {
         const QString goods = check.lines.value(0).name;
         page.rows.append({kept.identifier,
@@ -84,19 +83,19 @@ Page parkedPage(const QList<std::pair<CheckStore::KeptCheck, CheckResult>> &chec
 
 Page journalPage(const QList<CheckResult> &finished)
 {
-    const QStringList header = Texts::each("Открыт|Итог|Сумма|Баллами|Начислено|Покупатель|Чек");
-    Page page{Page::Kind::Journal, Texts::tr("Журнал за сегодня"), {}, header, {2, 3, 4}, 6};
+    const QStringList header = each("Открыт|Итог|Сумма|Баллами|Начислено|Покупатель|Чек");
+    Page page{Page::Kind::Journal, QObject::tr("Журнал за сегодня"), {}, header, {2, 3, 4}, 6};
     Money sum, spent;
     for (const CheckResult &check : finished) {
         const bool isClosed = check.outcome == "closed"_L1;
         page.rows.append({check.identifier,
                           {check.dateTime.toString(timeFormat),
-                           isClosed ? Texts::tr("закрыт") : Texts::tr("аннулирован"), moneyText(check.total()),
+                           isClosed ? QObject::tr("закрыт") : QObject::tr("аннулирован"), moneyText(check.total()),
                            moneyText(check.spent()), moneyText(check.earned), check.customer, check.identifier}});
         sum += isClosed ? check.total() : Money();
         spent += isClosed ? check.spent() : Money();
     }
-    page.text = Texts::tr("Чеков: %1, оплачено %2, баллами %3")
+    page.text = QObject::tr("Чеков: %1, оплачено %2, баллами %3")
                     .arg(QString::number(finished.size()), moneyText(sum), moneyText(spent));
     return page;
 }

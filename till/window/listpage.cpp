@@ -2,7 +2,6 @@
 #include "listpage.h"
 
 #include <QtGui/QKeyEvent>
-#include <QtWidgets/QPlainTextEdit>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -10,7 +9,7 @@ namespace till {
 
 static const QStringList keys{u"Enter"_s, u"F5"_s, u"F6"_s};
 
-ListPage::ListPage() : m_text(new QPlainTextEdit)
+ListPage::ListPage()
 {
     m_search->setPlaceholderText(tr("Поиск"));
     m_search->setAccessibleName(tr("Поиск"));

@@ -3,9 +3,9 @@
 
 #include "widgets.h"
 
-#include <functional>
+#include <QtWidgets/QPlainTextEdit>
 
-class QPlainTextEdit;
+#include <functional>
 
 namespace till {
 
@@ -41,7 +41,7 @@ private:
     QLabel *m_title = makeLabel(QStringLiteral("title"));
     QLineEdit *m_search = new QLineEdit;
     ListTable *m_table = new ListTable;
-    QPlainTextEdit *m_text;
+    QPlainTextEdit *m_text = new QPlainTextEdit;
     QLabel *m_summary = makeLabel(QStringLiteral("figure"));
     QPushButton *m_back = makeButton();
     QList<QPushButton *> m_buttons;

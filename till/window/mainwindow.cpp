@@ -1,23 +1,19 @@
 // How the window is put together, and what its keys do.
 #include "mainwindow.h"
 
-#include "questionpanel.h"
-
 #include <QtCore/QResource>
 #include <QtCore/QTimer>
 #include <QtGui/QClipboard>
 #include <QtGui/QScreen>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QFormLayout>
-#include <QtWidgets/QStackedWidget>
 #include <QtWidgets/QStatusBar>
-#include <QtWidgets/QToolButton>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace till {
 
-MainWindow::MainWindow(CheckThread &till) : m_till(till), m_pages(new QStackedWidget), m_questions(new QuestionPanel)
+MainWindow::MainWindow(CheckThread &till) : m_till(till)
 {
     m_sale = makeSale();
     m_totals = arrange(Qt::Horizontal, {m_sum, m_total}, {});
@@ -33,8 +29,13 @@ MainWindow::MainWindow(CheckThread &till) : m_till(till), m_pages(new QStackedWi
     m_pages->addWidget(m_list);
     QWidget *bottom = arrange(Qt::Horizontal, {m_message, m_totals}, {m_message});
     setCentralWidget(arrange(Qt::Vertical, {m_pages, bottom, m_actionArea, m_questions}, {m_pages}, new QWidget));
-    makeStatusBar();
+    addKey(m_queue, Qt::CTRL | Qt::Key_L);
+    statusBar()->setSizeGripEnabled(false);
+    statusBar()->addWidget(m_link);
+    statusBar()->addWidget(m_queue);
+    statusBar()->addPermanentWidget(makeLabel({}, tr("Принтера нет")));
 
+    connect(m_queue, &QPushButton::clicked, this, [this] { m_till.send(&CheckDesk::showQueue); });
     connect(m_list, &ListPage::left, this, &MainWindow::goBack);
     connect(m_questions, &QuestionPanel::answered, this, &MainWindow::settle);
     connect(&m_till, &CheckThread::changed, this, &MainWindow::apply);
@@ -100,16 +101,6 @@ QWidget *MainWindow::makeActions()
     return arrange(Qt::Vertical, {first, arrange(Qt::Horizontal, rows[1], rows[1])}, {});
 }
 
-void MainWindow::makeStatusBar()
-{
-    addKey(m_queue, Qt::CTRL | Qt::Key_L);
-    connect(m_queue, &QPushButton::clicked, this, [this] { m_till.send(&CheckDesk::showQueue); });
-    statusBar()->setSizeGripEnabled(false);
-    statusBar()->addWidget(m_link);
-    statusBar()->addWidget(m_queue);
-    statusBar()->addPermanentWidget(makeLabel({}, tr("Принтера нет")));
-}
-
 /// In the order of the keys F1 to F12.
 QList<MainWindow::Action> MainWindow::actions()
 {
@@ -128,6 +119,11 @@ QList<MainWindow::Action> MainWindow::actions()
         const QResource help(u":/window/help.txt"_s);
         showPage({Page::Kind::Help, tr("Помощь"), QString::fromUtf8(help.uncompressedData())});
     };
+    const auto changeLine = [this] {
+        const int line = selectedLine();
+        enter({tr("Строка %1").arg(line), tr("Количество, или =цена"),
+               [line](CheckDesk &desk, const QString &text) { desk.changeGoods(line, text); }});
+    };
     const auto removeLine = [this] {
         m_till.send([line = selectedLine()](CheckDesk &desk) { desk.session().removeGoods(line); });
     };
@@ -138,7 +134,7 @@ QList<MainWindow::Action> MainWindow::actions()
         {u"phone"_s, tr("Телефон"), &TillView::hasNoCard, takes(ECardNumberType::Phone, tr("Телефон"), phoneHint)},
         {u"price"_s, tr("Рассчитать"), &TillView::canPrice, has(&CheckSession::price, tr("Рассчитываем чек"))},
         {u"spend"_s, tr("Списать баллы"), &TillView::canSpend, has(&CheckSession::spend, tr("Списываем баллы"))},
-        {u"change"_s, tr("Изменить"), &TillView::hasLines, [this] { changeLine(); }},
+        {u"change"_s, tr("Изменить"), &TillView::hasLines, changeLine},
         {u"remove"_s, tr("Удалить"), &TillView::hasLines, removeLine},
         {u"restore"_s, tr("Вернуть"), &TillView::isRestorable, has(&CheckSession::restoreGoods)},
         {u"park"_s, tr("Отложить"), nullptr, does(&CheckDesk::parkOrShowParked)},

@@ -3,15 +3,13 @@
 
 #include "checkthread.h"
 #include "listpage.h"
+#include "questionpanel.h"
 
 #include <QtWidgets/QMainWindow>
-
-class QStackedWidget;
-class QToolButton;
+#include <QtWidgets/QStackedWidget>
+#include <QtWidgets/QToolButton>
 
 namespace till {
-
-class QuestionPanel;
 
 class MainWindow : public QMainWindow
 {
@@ -48,13 +46,12 @@ private:
     QWidget *makeSale();
     QWidget *makeCustomer();
     QWidget *makeActions();
-    void makeStatusBar();
     QList<Action> actions();
     QList<ListPage::Action> pageActions(Page::Kind kind);
 
     void useTheme(bool isDark);
     void apply();
-    void showCheck(const CheckResult &check);
+    void showCheck(const TillView &view);
     void showStatus(const TillView &view);
     void showMessage();
     void showPage(const Page &page);
@@ -79,12 +76,12 @@ private:
     void settle(const Answer &answer);
 
     CheckThread &m_till;
-    QStackedWidget *m_pages;
+    QStackedWidget *m_pages = new QStackedWidget;
     QWidget *m_sale;
     ListPage *m_list = new ListPage;
     QWidget *m_totals;
     QWidget *m_actionArea;
-    QuestionPanel *m_questions;
+    QuestionPanel *m_questions = new QuestionPanel;
     QLabel *m_customer = makeLabel(QStringLiteral("title"));
     QLabel *m_card = makeLabel(QStringLiteral("muted"));
     QList<QLabel *> m_points;

@@ -1,14 +1,10 @@
 // What the window shows of the till, and what it does with what is typed.
 #include "listings.h"
 #include "mainwindow.h"
-#include "questionpanel.h"
 #include "theme.h"
 
 #include <QtGui/QCloseEvent>
-#include <QtWidgets/QApplication>
-#include <QtWidgets/QStackedWidget>
 #include <QtWidgets/QStatusBar>
-#include <QtWidgets/QToolButton>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -18,7 +14,7 @@ void MainWindow::useTheme(bool isDark)
 {
     m_isDark = isDark;
     const Theme theme{isDark};
-    theme.apply(*static_cast<QApplication *>(QApplication::instance()));
+    theme.apply();
     for (const Action &action : std::as_const(m_actions)) {
         const bool isMain = &action == &m_actions.constLast();
         action.button->setIcon(theme.icon(action.icon, theme.colour(isMain ? u"onAccent" : u"accent")));
@@ -37,7 +33,7 @@ void MainWindow::apply()
         m_entry->clear();
         setMode(m_goodsMode);
     }
-    showCheck(view.check);
+    showCheck(view);
     showStatus(view);
     updateAreas();
     if (m_till.isIdle() && m_shown != view.commandsDone) {
@@ -52,9 +48,10 @@ void MainWindow::apply()
     sendPending();
 }
 
-void MainWindow::showCheck(const CheckResult &check)
+void MainWindow::showCheck(const TillView &view)
 {
     constexpr qsizetype longestName = 40; // characters
+    const CheckResult &check = view.check;
     m_total->setText(moneyText(check.total()));
     m_sum->setText(check.spent().isZero()
                        ? tr("К оплате")
@@ -62,15 +59,13 @@ void MainWindow::showCheck(const CheckResult &check)
     if (check.lines.size() > m_lines->rowCount())
         m_lines->clearSelection(); // The line that was added is selected instead.
     m_lines->show(linesPage(check.lines), check.lines.size() - 1);
-    const bool hasCard = !check.card.isEmpty();
-    const std::optional<Question> &question = m_till.view().question;
-    const bool isCode = question && question->entry == Question::Entry::Code;
+    const bool isCode = view.question && view.question->entry == Question::Entry::Code;
     const QString name = check.customer.isEmpty() ? tr("Имя неизвестно") : fitting(check.customer, longestName);
-    m_customer->setText(hasCard ? name : tr("Покупатель не указан"));
+    m_customer->setText(view.hasCard() ? name : tr("Покупатель не указан"));
     m_customer->setToolTip(tip(check.customer));
-    m_card->setText(hasCard ? fitting(check.tier, longestName) + u'\n' +
-                                  tr("Карта %1").arg(fitting(check.card, longestName))
-                            : tr("F2 – карта, F3 – телефон"));
+    m_card->setText(view.hasCard() ? fitting(check.tier, longestName) + u'\n' +
+                                         tr("Карта %1").arg(fitting(check.card, longestName))
+                                   : tr("F2 – карта, F3 – телефон"));
     const QList<std::optional<Money>> sums{check.balance, check.offered, check.spent(), check.earned,
                                            check.balanceAfter()};
     for (qsizetype index = 0; index < sums.size(); ++index) {

@@ -33,9 +33,9 @@ QColor Theme::colour(QStringView name) const
     return {};
 }
 
-void Theme::apply(QApplication &application) const
+void Theme::apply() const
 {
-    application.setStyle(QStyleFactory::create(u"Fusion"_s));
+    QApplication::setStyle(QStyleFactory::create(u"Fusion"_s));
     const QColor text = colour(u"text");
     const QColor surface = colour(u"surface");
     const QColor line = colour(u"line");
@@ -43,11 +43,11 @@ void Theme::apply(QApplication &application) const
     palette.setColor(QPalette::PlaceholderText, colour(u"muted"));
     palette.setColor(QPalette::Highlight, colour(u"accent"));
     palette.setColor(QPalette::HighlightedText, colour(u"onAccent"));
-    application.setPalette(palette);
+    QApplication::setPalette(palette);
     QString sheet = QString::fromUtf8(QResource(u":/window/theme.qss"_s).uncompressedData());
     for (const auto &[name, light, dark] : colours)
         sheet.replace(u'@' + name.toString(), colour(name).name());
-    application.setStyleSheet(sheet);
+    qApp->setStyleSheet(sheet);
 }
 
 QIcon Theme::icon(const QString &name, const QColor &colour) const

@@ -4,8 +4,6 @@
 #include <QtGui/QColor>
 #include <QtGui/QIcon>
 
-class QApplication;
-
 namespace till {
 
 /// Text has a contrast of at least 4.5:1 on every ground it is put on.
@@ -17,7 +15,7 @@ struct Theme
     QColor colour(QStringView name) const;
 
     /// Fusion with these colours, for all of the program.
-    void apply(QApplication &application) const;
+    void apply() const;
 
     /// The icon of that name in icons.svg, in this colour, and muted while it is disabled.
     QIcon icon(const QString &name, const QColor &colour) const;
