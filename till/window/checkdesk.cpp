@@ -104,7 +104,7 @@ bool CheckDesk::ask(const tr::Tr &message, const tr::Tr &first, const tr::Tr &se
     Question question{.text = message.ru(), .first = first.ru(), .second = second.ru()};
     if (const QString reason = reasonFor(message, m_till->system()); !reason.isEmpty())
         question.reason = tr("Причина: %1").arg(reason);
-    return waitForAnswer(question, std::nullopt)->kind == Answer::Kind::First;
+    return waitForAnswer(question)->kind == Answer::Kind::First;
 }
 
 std::optional<QString> CheckDesk::enterCode(const tr::Tr & /*prompt*/, std::chrono::milliseconds timeLeft,
@@ -160,6 +160,12 @@ std::optional<Answer> CheckDesk::waitForAnswer(Question question, std::optional<
     m_view.waitingSince = QDateTime::currentDateTime();
     Q_EMIT changed(m_view);
     return m_answer;
+}
+
+bool CheckDesk::confirms(const QString &text, const QString &first)
+{
+    const Question question{.text = text, .first = first, .second = tr("Нет"), .isRisky = true};
+    return waitForAnswer(question)->kind == Answer::Kind::First;
 }
 
 } // namespace till

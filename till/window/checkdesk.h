@@ -44,15 +44,17 @@ public:
     /// `text` is a quantity, or "=" and a price.
     void changeGoods(int line, const QString &text);
     void identify(ECardNumberType type, const QString &number);
+    /// Asks first, as does all that cannot be taken back.
+    void removeCard();
     void take(const QString &identifier);
     void close() { end(session().close()); }
-    void voidCheck() { end(session().voidCheck()); }
+    void voidCheck();
     /// Puts the open check aside, or lists those that were put aside.
     void parkOrShowParked();
 
     void showQueue();
     void retryRequest(const QString &number);
-    void discardRequest(const QString &number, const QString &reason);
+    void discardRequest(const QString &number);
     void showJournal();
     void showReceipt(const QString &identifier);
     void saveReceipt(const QString &text);
@@ -82,7 +84,8 @@ private:
     /// Refreshes what can change while nothing is done, then schedules itself again.
     void look();
     /// Nothing when `timeLeft` is over before there is an answer.
-    std::optional<Answer> waitForAnswer(Question question, std::optional<std::chrono::milliseconds> timeLeft);
+    std::optional<Answer> waitForAnswer(Question question, std::optional<std::chrono::milliseconds> timeLeft = {});
+    bool confirms(const QString &text, const QString &first);
 
     std::unique_ptr<SellingTill> m_till;
     Catalogue m_catalogue;

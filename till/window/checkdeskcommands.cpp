@@ -61,10 +61,22 @@ void CheckDesk::identify(ECardNumberType type, const QString &number)
     session().addCard(type, number);
 }
 
+void CheckDesk::removeCard()
+{
+    if (confirms(tr("Убрать карту с чека?"), tr("Убрать")))
+        session().removeCard();
+}
+
 void CheckDesk::take(const QString &identifier)
 {
     if (const std::optional<CheckResult> ended = session().take(identifier))
         end(*ended);
+}
+
+void CheckDesk::voidCheck()
+{
+    if (confirms(tr("Аннулировать чек? Вернуть его будет нельзя."), tr("Аннулировать")))
+        end(session().voidCheck());
 }
 
 void CheckDesk::end(const CheckResult &result)
@@ -105,9 +117,16 @@ void CheckDesk::retryRequest(const QString &number)
     showQueue();
 }
 
-void CheckDesk::discardRequest(const QString &number, const QString &reason)
+void CheckDesk::discardRequest(const QString &number)
 {
-    QueueAdmin().discard(number.toLongLong(), reason);
+    const Question question{.text = tr("Снять запрос %1 с отправки? Сервис его не получит.").arg(number),
+                            .reason = tr("Укажите причину: она останется в списке."),
+                            .first = tr("Снять"),
+                            .second = tr("Нет"),
+                            .entry = Question::Entry::Text,
+                            .isRisky = true};
+    if (const std::optional<Answer> answer = waitForAnswer(question); answer->kind == Answer::Kind::First)
+        QueueAdmin().discard(number.toLongLong(), answer->text);
     showQueue();
 }
 

@@ -37,14 +37,13 @@ MainWindow::MainWindow(CheckThread &till) : m_till(till)
 
     connect(m_queue, &QPushButton::clicked, this, [this] { m_till.send(&CheckDesk::showQueue); });
     connect(m_list, &ListPage::left, this, &MainWindow::goBack);
-    connect(m_questions, &QuestionPanel::answered, this, &MainWindow::settle);
+    connect(m_questions, &QuestionPanel::answered, &m_till, &CheckThread::answer);
     connect(&m_till, &CheckThread::changed, this, &MainWindow::apply);
     auto *clock = new QTimer(this);
     connect(clock, &QTimer::timeout, this, &MainWindow::showMessage);
     connect(clock, &QTimer::timeout, this, &MainWindow::sendPending);
     clock->start(std::chrono::milliseconds(200));
     QApplication::instance()->installEventFilter(this);
-    useTheme(false);
     showSale();
 }
 
@@ -130,7 +129,8 @@ QList<MainWindow::Action> MainWindow::actions()
     const QString phoneHint = tr("Например, +79001234567");
     return {
         {u"help"_s, tr("Помощь"), nullptr, showHelp},
-        {u"card"_s, tr("Карта"), nullptr, [this, card] { m_till.view().hasCard() ? removeCard() : card(); }},
+        {u"card"_s, tr("Карта"), nullptr,
+         [this, card] { m_till.view().hasCard() ? m_till.send(&CheckDesk::removeCard) : card(); }},
         {u"phone"_s, tr("Телефон"), &TillView::hasNoCard, takes(ECardNumberType::Phone, tr("Телефон"), phoneHint)},
         {u"price"_s, tr("Рассчитать"), &TillView::canPrice, has(&CheckSession::price, tr("Рассчитываем чек"))},
         {u"spend"_s, tr("Списать баллы"), &TillView::canSpend, has(&CheckSession::spend, tr("Списываем баллы"))},
@@ -138,38 +138,10 @@ QList<MainWindow::Action> MainWindow::actions()
         {u"remove"_s, tr("Удалить"), &TillView::hasLines, removeLine},
         {u"restore"_s, tr("Вернуть"), &TillView::isRestorable, has(&CheckSession::restoreGoods)},
         {u"park"_s, tr("Отложить"), nullptr, does(&CheckDesk::parkOrShowParked)},
-        {u"void"_s, tr("Аннулировать"), &TillView::isOpen, [this] { voidCheck(); }},
+        {u"void"_s, tr("Аннулировать"), &TillView::isOpen, does(&CheckDesk::voidCheck, tr("Аннулируем чек"))},
         {u"journal"_s, tr("Журнал"), nullptr, does(&CheckDesk::showJournal)},
         {u"close"_s, tr("Закрыть"), &TillView::hasLines, does(&CheckDesk::close, tr("Закрываем чек"))},
     };
-}
-
-void MainWindow::changeLine()
-{
-    enter({tr("Строка %1").arg(selectedLine()), tr("Количество, или =цена"),
-           [line = selectedLine()](CheckDesk &desk, const QString &text) { desk.changeGoods(line, text); }});
-}
-
-void MainWindow::removeCard()
-{
-    confirm({.text = tr("Убрать карту с чека?"), .first = tr("Убрать"), .isRisky = true},
-            {.work = [](CheckDesk &desk, const QString &) { desk.session().removeCard(); }});
-}
-
-void MainWindow::voidCheck()
-{
-    confirm({.text = tr("Аннулировать чек? Вернуть его будет нельзя."), .first = tr("Аннулировать"), .isRisky = true},
-            {.work = [](CheckDesk &desk, const QString &) { desk.voidCheck(); }, .waitingFor = tr("Аннулируем чек")});
-}
-
-void MainWindow::discardRequest(const QString &number)
-{
-    if (m_till.isIdle())
-        confirm({.text = tr("Снять запрос %1 с отправки? Сервис его не получит.").arg(number),
-                 .reason = tr("Укажите причину: она останется в списке."),
-                 .first = tr("Снять"),
-                 .entry = Question::Entry::Text},
-                {.work = [number](CheckDesk &desk, const QString &why) { desk.discardRequest(number, why); }});
 }
 
 /// The first one is done by Enter.
@@ -187,7 +159,7 @@ QList<ListPage::Action> MainWindow::pageActions(Page::Kind kind)
         {Page::Kind::Journal, {{tr("Показать чек"), does(&CheckDesk::showReceipt)}}},
         {Page::Kind::Queue,
          {{tr("Отправить снова"), does(&CheckDesk::retryRequest)},
-          {tr("Снять с отправки"), [this](const QString &id) { discardRequest(id); }}}},
+          {tr("Снять с отправки"), does(&CheckDesk::discardRequest)}}},
         {Page::Kind::Receipt,
          {{tr("Следующий чек"), [this](const QString &) { showSale(); }},
           {tr("Копировать"), [](const QString &text) { QApplication::clipboard()->setText(text); }},

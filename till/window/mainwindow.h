@@ -60,20 +60,12 @@ private:
     void goBack();
     void updateAreas();
 
-    void changeLine();
-    void removeCard();
-    void voidCheck();
-    void discardRequest(const QString &number);
-
     void setMode(const Mode &mode);
     void enter(const Mode &mode);
     void submit();
     void sendPending();
     /// The number on the check of the selected line, or of the last one.
     int selectedLine() const;
-    /// Asks before something that cannot be taken back, and gives `work` what is typed.
-    void confirm(const Question &question, const Mode &confirmed);
-    void settle(const Answer &answer);
 
     CheckThread &m_till;
     QStackedWidget *m_pages = new QStackedWidget;
@@ -97,12 +89,10 @@ private:
 
     Mode m_mode;
     const Mode m_goodsMode{tr("Товар"), tr("Штрихкод, 3*штрихкод или название")};
-    QStringList m_pending;    ///< Goods entered while the till was busy.
-    bool m_isHolding = false; ///< They wait until the cashier has seen a warning.
-    std::optional<Question> m_confirmation;
-    Mode m_confirmed;    ///< What is done once it is.
-    quint64 m_shown = 0; ///< Commands whose result has been shown.
-    bool m_isDark = false;
+    QStringList m_pending;        ///< Goods entered while the till was busy.
+    bool m_isHolding = false;     ///< They wait until the cashier has seen a warning.
+    quint64 m_shown = 0;          ///< Commands whose result has been shown.
+    std::optional<bool> m_isDark; ///< Nothing before the till has said it.
 };
 
 } // namespace till

@@ -91,18 +91,16 @@ void MainWindow::updateAreas()
 {
     const TillView &view = m_till.view();
     const bool isSale = m_pages->currentWidget() == m_sale;
-    const std::optional<Question> &question = m_confirmation ? m_confirmation : view.question;
     // One takes the place of the other: with both the window would grow.
-    m_actionArea->setVisible(isSale && !question && !m_questions->isVisible());
-    if (question)
-        m_questions->show(*question);
-    else
+    if (!view.question)
         m_questions->hide();
-    m_actionArea->setVisible(isSale && !question);
-    m_list->setEnabled(!question);
+    m_actionArea->setVisible(isSale && !view.question);
+    if (view.question)
+        m_questions->show(*view.question);
+    m_list->setEnabled(!view.question);
     m_totals->setVisible(isSale);
     const bool isFree = m_till.isIdle() && m_pending.isEmpty();
-    m_queue->setEnabled(isFree && !question);
+    m_queue->setEnabled(isFree && !view.question);
     for (qsizetype index = 0; index < m_actions.size(); ++index) {
         const Action &action = m_actions.at(index);
         const QString text = action.icon == "park"_L1 && !view.isOpen     ? tr("Вернуть чек")
@@ -151,10 +149,8 @@ void MainWindow::goBack()
 {
     if (!m_till.view().fault.isEmpty())
         return void(close());
-    if (m_confirmation)
-        return settle({.kind = Answer::Kind::Second});
-    if (m_till.view().question)
-        return m_questions->setFocus();
+    if (const std::optional<Question> &question = m_till.view().question)
+        return question->isRisky ? m_till.answer({question->number}) : m_questions->setFocus();
     if (m_isHolding)
         m_pending.clear();
     m_entry->clear();
@@ -193,10 +189,8 @@ void MainWindow::submit()
 
 void MainWindow::sendPending()
 {
-    const bool isStopped = m_isHolding || m_confirmation || m_pages->currentWidget() != m_sale;
-    if (m_pending.isEmpty() || !m_till.isIdle() || isStopped)
-        return;
-    m_till.send([text = m_pending.takeFirst()](CheckDesk &desk) { desk.addGoods(text); });
+    if (!m_pending.isEmpty() && m_till.isIdle() && !m_isHolding && m_pages->currentWidget() == m_sale)
+        m_till.send([text = m_pending.takeFirst()](CheckDesk &desk) { desk.addGoods(text); });
 }
 
 int MainWindow::selectedLine() const
@@ -204,25 +198,6 @@ int MainWindow::selectedLine() const
     const QList<ResultLine> &lines = m_till.view().check.lines;
     const QString id = m_lines->selectedId();
     return id.isEmpty() && !lines.isEmpty() ? lines.constLast().lineId : id.toInt();
-}
-
-void MainWindow::confirm(const Question &question, const Mode &confirmed)
-{
-    m_confirmation = question;
-    m_confirmation->second = tr("Нет");
-    m_confirmed = confirmed;
-    updateAreas();
-}
-
-void MainWindow::settle(const Answer &answer)
-{
-    if (!std::exchange(m_confirmation, std::nullopt))
-        return m_till.answer(answer);
-    updateAreas();
-    m_pages->currentWidget()->setFocus();
-    if (answer.kind == Answer::Kind::First)
-        m_till.send([work = m_confirmed.work, text = answer.text](CheckDesk &desk) { work(desk, text); },
-                    m_confirmed.waitingFor);
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)

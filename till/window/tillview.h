@@ -22,7 +22,7 @@ struct Question
     QString first = {};
     QString second = {};
     Entry entry = Entry::None; ///< What has to be typed for the first button.
-    bool isRisky = false;      ///< The first button cannot be undone, so Enter stands for the second one.
+    bool isRisky = false;      ///< The first button cannot be undone, so Enter and Esc stand for the second one.
     // When a code is asked for:
     int attemptsLeft = 0;
     QDateTime deadline = {};
