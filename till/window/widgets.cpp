@@ -8,6 +8,7 @@
 #include <QtGui/QShortcut>
 #include <QtGui/QTextDocument>
 #include <QtWidgets/QHeaderView>
+#include <QtWidgets/QScrollBar>
 #include <QtWidgets/QStyle>
 
 using namespace Qt::Literals::StringLiterals;
@@ -85,6 +86,8 @@ ListTable::ListTable()
     verticalHeader()->setDefaultSectionSize(48);
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setMaximumSectionSize(320);
+    // Only now does it know how far it can scroll: rows were added, or there is less room for them.
+    connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, [this] { scrollTo(currentIndex()); });
 }
 
 void ListTable::show(const Page &page, qsizetype otherwise)
@@ -109,7 +112,6 @@ void ListTable::show(const Page &page, qsizetype otherwise)
     }
     horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     horizontalHeader()->setSectionResizeMode(page.wide, QHeaderView::Stretch);
-    executeDelayedItemsLayout(); // Until then it scrolls no further than to the rows that were.
     const auto same = std::find_if(m_rows.cbegin(), m_rows.cend(), [&](const auto &row) { return row.id == selected; });
     selectRow(static_cast<int>(same == m_rows.cend() ? otherwise : same - m_rows.cbegin()));
 }
