@@ -14,7 +14,6 @@ CheckThread::CheckThread()
 
 CheckThread::~CheckThread()
 {
-    disconnect(m_desk.get(), nullptr, this, nullptr);
     m_desk->abandon();
     QMetaObject::invokeMethod(m_desk.get(), [desk = m_desk.get()] {
         desk->finish();

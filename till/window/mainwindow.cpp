@@ -54,9 +54,7 @@ QWidget *MainWindow::makeSale()
     connect(m_entry, &QLineEdit::returnPressed, this, &MainWindow::submit);
     QWidget *entry = arrange(Qt::Horizontal, {m_prompt, m_entry}, {m_entry});
     QWidget *check = arrange(Qt::Vertical, {entry, m_lines}, {m_lines});
-    QWidget *sale = arrange(Qt::Horizontal, {check, makeCustomer()}, {check});
-    sale->setFocusProxy(m_entry);
-    return sale;
+    return arrange(Qt::Horizontal, {check, makeCustomer()}, {check});
 }
 
 QWidget *MainWindow::makeCustomer()
