@@ -58,11 +58,11 @@ public:
         return text->isVisible() ? text->toPlainText() : QString();
     }
 
-    /// The rows of the table over the sale that can be seen.
+    /// The rows that can be seen of the check, or of the table over it.
     QStringList rows() const
     {
         QStringList rows;
-        const auto *table = window.findChild<till::ListPage *>()->findChild<QTableWidget *>();
+        const auto *table = window.findChild<QStackedWidget *>()->currentWidget()->findChild<QTableWidget *>();
         for (int row = 0; table->isVisible() && row < table->rowCount(); ++row) {
             QString text;
             for (int column = 0; column < table->columnCount(); ++column)
@@ -73,7 +73,14 @@ public:
         return rows;
     }
 
-    QString message() const { return window.findChild<QLabel *>(u"message"_s)->text(); }
+    /// All labels that can be seen, what is typed, and the buttons that can be used.
+    QString shown() const
+    {
+        QString texts;
+        for (const auto *part : window.findChildren<QWidget *>())
+            texts += part->isVisible() && part->isEnabled() ? part->property("text").toString() + u' ' : QString();
+        return texts.simplified();
+    }
 
     till::CheckThread till;
     till::MainWindow window;
