@@ -25,7 +25,7 @@ QuestionPanel::QuestionPanel()
 
 void QuestionPanel::show(const Question &question)
 {
-    if (question.number == m_question.number && isVisible())
+    if (isVisible())
         return;
     m_question = question;
     const bool isCode = question.entry == Question::Entry::Code;

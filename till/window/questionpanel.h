@@ -12,7 +12,7 @@ class QuestionPanel : public QFrame
 public:
     QuestionPanel();
 
-    /// Shows a question and takes the focus; the same question again changes nothing.
+    /// Shows a question and takes the focus. While it can be seen, nothing changes: it goes before the next one comes.
     void show(const Question &question);
 
     /// Counts the time down.
