@@ -27,7 +27,10 @@ inline constexpr std::array settings{
     Setting{.key = u"Kvo:host",
             .kind = Setting::Kind::Address,
             .defaultValue = u"http://localhost",
-            .meaning = u"Scheme, host and port of the loyalty service; a path in it is ignored.",
+            .meaning =
+                u"Scheme, host and port of the loyalty service; a path in it is ignored. https is verified against the "
+                u"system's certificates (an authority of your own: `update-ca-certificates`); proxies that the "
+                u"environment names are not used.",
             .example = u"https://loyalty.example.com"},
     Setting{.key = u"Kvo:path",
             .kind = Setting::Kind::Path,

@@ -109,7 +109,7 @@ Finding checkEntries(bool keys)
         return {Verdict::Warning, repeated, u"Remove the earlier lines: the last one counts"_s};
     if (problems.isEmpty())
         return {Verdict::Ok, keys ? u"all are known"_s : u"all are of the right kind and in range"_s};
-    return {Verdict::Failure, problems.join(u"; "_s), u"Correct or remove them, see docs/settings.md"_s};
+    return {Verdict::Failure, problems.join(u"; "_s), u"Correct or remove them, see kvo-till settings"_s};
 }
 
 QString nearestExisting(QString path)
@@ -117,24 +117,6 @@ QString nearestExisting(QString path)
     while (!QFileInfo::exists(path))
         path = QFileInfo(path).absolutePath();
     return path;
-}
-
-/// Whether a file can be made in the folder. Does not make the folder: it may have a mistyped name.
-Finding checkFolder(const QString &folder, const QString &key)
-{
-    const QString remedy = u"Correct %1, or let the user of the till write there"_s.arg(key);
-    if (const QFileInfo above(nearestExisting(folder)); above != QFileInfo(folder)) {
-        if (!above.isDir() || !above.isWritable())
-            return {Verdict::Failure, u"%1 does not exist and cannot be made in %2"_s.arg(folder, above.filePath()),
-                    remedy};
-        return {Verdict::Warning, u"%1 does not exist yet, the till makes it"_s.arg(folder),
-                u"Correct %1 if it is not the folder that you mean"_s.arg(key)};
-    }
-    QTemporaryFile file(folder + u"/doctor"_s);
-    if (!file.open() || file.write("x") != 1 || !file.flush())
-        return {Verdict::Failure, u"no file can be written in %1: %2"_s.arg(folder, file.errorString()),
-                file.errorString() == qt_error_string(ENOSPC) ? u"Make room on its disk"_s : remedy};
-    return {Verdict::Ok, u"%1 can be written"_s.arg(folder)};
 }
 
 Finding checkLog()
@@ -153,6 +135,8 @@ Finding checkLog()
 Finding checkDataFolder()
 {
     Finding finding = checkFolder(dataFolder(), u"Host:dataFolder"_s);
+    if (const QFileInfo lock(dataFolder() + u"/till.lock"_s); lock.exists() && !lock.isWritable())
+        return {Verdict::Failure, u"%1 cannot be written"_s.arg(lock.filePath()), u"Give it to the user of the till"_s};
     const auto others = QFile::ReadGroup | QFile::ReadOther | QFile::ExeGroup | QFile::ExeOther;
     if (finding.verdict == Verdict::Ok && (QFileInfo(dataFolder()).permissions() & others))
         return {Verdict::Warning, u"%1 is open to other users; it holds telephone and card numbers"_s.arg(dataFolder()),
@@ -204,6 +188,23 @@ Finding checkPlugin()
 }
 
 } // namespace
+
+Finding checkFolder(const QString &folder, const QString &key)
+{
+    const QString remedy = u"Correct %1, or let the user of the till write there"_s.arg(key);
+    if (const QFileInfo above(nearestExisting(folder)); above != QFileInfo(folder)) {
+        if (!above.isDir() || !above.isWritable())
+            return {Verdict::Failure, u"%1 does not exist and cannot be made in %2"_s.arg(folder, above.filePath()),
+                    remedy};
+        return {Verdict::Warning, u"%1 does not exist yet, the till makes it"_s.arg(folder),
+                u"Correct %1 if it is not the folder that you mean"_s.arg(key)};
+    }
+    QTemporaryFile file(folder + u"/doctor"_s);
+    if (!file.open() || file.write("x") != 1 || !file.flush())
+        return {Verdict::Failure, u"no file can be written in %1: %2"_s.arg(folder, file.errorString()),
+                file.errorString() == qt_error_string(ENOSPC) ? u"Make room on its disk"_s : remedy};
+    return {Verdict::Ok, u"%1 can be written"_s.arg(folder)};
+}
 
 QString dataFolder()
 {

@@ -16,4 +16,7 @@ extern const QString configurationCheck;
 /// The folder "Host:dataFolder".
 QString dataFolder();
 
+/// Whether a file can be made in the folder that `key` names. Does not make the folder: it may have a mistyped name.
+Finding checkFolder(const QString &folder, const QString &key);
+
 } // namespace till::doctor

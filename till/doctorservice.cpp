@@ -82,6 +82,8 @@ Finding Service::answer()
     if (status == 502 || status == 503 || status == 504)
         return {Verdict::Failure, answered + u" from a gateway: the service behind it does not answer"_s,
                 u"Ask those who run the service"_s};
+    if (status == 408 || status == 429)
+        return {Verdict::Failure, answered + u": the service is overloaded"_s, u"Ask those who run the service"_s};
     if (isPage(m_answer))
         return {Verdict::Failure, answered + u" with a web page in place of the service's JSON"_s,
                 u"A portal or a proxy answers, or Kvo:host and Kvo:path are wrong"_s};
@@ -123,6 +125,11 @@ Finding Service::loyaltyApi() const
         return {Verdict::Failure, u"the service refuses a query for a card (%1)"_s.arg(said), u"Check Kvo:brand"_s};
     if (m_answer.status >= 500)
         return {Verdict::Failure, u"the service fails (%1)"_s.arg(said), u"Ask those who run the service"_s};
+    // A service says 404, or that there is no such card; whatever else is refused will be refused for real cards, too.
+    const bool isRefused = !jsonOf(m_answer).value("success"_L1).toBool(true);
+    if ((m_answer.status >= 400 || isRefused) && m_answer.status != 404)
+        return {Verdict::Warning, u"a query for a card that does not exist is refused (%1)"_s.arg(said),
+                u"Check Kvo:brand and Kvo:path, unless the refusal is about the card"_s};
     if (Singleton<Config>::instance()->getString(u"Kvo:brand"_s, {}).isEmpty())
         return {Verdict::Warning, u"a query is answered, but no brand is configured"_s,
                 u"Set Kvo:brand unless the service has none"_s};

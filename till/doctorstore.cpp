@@ -9,8 +9,11 @@
 #include <queue/queueadmin.h>
 #include <queue/queuesettings.h>
 
+#include <QtCore/QFileInfo>
+
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -31,6 +34,17 @@ bool isLongAgo(const QDateTime &time)
     return time.secsTo(QDateTime::currentDateTime()) > longWaitSeconds;
 }
 
+/// A database that can be read but not written to, as after a backup was copied back by another user.
+std::optional<Finding> readOnly(const QString &database)
+{
+    for (const QString &suffix : {QString(), u"-wal"_s, u"-shm"_s}) {
+        if (const QFileInfo file(database + suffix); file.exists() && !file.isWritable())
+            return Finding{Verdict::Failure, u"%1 cannot be written"_s.arg(file.filePath()),
+                           u"Give it to the user of the till, and its -wal and -shm as well"_s};
+    }
+    return std::nullopt;
+}
+
 Finding checkQueue(Entries &entries)
 {
     QueueSettings settings;
@@ -38,6 +52,11 @@ Finding checkQueue(Entries &entries)
         settings = QueueSettings::configured();
         entries = QueueAdmin().list();
     } catch (const MissingDatabase &) {
+        if (settings.driver == QueueSettings::Driver::Sqlite) {
+            const Finding folder = checkFolder(QFileInfo(settings.database).absolutePath(), u"Queue:database"_s);
+            if (folder.verdict == Verdict::Failure)
+                return folder;
+        }
         return {Verdict::Ok, u"%1 does not exist yet, it is made with the first request"_s.arg(settings.name())};
     } catch (const BasicException &error) {
         return {Verdict::Failure, u"the queue %1 cannot be used"_s.arg(settings.name()),
@@ -45,6 +64,8 @@ Finding checkQueue(Entries &entries)
                 u"requests"_s,
                 error.text().ru()};
     }
+    if (const auto finding = readOnly(settings.database); finding && settings.driver == QueueSettings::Driver::Sqlite)
+        return *finding;
     int waiting = 0;
     QDateTime oldest;
     for (const QueueAdmin::Entry &entry : std::as_const(entries)) {
@@ -86,6 +107,8 @@ Finding checkOpen(KeptChecks &checks)
             u"support"_s,
             error.text().ru()};
     }
+    if (const auto finding = readOnly(store.fileName()))
+        return *finding;
     if (const QStringList notices = store.takeNotices(); !notices.isEmpty())
         return {Verdict::Failure, u"the open check in %1 cannot be read"_s.arg(store.fileName()),
                 u"Keep it for support; the next start of the till puts it aside and begins anew"_s,

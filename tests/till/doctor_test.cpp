@@ -27,9 +27,12 @@ using Handler = httplib::Server::Handler;
 Handler loyalty(const Handler &handler = {})
 {
     return [handler](const httplib::Request &request, httplib::Response &response) {
-        const bool known = request.path == "/api/ax/xpp/v1/searchCustomer" || request.path == "/api/twofa/msg/v1/send";
-        response.status = known ? 405 : 404;
-        response.set_content(R"({"success":false,"message":"no such\u001b[1m card"})", "application/json");
+        const bool isSending = request.path == "/api/twofa/msg/v1/send";
+        const bool isKnown = isSending || request.path == "/api/ax/xpp/v1/searchCustomer";
+        response.status = isSending ? 405 : 404;
+        response.set_content(R"({"success":false,"message":"no such\u001b[1m )" +
+                                 std::string(isKnown ? "card\"}" : "address\"}"),
+                             "application/json");
         if (handler)
             handler(request, response);
     };
@@ -140,6 +143,7 @@ TEST_F(DoctorTest, NamesEachFaultAndItsRemedy)
         {"failure  answer: status 200 with a web page*portal", {}, page(200, "<html>Welcome", "text/html")},
         {"failure  answer: status 200 without the service's JSON*Kvo:path", {}, page(200, "Welcome", "text/plain")},
         {"failure  answer: status 503 from a gateway*run the service", {}, page(503, "<html>", "text/html")},
+        {"failure  answer: status 429: the service is overloaded*run the service", {}, page(429, "{}")},
         {"failure  answer: status 407 from a proxy*directly", {}, page(407, "")},
         {"failure  answer: status 302, a redirect*Kvo:host", {}, page(302, "")},
         {"failure  answer: *timed out*Kvo:timeout", "timeout = 500", slow(1)},
@@ -147,6 +151,9 @@ TEST_F(DoctorTest, NamesEachFaultAndItsRemedy)
         {"ok       loyalty API: *\"no such card\""},
         {"failure  loyalty API: the service does not know the address*Kvo:path", "path = /elsewhere"},
         {"failure  loyalty API: *\"brand unknown\"*Kvo:brand", {}, page(400, R"({"message":"brand unknown"})")},
+        {"warning  loyalty API: * refused (status 200, \"no\")*Kvo:brand",
+         {},
+         page(200, R"({"success":false,"message":"no"})")},
         {"failure  loyalty API: the service fails*run the service", {}, page(500, R"({"a":1})")},
         {"warning  loyalty API: *no brand*Kvo:brand", "brand ="},
         {"failure  message API: *timed out*Kvo:verificationPath", "timeout = 500", slow(3)},
