@@ -45,7 +45,8 @@ kvo_package(kvo misc "Loyalty plugin for a point-of-sale host"
 kvo_package(kvo-till misc "Reference till for the terminal"
     "Sells with the loyalty plugin by hand or by scenario, looks after the queue of\nrequests and finds out what is wrong with a configuration."
     DEPENDS "kvo ${own}" adduser
-    CONTROL "${PROJECT_SOURCE_DIR}/packaging/debian/postinst" "${PROJECT_SOURCE_DIR}/packaging/debian/postrm")
+    CONTROL "${PROJECT_SOURCE_DIR}/packaging/debian/postinst" "${PROJECT_SOURCE_DIR}/packaging/debian/prerm"
+            "${PROJECT_SOURCE_DIR}/packaging/debian/postrm")
 if(TARGET kvo-window)
     kvo_package(kvo-window misc "Reference till with a window for the cashier"
         "The same till as kvo-till, for touch screens and keyboards."
