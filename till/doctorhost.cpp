@@ -147,7 +147,8 @@ Finding checkDataFolder()
 Finding checkSpace(qint64 wanted)
 {
     const qint64 free = QStorageInfo(nearestExisting(dataFolder())).bytesAvailable();
-    const QString found = u"%1 MiB are free"_s.arg(QString::number(free >> 20));
+    const QString found =
+        u"%1 MiB are free, %2 are wanted"_s.arg(QString::number(free >> 20), QString::number(wanted >> 20));
     if (free >= wanted)
         return {Verdict::Ok, found};
     return {Verdict::Warning, found, u"Make room: without it nothing is queued, and no card is accepted"_s};

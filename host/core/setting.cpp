@@ -1,18 +1,8 @@
 #include <core/setting.h>
 
 #include <climits>
-#include <cmath>
 
 using namespace Qt::Literals::StringLiterals;
-
-namespace {
-
-QString limitText(double limit)
-{
-    return std::fabs(limit) < std::numeric_limits<double>::max() ? QString::number(limit, 'f', 0) : QString();
-}
-
-} // namespace
 
 QString Setting::range() const
 {
@@ -24,9 +14,9 @@ QString Setting::range() const
         return u"/PATH"_s;
     if (kind == Kind::Text)
         return placeholder;
-    const QString from = limitText(lowest);
-    const QString to = limitText(highest);
-    return from.isEmpty() && to.isEmpty() ? QString() : u"%1 ... %2"_s.arg(from, to).trimmed();
+    if (highest == std::numeric_limits<double>::max())
+        return {};
+    return u"%1 ... %2"_s.arg(QString::number(lowest, 'f', 0), QString::number(highest, 'f', 0));
 }
 
 QList<Setting> hostSettings()

@@ -25,7 +25,7 @@ struct Setting
     QString defaultValue = {}; ///< As it would be written in the file.
     QString meaning;           ///< One English sentence for the reference.
     QString example = {};
-    double lowest = std::numeric_limits<double>::lowest();
+    double lowest = std::numeric_limits<double>::lowest(); ///< Of a number: both limits or none.
     double highest = std::numeric_limits<double>::max();
     QStringList choices = {};
     QString placeholder = {}; ///< A text must contain this.

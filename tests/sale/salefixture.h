@@ -94,6 +94,13 @@ struct SaleTest : testing::Test
         return QString::fromUtf8(run(m_till, command + m_config, input, status));
     }
 
+    /// What `kvo-till` shows in a terminal for a command without arguments.
+    QString askTerminal(const QString &command) const
+    {
+        return QString::fromUtf8(
+            run(u"script"_s, {u"-qec"_s, u"'%1' %2 --config '%3'"_s.arg(m_till, command, ini), u"/dev/null"_s}));
+    }
+
     /// Runs `kvo-till drain` and expects it to deliver everything.
     void drain() { askTill({u"drain"_s, u"--seconds"_s, u"25"_s}); }
 

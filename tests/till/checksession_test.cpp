@@ -10,6 +10,7 @@
 #include "tests/support/test.h"
 #include "till/checksession.h"
 #include "till/endingqueue.h"
+#include "till/loyalty.h"
 
 #include <cashier/dialog.h>
 #include <cashier/savetofilelogic.h>
@@ -99,6 +100,7 @@ struct Session : testing::Test
         session->changeGoods(1, 2, {});
         session->subtotal();
         session->spend();
+        start(); // The rest is that of a check from the disk.
         session->removeGoods(2);
         session->spend();
         session->close();
@@ -195,8 +197,13 @@ TEST_F(Session, LeavesTheCheckAsItWasWhenAnOperationIsRefused)
         {"no such line", [this] { session->removeGoods(7); }},
         {"a disk that is full", [this] { session->addGoods(builder::line(100)); }},
         {"another check", [this] { session->take(u"1"_s); }},
+        {"a new check", [this] { session->open(); }},
         {"a second card", [this] { session->addCard(ECardNumberType::Manual, u"778"_s); }},
     };
+    disk->full = true;
+    EXPECT_THROW(session->open(), BasicException);
+    EXPECT_FALSE(session->isOpen());
+    disk->full = false;
     openPriced();
     session->park();
     openPriced();
@@ -255,6 +262,37 @@ TEST_F(Session, SellsOnWhileTheQueueIsFull)
     ASSERT_EQ(booked().size(), 2);
     const QString basket = booked().last().entry.value(u"basket"_s).toString();
     EXPECT_EQ(takeQueued(), QStringList({u"postOrder "_s + basket, u"bindOrderId "_s + basket}));
+    setQueueFull(true);
+    queue->push(u"kvo"_s, {}, {});
+    EXPECT_NE(session->loyaltyOff(), QString());
+    setQueueFull(false);
+    queue->push(u"kvo"_s, {}, {});
+    EXPECT_EQ(session->loyaltyOff(), QString()) << "the queue works again";
+}
+
+TEST(Loyalty, HasAStandInThatAcceptsNoCard)
+{
+    const till::Loyalty loyalty(u"/nowhere"_s);
+    auto card = builder::card(u"777"_s);
+    EXPECT_FALSE(loyalty.system().identifyByCard(card, ECardNumberType::Manual));
+    EXPECT_FALSE(loyalty.system().getCardNumber({}).success);
+    EXPECT_TRUE(loyalty.system().getLastErrorString().ru().contains(u"/nowhere"_s));
+}
+
+TEST(TillState, KeepsItsFormOnTheDisk)
+{
+    using Ending = till::TillState::Ending;
+    using Order = till::TillState::Order;
+    const std::tuple<Ending, Order, const char *> cases[]{
+        {Ending::None, Order::Behind, R"("ending":0,"order":2)"},
+        {Ending::Closing, Order::Changed, R"("ending":1,"order":1)"},
+        {Ending::Voiding, Order::Uncertain, R"("ending":2,"order":3)"}};
+    for (const auto &[ending, order, form] : cases) {
+        SaleDocument check;
+        till::TillState{ending, order, {{u"line"_s, 2}}, u"b"_s, {u"r"_s}}.writeTo(check);
+        EXPECT_EQ(QJsonDocument::fromVariant(check.getPluginData(u"till"_s)).toJson(QJsonDocument::Compact),
+                  R"({"basket":"b",)" + QByteArray(form) + R"(,"requests":["r"],"undo":{"line":2}})");
+    }
 }
 
 TEST_F(Session, QueuesTheCancellationOfARemovedCardAtOnceOrKeepsItOnTheCheck)

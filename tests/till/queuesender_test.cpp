@@ -29,7 +29,7 @@ TEST(QueueSender, KeepsWhatTheServiceHasNotAccepted)
         {200, R"({"result": {}})", Outcome::Delivered},
         {404, R"({"success": true})", Outcome::Delivered},
         {404, R"({"message": "no route"})", Outcome::Kept},
-        {302, R"({"message": "log in"})", Outcome::Kept},
+        {300, R"({"message": "log in"})", Outcome::Kept},
         {500, "{}", Outcome::Kept},
         {500, R"({"success": false, "message": "m"})", Outcome::Kept},
         {200, R"({"success": false, "message": "m"})", Outcome::DeadLetter},
