@@ -1,6 +1,7 @@
 // The files that the program reads: errors name file, place and field, and a ledger is judged by the exit status.
 #include "journal.h"
 #include "simulatorfixture.h"
+#include "tests/support/golden.h"
 
 #include <QtCore/QProcess>
 
@@ -27,25 +28,17 @@ TEST_F(Files, NameThePlaceOfAMistake)
     const auto names = [](const char *place, const char *field) {
         return ThrowsMessage<std::runtime_error>(AllOf(HasSubstr(place), HasSubstr(field)));
     };
-    const std::pair<const char *, const char *> customers[] = {
-        {R"({"Phone": "79112223344"})", "[0].Phone: expected a number like"},
-        {R"({"Phone": "+791122233"})", "[0].Phone: expected a number like"},
-        {R"({"LastName": ""})", "[0].LastName: must not be empty"},
-        {R"({"Ballance": "1.00"})", "[0].Ballance: unknown field"},
-        {R"({"Balance": "-1.00"})", "[0].Balance: expected a sum from 0.00 to 999999999999.99"},
-        {R"({"Gender": 3})", "[0].Gender: expected a whole number in 0..2"},
-        {R"({"Cards": ["1", "2", "1"]})", "[0].Cards: 1 occurs twice"},
-        {R"({"Tiers": [{"Name": "A"}]})", "[0].Tiers[0].Discount: missing"},
-        {R"({"Tiers": [{"Name": "A", "Discount": 101}]})", "[0].Tiers[0].Discount: expected a whole number in -1..100"},
-        {R"({"Tiers": [{"Name": "A", "Discount": -2}]})", "[0].Tiers[0].Discount"},
-        {R"({"Tiers": [{"Name": "A", "Discount": 18446744073709551615}]})", "[0].Tiers[0].Discount"},
-    };
     EXPECT_EQ(readCustomerFile(written(Json::array({customer}).dump())).size(), 1u);
-    for (const auto &[patch, field] : customers) {
+    expectCases(u"simulator/customers.txt"_s, [&](const QByteArray &patch) {
         Json wrong = customer;
-        wrong.merge_patch(Json::parse(patch));
-        EXPECT_THAT([&] { readCustomerFile(written(Json::array({wrong}).dump())); }, names("input: ", field));
-    }
+        wrong.merge_patch(Json::parse(patch.toStdString()));
+        try {
+            readCustomerFile(written(Json::array({wrong}).dump()));
+        } catch (const std::runtime_error &error) {
+            return QString::fromStdString(error.what());
+        }
+        return QString();
+    });
     EXPECT_THAT([&] { readCustomerFile(written(Json{customer, customer}.dump())); }, names("[1].CustAccount", "twice"));
     EXPECT_THAT([&] { readCustomerFile(written(R"([{"Cards": {}, "Gender": 1, "Gender": 2}])")); },
                 names("Gender", "twice"));
