@@ -45,7 +45,7 @@ struct CheckResult
     Money offered = {}; ///< Points that can be spent; zero until the check is priced.
     QString cashier = {};
     bool isOffered = false; ///< `offered` is for the check as it is.
-    bool isPriced = false;  ///< `earned` is.
+    bool isPriced = false;  ///< `earned` is for the check as it is.
 
     Money sum() const;
     Money spent() const;

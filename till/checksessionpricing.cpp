@@ -58,7 +58,7 @@ void CheckSession::spend()
 
 void CheckSession::spendOffered()
 {
-    const Money offered = result().offered;
+    const Money offered = Money::fromRubles(m_system.getPointsForSpend(m_document));
     m_state.order = Order::Uncertain;
     save();
     m_system.spendPoints();

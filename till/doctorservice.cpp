@@ -125,9 +125,9 @@ Finding Service::loyaltyApi() const
         return {Verdict::Failure, u"the service refuses a query for a card (%1)"_s.arg(said), u"Check Kvo:brand"_s};
     if (m_answer.status >= 500)
         return {Verdict::Failure, u"the service fails (%1)"_s.arg(said), u"Ask those who run the service"_s};
-    // A service says 404, or that there is no such card; whatever else is refused will be refused for real cards, too.
-    const bool isRefused = !jsonOf(m_answer).value("success"_L1).toBool(true);
-    if ((m_answer.status >= 400 || isRefused) && m_answer.status != 404)
+    // With 404 the service says that there is no such card; any other refusal may meet real cards as well.
+    const bool isRefused = m_answer.status >= 400 || !jsonOf(m_answer).value("success"_L1).toBool(true);
+    if (isRefused && m_answer.status != 404)
         return {Verdict::Warning, u"a query for a card that does not exist is refused (%1)"_s.arg(said),
                 u"Check Kvo:brand and Kvo:path, unless the refusal is about the card"_s};
     if (Singleton<Config>::instance()->getString(u"Kvo:brand"_s, {}).isEmpty())

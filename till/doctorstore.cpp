@@ -64,8 +64,10 @@ Finding checkQueue(Entries &entries)
                 u"requests"_s,
                 error.text().ru()};
     }
-    if (const auto finding = readOnly(settings.database); finding && settings.driver == QueueSettings::Driver::Sqlite)
-        return *finding;
+    if (settings.driver == QueueSettings::Driver::Sqlite) {
+        if (const auto finding = readOnly(settings.database))
+            return *finding;
+    }
     int waiting = 0;
     QDateTime oldest;
     for (const QueueAdmin::Entry &entry : std::as_const(entries)) {

@@ -54,8 +54,7 @@ QList<Setting> hostSettings()
          .example = u"sslmode=verify-full;sslrootcert=/etc/kvo/store-ca.pem"_s},
         {.key = u"Log:file"_s,
          .meaning = u"The log file, relative to the folder in which the program is started. Empty: no file; warnings "
-                    u"and errors "
-                    "go to the standard error output."_s,
+                    u"and errors go to the standard error output."_s,
          .example = u"/var/log/kvo/till.log"_s},
         {.key = u"Log:level"_s,
          .kind = Kind::Choice,
