@@ -254,7 +254,7 @@ QString statusText(const QueueStatus &status)
 {
     if (status.waiting + status.blocked == 0)
         return u"Очередь пуста"_s;
-    return u"В очереди: ожидает отправки %1, отклонено %2, самое раннее от %3"_s.arg(
+    return u"В очереди: ожидает отправки %1, остановлено %2, самое раннее от %3"_s.arg(
         QString::number(status.waiting), QString::number(status.blocked), timeText(status.oldest));
 }
 

@@ -81,7 +81,7 @@ void MainWindow::showStatus(const TillView &view)
     m_link->setText(view.link.since.isValid() ? link : tr("Сервис лояльности: обмена ещё не было"));
     setTone(m_link, view.link.isReachable ? u"good"_s : u"warning"_s);
     const auto queue = view.queue.value_or(QueueStatus());
-    const QString counts = tr("Запросы: ждут %1, отклонено %2  Ctrl+L")
+    const QString counts = tr("Запросы: ждут %1, остановлено %2  Ctrl+L")
                                .arg(QString::number(queue.waiting), QString::number(queue.blocked));
     m_queue->setText(view.queue ? counts : tr("Очередь недоступна  Ctrl+L"));
     setTone(m_queue, view.queue && queue.blocked == 0 ? QString() : u"warning"_s);
