@@ -48,6 +48,7 @@ struct ServerProblem
     QStringView text;
 };
 constexpr std::array serverProblems = {
+    ServerProblem{u"08000", u"такие параметры подключения невозможны; проверьте Queue:options и Queue:port"},
     ServerProblem{u"08001", u"нет защищённого соединения с сервером; проверьте sslmode и сертификаты в Queue:options"},
     ServerProblem{u"25006", u"сервер доступен только для чтения"},
     ServerProblem{u"28", u"сервер не принял имя или пароль; проверьте Queue:user и Queue:password"},
@@ -80,6 +81,9 @@ QString stateOf(const QSqlError &error)
         {QRegularExpression(uR"(sslmode|certificate|сертификат|(SSL error|ошибка SSL):|)"
                             uR"(not support SSL|не поддерживает SSL)"_s),
          u"08001"_s},
+        {QRegularExpression(uR"(connection (option|info string)|параметр.* соединения|строке соединения|)"
+                            uR"((invalid|неверн).* (value|port|значение|порт))"_s),
+         u"08000"_s},
     };
     if (error.type() != QSqlError::ConnectionError)
         return error.nativeErrorCode();

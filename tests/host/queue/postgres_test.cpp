@@ -115,6 +115,7 @@ TEST_F(PostgresQueueTest, ProblemsAreToldByTheirCause)
         {"database = nowhere\n", {}, u"нет такой базы данных"_s},
         {"host = " + QFile::encodeName(folder.path()) + "\n", {}, u"недоступен"_s},
         {"options = sslmode=nonsense\n", {}, u"проверьте sslmode"_s},
+        {"options = sslmod=require\n", {}, u"параметры подключения"_s},
         {"user = stranger\n", {}, u"имя или пароль"_s},
         {"user = guest\npassword = wrong\n", {}, u"имя или пароль"_s},
         {"user = guest\npassword = secret\n", {}, u"недостаточно прав"_s},
