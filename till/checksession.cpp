@@ -49,7 +49,6 @@ void CheckSession::open()
     if (!m_queue.knownProblem().isEmpty())
         m_queue.findProblem();
     m_document = QSharedPointer<SaleDocument>::create();
-    m_state = {};
     try {
         save();
     } catch (const BasicException &) {
@@ -75,6 +74,7 @@ void CheckSession::releaseDocument()
     m_system.clearAfterClose();
     m_system.setDocument(nullptr);
     m_document.reset();
+    m_state = {};
 }
 
 void CheckSession::adopt(const QSharedPointer<SaleDocument> &document)

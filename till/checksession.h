@@ -78,7 +78,7 @@ public:
     void changeGoods(int line, std::optional<double> quantity, std::optional<Money> price);
     void removeGoods(int line);
 
-    bool canRestoreGoods() const { return isOpen() && !m_state.undo.isEmpty(); }
+    bool canRestoreGoods() const { return !m_state.undo.isEmpty(); }
 
     /// Takes the last change of a line back; a removed line gets its number and place again.
     void restoreGoods();

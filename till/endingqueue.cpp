@@ -9,11 +9,19 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace till {
 
+namespace {
+
+const QString ownerKey = u"owner"_s;
+const QString eventKey = u"event"_s;
+const QString orderKey = u"key"_s;
+
+} // namespace
+
 void EndingQueue::push(const QString &owner, const QJsonObject &event, const QString &key)
 {
     const auto handOver = [&] {
         const QByteArray json = QJsonDocument(event).toJson(QJsonDocument::Compact);
-        m_holder(QVariantMap{{u"owner"_s, owner}, {u"event"_s, QString::fromUtf8(json)}, {u"key"_s, key}});
+        m_holder(QVariantMap{{ownerKey, owner}, {eventKey, QString::fromUtf8(json)}, {orderKey, key}});
     };
     if (m_holder && m_holding) {
         handOver();
@@ -43,9 +51,9 @@ void EndingQueue::store(const QVariantList &requests)
 {
     for (const QVariant &request : requests) {
         const QVariantMap entry = request.toMap();
-        const QByteArray json = entry.value(u"event"_s).toString().toUtf8();
-        pushNow(entry.value(u"owner"_s).toString(), QJsonDocument::fromJson(json).object(),
-                entry.value(u"key"_s).toString());
+        const QByteArray json = entry.value(eventKey).toString().toUtf8();
+        pushNow(entry.value(ownerKey).toString(), QJsonDocument::fromJson(json).object(),
+                entry.value(orderKey).toString());
     }
 }
 
