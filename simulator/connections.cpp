@@ -7,6 +7,7 @@
 
 #include <charconv>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace sim {
@@ -15,13 +16,13 @@ namespace {
 
 using AddressQuery = int (*)(int, sockaddr *, socklen_t *);
 
-/// The port at one end of a TCP socket over IPv4; -1 for any other descriptor.
-int portOf(int descriptor, AddressQuery query)
+/// The port at one end of a TCP socket over IPv4.
+std::optional<int> portOf(int descriptor, AddressQuery query)
 {
     sockaddr_in address{};
     socklen_t length = sizeof address;
     if (query(descriptor, reinterpret_cast<sockaddr *>(&address), &length) != 0 || address.sin_family != AF_INET)
-        return -1;
+        return std::nullopt;
     return ntohs(address.sin_port);
 }
 
@@ -88,9 +89,8 @@ void Connections::forEach(const std::function<void(int descriptor, int remotePor
         std::from_chars(name.data(), name.data() + name.size(), descriptor);
         if (portOf(descriptor, ::getsockname) != m_localPort)
             continue;
-        const int remotePort = portOf(descriptor, ::getpeername); // fails for the listening socket
-        if (remotePort >= 0)
-            action(descriptor, remotePort);
+        if (const auto remotePort = portOf(descriptor, ::getpeername)) // the listening socket has none
+            action(descriptor, *remotePort);
     }
 }
 

@@ -43,9 +43,7 @@ void importCustomers(Database &database, const std::filesystem::path &file)
 /// Renames a finished file, so that a reader never sees half a number.
 void writePortFile(const std::filesystem::path &file, int port)
 {
-    std::filesystem::path draft = file;
-    draft += ".new";
-    std::filesystem::remove(draft); // its mode may be another
+    const std::filesystem::path draft = file.string() + ".new";
     std::ofstream stream(draft);
     stream << port << '\n';
     stream.close();

@@ -40,7 +40,7 @@ TEST(Texts, HaveTheirEnglish)
     QJsonObject english = QJsonDocument::fromJson(readFile(u":/window/english.json"_s)).object();
     static const QRegularExpression call(uR"re(\b(?:tr|each)\(\s*((?:"(?:[^"\\]|\\.)*"\s*)+))re"_s);
     static const QRegularExpression seam(u"\"\\s*\"|^\"|\"\\s*$"_s);
-    QDirIterator files(QStringLiteral(KVO_WINDOW_SOURCES), {u"*.cpp"_s, u"*.h"_s});
+    QDirIterator files(QStringLiteral(KVO_SOURCES "/till/window"), {u"*.cpp"_s, u"*.h"_s});
     QSet<QString> texts;
     while (files.hasNext()) {
         for (const auto &match : call.globalMatch(QString::fromUtf8(readFile(files.next()))))

@@ -1,6 +1,7 @@
 // The cashier's window, driven with keys against the real plugin and the service's stand-in.
 #include "iowatch.h"
 #include "tests/sale/salefixture.h"
+#include "tests/support/golden.h"
 #include "tests/support/sql.h"
 #include "windowdriver.h"
 
@@ -13,7 +14,10 @@ namespace {
 /// A shop whose till has a window.
 struct WindowTest : SaleTest
 {
-    WindowTest() { writeFile(folder.filePath(u"data/goods.json"_s), readFile(QStringLiteral(KVO_GOODS))); }
+    WindowTest()
+    {
+        writeFile(folder.filePath(u"data/goods.json"_s), readFile(QStringLiteral(KVO_SOURCES "/till/goods.json")));
+    }
 
     static std::string text(const QString &shown) { return shown.toStdString(); }
 
@@ -62,37 +66,23 @@ TEST_P(Tour, SellsByPhoneWithPointsAndCode)
 {
     const QString theme = QString::fromLatin1(GetParam());
     start("[Till]\ntheme = " + QByteArray(GetParam()) + '\n');
-    EXPECT_THAT(text(shop->shown()), HasSubstr(" 0,00 Помощь F1 Карта F2 Телефон F3 Вернуть чек F9 Журнал F11 С"));
     for (const char *entry : {"2*4600000000059", "0,345*сыр", "4600000000042", "1.25*4600000000097", "4600000000301"})
         ASSERT_TRUE(shop->type(QString::fromUtf8(entry)));
     addCustomer();
     picture(u"sale-"_s + theme);
-    EXPECT_THAT(text(shop->shown()), HasSubstr("Убрать карту F2 Рассчитать F4 Списать баллы F5 Изменить F6 Удалить"));
-
     ASSERT_TRUE(shop->press({Qt::Key_F5, Qt::Key_Escape}));
-    EXPECT_THAT(text(shop->shown()), AllOf(HasSubstr("Код отправлен на номер ********4567"), HasSubstr(": 586,44")));
     ASSERT_TRUE(shop->type(u"wrong"_s));
-    EXPECT_THAT(text(shop->shown()), AllOf(HasSubstr("Код неверный"), HasSubstr(", попыток: 2 Проверить код Enter")));
     const QString first = code();
     ASSERT_TRUE(shop->press(Qt::Key_F8));
     ASSERT_TRUE(WindowDriver::waitFor([&] { return code() != first; }));
     picture(u"code-"_s + theme);
     ASSERT_TRUE(shop->type(code()));
-    EXPECT_THAT(text(shop->shown()),
-                HasSubstr("Серебро Карта 7770000000001 Баланс баллов 1 500,00 Можно списать 586,44 Списывается 586,44 "
-                          "Будет начислено 29,07 Баланс после чека 942,63 Сумма 1 672,88 Баллами −586,44 К оплате "
-                          "1 086,44 Помощь F1 Убрать карту F2 Рассчитать F4 Изменить F6 Удалить F7 Вернуть F8 "));
-
     ASSERT_TRUE(shop->press(Qt::Key_F12));
-    EXPECT_THAT(text(shop->page()), HasSubstr("КАССОВЫЙ ЧЕК"));
     picture(u"receipt-"_s + theme);
     ASSERT_TRUE(shop->press({Qt::Key_Return, Qt::Key_F11}));
     picture(u"journal-"_s + theme);
-    EXPECT_THAT(text(shop->shown()), HasSubstr("Чеков: 1, оплачено 1 086,44, баллами 586,44 Показать чек Enter Назад"));
-    EXPECT_THAT(text(shop->rows().value(0).simplified()), HasSubstr("|закрыт|1 086,44|586,44|29,07|Иванова Мария"));
     shop->hit(Qt::Key_Backtab); // to the search
     ASSERT_TRUE(shop->type(u"Сидоров"_s));
-    EXPECT_EQ(text(shop->page() + shop->rows().join(u' ')), "") << "nothing to show";
     shop->hit(Qt::Key_A, Qt::ControlModifier);
     ASSERT_TRUE(shop->type(u"петров"_s));
     const QString receipt = shop->page();
@@ -108,6 +98,7 @@ TEST_P(Tour, SellsByPhoneWithPointsAndCode)
     EXPECT_EQ(QString::fromUtf8(readFile(saved.filePath())), receipt);
     EXPECT_GT(iowatch::calls().ofMainThread.count("open64"), 0) << "which is noticed";
     EXPECT_FALSE(saved.permission(QFile::ReadGroup) || saved.permission(QFile::ReadOther));
+    expectText(shop->story(), u"window/tour.txt"_s);
     shop.reset();
     drain();
     expectEqualBooks(1);
@@ -189,14 +180,12 @@ TEST_F(WindowTest, AsksWhenTheServiceIsDownAtClosing)
     addCustomer();
     stopService();
     ASSERT_TRUE(shop->press(Qt::Key_F12) && shop->isAsked());
-    EXPECT_THAT(text(shop->shown()), HasSubstr("Повторить или удалить карту из чека? Причина: Нет связи с сервисом"));
     picture(u"question-light"_s);
     ASSERT_TRUE(shop->press(Qt::Key_F5));                     // retry
     ASSERT_TRUE(shop->isAsked() && shop->press(Qt::Key_F10)); // remove
-    EXPECT_THAT(text(shop->page()), HasSubstr("КАССОВЫЙ ЧЕК"));
-    EXPECT_FALSE(shop->till.view().link.isReachable);
     ASSERT_TRUE(shop->press(Qt::Key_Return));
     picture(u"offline-light"_s);
+    expectText(shop->story(), u"window/offline.txt"_s);
     startService();
 }
 
@@ -205,18 +194,13 @@ TEST_F(WindowTest, ParksACheckTakesItBackAndVoidsIt)
     start("[Queue]\ndatabase = /dev/null/none\n");
     ASSERT_TRUE(shop->type(u"4600000000059"_s));
     ASSERT_TRUE(shop->press({Qt::Key_F9, Qt::Key_F9}));
-    EXPECT_FALSE(shop->till.view().isOpen);
     ASSERT_TRUE(shop->type(u"4600000000011"_s)); // another customer meanwhile, scanned over the list
     ASSERT_TRUE(shop->press({Qt::Key_F12, Qt::Key_Return, Qt::Key_F9, Qt::Key_Return}));
-    EXPECT_EQ(text(shop->till.view().check.lines.value(0).name), "Кофе молотый 250 г");
-    for (const Qt::Key no : {Qt::Key_F10, Qt::Key_Return, Qt::Key_Escape}) {
+    for (const Qt::Key no : {Qt::Key_F10, Qt::Key_Return, Qt::Key_Escape})
         ASSERT_TRUE(shop->press({Qt::Key_F10, no}));
-        EXPECT_TRUE(shop->till.view().isOpen);
-    }
     ASSERT_TRUE(shop->press(Qt::Key_F10) && shop->type(u"4600000000042"_s)); // no answer
     ASSERT_TRUE(shop->press(Qt::Key_F5));
-    EXPECT_THAT(text(shop->page()), HasSubstr("АННУЛИРОВАН"));
-    EXPECT_FALSE(shop->till.view().queue) << "which nothing of this needs";
+    expectText(shop->story(), u"window/parked.txt"_s);
 }
 
 TEST_F(WindowTest, LivesAndTakesGoodsWhileAnExchangeHangs)
@@ -242,8 +226,7 @@ TEST_F(WindowTest, LivesAndTakesGoodsWhileAnExchangeHangs)
     ASSERT_TRUE(shop->type(u"4600000000042"_s) && shop->press({Qt::Key_Up, Qt::Key_Up, Qt::Key_Up, Qt::Key_F6}));
     ASSERT_TRUE(shop->type(u"1,5"_s) && shop->press(Qt::Key_F6) && shop->type(u"=40,50"_s));
     ASSERT_TRUE(shop->press({Qt::Key_Down, Qt::Key_F7, Qt::Key_F7, Qt::Key_F8}));
-    EXPECT_THAT(text(shop->rows().join(u' ')), AllOf(HasSubstr("90 г|1,5|40,50||60,75| 3|"),
-                                                     HasSubstr("|1|91,00||91,00| 4|"), HasSubstr("|без баллов|")));
+    expectText(shop->story(), u"window/lines.txt"_s);
 }
 
 TEST_F(WindowTest, GoesOnAfterAKillAndLetsNobodyElseIn)

@@ -18,7 +18,7 @@ public:
         window.show();
         window.activateWindow(); // keys of buttons belong to the active window
         till.start(configFile);
-        ready = waitFor([this] { return till.isIdle() || !till.view().fault.isEmpty(); });
+        ready = settles(u"start"_s);
     }
 
     static bool waitFor(const std::function<bool()> &condition) { return QTest::qWaitFor(condition, 30'000); }
@@ -36,20 +36,37 @@ public:
         hit(Qt::Key_Return);
     }
 
-    /// Waits until the till is idle or asks.
-    bool settles()
+    /// Waits until the till is idle or asks or cannot work, and tells what `step` has changed.
+    bool settles(const QString &step)
     {
         QCoreApplication::processEvents();
-        return waitFor([this] { return till.isIdle() || isAsked(); });
+        const bool isSettled = waitFor([this] { return till.isIdle() || isAsked() || !till.view().fault.isEmpty(); });
+        QStringList gone = std::exchange(m_parts, parts());
+        QStringList added = m_parts;
+        for (const QString &part : std::as_const(m_parts))
+            if (gone.removeOne(part))
+                added.removeOne(part);
+        m_story += step + u'\n';
+        if (!gone.isEmpty())
+            m_story += u" - "_s + gone.join(u" · "_s) + u'\n';
+        if (!added.isEmpty())
+            m_story += u" + "_s + added.join(u" · "_s) + u'\n';
+        return isSettled;
     }
 
+    /// Each step, and what it has changed of what can be seen. In "()" stands what cannot be used.
+    QString story() const { return m_story; }
+
     /// Pressing, or typing, and waiting.
-    bool press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) { return hit(key, modifiers), settles(); }
+    bool press(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
+    {
+        return hit(key, modifiers), settles(QKeySequence(modifiers | key).toString());
+    }
     bool press(const QList<Qt::Key> &keys)
     {
         return std::ranges::all_of(keys, [this](auto key) { return press(key); });
     }
-    bool type(const QString &text) { return scan(text), settles(); }
+    bool type(const QString &text) { return scan(text), settles(u'"' + text + u'"'); }
 
     /// The text of a page over the sale; empty when there is none.
     QString page() const
@@ -88,4 +105,27 @@ public:
 
 private:
     QWidget *focus() { return window.focusWidget() ? window.focusWidget() : &window; }
+
+    /// All that can be seen, with its tone; "~" for times, identifiers, and how far the drain has come.
+    QStringList parts() const
+    {
+        static const QRegularExpression changing(
+            uR"((\d\d\.\d\d(\.\d{4})? )?\d+:\d\d(:\d\d)?|[0-9a-f]{8}-[0-9a-f-]{27}|ждут \d+|/tmp/\S*)"_s);
+        QStringList parts;
+        for (const auto *part : window.findChildren<QWidget *>()) {
+            const QString text = part->property("text").toString().remove(QChar(0x200B)).replace(u'\n', u'/');
+            if (part->isVisible() && !text.isEmpty())
+                parts.append((part->isEnabled() ? text : u'(' + text + u')') + u' ' +
+                             part->property("tone").toString());
+        }
+        parts += rows();
+        if (!page().isEmpty())
+            parts.append(page().section(u"\n---"_s, 0, 3)); // Then follows what waits in the queue.
+        for (QString &part : parts)
+            part = part.replace(changing, u"~"_s).simplified();
+        return parts;
+    }
+
+    QStringList m_parts;
+    QString m_story;
 };

@@ -79,7 +79,7 @@ void MainWindow::showStatus(const TillView &view)
     const QString lost = tr("Нет связи с сервисом лояльности с %1").arg(view.link.since.toString(u"HH:mm:ss"_s));
     const QString link = view.link.isReachable ? tr("Сервис лояльности на связи") : lost;
     m_link->setText(view.link.since.isValid() ? link : tr("Сервис лояльности: обмена ещё не было"));
-    setTone(m_link, view.link.isReachable ? u"good"_s : u"warning"_s);
+    setTone(m_link, !view.link.since.isValid() ? QString() : view.link.isReachable ? u"good"_s : u"warning"_s);
     const auto queue = view.queue.value_or(QueueStatus());
     const QString counts = tr("Запросы: ждут %1, остановлено %2  Ctrl+L")
                                .arg(QString::number(queue.waiting), QString::number(queue.blocked));
