@@ -9,7 +9,7 @@ namespace kvo {
 
 struct Response
 {
-    explicit Response(const QJsonObject &answerResult) : result(answerResult) {}
+    Response(const QJsonObject &answerResult) : result(answerResult) {}
 
     QJsonObject result; ///< The member "result" of the answer.
     QString basket;     ///< The identifier of the order that was sent; empty if the operation does not set it.

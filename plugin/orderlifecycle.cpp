@@ -31,7 +31,7 @@ bool Plugin::request(const QSharedPointer<AbstractDocument> &document)
     const auto card = getCard();
     orderCreated = false;
     if (card)
-        storePluginData(); // No later save may keep the result that this pricing replaces.
+        storePluginData(); // A later save must not keep an order as created: this pricing may fail.
     if (!hasCheckAndCard(document, card))
         return true;
     const QString operationId = card->getOperationId();

@@ -75,6 +75,7 @@ void CheckSession::releaseDocument()
     m_system.setDocument(nullptr);
     m_document.reset();
     m_state = {};
+    m_isStale = false;
 }
 
 void CheckSession::adopt(const QSharedPointer<SaleDocument> &document)
@@ -89,11 +90,18 @@ void CheckSession::adopt(const QSharedPointer<SaleDocument> &document)
         notify(EventCode::PositionChanged);
 }
 
+void CheckSession::reread()
+{
+    m_isStale = true;
+    if (const auto saved = m_store->restore())
+        adopt(saved);
+    m_isStale = false;
+}
+
 void CheckSession::revert()
 {
     try {
-        if (const auto saved = m_store->restore())
-            adopt(saved);
+        reread();
     } catch (const BasicException &) {
         // The disk that refused the change cannot be read either: the caller reports why.
     }
@@ -105,20 +113,30 @@ void CheckSession::notify(EventCode code) const
     Singleton<ActivityNotifier>::instance()->notify(Event(code, {{u"document"_s, QVariant::fromValue(document)}}));
 }
 
-void CheckSession::save() const
+void CheckSession::save()
 {
-    m_state.writeTo(*m_document);
-    MockFactory<SaveToFileLogic>::create()->save(m_document, QString(), 0.0);
-    reportNotices();
+    try {
+        m_state.writeTo(*m_document);
+        MockFactory<SaveToFileLogic>::create()->save(m_document, QString(), 0.0);
+    } catch (const BasicException &) {
+        revert();
+        throw;
+    }
+    showNotices();
 }
 
-void CheckSession::reportNotices() const
+void CheckSession::reportNotices()
+{
+    if (showNotices() && isOpen())
+        save();
+}
+
+bool CheckSession::showNotices() const
 {
     const QStringList notices = m_store->takeNotices();
     for (const QString &notice : notices)
         Singleton<CashierUi>::instance()->show(tr::Tr(notice));
-    if (isOpen() && !notices.isEmpty())
-        save();
+    return !notices.isEmpty();
 }
 
 QSharedPointer<DocumentCardRecord> CheckSession::card() const
@@ -136,22 +154,24 @@ bool CheckSession::isPaidWithPoints() const
     return card() && !m_document->getDiscountSum().isZero();
 }
 
-void CheckSession::requireOpen() const
+void CheckSession::requireOpen()
 {
     if (!isOpen())
         throw BasicException(u"Нет открытого чека"_s);
+    if (m_isStale)
+        reread();
     if (m_state.ending != TillState::Ending::None)
         throw BasicException(u"Чек уже закрывается, изменить его нельзя"_s);
 }
 
-void CheckSession::requireCard() const
+void CheckSession::requireCard()
 {
     requireOpen();
     if (!card())
         throw BasicException(u"На чеке нет карты"_s);
 }
 
-QSharedPointer<GoodsItem> CheckSession::requireLine(int line) const
+QSharedPointer<GoodsItem> CheckSession::requireLine(int line)
 {
     requireOpen();
     return m_document->requireGoodsItem(line);

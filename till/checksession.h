@@ -104,21 +104,27 @@ public:
     CheckResult voidCheck();
 
     /// Tells the cashier what the store has put aside, and saves an open check anew that may have been in it.
-    void reportNotices() const;
+    void reportNotices();
 
 private:
     QSharedPointer<DocumentCardRecord> card() const;
     bool isPriced() const;
     bool isPaidWithPoints() const;
-    void requireOpen() const;
-    void requireCard() const;
-    void save() const;
+    void requireOpen();
+    void requireCard();
+    bool isEnding(TillState::Ending ending);
+    /// Where saving fails, the check goes back to what the disk has.
+    void save();
+    /// Whether there were any.
+    bool showNotices() const;
     void notify(EventCode code) const;
 
     /// Continues with a check from the disk.
     void adopt(const QSharedPointer<SaleDocument> &document);
 
     /// Goes back to the check as it was last saved.
+    void reread();
+    /// The same where an operation has failed: it has to be reported, whatever comes of this.
     void revert();
 
     /// What every change of a line has in common: `change` is applied between taking off the points that were spent,
@@ -133,7 +139,7 @@ private:
     void takeCardOff();
 
     /// The line with this number; throws BasicException when there is none.
-    QSharedPointer<GoodsItem> requireLine(int line) const;
+    QSharedPointer<GoodsItem> requireLine(int line);
 
     /// Raises an event upon which the loyalty system may create an order. While it does, the order counts as uncertain;
     /// the caller decides what it is afterwards, and saves.
@@ -173,6 +179,7 @@ private:
     QSharedPointer<CheckStore> m_store = Singleton<CheckStore>::instance();
     QSharedPointer<SaleDocument> m_document;
     TillState m_state;
+    bool m_isStale = false; ///< The check could not be read again after a failed save.
     /// The check whose requests went onto the queue last: where the journal fails after that, they stay there once.
     QString m_queued;
 };

@@ -49,18 +49,18 @@ void CheckSession::addCard(ECardNumberType type, const QString &text)
 void CheckSession::removeCard()
 {
     requireCard();
+    m_document->removeImpactsOf(card());
+    if (isPriced())
+        m_state.order = TillState::Order::Uncertain;
+    save();
     try {
-        m_document->removeImpactsOf(card());
-        if (isPriced())
-            m_state.order = TillState::Order::Uncertain;
-        save();
         MockFactory<CardAddLogic>::create()->removeCard(m_document, card());
-        m_state.order = TillState::Order::InStep;
-        save();
     } catch (const BasicException &) {
         revert();
         throw;
     }
+    m_state.order = TillState::Order::InStep;
+    save();
 }
 
 QString CheckSession::findCardNumber(ECardNumberType type, const QString &text)

@@ -18,7 +18,7 @@ namespace till {
 
 CheckResult CheckSession::close()
 {
-    if (isOpen() && m_state.ending == TillState::Ending::Closing)
+    if (isEnding(TillState::Ending::Closing))
         return completeEnding();
     requireOpen();
     if (m_document->getGoodsItems().isEmpty()) {
@@ -38,13 +38,20 @@ CheckResult CheckSession::close()
 
 CheckResult CheckSession::voidCheck()
 {
-    if (isOpen() && m_state.ending == TillState::Ending::Voiding)
+    if (isEnding(TillState::Ending::Voiding))
         return completeEnding();
     requireOpen();
     if (card())
         m_document->removeImpactsOf(card());
     beginEnding(TillState::Ending::Voiding);
     return completeEnding();
+}
+
+bool CheckSession::isEnding(TillState::Ending ending)
+{
+    if (m_isStale)
+        reread();
+    return isOpen() && m_state.ending == ending;
 }
 
 void CheckSession::beginEnding(TillState::Ending ending)

@@ -69,13 +69,13 @@ void CheckSession::changeLines(EventCode code, const std::function<void()> &chan
         if (hadPoints)
             m_document->removeImpactsOf(card());
         change();
-        if (isPriced())
-            m_state.order = drop || restored ? Order::Uncertain : Order::Changed;
-        save();
     } catch (const BasicException &) {
         revert();
         throw;
     }
+    if (isPriced())
+        m_state.order = drop || restored ? Order::Uncertain : Order::Changed;
+    save();
     if (drop)
         dropLoyaltyResult();
     else if (isPriced() && restored)

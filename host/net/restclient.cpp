@@ -109,6 +109,12 @@ bool isServices(const QJsonDocument &json)
             answer.value("data"_L1).isObject() || answer.value("error"_L1).toObject().contains("errorCode"_L1));
 }
 
+// Whether the service itself says what is wrong.
+bool namesError(const QJsonDocument &json)
+{
+    return json.object().value("error"_L1).toObject().value("errorCode"_L1).toInt() > 0;
+}
+
 // Fails the exchange if the answer is not the service's own.
 void judge(TransferResult &result, const Answer &answer)
 {
@@ -116,7 +122,7 @@ void judge(TransferResult &result, const Answer &answer)
         result.error = error;
         result.reason = reason;
     };
-    if (const Gateway *gateway = gatewayOf(result.status))
+    if (const Gateway *gateway = gatewayOf(result.status); gateway && !namesError(answer.json))
         fail(gateway->error, u"ответ не от сервиса или не о запросе"_s);
     else if (isRedirect(result.status))
         fail(QNetworkReply::ProtocolFailure, u"перенаправление"_s);

@@ -13,7 +13,8 @@ class Logger;
 }
 
 /// Blocks its thread during the exchange; no event loop runs. All RestClient objects of a thread share its kept-alive
-/// connections. Each call sends its request at most once, even if a kept connection turns out to be dead.
+/// connections. Each call sends its request at most once, even if a kept connection turns out to be dead; only a GET
+/// may be repeated then.
 class POSHOST_EXPORT RestClient
 {
 public:

@@ -26,6 +26,7 @@ struct Exchange
     qsizetype maxBodySize = 0;
     qsizetype headerSize = 0;
     bool headersEnded = false;
+    bool mayRepeat = false;
     int requests = 0;
 };
 
@@ -50,10 +51,11 @@ std::size_t receiveHeader(char *data, std::size_t, std::size_t count, void *user
 }
 
 // libcurl repeats a request if a kept connection dies before the first byte of the answer. The service may have
-// received the first one, so the second must not be sent.
+// received the first one, so the second must not be sent unless it only asks.
 int beforeRequest(void *user, char *, char *, int, int)
 {
-    return ++static_cast<Exchange *>(user)->requests == 1 ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+    auto *exchange = static_cast<Exchange *>(user);
+    return exchange->requests++ == 0 || exchange->mayRepeat ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 }
 
 // A thread's handle, and its last headers in libcurl's form: most exchanges have the same ones.
@@ -173,7 +175,7 @@ TransferResult transfer(const TransferRequest &request, qsizetype maxBodySize)
     if (!headers)
         return {.error = QNetworkReply::UnknownNetworkError, .reason = u"libcurl не запускается"_s};
 
-    Exchange exchange{.maxBodySize = maxBodySize};
+    Exchange exchange{.maxBodySize = maxBodySize, .mayRepeat = request.method == "GET"};
     std::array<char, CURL_ERROR_SIZE> errorText{};
     const auto forget = qScopeGuard([handle] { forgetExchange(handle); });
     CurlSettings settings(handle);

@@ -26,7 +26,7 @@ struct TransferResult
     QByteArray body{};
 };
 
-/// Sends `request` at most once and waits for the whole answer, no longer than its time-out. A body of more than
-/// `maxBodySize` bytes, or headers and trailers of more than 64 KiB, fail with UnknownContentError. Network failures
-/// never throw.
+/// Sends `request` at most once, or a GET again if a kept connection was dead, and waits for the whole answer, no
+/// longer than its time-out. A body of more than `maxBodySize` bytes, or headers and trailers of more than 64 KiB, fail
+/// with UnknownContentError. Network failures never throw.
 TransferResult transfer(const TransferRequest &request, qsizetype maxBodySize);

@@ -196,6 +196,8 @@ TEST_F(Session, LeavesTheCheckAsItWasWhenAnOperationIsRefused)
         {"a quantity of zero", [this] { session->changeGoods(1, 0, {}); }},
         {"no such line", [this] { session->removeGoods(7); }},
         {"a disk that is full", [this] { session->addGoods(builder::line(100)); }},
+        {"closing on a disk that is full", [this] { session->close(); }},
+        {"voiding on a disk that is full", [this] { session->voidCheck(); }},
         {"a card on a disk that is full", [this] { session->removeCard(); }},
         {"another check", [this] { session->take(u"1"_s); }},
         {"a new check", [this] { session->open(); }},

@@ -143,11 +143,14 @@ void CheckDesk::abandon()
 
 std::optional<Answer> CheckDesk::waitForAnswer(Question question, std::optional<std::chrono::milliseconds> timeLeft)
 {
-    std::unique_lock lock(m_mutex);
-    question.number = ++m_question;
-    m_answer.reset();
+    {
+        const std::scoped_lock lock(m_mutex);
+        question.number = ++m_question;
+        m_answer.reset();
+    }
     m_view.question = question;
     refresh();
+    std::unique_lock lock(m_mutex);
     const auto isAnswered = [this] { return m_isAbandoned || m_answer; };
     if (timeLeft)
         m_answered.wait_for(lock, *timeLeft, isAnswered);
@@ -156,10 +159,12 @@ std::optional<Answer> CheckDesk::waitForAnswer(Question question, std::optional<
     if (m_isAbandoned)
         throw std::runtime_error("the window is closed");
     ++m_question; // From here on an answer comes too late.
+    const std::optional<Answer> answer = m_answer;
+    lock.unlock();
     m_view.question.reset();
     m_view.waitingSince = QDateTime::currentDateTime();
     Q_EMIT changed(m_view);
-    return m_answer;
+    return answer;
 }
 
 bool CheckDesk::confirms(const QString &text, const QString &first)
