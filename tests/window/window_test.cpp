@@ -3,6 +3,7 @@
 #include "tests/sale/salefixture.h"
 #include "tests/support/golden.h"
 #include "tests/support/sql.h"
+#include "tsan.h"
 #include "windowdriver.h"
 
 #include <QtGui/QClipboard>
@@ -257,7 +258,7 @@ int main(int argc, char *argv[])
     testing::InitGoogleMock(&argc, argv);
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
+    const WatchedApplication application(argc, argv);
     QLocale::setDefault(QLocale::Russian);
     return RUN_ALL_TESTS();
 }
