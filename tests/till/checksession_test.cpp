@@ -234,6 +234,10 @@ TEST_F(Session, SellsToNobodyWhoHasNoNumberOrAccount)
         EXPECT_EQ(session->result().card, QString());
         start();
         EXPECT_EQ(session->result().card, QString());
+        disk->killAfter = disk->count + 1; // Of the loyalty system if it has found a card.
+        EXPECT_THROW(session->addCard(ECardNumberType::Manual, u"777"_s), Killed);
+        start();
+        EXPECT_EQ(session->result().card, QString());
         session->voidCheck();
     }
 }
@@ -282,7 +286,7 @@ TEST(Loyalty, HasAStandInThatAcceptsNoCard)
     EXPECT_TRUE(loyalty.system().getLastErrorString().ru().contains(u"/nowhere"_s));
 }
 
-TEST(TillState, KeepsItsFormOnTheDisk)
+TEST(TillState, KeepsItsFormOnTheDiskAndKnowsDamage)
 {
     using Ending = till::TillState::Ending;
     using Order = till::TillState::Order;
@@ -296,6 +300,12 @@ TEST(TillState, KeepsItsFormOnTheDisk)
         EXPECT_EQ(QJsonDocument::fromVariant(check.getPluginData(u"till"_s)).toJson(QJsonDocument::Compact),
                   R"({"basket":"b",)" + QByteArray(form) + R"(,"requests":["r"],"undo":{"line":2}})");
     }
+    for (const char *field : {"ending", "order"})
+        for (const int value : {-1, 4}) {
+            SaleDocument check;
+            check.setPluginData(u"till"_s, {{QString::fromLatin1(field), value}});
+            EXPECT_TRUE(refusalOf([&] { till::TillState::readFrom(check); }).contains(QLatin1StringView(field)));
+        }
 }
 
 TEST_F(Session, QueuesTheCancellationOfARemovedCardAtOnceOrKeepsItOnTheCheck)

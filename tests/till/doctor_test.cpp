@@ -1,6 +1,7 @@
 // Each fault that the doctor can name is made for real: the line that it prints, with the remedy.
 #include "tests/support/checkbuilder.h"
 #include "tests/support/file.h"
+#include "tests/support/golden.h"
 #include "tests/support/service.h"
 #include "tests/support/sql.h"
 #include "tests/support/test.h"
@@ -101,45 +102,22 @@ TEST_F(DoctorTest, NamesEachFaultAndItsRemedy)
     write("stranger/libKvo.so", readFile(QStringLiteral(KVO_STRANGER)));
     write("incomplete/libKvo.so", readFile(QStringLiteral(KVO_STRANGER)).replace("libQt6Core.so.6", "libQt6None.so.6"));
     write("driver/libKvo.so", readFile(QLibraryInfo::path(QLibraryInfo::PluginsPath) + u"/sqldrivers/libqsqlite.so"_s));
-    const QByteArray pluginFolder = "[Till]\npluginFolder = ";
+    const QString sound = report({});
+    expectLine(sound, u"warning  goods: *data/goods.json does not exist*Till:goods"_s);
+    expectCases(u"till/doctor.txt"_s, [&](QByteArray ini) {
+        QStringList faults = report(ini.replace("@", path(""))).split(u'\n');
+        faults.removeIf([&](const QString &line) { return line.startsWith(u"ok") || sound.contains(line); });
+        return faults.join(u'\n');
+    });
     const struct
     {
         const char *line;
         QByteArray ini = {};
         Handler handler = {};
     } cases[] = {
-        {"failure  configuration file: * is not a configuration. *name = value", "dataFolder"},
-        {"warning  access to it: every user of this machine*chmod o-r", "password = p"},
         {"ok       keys: all are known", "timeout = x"},
-        {"warning  keys: line 6 sets Kvo:brand again, after line 4. Remove", "brand = B"},
-        {"failure  keys: line 6, Kvo:hots: unknown key, did you mean Kvo:host?. Correct", "hots = x"},
-        {"failure  keys: line 7, kvo:host: unknown section, did you mean Kvo?. Correct", "[kvo]\nhost = x"},
-        {"failure  values: line 6, Kvo:verificationLimit: use a point: 0.5. Correct", "verificationLimit = 0,5"},
-        {"failure  values: line 6, Kvo:timeout: \"x\" is not a number 1 ... 600000. Correct", "timeout = x"},
-        {"failure  values: line 6, Kvo:timeout: 0 is not in the range 1 ... 600000. Correct", "timeout = 0"},
-        {"failure  values: line 7, Queue:driver: \"X\" is none of QSQLITE, QPSQL. Correct", "[Queue]\ndriver = X"},
-        {"failure  values: line 6, Kvo:host: not of the form http[s]://HOST[:PORT]. Correct", "host = x"},
-        {"failure  values: line 6, Kvo:verificationMessage: %1 is missing*Correct", "verificationMessage = x"},
-        {"failure  log: * does not exist*Log:file", "[Log]\nfile = " + path("file/x/log")},
-        {"failure  log: * is a folder*Log:file", "[Log]\nfile = " + m_folder.path().toUtf8()},
-        {"warning  goods: *data/goods.json does not exist*Till:goods"},
-        {"failure  goods: * is not a catalogue*Till:goods", "[Till]\ngoods = ../file"},
         {"ok       goods: *goods.json has 30 articles\n", "[Till]\ngoods = " KVO_GOODS},
-        {"failure  plugin: *can be used in */none\". Install*Till:pluginFolder", pluginFolder + path("none")},
-        {"failure  plugin: *can be used in */driver\". Install*Till:pluginFolder", pluginFolder + path("driver")},
-        {"failure  plugin: * has no loyalty system*same version", pluginFolder + path("stranger")},
-        {"failure  plugin: * cannot be loaded: *libQt6None.so.6*ldd", pluginFolder + path("incomplete")},
-        {"failure  data folder: *cannot be made*Host:dataFolder", "[Host]\ndataFolder = " + path("file/x")},
-        {"warning  data folder: *does not exist yet*Host:dataFolder", "[Host]\ndataFolder = " + path("none/x")},
-        {"failure  data folder: no file can be written*Host:dataFolder", "[Host]\ndataFolder = /proc"},
-        {"warning  data folder: *open to other users*chmod 0700", "[Host]\ndataFolder = " + path("driver")},
-        {"failure  queue: the queue cannot be used*[Queue]", "[Queue]\ndriver = X"},
         {"ok       queue: *does not exist yet*", "[Queue]\ndriver = qsqlite"},
-        {"failure  queue: *file cannot be used*docs/queue.md*requests\n", "[Queue]\ndatabase = " + path("file")},
-        {"failure  service address: Kvo:host is not an address*https://", "host = x"},
-        {"failure  service address: no address with this Kvo:path*/", "path = api"},
-        {"warning  encryption: plain http to no-such.invalid*https", "host = http://no-such.invalid"},
-        {"failure  service name: *no-such.invalid*DNS", "host = http://no-such.invalid"},
         {"failure  connection: *(Connection refused)*firewall", "host = http://" + Service({}).address()},
         {"failure  answer: status 200 with a web page*portal", {}, page(200, "Welcome", "text/html")},
         {"failure  answer: status 200 without the service's JSON*Kvo:path", {}, page(200, "Welcome", "text/plain")},
@@ -150,17 +128,14 @@ TEST_F(DoctorTest, NamesEachFaultAndItsRemedy)
         {"failure  answer: *timed out*Kvo:timeout", "timeout = 500", slow(1)},
         {"failure  login: the service refuses user \"me\" (status 401)*Kvo:password", "user = me", page(401, "{}")},
         {"ok       loyalty API: *\"no such card\""},
-        {"failure  loyalty API: the service does not know the address*Kvo:path", "path = /elsewhere"},
         {"failure  loyalty API: *\"brand unknown\"*Kvo:brand", {}, page(400, R"({"message":"brand unknown"})")},
         {"warning  loyalty API: * refused (status 200, \"no\")*Kvo:brand",
          {},
          page(200, R"({"success":false,"message":"no"})")},
         {"failure  loyalty API: the service fails*run the service", {}, page(500, R"({"a":1})")},
-        {"warning  loyalty API: *no brand*Kvo:brand", "brand ="},
         {"failure  message API: *timed out*Kvo:verificationPath", "timeout = 500", slow(3)},
         {"failure  message API: status 200 in place*Kvo:verificationPath", {}, page(200, "<", "text/plain", "send")},
         {"failure  message API: *refuses the user*Kvo:user", {}, page(403, "{}", "application/json", "send")},
-        {"warning  message API: *may be no message API*--sms", "verificationPath = /elsewhere"},
         {"warning  clock: *ahead of the service*Set the clock", {}, header("Date", "Sun, 06 Nov 1994 08:49:37 GMT")},
         {"warning  clock: *behind the service*Set the clock", {}, header("Date", "Sun, 06 Nov 2061 08:49:37 GMT")},
         {"failure  round trips: exchange 2 of 10 failed*bad line", "timeout = 500", slow(6)},
