@@ -148,7 +148,7 @@ private:
     /// Drops an uncertain order.
     void settleOrder();
 
-    /// To be said when points came off that the customer had confirmed.
+    /// Tells the cashier that points have come off that the customer had confirmed.
     void reportPointsReturned() const;
 
     /// Takes the points off the check, cancels the order and prices the check anew.

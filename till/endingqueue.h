@@ -37,7 +37,7 @@ public:
     /// What problem() says now; kept for knownProblem().
     const QString &findProblem();
 
-    /// Why requests could not be stored when that was last found out; empty while they can be. Asks nobody.
+    /// The last known reason why requests cannot be stored; empty if there is none. Does not access the queue.
     const QString &knownProblem() const { return m_problem; }
 
 private:

@@ -12,7 +12,8 @@ class QuestionPanel : public QFrame
 public:
     QuestionPanel();
 
-    /// Shows a question and takes the focus. While it can be seen, nothing changes: it goes before the next one comes.
+    /// Shows a question and takes the focus. Does nothing while a question is visible: that one is hidden before the
+    /// next.
     void show(const Question &question);
 
     /// Counts the time down.
