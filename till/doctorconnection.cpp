@@ -6,6 +6,7 @@
 #include <core/config.h>
 #include <core/plaintext.h>
 #include <core/singleton.h>
+#include <net/httpaddress.h>
 
 #include <QtNetwork/QHostAddress>
 
@@ -27,9 +28,7 @@ Finding address(ServiceAccess &service)
 {
     service.queries = loyaltyQueries();
     const QString configured = Singleton<Config>::instance()->getString(u"Kvo:host"_s, u"http://localhost"_s);
-    const QUrl url(configured, QUrl::TolerantMode);
-    const bool web = url.scheme() == "http"_L1 || url.scheme() == "https"_L1;
-    if (!url.isValid() || !web || url.host().isEmpty())
+    if (!isHttpAddress(QUrl(configured, QUrl::TolerantMode)))
         return {Verdict::Failure, u"Kvo:host is not an address"_s,
                 u"Write it like https://loyalty.example.com or http://10.0.0.5:8080"_s};
     if (!service.queries.customer.isValid())

@@ -1,7 +1,7 @@
 // Finds unknown entries and values that nobody can use.
 #include "settingfault.h"
 
-#include <QtCore/QUrl>
+#include <net/httpaddress.h>
 
 #include <algorithm>
 #include <cmath>
@@ -83,13 +83,6 @@ std::optional<Kind> numberFault(const Setting &setting, const QString &value, QS
     return Kind::DecimalComma;
 }
 
-bool isAddress(const QString &value)
-{
-    const QUrl url(value, QUrl::TolerantMode);
-    const bool web = url.scheme() == "http"_L1 || url.scheme() == "https"_L1;
-    return url.isValid() && web && !url.host().isEmpty() && url.port(80) > 0;
-}
-
 std::optional<Kind> valueFault(const Setting &setting, const QString &value, QString &expected)
 {
     expected = setting.range();
@@ -99,7 +92,7 @@ std::optional<Kind> valueFault(const Setting &setting, const QString &value, QSt
     case Setting::Kind::Choice:
         return setting.choices.contains(value, Qt::CaseInsensitive) ? std::nullopt : std::optional(Kind::NotAChoice);
     case Setting::Kind::Address:
-        return isAddress(value) ? std::nullopt : std::optional(Kind::WrongForm);
+        return isHttpAddress(QUrl(value, QUrl::TolerantMode)) ? std::nullopt : std::optional(Kind::WrongForm);
     case Setting::Kind::Path: // With another beginning no URL can be made of host and path.
         return value.startsWith(u'/') ? std::nullopt : std::optional(Kind::WrongForm);
     case Setting::Kind::Whole:

@@ -5,6 +5,7 @@
 
 #include <core/jsontext.h>
 #include <core/singleton.h>
+#include <net/httpaddress.h>
 #include <net/linkstate.h>
 #include <net/restclient.h>
 
@@ -50,8 +51,7 @@ TransferResult faultOf(const TransferRequest &request, const QUrl &url)
 {
     if (request.method.isEmpty())
         return {.error = QNetworkReply::ProtocolInvalidOperationError, .reason = u"нет такой операции HTTP"_s};
-    const bool knownScheme = url.scheme() == "http"_L1 || url.scheme() == "https"_L1;
-    if (!url.isValid() || !knownScheme || url.host().isEmpty())
+    if (!isHttpAddress(url))
         return {.error = QNetworkReply::ProtocolUnknownError,
                 .reason = u"неверный адрес, настройки Kvo:host и Kvo:path"_s};
     for (auto header = request.headers.cbegin(); header != request.headers.cend(); ++header) {
