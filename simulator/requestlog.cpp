@@ -28,16 +28,13 @@ std::uint64_t RequestLog::received(const std::string &method, const std::string 
 {
     const std::scoped_lock lock(m_mutex);
     ++m_counts[method];
-    m_entries.push_back({++m_last,
-                         ++m_change,
-                         std::chrono::system_clock::now(),
-                         std::chrono::steady_clock::now(),
-                         {},
-                         true,
-                         method,
-                         target,
-                         body,
-                         {}});
+    m_entries.push_back({.number = ++m_last,
+                         .change = ++m_change,
+                         .at = std::chrono::system_clock::now(),
+                         .begin = std::chrono::steady_clock::now(),
+                         .method = method,
+                         .target = target,
+                         .body = body});
     m_bytes += m_entries.back().bytes();
     dropOldest();
     m_feed.touch();

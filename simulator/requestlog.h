@@ -49,16 +49,16 @@ public:
 private:
     struct Entry
     {
-        std::uint64_t number;
-        std::uint64_t change;
+        std::uint64_t number{};
+        std::uint64_t change{};
         std::chrono::system_clock::time_point at;
         std::chrono::steady_clock::time_point begin;
-        std::chrono::steady_clock::duration duration;
-        bool isRunning;
+        std::chrono::steady_clock::duration duration{};
+        bool isRunning = true;
         std::string method;
         std::string target;
         std::string body;
-        Outcome outcome;
+        Outcome outcome{};
 
         std::size_t bytes() const { return target.size() + body.size() + outcome.answer.size(); }
     };

@@ -32,14 +32,14 @@ constexpr qsizetype longestError = 2000; // characters of a line
 /// Waits for the drain, showing how far it is where somebody watches.
 bool waitWithProgress(QueueDrain &drain, std::chrono::seconds time)
 {
-    constexpr std::chrono::milliseconds timeBetweenPictures{200};
+    constexpr std::chrono::milliseconds refreshInterval{200};
     const QDeadlineTimer deadline(time);
     const auto status = queueStatus();
     const int total = status ? status->waiting : 0;
     bool delivered = false;
     do {
         delivered =
-            drain.waitUntilDrained(std::min(timeBetweenPictures, std::chrono::milliseconds(deadline.remainingTime())));
+            drain.waitUntilDrained(std::min(refreshInterval, std::chrono::milliseconds(deadline.remainingTime())));
         if (const auto now = queueStatus())
             std::fprintf(stderr, "\r%s", qUtf8Printable(progressBar(total, now->waiting)));
     } while (!delivered && !deadline.hasExpired());

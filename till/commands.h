@@ -2,6 +2,7 @@
 #pragma once
 
 #include "endingqueue.h"
+#include "exitstatus.h"
 #include "queuecommand.h"
 
 #include <core/basicexception.h>
@@ -13,13 +14,6 @@
 #include <chrono>
 
 namespace till {
-
-/// Exit statuses of the program.
-enum ExitStatus : int {
-    Succeeded = 0,
-    Differed = 1, ///< An expectation did not hold, an operation failed, or requests could not be delivered.
-    Unusable = 2  ///< The command line, a scenario, the configuration or the plugin is at fault; nothing was sold.
-};
 
 struct ReplayOptions
 {

@@ -1,7 +1,8 @@
 // Hands receipts out one at a time, so that a till that dies leaves at most one of them in doubt.
 #include "replaytills.h"
 
-#include "commands.h"
+#include "exitstatus.h"
+#include "queuecommand.h"
 
 #include <unistd.h>
 
@@ -83,9 +84,9 @@ void ReplayTills::end(Till &till)
 
 void ReplayTills::showProgress(bool last)
 {
-    constexpr qint64 timeBetweenPictures = 200;
+    constexpr qint64 refreshInterval = 200;
     const qint64 elapsed = m_time.elapsed();
-    if (!::isatty(STDERR_FILENO) || (!last && elapsed - m_shown < timeBetweenPictures))
+    if (!::isatty(STDERR_FILENO) || (!last && elapsed - m_shown < refreshInterval))
         return;
     m_shown = elapsed;
     const qsizetype lines = m_day.lines();

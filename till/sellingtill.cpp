@@ -12,9 +12,9 @@ SellingTill::SellingTill(const QString &configFile, const QSharedPointer<Cashier
       m_loyalty(m_host.pluginFolder()),
       m_session(std::make_unique<CheckSession>(m_loyalty.system(), m_host.queue()))
 {
-    Singleton<CashierUi>::replace(cashier);
     m_drain.setHandler(loyaltyQueueOwner, makeLoyaltySender());
     m_drain.start();
+    Singleton<CashierUi>::replace(cashier);
 }
 
 SellingTill::~SellingTill()

@@ -15,7 +15,7 @@ class SellingTill
 {
 public:
     /// Takes the data folder for this process; `cashier` answers what the host asks. Throws BasicException when nothing
-    /// can be sold; a plugin or queue that cannot be used is no reason.
+    /// can be sold, or when the section [Queue] names no queue; a plugin or queue that cannot be used is no reason.
     SellingTill(const QString &configFile, const QSharedPointer<CashierUi> &cashier);
     ~SellingTill();
     Q_DISABLE_COPY_MOVE(SellingTill)

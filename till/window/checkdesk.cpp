@@ -30,7 +30,7 @@ void CheckDesk::start(const QString &configFile, const QSharedPointer<CashierUi>
     const QString theme = Singleton<Config>::instance()->getString(u"Till:theme"_s, u"light"_s);
     m_view.isDark = theme.compare("dark"_L1, Qt::CaseInsensitive) == 0;
     perform(&CheckDesk::resume, tr("Проверяем, не остался ли открытый чек"));
-    look();
+    poll();
 }
 
 void CheckDesk::resume()
@@ -86,15 +86,15 @@ void CheckDesk::refresh()
     Q_EMIT changed(m_view);
 }
 
-void CheckDesk::look()
+void CheckDesk::poll()
 {
     if (!m_till)
         return; // finished
     m_view.queue = queueStatus();
     const bool isBroken = !m_view.queue || session().endWaiting();
     refresh();
-    // A queue on a server that does not answer holds up the sale for seconds at each look.
-    QTimer::singleShot(std::chrono::seconds(isBroken ? 30 : 1), this, &CheckDesk::look);
+    // A queue on a server that does not answer holds up the sale for seconds at each poll.
+    QTimer::singleShot(std::chrono::seconds(isBroken ? 30 : 1), this, &CheckDesk::poll);
 }
 
 bool CheckDesk::ask(const tr::Tr &message, const tr::Tr &first, const tr::Tr &second)

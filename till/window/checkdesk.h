@@ -82,7 +82,7 @@ private:
     void warn(const QString &text);
     void refresh();
     /// Refreshes what can change while nothing is done, then schedules itself again.
-    void look();
+    void poll();
     /// Nothing when `timeLeft` is over before there is an answer.
     std::optional<Answer> waitForAnswer(Question question, std::optional<std::chrono::milliseconds> timeLeft = {});
     bool confirms(const QString &text, const QString &first);

@@ -18,6 +18,21 @@ QStringList each(const char *texts)
 
 const QString timeFormat = u"dd.MM HH:mm:ss"_s;
 
+QString stateText(QueueAdmin::State state)
+{
+    switch (state) {
+    case QueueAdmin::State::Waiting:
+        return QObject::tr("ожидает");
+    case QueueAdmin::State::Sending:
+        return QObject::tr("отправляется");
+    case QueueAdmin::State::DeadLetter:
+        return QObject::tr("отклонён");
+    case QueueAdmin::State::Discarded:
+        return QObject::tr("снят");
+    }
+    return {};
+}
+
 } // namespace
 
 QString moneyText(Money sum)
@@ -53,7 +68,6 @@ Page goodsPage(const QList<Goods> &goods)
 
 Page queuePage(const QList<QueueAdmin::Entry> &entries)
 {
-    const QStringList states = each("ожидает|отправляется|отклонён|снят");
     const QString count = QObject::tr("Записей: %1").arg(entries.size());
     const QStringList header = each("№|Сохранён|Запрос|Состояние|Попыток|Причина");
     Page page{Page::Kind::Queue, QObject::tr("Запросы к сервису лояльности"), count, header, {0, 4}, 5};
@@ -61,8 +75,8 @@ Page queuePage(const QList<QueueAdmin::Entry> &entries)
         const QString id = QString::number(entry.id);
         const QString reason = entry.state == QueueAdmin::State::Discarded ? entry.discardReason : entry.lastError;
         page.rows.append({id,
-                          {id, entry.stored.toString(timeFormat), entry.operation,
-                           states.value(static_cast<int>(entry.state)), QString::number(entry.attempts), reason}});
+                          {id, entry.stored.toString(timeFormat), entry.operation, stateText(entry.state),
+                           QString::number(entry.attempts), reason}});
     }
     return page;
 }

@@ -101,17 +101,18 @@ QWidget *MainWindow::makeActions()
 /// In the order of the keys F1 to F12.
 QList<MainWindow::Action> MainWindow::actions()
 {
-    const auto does = [this](const CheckDesk::Work &work, const QString &waitingFor = {}) {
+    const auto command = [this](const CheckDesk::Work &work, const QString &waitingFor = {}) {
         return [this, work, waitingFor] { m_till.send(work, waitingFor); };
     };
-    const auto has = [&does](void (CheckSession::*operation)(), const QString &waitingFor = {}) {
-        return does([operation](CheckDesk &desk) { (desk.session().*operation)(); }, waitingFor);
+    const auto sessionCommand = [&command](void (CheckSession::*operation)(), const QString &waitingFor = {}) {
+        return command([operation](CheckDesk &desk) { (desk.session().*operation)(); }, waitingFor);
     };
-    const auto takes = [this](ECardNumberType type, const QString &prompt, const QString &hint) {
+    const auto identification = [this](ECardNumberType type, const QString &prompt, const QString &hint) {
         const auto identify = [type](CheckDesk &desk, const QString &text) { desk.identify(type, text); };
         return [this, mode = Mode{prompt, hint, identify, tr("Ищем покупателя")}] { enter(mode); };
     };
-    const auto card = takes(ECardNumberType::Scanned, tr("Номер карты"), tr("Проведите карту или введите номер"));
+    const auto card =
+        identification(ECardNumberType::Scanned, tr("Номер карты"), tr("Проведите карту или введите номер"));
     const auto showHelp = [this] {
         const QResource help(u":/window/help.txt"_s);
         showPage({Page::Kind::Help, tr("Помощь"), QString::fromUtf8(help.uncompressedData())});
@@ -129,39 +130,42 @@ QList<MainWindow::Action> MainWindow::actions()
         {u"help"_s, tr("Помощь"), nullptr, showHelp},
         {u"card"_s, tr("Карта"), nullptr,
          [this, card] { m_till.view().hasCard() ? m_till.send(&CheckDesk::removeCard) : card(); }},
-        {u"phone"_s, tr("Телефон"), &TillView::hasNoCard, takes(ECardNumberType::Phone, tr("Телефон"), phoneHint)},
-        {u"price"_s, tr("Рассчитать"), &TillView::canPrice, has(&CheckSession::price, tr("Рассчитываем чек"))},
-        {u"spend"_s, tr("Списать баллы"), &TillView::canSpend, has(&CheckSession::spend, tr("Списываем баллы"))},
+        {u"phone"_s, tr("Телефон"), &TillView::hasNoCard,
+         identification(ECardNumberType::Phone, tr("Телефон"), phoneHint)},
+        {u"price"_s, tr("Рассчитать"), &TillView::canPrice,
+         sessionCommand(&CheckSession::price, tr("Рассчитываем чек"))},
+        {u"spend"_s, tr("Списать баллы"), &TillView::canSpend,
+         sessionCommand(&CheckSession::spend, tr("Списываем баллы"))},
         {u"change"_s, tr("Изменить"), &TillView::hasLines, changeLine},
         {u"remove"_s, tr("Удалить"), &TillView::hasLines, removeLine},
-        {u"restore"_s, tr("Вернуть"), &TillView::isRestorable, has(&CheckSession::restoreGoods)},
-        {u"park"_s, tr("Отложить"), nullptr, does(&CheckDesk::parkOrShowParked)},
-        {u"void"_s, tr("Аннулировать"), &TillView::isOpen, does(&CheckDesk::voidCheck, tr("Аннулируем чек"))},
-        {u"journal"_s, tr("Журнал"), nullptr, does(&CheckDesk::showJournal)},
-        {u"close"_s, tr("Закрыть"), &TillView::hasLines, does(&CheckDesk::close, tr("Закрываем чек"))},
+        {u"restore"_s, tr("Вернуть"), &TillView::isRestorable, sessionCommand(&CheckSession::restoreGoods)},
+        {u"park"_s, tr("Отложить"), nullptr, command(&CheckDesk::parkOrShowParked)},
+        {u"void"_s, tr("Аннулировать"), &TillView::isOpen, command(&CheckDesk::voidCheck, tr("Аннулируем чек"))},
+        {u"journal"_s, tr("Журнал"), nullptr, command(&CheckDesk::showJournal)},
+        {u"close"_s, tr("Закрыть"), &TillView::hasLines, command(&CheckDesk::close, tr("Закрываем чек"))},
     };
 }
 
 /// The first one is done by Enter.
 QList<ListPage::Action> MainWindow::pageActions(Page::Kind kind)
 {
-    const auto does = [this](void (CheckDesk::*operation)(const QString &)) {
+    const auto command = [this](void (CheckDesk::*operation)(const QString &)) {
         return [this, operation](const QString &id) {
             if (m_till.isIdle()) // While it is not, the list stays enabled, or it would lose the focus.
                 m_till.send([operation, id](CheckDesk &desk) { (desk.*operation)(id); });
         };
     };
     const QMap<Page::Kind, QList<ListPage::Action>> actions{
-        {Page::Kind::Goods, {{tr("Добавить"), does(&CheckDesk::addGoods)}}},
-        {Page::Kind::Parked, {{tr("Вернуть чек"), does(&CheckDesk::take)}}},
-        {Page::Kind::Journal, {{tr("Показать чек"), does(&CheckDesk::showReceipt)}}},
+        {Page::Kind::Goods, {{tr("Добавить"), command(&CheckDesk::addGoods)}}},
+        {Page::Kind::Parked, {{tr("Вернуть чек"), command(&CheckDesk::take)}}},
+        {Page::Kind::Journal, {{tr("Показать чек"), command(&CheckDesk::showReceipt)}}},
         {Page::Kind::Queue,
-         {{tr("Отправить снова"), does(&CheckDesk::retryRequest)},
-          {tr("Снять с отправки"), does(&CheckDesk::discardRequest)}}},
+         {{tr("Отправить снова"), command(&CheckDesk::retryRequest)},
+          {tr("Снять с отправки"), command(&CheckDesk::discardRequest)}}},
         {Page::Kind::Receipt,
          {{tr("Следующий чек"), [this](const QString &) { showSale(); }},
           {tr("Копировать"), [](const QString &text) { QApplication::clipboard()->setText(text); }},
-          {tr("Сохранить"), does(&CheckDesk::saveReceipt)}}}};
+          {tr("Сохранить"), command(&CheckDesk::saveReceipt)}}}};
     return actions.value(kind);
 }
 

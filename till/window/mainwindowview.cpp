@@ -225,7 +225,7 @@ void MainWindow::keyPressEvent(QKeyEvent *event)
         return goBack();
     if (!typed.isPrint() || typed.isSpace() || !m_till.view().fault.isEmpty())
         return QMainWindow::keyPressEvent(event);
-    // Nothing here takes it, so that a scan would end in a bare Enter on some button: it belongs to the sale.
+    // No widget here takes text: a scan would end as a stray Enter on some button. It belongs to the sale.
     if (!isSale)
         showSale();
     m_entry->setFocus();
