@@ -1,5 +1,6 @@
 // The HTTP client against servers that misbehave: what counts as an answer, and that nothing is ever sent twice.
 #include "rawserver.h"
+#include "tests/support/golden.h"
 #include "tests/support/logfile.h"
 #include "tests/support/test.h"
 
@@ -79,31 +80,11 @@ TEST(RestClient, TellsTheServicesWordFromEverythingElseWithinItsMemory)
     // How it is called, the answer, the status and the error that come of it.
     const std::tuple<const char *, QByteArray, int, QNetworkReply::NetworkError> cases[] = {
         {"json", json(2), 200, Error::NoError},
-        {"refused", RawServer::answer("500 Oops", R"({"success":false})"), 500, Error::NoError},
-        {"refused by an error", RawServer::answer("400 No", R"({"error":{"errorCode":1}})"), 400, Error::NoError},
-        {"a result", RawServer::answer("500 Oops", R"({"result":{}})"), 500, Error::NoError},
-        {"data", RawServer::answer("500 Oops", R"({"data":{}})"), 500, Error::NoError},
-        {"nothing said", RawServer::answer("500 Oops", "{}"), 500, Error::NoError},
-        {"gateway's json", RawServer::answer("404 No", said), 0, Error::UnknownContentError},
-        {"gateway's error", RawServer::answer("500 Oops", R"({"error":"x"})"), 0, Error::UnknownContentError},
-        {"gateway's code", RawServer::answer("404 No", R"({"error":{"code":404}})"), 0, Error::UnknownContentError},
-        {"gateway's result", RawServer::answer("404 No", R"({"result":"none"})"), 0, Error::UnknownContentError},
-        {"wrong credentials", RawServer::answer("401 No", said), 401, Error::AuthenticationRequiredError},
-        {"forbidden", RawServer::answer("403 No", said), 403, Error::ContentAccessDenied},
-        {"proxy's credentials", RawServer::answer("407 No", said), 407, Error::ProxyAuthenticationRequiredError},
-        {"too many requests", RawServer::answer("429 No", said), 429, Error::UnknownContentError},
-        {"wrong card", RawServer::answer("403 No", R"({"error":{"errorCode":5}})"), 403, Error::NoError},
-        {"bad gateway", RawServer::answer("502 Bad", "<html/>"), 502, Error::UnknownServerError},
-        {"unavailable", RawServer::answer("503 No", ""), 503, Error::ServiceUnavailableError},
-        {"gateway's time-out", RawServer::answer("504 No", said), 504, Error::UnknownServerError},
         {"no content", "HTTP/1.1 204 No Content\r\n\r\n", 204, Error::NoError},
-        {"text", RawServer::answer("202 Accepted", "it is accepted"), 202, Error::NoError},
         {"portal", ok("\n<!DOCTYPE HTML><title>Wi-Fi"), 0, Error::UnknownContentError},
         {"xml", ok("<?xml version=\"1.0\"?><error/>"), 0, Error::UnknownContentError},
         {"portal by its type", ok("Welcome", "Content-Type: Text/HTML\r\n"), 0, Error::UnknownContentError},
         {"compressed", ok("\x1F\x8B\x08\x04"), 0, Error::UnknownContentError},
-        {"error page", RawServer::answer("500 Oops", "sorry"), 0, Error::UnknownContentError},
-        {"error without body", RawServer::answer("500 Oops", ""), 0, Error::ProtocolFailure},
         {"redirect", RawServer::answer("300 Choices", said, "Location: /x\r\n"), 0, Error::ProtocolFailure},
         {"cut body", json(99).chopped(9), 0, Error::RemoteHostClosedError},
         {"cut headers", "HTTP/1.1 200 OK\r\nContent-Le", 0, Error::RemoteHostClosedError},
@@ -126,13 +107,9 @@ TEST(RestClient, TellsTheServicesWordFromEverythingElseWithinItsMemory)
         {"flood of headers", ok("{}", QByteArray("A: b\r\n").repeated(5'000'000)), 0, Error::UnknownContentError},
         {"no answer", "", 0, Error::RemoteHostClosedError},
         {"not http", "220 mail.example.com ESMTP\r\n", 0, Error::ProtocolFailure},
-        {"damaged json", ok(R"({"success":tru)"), 0, Error::UnknownContentError},
-        {"number out of range", ok("{\"a\":1e999}"), 0, Error::UnknownContentError},
         {"bad utf-8", ok("{\"a\":\"\xFF\"}"), 0, Error::UnknownContentError},
         {"nul", ok(QByteArray("{\0}", 3)), 0, Error::UnknownContentError},
         {"byte order mark", ok("\xEF\xBB\xBF{}"), 200, Error::NoError},
-        {"lone surrogate", ok(R"({"a":"\ud800"})"), 200, Error::NoError},
-        {"duplicate keys", ok(R"({"a":1,"a":2})"), 200, Error::NoError},
         {"brackets in a text", ok("[\"\\\"" + QByteArray(100'000, '[') + "\"]"), 200, Error::NoError},
         {"5,000 lines", array(R"({"a":{"b":1,"c":"2","d":3},"e":4},)", 5'000), 200, Error::NoError},
         {"64 levels", ok(QByteArray(64, '[') + QByteArray(64, ']')), 200, Error::NoError},
@@ -145,7 +122,7 @@ TEST(RestClient, TellsTheServicesWordFromEverythingElseWithinItsMemory)
         {"one text", array('"' + QByteArray("й").repeated(cap / 2 - 9) + "\",", 1), 200, Error::NoError},
     };
     EXPECT_TRUE(LinkState().state().isReachable) << "nothing is known yet";
-    for (const auto &[label, answer, status, error] : cases) {
+    const auto outcome = [&said](const char *label, const QByteArray &answer) {
         SCOPED_TRACE(label);
         const RawServer server(answer, std::string_view(label).starts_with("reset") ? End::Reset : End::HungUp);
         ::malloc_trim(0);
@@ -157,14 +134,20 @@ TEST(RestClient, TellsTheServicesWordFromEverythingElseWithinItsMemory)
 #if !defined __SANITIZE_ADDRESS__ && !defined __SANITIZE_THREAD__ // which need memory themselves
         EXPECT_LT(taken, 32 * 1024);
 #endif
-        EXPECT_EQ(response.networkError(), error);
-        EXPECT_EQ(response.status(), status);
         EXPECT_FALSE(response.errorText().isEmpty());
         EXPECT_EQ(server.requests().size(), 1);
         EXPECT_EQ(response.json().object().contains("message"_L1), answer.endsWith(said));
         const LinkState::State link = Singleton<LinkState>::instance()->state();
-        EXPECT_TRUE(link.since.isValid() && link.isReachable == (error == Error::NoError));
-    }
+        EXPECT_TRUE(link.since.isValid() && link.isReachable == (response.networkError() == Error::NoError));
+        return std::pair(response.status(), response.networkError());
+    };
+    for (const auto &[label, answer, status, error] : cases)
+        EXPECT_EQ(outcome(label, answer), std::pair(status, error)) << label;
+    expectCases(u"host/net/answers.txt"_s, [&outcome](const QByteArray &in) {
+        const qsizetype end = (in + ' ').indexOf(' ', 4); // Of the status: three digits and a word.
+        const auto [status, error] = outcome(in.constData(), RawServer::answer(in.left(end), in.mid(end).trimmed()));
+        return QString::number(status) + u' ' + QVariant::fromValue(error).toString();
+    });
 }
 
 TEST(RestClient, FailsWhereNobodyAnswers)
