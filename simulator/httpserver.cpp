@@ -122,7 +122,7 @@ Answer HttpServer::process(const std::string &method, const httplib::Request &re
     return m_api.post(method, request.body);
 }
 
-void HttpServer::answerUnrouted(const httplib::Request &request, httplib::Response &response) const
+void HttpServer::answerUnrouted(const httplib::Request &request, httplib::Response &response)
 {
     if (!response.body.empty() || response.has_header("Content-Type")) // answered, perhaps with an empty body
         return;
@@ -134,6 +134,11 @@ void HttpServer::answerUnrouted(const httplib::Request &request, httplib::Respon
         write(refusal(404, "Неизвестный адрес " + request.path), response);
     } else {
         write(refusal(response.status, "Запрос не может быть прочитан"), response);
+    }
+    if (request.has_header("Authorization")) { // a till's; the page's own are nobody's business
+        const auto number = m_log.received("unrouted", request.target, request.body);
+        m_log.answered(number,
+                       {response.status, response.body, request.method + ": no such address, or not in this form", {}});
     }
 }
 

@@ -36,7 +36,7 @@ private:
     Outcome serveWithFault(const std::string &method, const Fault *fault, const httplib::Request &request,
                            httplib::Response &response);
     Answer process(const std::string &method, const httplib::Request &request);
-    void answerUnrouted(const httplib::Request &request, httplib::Response &response) const;
+    void answerUnrouted(const httplib::Request &request, httplib::Response &response);
 
     Api m_api;
     std::string m_authorization;

@@ -118,6 +118,8 @@ TEST_F(Http, FailsOneRequestWithEachKindOfFault)
         EXPECT_EQ(caller.call("createOrder", kind).outcome(), "ok");
     }
     EXPECT_EQ(caller.requests()["counts"]["createOrder"], 8);
+    caller.http.Get("/elsewhere");
+    EXPECT_EQ(caller.requests()["requests"].back()["target"], "/elsewhere");
     EXPECT_EQ(caller.balance(), "1300.00");
 
     caller.fault({{"method", "*"}, {"kind", "status"}, {"times", 100}, {"status", 503}, {"body", {{"x", 1}}}});
