@@ -16,6 +16,7 @@
 #include <QtCore/QScopeGuard>
 
 #include <mutex>
+#include <tuple>
 #include <utility>
 
 using namespace Qt::Literals::StringLiterals;
@@ -63,7 +64,7 @@ public:
         const auto done = qScopeGuard([this] { m_isAppending = false; });
         const ino_t found = inode();
         // Another process may have rotated the file, or moved it away.
-        if ((found == 0 || found != m_inode) && makePrivateFolder(QFileInfo(m_fileName).absolutePath()))
+        if ((found == 0 || found != m_inode) && !makePrivateFolder(QFileInfo(m_fileName).absolutePath()))
             RollingFileAppender::activateOptions();
         RollingFileAppender::doAppend(event);
         const ino_t now = inode();
@@ -117,7 +118,8 @@ Log4Qt::Level configuredLevel(const Config &config)
 // At best the log libraries report on stderr that a file cannot be opened. This throws, and sets the mode beforehand.
 void preparePrivateFile(const QString &fileName)
 {
-    makePrivateFolder(QFileInfo(fileName).absolutePath()); // A failure surfaces when the file is opened.
+    // A failure surfaces when the file is opened.
+    std::ignore = makePrivateFolder(QFileInfo(fileName).absolutePath());
     QFile file(fileName);
     const bool isNew = !file.exists();
     if (!file.open(QIODevice::Append, ownerOnlyFile) || !file.setPermissions(ownerOnlyFile))
