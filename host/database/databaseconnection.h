@@ -73,7 +73,7 @@ protected:
     void watch(int socket, std::chrono::milliseconds limit);
     bool hasTimedOut() const { return m_watchdog && m_watchdog->hasExpired(); }
 
-    /// To be alive while the server is waited for. Without watch() it does nothing.
+    /// Runs the watchdog for its lifetime. Does nothing without watch().
     class Waiting
     {
     public:
