@@ -15,7 +15,7 @@
 #include <QtCore/QSaveFile>
 #include <QtCore/QStandardPaths>
 
-#include <cerrno>
+#include <system_error>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -52,9 +52,9 @@ void writeFile(const QString &fileName, const QByteArray &content)
 /// Makes the till's folder with a configuration of its own: the given one, with another place for the data and the log.
 QString configureTill(const QString &configFile, const QString &folder)
 {
-    if (!makePrivateFolder(folder))
-        throw BasicException(
-            u"%1: the folder cannot be made (%2); check Host:dataFolder"_s.arg(folder, qt_error_string(errno)));
+    if (const std::error_code problem = makePrivateFolder(folder))
+        throw BasicException(u"%1: the folder cannot be made (%2); check Host:dataFolder"_s.arg(
+            folder, qt_error_string(problem.value())));
     QFile original(configFile);
     if (!original.open(QFile::ReadOnly))
         throw BasicException(u"%1: %2"_s.arg(configFile, original.errorString()));

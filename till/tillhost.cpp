@@ -17,6 +17,7 @@
 #include <QtCore/QFileInfo>
 
 #include <cerrno>
+#include <system_error>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -64,9 +65,9 @@ TillHost::~TillHost()
 
 void TillHost::lockDataFolder()
 {
-    if (!makePrivateFolder(m_dataFolder))
+    if (const std::error_code problem = makePrivateFolder(m_dataFolder))
         throw BasicException(u"Папка данных %1 не создана (%2); проверьте ключ Host:dataFolder"_s.arg(
-            m_dataFolder, qt_error_string(errno)));
+            m_dataFolder, qt_error_string(problem.value())));
     m_lock.setFileName(QDir(m_dataFolder).filePath(u"till.lock"_s));
     if (!m_lock.open(QFile::ReadWrite, QFile::ReadOwner | QFile::WriteOwner))
         throw BasicException(u"Нет доступа к папке данных %1 (%2); проверьте ключ Host:dataFolder"_s.arg(

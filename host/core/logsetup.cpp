@@ -4,6 +4,7 @@
 #include <core/logsetup.h>
 #include <core/plaintext.h>
 #include <core/privatefile.h>
+#include <core/setting.h>
 
 #include <log4qt/consoleappender.h>
 #include <log4qt/logmanager.h>
@@ -15,16 +16,15 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QScopeGuard>
 
+#include <algorithm>
 #include <mutex>
+#include <tuple>
 #include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr int defaultMaxFileSize = 10 * 1024 * 1024;
-constexpr int defaultMaxFiles = 5;
-constexpr int largestMaxFiles = 1000;
 constexpr qsizetype longestLine = 4000;
 
 constexpr auto ownerOnlyFile = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
@@ -63,7 +63,7 @@ public:
         const auto done = qScopeGuard([this] { m_isAppending = false; });
         const ino_t found = inode();
         // Another process may have rotated the file, or moved it away.
-        if ((found == 0 || found != m_inode) && makePrivateFolder(QFileInfo(m_fileName).absolutePath()))
+        if ((found == 0 || found != m_inode) && !makePrivateFolder(QFileInfo(m_fileName).absolutePath()))
             RollingFileAppender::activateOptions();
         RollingFileAppender::doAppend(event);
         const ino_t now = inode();
@@ -93,13 +93,17 @@ void warn(const QString &text)
     Log4Qt::LogManager::logger(u"poshost"_s)->warn(text);
 }
 
-int numberWithin(const Config &config, const QString &key, int lowest, int highest, int defaultValue)
+int configuredNumber(const Config &config, const QString &key)
 {
+    const QList<Setting> settings = hostSettings();
+    const auto setting = std::ranges::find(settings, key, &Setting::key);
+    const int defaultValue = setting->defaultValue.toInt();
     const int number = config.getInt(key, defaultValue);
-    if (number >= lowest && number <= highest)
+    if (number >= setting->lowest && number <= setting->highest)
         return number;
-    warn(u"Настройка %1: допустимы значения от %2 до %3, взято %4"_s.arg(
-        key, QString::number(lowest), QString::number(highest), QString::number(defaultValue)));
+    warn(u"Настройка %1: допустимы значения от %2 до %3, взято %4"_s.arg(key, QString::number(setting->lowest, 'f', 0),
+                                                                         QString::number(setting->highest, 'f', 0),
+                                                                         setting->defaultValue));
     return defaultValue;
 }
 
@@ -117,7 +121,8 @@ Log4Qt::Level configuredLevel(const Config &config)
 // At best the log libraries report on stderr that a file cannot be opened. This throws, and sets the mode beforehand.
 void preparePrivateFile(const QString &fileName)
 {
-    makePrivateFolder(QFileInfo(fileName).absolutePath()); // A failure surfaces when the file is opened.
+    // A failure surfaces when the file is opened.
+    std::ignore = makePrivateFolder(QFileInfo(fileName).absolutePath());
     QFile file(fileName);
     const bool isNew = !file.exists();
     if (!file.open(QIODevice::Append, ownerOnlyFile) || !file.setPermissions(ownerOnlyFile))
@@ -133,8 +138,8 @@ Log4Qt::AppenderSharedPtr fileAppender(const Config &config, const QString &file
     preparePrivateFile(fileName);
     auto *appender = new PrivateFileAppender(layout, fileName);
     const Log4Qt::AppenderSharedPtr owner(appender);
-    appender->setMaximumFileSize(numberWithin(config, u"Log:maxFileSize"_s, 1, INT_MAX, defaultMaxFileSize));
-    appender->setMaxBackupIndex(numberWithin(config, u"Log:maxFiles"_s, 1, largestMaxFiles, defaultMaxFiles));
+    appender->setMaximumFileSize(configuredNumber(config, u"Log:maxFileSize"_s));
+    appender->setMaxBackupIndex(configuredNumber(config, u"Log:maxFiles"_s));
     appender->activateOptions();
     return owner;
 }

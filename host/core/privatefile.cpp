@@ -10,18 +10,27 @@
 #include <cerrno>
 #include <tuple>
 
-bool makePrivateFolder(const QString &folder)
+namespace {
+
+std::error_code lastError()
+{
+    return {errno, std::system_category()};
+}
+
+} // namespace
+
+std::error_code makePrivateFolder(const QString &folder)
 {
     const QFileInfo info(folder);
-    if (info.exists()) {
-        errno = ENOTDIR;
-        return info.isDir();
-    }
+    if (info.exists())
+        return info.isDir() ? std::error_code() : std::make_error_code(std::errc::not_a_directory);
     const QString parent = info.path();
-    if (parent == folder || !makePrivateFolder(parent))
-        return false;
+    if (parent == folder)
+        return std::make_error_code(std::errc::no_such_file_or_directory);
+    if (const std::error_code problem = makePrivateFolder(parent))
+        return problem;
     if (::mkdir(QFile::encodeName(folder).constData(), S_IRWXU) != 0 && errno != EEXIST)
-        return false;
+        return lastError();
     giveToOwnerOf(parent, folder);
     return syncFolder(parent);
 }
@@ -43,14 +52,12 @@ void giveToOwnerOf(const QString &other, const QString &fileName)
         ::close(descriptor);
 }
 
-bool syncFolder(const QString &folder)
+std::error_code syncFolder(const QString &folder)
 {
     const int descriptor = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0)
-        return false;
-    const bool synced = ::fsync(descriptor) == 0;
-    const int reason = errno;
+        return lastError();
+    const std::error_code problem = ::fsync(descriptor) == 0 ? std::error_code() : lastError();
     ::close(descriptor);
-    errno = reason;
-    return synced;
+    return problem;
 }

@@ -1,4 +1,4 @@
-// A thread that sleeps until the deadline of a statement, and looks then whether one is late.
+// A thread that sleeps until a statement's deadline, then checks whether it has passed.
 #include "connectionwatchdog.h"
 
 #include <fcntl.h>

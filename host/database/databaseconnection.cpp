@@ -101,11 +101,12 @@ QSqlQuery &DatabaseConnection::start(QStringView sql, const QVariantList &values
 {
     auto entry = m_statements.find(sql);
     if (entry == m_statements.end()) {
+        const QString text = sql.toString();
         QSqlQuery query(database());
         query.setForwardOnly(true);
-        if (!query.prepare(sql.toString()))
+        if (!query.prepare(text))
             fail(sql, query.lastError());
-        entry = m_statements.emplace(sql, std::move(query)).first;
+        entry = m_statements.emplace(text, std::move(query)).first;
     }
     QSqlQuery &query = entry->second;
     for (int i = 0; i < values.size(); ++i)

@@ -36,8 +36,7 @@ public:
     /// Never given to another connection of this process.
     const QString &identifier() const { return m_registration.name; }
 
-    /// Runs a statement and returns the number of rows it changed. The statement is prepared once and kept: the text
-    /// must live as long as the connection.
+    /// Runs a statement and returns the number of rows it changed. The statement is prepared once and kept.
     int change(QStringView sql, const QVariantList &values = {});
 
     /// Runs a query and calls `row` for each row of its result. `row` must not use this connection.
@@ -74,7 +73,7 @@ protected:
     void watch(int socket, std::chrono::milliseconds limit);
     bool hasTimedOut() const { return m_watchdog && m_watchdog->hasExpired(); }
 
-    /// To be alive while the server is waited for. Without watch() it does nothing.
+    /// Runs the watchdog for its lifetime. Does nothing without watch().
     class Waiting
     {
     public:
@@ -110,7 +109,7 @@ private:
 
     QString m_title;
     // The statements are destroyed after their connection, so that a lost server is not asked to free them.
-    std::map<QStringView, QSqlQuery> m_statements;
+    std::map<QString, QSqlQuery, std::less<>> m_statements;
     Registration m_registration;
     std::unique_ptr<ConnectionWatchdog> m_watchdog;
 };

@@ -11,6 +11,7 @@
 #include <QtCore/QFileInfo>
 
 #include <cerrno>
+#include <system_error>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -28,8 +29,9 @@ DatabaseFile::DatabaseFile(QStringView what, const QString &fileName)
 void DatabaseFile::prepare()
 {
     const QString folder = QFileInfo(m_name).path();
-    if (!makePrivateFolder(folder))
-        throw databaseerror::make(m_title, u"не удалось создать папку «%1»"_s.arg(folder), qt_error_string(errno));
+    if (const std::error_code problem = makePrivateFolder(folder))
+        throw databaseerror::make(m_title, u"не удалось создать папку «%1»"_s.arg(folder),
+                                  qt_error_string(problem.value()));
     makeFile();
     struct stat status = {};
     if (::stat(QFile::encodeName(m_name).constData(), &status) != 0)
@@ -60,8 +62,8 @@ void DatabaseFile::makeFile() const
                                   qt_error_string(errno));
     }
     giveToOwnerOf(QFileInfo(m_name).path(), m_name);
-    if (!syncFolder(QFileInfo(m_name).path()))
-        throw databaseerror::make(m_title, u"не удалось записать папку на диск"_s, qt_error_string(errno));
+    if (const std::error_code problem = syncFolder(QFileInfo(m_name).path()))
+        throw databaseerror::make(m_title, u"не удалось записать папку на диск"_s, qt_error_string(problem.value()));
 }
 
 void DatabaseFile::tighten() const

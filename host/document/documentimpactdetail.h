@@ -52,7 +52,7 @@ public:
     QVariant getDiscountRate() const { return m_discountRate; }
     void setDiscountRate(const QVariant &rate) { m_discountRate = rate; }
 
-    /// In rubles, as it was given. The check rounds it to whole kopecks.
+    /// In rubles. Whole kopecks once the impact is on a check; getGivenSum() keeps what was given.
     virtual double getDiscountSum() const { return m_discountSum; }
     void setDiscountSum(double rubles) { m_discountSum = m_givenSum = rubles; }
 

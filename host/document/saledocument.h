@@ -95,6 +95,7 @@ private:
     QList<Money> roundShares(const DocumentImpact &impact,
                              const QList<QSharedPointer<DocumentImpactDetail>> &shares) const;
     void requireFits(const QList<QSharedPointer<DocumentImpactDetail>> &shares, const QList<Money> &sums) const;
+    void removeSharesOf(int posnum); ///< With impacts that have no other share.
     void requireConsistent() const;
     void updateDiscounts();
     void countDiscounts(const DocumentImpact &impact);

@@ -62,7 +62,10 @@ BasicException fieldError(const QString &name, const BasicException &error);
 
 /// The first and the last value of an enumeration.
 template <class Enum>
-constexpr std::pair<Enum, Enum> range;
+constexpr std::pair<Enum, Enum> range = [] {
+    static_assert(sizeof(Enum) == 0, "give the first and the last value");
+    return std::pair<Enum, Enum>{};
+}();
 template <>
 inline constexpr std::pair range<EDiscountMode>{EDiscountMode::Undefined, EDiscountMode::Payment};
 template <>

@@ -4,8 +4,8 @@
 #include <core/event.h>
 #include <poshost_export.h>
 
-#include <QtCore/QHash>
 #include <QtCore/QSet>
+#include <QtCore/QVariant>
 #include <QtCore/QtPlugin>
 
 #include <functional>
@@ -31,25 +31,15 @@ public:
     virtual bool isFeatureMatched(const QString &feature) const;
     virtual void setFeature(const QString &feature, bool enabled = true);
 
-    /// Registers a handler for the host's call `name`, in place of an earlier one.
-    virtual void addHandler(const QString &name, const Handler &handler);
-
-    /// Calls a handler. An invalid variant when there is none.
-    QVariant callHandler(const QString &name, const QVariant &argument) const;
-
-    /// Runs `trigger` after each event with this code, while triggers are enabled.
-    virtual void addTrigger(int eventCode, const Trigger &trigger);
-    virtual void disableTriggers();
-    virtual void enableTriggers();
-
-    /// Runs the triggers of the event's code, in the order in which they were added; nothing while they are disabled.
-    void runTriggers(const Event &event) const;
+    /// For hosts that call handlers by name, and triggers after events with a code. This one does neither, so these do
+    /// nothing.
+    virtual void addHandler(const QString &, const Handler &) {}
+    virtual void addTrigger(int, const Trigger &) {}
+    virtual void disableTriggers() {}
+    virtual void enableTriggers() {}
 
 private:
     QSet<QString> m_features;
-    QHash<QString, Handler> m_handlers;
-    QHash<int, QList<Trigger>> m_triggers;
-    bool m_triggersEnabled = true;
 };
 
 Q_DECLARE_INTERFACE(BasicPlugin, "org.poshost.AbstractPlugin")

@@ -36,12 +36,12 @@ void DBQueueBroker::push(const QString &owner, const QJsonObject &event, const Q
     QueueSignal::instance().raise();
 }
 
-QueueStatus DBQueueBroker::status() const
+QueueStatus DBQueueBroker::status()
 {
     return access().use([](QueueStore &store) { return store.status(); });
 }
 
-QString DBQueueBroker::problem() const
+QString DBQueueBroker::problem()
 {
     try {
         const bool commit = std::exchange(m_mayFail, true);
@@ -53,7 +53,7 @@ QString DBQueueBroker::problem() const
     }
 }
 
-QueueAccess &DBQueueBroker::access() const
+QueueAccess &DBQueueBroker::access()
 {
     if (!m_access)
         m_access = std::make_unique<QueueAccess>(QueueSettings::configured(), DatabaseConnection::Commits::Synced);

@@ -30,16 +30,16 @@ public:
 
     /// What has not been accepted by its receiver yet, for the till's status line and the receipt. Throws
     /// BasicException when the database cannot be read.
-    virtual QueueStatus status() const;
+    virtual QueueStatus status();
 
     /// Why nothing can be stored now, as a text for the cashier; empty when push() can be expected to work. Costs no
-    /// disk access to speak of, unless the last operation here has failed: then the database is opened and written to
-    /// anew, so that the till notices when a disk or a server is back.
-    virtual QString problem() const;
+    /// disk access to speak of, unless nothing was written here yet or the last push() or problem() has failed: then
+    /// the database is written to, so that the till notices when a disk or a server is back.
+    virtual QString problem();
 
 private:
-    QueueAccess &access() const;
+    QueueAccess &access();
 
-    mutable std::unique_ptr<QueueAccess> m_access; // made at the first use
-    mutable bool m_mayFail = true;                 // nothing was written yet, or the last time failed
+    std::unique_ptr<QueueAccess> m_access; // made at the first use
+    bool m_mayFail = true;                 // nothing was written yet, or the last time failed
 };

@@ -3,6 +3,8 @@
 
 #include "queuesql.h"
 
+#include <database/databaseerror.h>
+
 #include <log4qt/logmanager.h>
 
 #include <QtCore/QList>
@@ -263,7 +265,9 @@ QueueStore::Counts QueueStore::measure(const QString &owner, const QString &bask
 
 void QueueStore::count(const Counts &change)
 {
-    m_connection.change(queuesql::count, {change.waiting, change.blocked, m_database->summaryRow()});
+    const int row = m_database->summaryRow();
+    if (m_connection.change(queuesql::count, {change.waiting, change.blocked, row}) == 0)
+        throw databaseerror::make(m_connection.title(), u"ошибка базы данных"_s, u"no row %1 in summary"_s.arg(row));
 }
 
 // The order's first event is its head if it is waiting.

@@ -43,7 +43,7 @@ void sell(BasicLoyaltySystem &loyalty, const QString &cardNumber)
 {
     const auto check = QSharedPointer<SaleDocument>::create();
     loyalty.setDocument(check);
-    loyalty.cancel(); // Whom the plugin found for the check before must not be taken for this one's customer.
+    loyalty.cancel(); // The customer found for the previous check must not become this one's.
     check->addGoodsItem(bread());
 
     auto card = QSharedPointer<DocumentCardRecord>::create();

@@ -191,25 +191,12 @@ TEST_F(BasicLoyaltySystemTest, IsFoundByItsCardsWhileItIsRegistered)
     EXPECT_FALSE(registry->findByCard(*card));
 }
 
-TEST_F(BasicLoyaltySystemTest, OffersFeaturesHandlersAndTriggers)
+TEST_F(BasicLoyaltySystemTest, OffersFeatures)
 {
     system.setFeature(u"a"_s);
     EXPECT_TRUE(system.isFeatureMatched(u"a"_s));
     system.setFeature(u"a"_s, false);
     EXPECT_FALSE(system.isFeatureMatched(u"a"_s));
-    system.addHandler(u"double"_s, [](const QVariant &argument) { return 2 * argument.toInt(); });
-    EXPECT_EQ(system.callHandler(u"double"_s, 4), QVariant(8));
-    EXPECT_FALSE(system.callHandler(u"triple"_s, 4).isValid());
-    QString runs;
-    for (const QChar run : u"ab"_s)
-        system.addTrigger(57, [&runs, run](const Event &) { runs += run; });
-    system.runTriggers(Event(57));
-    system.disableTriggers();
-    system.runTriggers(Event(57));
-    system.enableTriggers();
-    system.runTriggers(Event(24));
-    system.runTriggers(Event(57));
-    EXPECT_EQ(runs, u"abab");
 }
 
 } // namespace

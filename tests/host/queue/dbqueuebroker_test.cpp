@@ -32,6 +32,14 @@ TEST_F(DBQueueBrokerTest, StatusIsEmptyAtFirstAndThenKnowsTheEventThatWasStoredF
     EXPECT_GE(broker.status().oldest, before.addDays(1));
 }
 
+TEST_F(DBQueueBrokerTest, StoresNothingThatItCannotCount)
+{
+    push(u"a1"_s);
+    sql(u"UPDATE summary SET id = id + 64"_s);
+    EXPECT_THROW(push(u"a2"_s), BasicException);
+    EXPECT_EQ(broker.status().waiting, 1);
+}
+
 TEST_F(DBQueueBrokerTest, ProgramsThatStartTogetherMakeOneQueue)
 {
     std::vector<std::jthread> tills;
