@@ -124,8 +124,8 @@ Finding checkLog()
     const QString file = setting(u"Log:file"_s);
     if (file.isEmpty())
         return {Verdict::Ok, u"no file; warnings go to the standard error output"_s};
-    if (QFileInfo(file).isDir())
-        return {Verdict::Failure, u"%1 is a folder"_s.arg(file), u"Name a file in Log:file"_s};
+    if (QFileInfo::exists(file) && !QFileInfo(file).isFile())
+        return {Verdict::Failure, u"%1 is not a regular file"_s.arg(file), u"Name a file in Log:file"_s};
     if (QFile log(file); log.exists() && !log.open(QFile::Append))
         return {Verdict::Failure, u"%1 cannot be written: %2"_s.arg(file, log.errorString()),
                 u"Give it to the user of the till"_s};

@@ -125,6 +125,8 @@ void preparePrivateFile(const QString &fileName)
     std::ignore = makePrivateFolder(QFileInfo(fileName).absolutePath());
     QFile file(fileName);
     const bool isNew = !file.exists();
+    if (!isNew && !QFileInfo(fileName).isFile()) // A device is everybody's, a pipe would wait for its reader.
+        throw BasicException(u"Файл журнала %1 (настройка Log:file) не обычный файл"_s.arg(fileName));
     if (!file.open(QIODevice::Append, ownerOnlyFile) || !file.setPermissions(ownerOnlyFile))
         throw BasicException(
             u"Файл журнала %1 (настройка Log:file) не открывается: %2"_s.arg(fileName, file.errorString()));

@@ -71,7 +71,7 @@ void DatabaseFile::tighten() const
     for (const QString &suffix : {u""_s, u"-wal"_s, u"-shm"_s}) {
         const QByteArray path = QFile::encodeName(m_name + suffix);
         struct stat status = {};
-        if (::stat(path.constData(), &status) != 0 || (status.st_mode & othersRights) == 0)
+        if (::stat(path.constData(), &status) != 0 || !S_ISREG(status.st_mode) || (status.st_mode & othersRights) == 0)
             continue;
         if (::chmod(path.constData(), status.st_mode & ~othersRights & ALLPERMS) != 0)
             databaseerror::logger()->warn(u"Файл «%1» доступен другим пользователям, права не изменены: %2"_s.arg(
