@@ -127,7 +127,7 @@ QString queueRows(const QueueStatus &queue)
     if (queue.waiting > 0)
         rows += row(u"Ожидает отправки"_s, QString::number(queue.waiting));
     if (queue.blocked > 0)
-        rows += row(u"Отклонено"_s, QString::number(queue.blocked));
+        rows += row(u"Остановлено"_s, QString::number(queue.blocked));
     if (!rows.isEmpty() && queue.oldest.isValid())
         rows += row(u"В очереди с"_s, queue.oldest.toString(u"dd.MM.yyyy HH:mm:ss"_s));
     return rows.isEmpty() ? rows : rule(u'-') + rows;
@@ -144,7 +144,7 @@ QString receiptText(const CheckResult &result, const QueueStatus &queue)
     text += rule(u'-');
     for (const ResultLine &line : result.lines)
         text += lineRows(line);
-    const bool expected = queue.waiting + queue.blocked > 0;
+    const bool expected = queue.waiting + queue.blocked > 0 || !result.loyaltyOff.isEmpty();
     return text + totalRows(result) + cardRows(result, expected) + loyaltyRows(result) + queueRows(queue) + rule(u'=');
 }
 
