@@ -74,6 +74,9 @@ public:
         readHeader(records.constFirst());
         for (const CsvRecord &record : records.sliced(1))
             readRecord(record);
+        const auto bad = std::ranges::find(m_day.leftOut, LeftOut::Kind::Bad, &LeftOut::kind);
+        if (m_day.receipts.isEmpty() && bad != m_day.leftOut.end())
+            fail(u"there are no receipts to sell; line %1: %2"_s.arg(QString::number(bad->line), bad->text));
         if (m_day.receipts.isEmpty())
             fail(u"there are no receipts to sell"_s);
         std::stable_sort(m_day.receipts.begin(), m_day.receipts.end(),
