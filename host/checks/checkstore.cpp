@@ -16,6 +16,7 @@
 #include <QtCore/QScopeGuard>
 
 #include <array>
+#include <limits>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -299,7 +300,8 @@ QList<CheckStore::JournalEntry> CheckStore::journal(const QDateTime &since)
     return attempt([&] {
         entries.clear();
         connection().read(u"SELECT entered, entry FROM journal WHERE entered >= ? ORDER BY id",
-                          {since.isValid() ? since.toMSecsSinceEpoch() : 0}, [&entries](const QSqlQuery &row) {
+                          {since.isValid() ? since.toMSecsSinceEpoch() : std::numeric_limits<qint64>::min()},
+                          [&entries](const QSqlQuery &row) {
                               entries.append({QDateTime::fromMSecsSinceEpoch(row.value(0).toLongLong()),
                                               QJsonDocument::fromJson(row.value(1).toString().toUtf8()).object()});
                           });
