@@ -10,6 +10,7 @@
 #include "statustext.h"
 #include "tillhost.h"
 
+#include <checks/checkstore.h>
 #include <core/basicexception.h>
 #include <core/plaintext.h>
 
@@ -79,9 +80,17 @@ ExitStatus drainQueue(const Options &options)
     const bool delivered = deliver(drain, options.drainTime, host.queue());
     const QueueStatus left = host.queue().status();
     const QJsonObject json = statusAsJson(left, QDateTime::currentDateTime());
-    console::printLine(options.queueRequest.json ? QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact))
-                                                 : statusText(left));
-    return (delivered || left.waiting == 0) && left.blocked == 0 ? Succeeded : Differed;
+    const bool works = host.queue().knownProblem().isEmpty();
+    if (options.queueRequest.json)
+        console::printLine(QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact)));
+    else if (works || left.waiting + left.blocked > 0)
+        console::printLine(statusText(left));
+    const QList<CheckStore::KeptCheck> checks = CheckStore(host.dataFolder(), CheckStore::Access::Look).checks();
+    const auto unqueued = std::ranges::count(checks, CheckStore::Standing::Ending, &CheckStore::KeptCheck::standing);
+    if (unqueued > 0)
+        std::fprintf(stderr, "%s\n",
+                     qUtf8Printable(u"Чеков, запросы которых ещё не в очереди: %1. Запустите кассу"_s.arg(unqueued)));
+    return works && unqueued == 0 && (delivered || left.waiting == 0) && left.blocked == 0 ? Succeeded : Differed;
 }
 
 ExitStatus printJournal(const Options &options)

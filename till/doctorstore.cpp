@@ -6,12 +6,15 @@
 #include <checks/checkstore.h>
 #include <core/basicexception.h>
 #include <database/databaseerror.h>
+#include <queue/dbqueuebroker.h>
 #include <queue/queueadmin.h>
 #include <queue/queuesettings.h>
 
+#include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 
@@ -29,9 +32,10 @@ using Standing = CheckStore::Standing;
 
 constexpr qint64 longWaitSeconds = 3600;
 
+/// Also of what a clock that was ahead has put into the future.
 bool isLongAgo(const QDateTime &time)
 {
-    return time.secsTo(QDateTime::currentDateTime()) > longWaitSeconds;
+    return std::abs(time.secsTo(QDateTime::currentDateTime())) > longWaitSeconds;
 }
 
 /// A database that can be read but not written to, as after a backup was copied back by another user.
@@ -67,6 +71,9 @@ Finding checkQueue(Entries &entries)
     if (settings.driver == QueueSettings::Driver::Sqlite) {
         if (const auto finding = readOnly(settings.database))
             return *finding;
+    } else if (const QString problem = DBQueueBroker().problem(); !problem.isEmpty()) {
+        return {Verdict::Failure, u"nothing can be stored on %1"_s.arg(settings.name()),
+                u"The till takes no cards until the server does; see docs/queue.md"_s, problem};
     }
     int waiting = 0;
     QDateTime oldest;
@@ -139,6 +146,10 @@ Finding checkAside(const KeptChecks &checks)
         else if (check.standing == Standing::Unreadable)
             unreadable.append(u"%1 (%2)"_s.arg(check.identifier, check.reason));
     }
+    const QStringList damaged = QDir(dataFolder()).entryList({u"checks.db.aside-*[0-9]"_s}, QDir::Files);
+    if (!damaged.isEmpty())
+        return {Verdict::Warning, u"whole files: %1"_s.arg(damaged.join(u", "_s)),
+                u"Send them to support, with checks and journal in them; then take them out of the data folder"_s};
     if (!unreadable.isEmpty())
         return {Verdict::Warning, u"cannot be read: %1"_s.arg(unreadable.join(u", "_s)),
                 u"Send checks.db to support; their goods have to be entered again"_s};

@@ -4,6 +4,7 @@
 #include <core/basicexception.h>
 #include <core/plaintext.h>
 #include <database/databaseerror.h>
+#include <queue/dbqueuebroker.h>
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -158,10 +159,14 @@ QString listAnswer(const QList<Entry> &entries, const QueueRequest &request, con
     return asText({{u"entries"_s, array}});
 }
 
-QueueAnswer statusAnswer(const QueueStatus &status, const QueueRequest &request, const QDateTime &now)
+/// `problem` keeps requests from being stored; empty when nothing does.
+QueueAnswer statusAnswer(const QueueStatus &status, const QueueRequest &request, const QDateTime &now,
+                         const QString &problem = {})
 {
     constexpr qint64 minute = 60;
     QStringList faults;
+    if (!problem.isEmpty())
+        faults.append(problem);
     if (status.blocked > 0)
         faults.append(u"есть отклонённые запросы"_s);
     if (request.maxWaiting >= 0 && status.waiting > request.maxWaiting)
@@ -169,6 +174,8 @@ QueueAnswer statusAnswer(const QueueStatus &status, const QueueRequest &request,
     if (request.maxAgeMinutes >= 0 && status.oldest.isValid() &&
         status.oldest.secsTo(now) > request.maxAgeMinutes * minute)
         faults.append(u"самому раннему больше %1 мин"_s.arg(request.maxAgeMinutes));
+    if (status.oldest.isValid() && now.secsTo(status.oldest) > minute)
+        faults.append(u"самый ранний записан в будущем, проверьте часы"_s);
     if (request.json) {
         QJsonObject object = statusAsJson(status, now);
         object.insert(u"fine"_s, faults.isEmpty());
@@ -207,7 +214,7 @@ QueueAnswer answerOf(QueueAdmin queue, const QueueRequest &request, const QDateT
     case QueueRequest::Action::List:
         return {listAnswer(queue.list(filterOf(request)), request, now)};
     case QueueRequest::Action::Status:
-        return statusAnswer(queue.status(), request, now);
+        return statusAnswer(queue.status(), request, now, DBQueueBroker().problem());
     case QueueRequest::Action::Show:
         return {showAnswer(queue.entry(request.id), request.json, now)};
     case QueueRequest::Action::Retry:

@@ -46,7 +46,7 @@ TEST_F(Lifecycle, AResultThatWasDroppedOrReplacedDoesNotComeBack)
             service.failures = {u"calculateOrder"_s};
             raise(239);
         },
-        [this] { Singleton<ActivityNotifier>::instance()->notify(Event(239, {})); },
+        [] { Singleton<ActivityNotifier>::instance()->notify(Event(239, {})); },
     };
     for (const auto &step : steps) {
         serviceAnswers(R"({"earnPoints": 3, "redeemPoints": [{"lineId": 1, "points": 10}]})");
