@@ -6,6 +6,8 @@
 #include "tsan.h"
 #include "windowdriver.h"
 
+#include <net/linkstate.h>
+
 #include <QtGui/QClipboard>
 #include <QtGui/QPixmap>
 #include <QtWidgets/QApplication>
@@ -17,6 +19,7 @@ struct WindowTest : SaleTest
 {
     WindowTest()
     {
+        Singleton<LinkState>::replace(nullptr); // of the test before
         writeFile(folder.filePath(u"data/goods.json"_s), readFile(QStringLiteral(KVO_SOURCES "/till/goods.json")));
     }
 

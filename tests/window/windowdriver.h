@@ -120,7 +120,7 @@ private:
         }
         parts += rows();
         if (!page().isEmpty())
-            parts.append(page().section(u"\n---"_s, 0, 3)); // Then follows what waits in the queue.
+            parts.append(page().section(u"\n---"_s, 0, 2)); // The rest depends on the drain.
         for (QString &part : parts)
             part = part.replace(changing, u"~"_s).simplified();
         return parts;
