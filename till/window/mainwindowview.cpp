@@ -124,7 +124,7 @@ void MainWindow::showMessage()
                    .arg(view.waitingFor, QString::number(waited / 1000), view.waitingSince.toString(u"HH:mm:ss"_s));
     const QString pending = m_isHolding ? tr("Enter добавит, Esc сотрёт: %1") : tr("Введено и будет добавлено: %1");
     if (!m_pending.isEmpty())
-        text += u'\n' + fitting(pending.arg(m_pending.join(u", "_s)));
+        text += QString(text.isEmpty() ? 0 : 1, u'\n') + fitting(pending.arg(m_pending.join(u", "_s)));
     m_message->setText(text);
     setTone(m_message, isWaiting ? u"wait"_s : view.isWarning && !text.isEmpty() ? u"warning"_s : QString());
     m_questions->showTimeLeft();
@@ -185,6 +185,7 @@ void MainWindow::submit()
     else
         m_pending.append(text);
     sendPending();
+    showMessage();
 }
 
 void MainWindow::sendPending()
