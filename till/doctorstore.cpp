@@ -49,6 +49,18 @@ std::optional<Finding> readOnly(const QString &database)
     return std::nullopt;
 }
 
+/// A queue that can be read, but takes no requests.
+std::optional<Finding> unwritable(const QueueSettings &settings)
+{
+    if (settings.driver == QueueSettings::Driver::Sqlite)
+        return readOnly(settings.database);
+    const QString problem = DBQueueBroker().problem();
+    if (problem.isEmpty())
+        return std::nullopt;
+    return Finding{Verdict::Failure, u"nothing can be stored on %1"_s.arg(settings.name()),
+                   u"The till takes no cards until the server does; see docs/queue.md"_s, problem};
+}
+
 Finding checkQueue(Entries &entries)
 {
     QueueSettings settings;
@@ -68,13 +80,8 @@ Finding checkQueue(Entries &entries)
                 u"requests"_s,
                 error.text().ru()};
     }
-    if (settings.driver == QueueSettings::Driver::Sqlite) {
-        if (const auto finding = readOnly(settings.database))
-            return *finding;
-    } else if (const QString problem = DBQueueBroker().problem(); !problem.isEmpty()) {
-        return {Verdict::Failure, u"nothing can be stored on %1"_s.arg(settings.name()),
-                u"The till takes no cards until the server does; see docs/queue.md"_s, problem};
-    }
+    if (const auto finding = unwritable(settings))
+        return *finding;
     int waiting = 0;
     QDateTime oldest;
     for (const QueueAdmin::Entry &entry : std::as_const(entries)) {
