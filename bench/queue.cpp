@@ -201,8 +201,8 @@ Side looks(QueueDelivery &delivery)
 
 void queueStatusGrowth(Pairs &pairs)
 {
-    const Backlog grown(longBacklog);
-    const Backlog small(shortBacklog);
+    Backlog grown(longBacklog);
+    Backlog small(shortBacklog);
     pairs.run(calls(10, [&] { grown.broker.status(); }), calls(10, [&] { small.broker.status(); }));
 }
 
