@@ -40,6 +40,21 @@ void importCustomers(Database &database, const std::filesystem::path &file)
     }
 }
 
+/// Removes what an earlier run has left: nobody may take its port for this one's. A file with anything else stays.
+void removePortFile(const std::filesystem::path &file)
+{
+    if (!std::filesystem::exists(std::filesystem::symlink_status(file)))
+        return;
+    std::string port;
+    std::string more;
+    if (std::filesystem::is_regular_file(file))
+        std::ifstream(file) >> port >> more;
+    if (!std::filesystem::is_regular_file(file) || !more.empty() || port.find_first_not_of("0123456789") != port.npos)
+        throw std::runtime_error(file.string() +
+                                 ": this is not the port file of an earlier run; name another with --port-file");
+    std::filesystem::remove(file);
+}
+
 /// Renames a finished file, so that a reader never sees half a number.
 void writePortFile(const std::filesystem::path &file, int port)
 {
@@ -56,9 +71,9 @@ void writePortFile(const std::filesystem::path &file, int port)
 
 int serve(const ServeOptions &options)
 {
-    const sigset_t endSignals = blockEndSignals();
     if (!options.portFile.empty())
-        std::filesystem::remove(options.portFile); // of an earlier run: nobody may take its port for this one's
+        removePortFile(options.portFile);
+    const sigset_t endSignals = blockEndSignals();
     Database database(options.database, Database::Access::Serve);
     importCustomers(database, options.customers);
     HttpServer server(database, options.server);

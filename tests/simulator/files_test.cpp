@@ -53,10 +53,14 @@ TEST_F(Files, NameThePlaceOfAMistake)
 
 TEST_F(Files, TellAGoodLedgerFromABadOneAndFromAForeignFile)
 {
-    const auto status = [this](const QString &command) {
-        return QProcess::execute(QStringLiteral(LOYALTY_SIM_PROGRAM),
-                                 {command, QStringLiteral("--database"), QString::fromStdString(file)});
+    const auto status = [this](const QString &command, const QStringList &more = {}) {
+        const QStringList arguments{command, QStringLiteral("--database"), QString::fromStdString(file)};
+        return QProcess::execute(QStringLiteral(LOYALTY_SIM_PROGRAM), arguments + more);
     };
+    const QString config = folder.filePath(QStringLiteral("till.ini"));
+    std::ofstream(config.toStdString()) << "[Kvo]";
+    EXPECT_EQ(status(QStringLiteral("serve"), {QStringLiteral("--port-file"), config}), 2);
+    EXPECT_TRUE(QFile::exists(config));
     Database(file, Database::Access::Serve).write([](const SQLite::Database &connection) {
         return addCustomers(connection, sampleCustomers());
     });
