@@ -24,6 +24,7 @@ struct Problem
     int code;
     QStringView text;
 };
+constexpr int genericError = 1;
 constexpr int busy = 5;
 constexpr int locked = 6;
 constexpr int readOnly = 8;
@@ -44,10 +45,20 @@ constexpr std::array problems = {
     Problem{notADatabase, u"файл не является базой данных; проверьте %1"},
 };
 
+// The file is of our version, so a statement that misses a table or a column means that somebody has changed it.
+bool missesSchema(const QSqlError &error)
+{
+    const QString text = error.databaseText();
+    return text.startsWith("no such table"_L1) || text.startsWith("no such column"_L1) ||
+           text.contains("has no column named"_L1);
+}
+
 int primaryCode(const QSqlError &error)
 {
     const int code = error.nativeErrorCode().toInt();
-    return code == noRoomForLogIndex ? full : code & 0xff;
+    if (code == noRoomForLogIndex)
+        return full;
+    return code == genericError && missesSchema(error) ? corrupt : code & 0xff;
 }
 
 } // namespace

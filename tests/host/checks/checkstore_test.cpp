@@ -157,6 +157,8 @@ TEST_F(CheckStoreTest, PutsAFileAsideThatIsBeyondUse)
         {"no database", [&] { writeFile(file, QByteArray(10'000, 'x')); }},
         {"a single byte", [&] { writeFile(file, "x"); }},
         {"damaged", [&] { writeFile(file, readFile(file).first(4096) + QByteArray(20'000, '\xff')); }},
+        {"without a table", [&] { runSql(file, u"DROP TABLE part"_s); }},
+        {"without a column", [&] { runSql(file, u"ALTER TABLE part RENAME COLUMN content TO text"_s); }},
         {"newer", [&] { runSql(file, u"PRAGMA user_version = 2"_s); }},
         {"another program's", [&] { runSql(file, u"PRAGMA application_id = 7"_s); }},
     };
