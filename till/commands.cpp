@@ -62,12 +62,19 @@ ExitStatus fail(const BasicException &error, ExitStatus status)
 
 bool deliver(QueueDrain &drain, std::chrono::seconds time, EndingQueue &queue)
 {
+    const auto warn = [](const QString &problem) {
+        if (!problem.isEmpty())
+            std::fprintf(stderr, "%s\n",
+                         qUtf8Printable(u"Очередь не работает: "_s + plainText(problem, longestReason)));
+    };
     if (const QString problem = queue.findProblem(); !problem.isEmpty()) {
-        console::printLine(u"\nОчередь не работает: "_s + plainText(problem, longestReason));
+        warn(problem);
         return false;
     }
     drain.wakeUp();
-    return ::isatty(STDERR_FILENO) ? waitWithProgress(drain, time) : drain.waitUntilDrained(time);
+    const bool delivered = ::isatty(STDERR_FILENO) ? waitWithProgress(drain, time) : drain.waitUntilDrained(time);
+    warn(drain.problem());
+    return delivered;
 }
 
 ExitStatus drainQueue(const Options &options)
@@ -80,7 +87,7 @@ ExitStatus drainQueue(const Options &options)
     const bool delivered = deliver(drain, options.drainTime, host.queue());
     const QueueStatus left = host.queue().status();
     const QJsonObject json = statusAsJson(left, QDateTime::currentDateTime());
-    const bool works = host.queue().knownProblem().isEmpty();
+    const bool works = host.queue().knownProblem().isEmpty() && drain.problem().isEmpty();
     if (options.queueRequest.json)
         console::printLine(QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact)));
     else if (works || left.waiting + left.blocked > 0)

@@ -51,6 +51,12 @@ bool QueueDrain::waitUntilDrained(std::chrono::milliseconds timeout)
     return m_drained.wait_for(lock, timeout, [this, asked] { return m_drainedAt >= asked; });
 }
 
+QString QueueDrain::problem() const
+{
+    const std::scoped_lock lock(m_mutex);
+    return m_problem;
+}
+
 void QueueDrain::run(const QueueSettings &settings)
 {
     QueueDelivery delivery(settings, m_handlers, {{}, {}, [this] { return m_stopping.load(); }});
@@ -62,7 +68,9 @@ void QueueDrain::run(const QueueSettings &settings)
         try {
             work(delivery, seen);
             failures = 0;
-        } catch (const BasicException &) { // logged where it was thrown
+            reportProblem({});
+        } catch (const BasicException &error) { // logged where it was thrown
+            reportProblem(error.text().ru());
             pause += backOff.delay(++failures);
         }
         if (!m_stopping)
@@ -89,4 +97,10 @@ void QueueDrain::reportDrained(quint64 seen)
     const std::scoped_lock lock(m_mutex);
     m_drainedAt = seen;
     m_drained.notify_all();
+}
+
+void QueueDrain::reportProblem(const QString &problem)
+{
+    const std::scoped_lock lock(m_mutex);
+    m_problem = problem;
 }

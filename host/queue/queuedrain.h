@@ -48,17 +48,23 @@ public:
     /// if something is left then.
     [[nodiscard]] bool waitUntilDrained(std::chrono::milliseconds timeout);
 
+    /// Why the drain could not work when it last tried, as a text for the cashier; empty when it could, and before it
+    /// has tried. That a service takes nothing is no such reason: see QueueStatus::lastError.
+    QString problem() const;
+
 private:
     void run(const QueueSettings &settings);
     void work(QueueDelivery &delivery, quint64 seen);
     void reportDrained(quint64 seen);
+    void reportProblem(const QString &problem);
 
     std::chrono::milliseconds m_timeBetweenLooks;
     QHash<QString, QueueHandler> m_handlers;
     std::thread m_thread;
     std::atomic<bool> m_stopping = false;
     std::atomic<bool> m_endBackOffs = false;
-    std::mutex m_mutex;
+    mutable std::mutex m_mutex;
     std::condition_variable m_drained;
     quint64 m_drainedAt = 0; // the signal's count at a look that found nothing deliverable
+    QString m_problem;
 };
