@@ -22,8 +22,8 @@ JournalLine readJournalLine(const Json &object, const std::string &where)
 JournalCheck readCheck(const Json &object)
 {
     const Fields fields(object, "",
-                        {"check", "opened", "outcome", "cashier", "card", "customer", "tier", "balance", "basket",
-                         "lines", "spent", "earned"});
+                        {"check", "opened", "entered", "outcome", "cashier", "card", "customer", "tier", "balance",
+                         "basket", "lines", "spent", "earned"});
     JournalCheck check;
     check.check = fields.filledText("check");
     const std::string outcome = fields.text("outcome");

@@ -26,10 +26,9 @@ QString journalText(const QList<CheckStore::JournalEntry> &entries, bool json)
 {
     QString text;
     for (const CheckStore::JournalEntry &entry : entries) {
-        if (json)
-            text += QString::fromUtf8(QJsonDocument(entry.entry).toJson(QJsonDocument::Compact)) + u'\n';
-        else
-            text += lineOf(entry);
+        QJsonObject object = entry.entry;
+        object.insert(u"entered"_s, entry.entered.toUTC().toString(Qt::ISODateWithMs));
+        text += json ? QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + u'\n' : lineOf(entry);
     }
     return text;
 }
