@@ -38,11 +38,12 @@ std::optional<CheckResult> resume(CheckSession &session)
     }
 }
 
-/// Recovers what an earlier run has left, and says so.
-void recover(SellingTill &till)
+/// Recovers what an earlier run has left, and says so. Returns the check whose ending that was.
+std::optional<CheckResult> recover(SellingTill &till)
 {
     till.host().queue().findProblem();
-    if (const std::optional<CheckResult> ended = resume(till.session())) {
+    const std::optional<CheckResult> ended = resume(till.session());
+    if (ended) {
         console::printLine(u"\nЗавершён чек, прерванный при закрытии"_s);
         printReceipt(*ended, till.drain());
     } else if (till.session().isOpen()) {
@@ -50,6 +51,7 @@ void recover(SellingTill &till)
     }
     if (const QString reason = till.session().loyaltyOff(); !reason.isEmpty())
         console::printLine(u"Бонусы не работают: "_s + plainText(reason, longestReason));
+    return ended;
 }
 
 /// Says what is open and what can be done with it.
@@ -85,8 +87,8 @@ ExitStatus play(const QList<Scenario> &scenarios, SellingTill &till, ScriptedCas
     return player.differences() > 0 ? Differed : Succeeded;
 }
 
-/// Recovers what an earlier run has left, then runs `sell`. `answers` are for questions during the recovery. A failure
-/// in `sell` gives the status Differed.
+/// Recovers what an earlier run has left, then runs `sell`, which gets the check whose ending that was. `answers` are
+/// for questions during the recovery. A failure in `sell` gives the status Differed.
 template <class Sell>
 ExitStatus withTill(const Options &options, const Answers &answers, Sell sell)
 {
@@ -94,9 +96,9 @@ ExitStatus withTill(const Options &options, const Answers &answers, Sell sell)
     cashier->beginCheck(answers);
     SellingTill till(options.configFile, cashier);
     cashier->setLoyaltySystem(till.system());
-    recover(till);
+    const std::optional<CheckResult> ended = recover(till);
     try {
-        return sell(till, *cashier);
+        return sell(till, *cashier, ended);
     } catch (const BasicException &error) {
         return fail(error, Differed);
     } catch (const console::InputEnded &error) {
@@ -114,14 +116,14 @@ ExitStatus runScenarios(const Options &options)
     // A first check that goes on with the open one has the answers for its recovery as well.
     const ScenarioCheck *first = firstCheck(scenarios);
     const Answers answers = first && first->continued ? first->answers : Answers();
-    return withTill(options, answers, [&](SellingTill &till, ScriptedCashier &cashier) {
+    return withTill(options, answers, [&](SellingTill &till, ScriptedCashier &cashier, const auto &) {
         return play(scenarios, till, cashier, options);
     });
 }
 
 ExitStatus sellByHand(const Options &options)
 {
-    return withTill(options, {}, [&](SellingTill &till, ScriptedCashier &) {
+    return withTill(options, {}, [&](SellingTill &till, ScriptedCashier &, const auto &) {
         const auto [catalogue, problem] = openCatalogue(till.host().goodsFile());
         if (!problem.isEmpty())
             console::printLine(plainText(problem, longestReason));
@@ -133,13 +135,15 @@ ExitStatus sellByHand(const Options &options)
 
 ExitStatus voidOpenCheck(const Options &options)
 {
-    return withTill(options, {}, [&](SellingTill &till, ScriptedCashier &) {
+    return withTill(options, {}, [&](SellingTill &till, ScriptedCashier &, const std::optional<CheckResult> &ended) {
+        const bool isTooLate = ended && ended->outcome == "closed"_L1;
         if (till.session().isOpen())
             printReceipt(till.session().voidCheck(), till.drain());
         else
-            console::printLine(u"Открытого чека нет, аннулировать нечего"_s);
+            console::printLine(isTooLate ? u"Чек уже закрывался и теперь закрыт, аннулировать его нельзя"_s
+                                         : u"Открытого чека нет, аннулировать нечего"_s);
         deliverRest(till, options);
-        return Succeeded;
+        return isTooLate ? Differed : Succeeded;
     });
 }
 

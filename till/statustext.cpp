@@ -36,7 +36,10 @@ QString openCheckText(CheckStore &store, const QString &configFile)
         return (notice.isEmpty() ? u"Открытого чека нет"_s : notice) + u'\n';
     const auto card = document->getCardRecords().value(0);
     const CheckResult result = resultOf(*document, card, card ? card->getPointsForEarn().toDouble() : 0);
-    return checkView(result) + waitingFor(TillState::readFrom(*document)) + u'\n' + waysToGoOn(configFile);
+    const TillState state = TillState::readFrom(*document);
+    return checkView(result) + waitingFor(state) + u'\n' +
+           (state.ending == TillState::Ending::None ? waysToGoOn(configFile)
+                                                    : u"Завершить: kvo-till run --config %1\n"_s.arg(configFile));
 }
 
 QString queueText(TillHost &host)
