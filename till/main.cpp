@@ -22,7 +22,9 @@ namespace {
 CLI::Option *addText(CLI::App *command, const std::string &name, QString &text, const std::string &description)
 {
     const auto store = [&text](const std::string &value) { text = QString::fromStdString(value); };
-    return command->add_option_function<std::string>(name, store, description)->default_str(text.toStdString());
+    return command->add_option_function<std::string>(name, store, description)
+        ->default_str(text.toStdString())
+        ->check([](const std::string &value) { return value.empty() ? "an empty text makes no sense here" : ""; });
 }
 
 CLI::Option *addTexts(CLI::App *command, const std::string &name, QStringList &texts, const std::string &description)

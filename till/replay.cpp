@@ -114,6 +114,8 @@ bool agreesWithLedger(const QString &dataFolder, const QString &ledger)
 ExitStatus replayDay(const Day &day, const Options &options)
 {
     const QString folder = configuredDataFolder(*readConfiguration(options.configFile));
+    if (const QString &ledger = options.replay.ledger; !ledger.isEmpty() && !QFileInfo(ledger).isFile())
+        throw BasicException(u"--ledger %1: there is no such file; name the database of loyalty-sim"_s.arg(ledger));
     ReplayTills tills(day);
     tills.run(tillArguments(options, folder));
     console::print(soldText(day, tills));
