@@ -82,6 +82,7 @@ bool Plugin::restoreLoyaltySystem()
 
     const QVariant impacts = getPluginData(bonusImpactsKey, QVariant());
     bonusImpacts = impacts.value<BonusImpactPtrList>();
+    bonusImpacts.removeAll(nullptr); // a host may have stored one
     if (isDamaged(impacts, bonusImpacts))
         unreadable.append(bonusImpactsKey);
     linkCard(bonusImpacts, getCard());
