@@ -13,7 +13,7 @@ namespace bench {
 
 namespace {
 
-constexpr int callsPerRepetition = 10;
+constexpr int exchangesPerRepetition = 10;
 
 QJsonObject cardInfo(const kvo::Interface &client)
 {
@@ -21,13 +21,13 @@ QJsonObject cardInfo(const kvo::Interface &client)
 }
 
 /// A client of the service of fixed answers.
-struct Till
+struct ServedClient
 {
     AnswerServer server{answers(0)};
     FakeConfig config{settings(server)};
     kvo::Interface client;
     Exchange exchange = record([this] { cardInfo(client); }).first();
-    Side ours = calls(callsPerRepetition, [this] { benchmark::DoNotOptimize(cardInfo(client)); });
+    Side ours = calls(exchangesPerRepetition, [this] { benchmark::DoNotOptimize(cardInfo(client)); });
 };
 
 /// A call with its twin, and the slowest of each.
@@ -50,20 +50,21 @@ std::function<void()> pricing(const kvo::Interface &client, int lines)
 
 void exchangeVsCurl(Pairs &pairs)
 {
-    const Till till;
-    BareCurl curl(till.exchange);
-    pairs.run(till.ours, calls(callsPerRepetition, [&] { benchmark::DoNotOptimize(curl.send(till.exchange)); }));
+    const ServedClient served;
+    BareCurl curl(served.exchange);
+    pairs.run(served.ours,
+              calls(exchangesPerRepetition, [&] { benchmark::DoNotOptimize(curl.send(served.exchange)); }));
 }
 
 void exchangeVsQnam(Pairs &pairs)
 {
-    const Till till;
+    const ServedClient served;
     NetworkAccess network;
-    const auto ask = [&, request = NetworkAccess::requestOf(till.exchange)] {
+    const auto ask = [&, request = NetworkAccess::requestOf(served.exchange)] {
         return network.send(request, {}).value("data"_L1).toObject();
     };
-    require(ask() == cardInfo(till.client), "cardInfo: the two clients read different answers");
-    pairs.run(till.ours, calls(callsPerRepetition, [&] { benchmark::DoNotOptimize(ask()); }));
+    require(ask() == cardInfo(served.client), "cardInfo: the two clients read different answers");
+    pairs.run(served.ours, calls(exchangesPerRepetition, [&] { benchmark::DoNotOptimize(ask()); }));
 }
 
 double stall(const QString &url)

@@ -20,7 +20,7 @@ namespace bench {
 
 namespace {
 
-constexpr int lines = 20;
+constexpr int linesOfOrder = 20;
 
 QVariantHash withQueue(QVariantHash values, const QString &file)
 {
@@ -32,7 +32,7 @@ QVariantHash withQueue(QVariantHash values, const QString &file)
 QList<QJsonObject> makeEvents(const kvo::Interface &client)
 {
     const auto card = makeCard();
-    const auto check = makeCheck(lines);
+    const auto check = makeCheck(linesOfOrder);
     card->setOperationId(client.createUuid());
     card->setOperationInfo(client.createOrderBody(check, card, false));
     return {client.postOrderRequest(card).toQueueEvent(), client.bindOrderIdRequest(check, card).toQueueEvent()};

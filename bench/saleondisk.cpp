@@ -28,7 +28,7 @@ namespace bench {
 
 namespace {
 
-constexpr int lines = 20;
+constexpr int linesOfSale = 20;
 constexpr int exchangesOfASale = 7;
 
 QVariantHash inFolder(QVariantHash values, const QString &folder)
@@ -59,7 +59,7 @@ public:
     void sell()
     {
         m_session->open();
-        for (int number = 1; number <= lines; ++number)
+        for (int number = 1; number <= linesOfSale; ++number)
             m_session->addGoods(makeLine(number));
         m_session->addCard(ECardNumberType::Scanned, makeCard()->getNumber().toString());
         m_session->price();
@@ -139,7 +139,7 @@ private:
     void addLines()
     {
         QJsonArray items;
-        for (int number = 1; number <= lines; ++number) {
+        for (int number = 1; number <= linesOfSale; ++number) {
             items.append(lineOf(*makeLine(number)));
             m_check.insert(u"lines"_s, items);
             save();
@@ -209,7 +209,7 @@ private:
 
 void saleOnDiskVsPlainQt(Pairs &pairs)
 {
-    const AnswerServer server(answers(lines));
+    const AnswerServer server(answers(linesOfSale));
     WholeTill ours(server);
     const QList<Exchange> exchanges = record([&] { ours.sell(); });
     require(exchanges.size() == exchangesOfASale, "sale on disk: unexpected number of exchanges");

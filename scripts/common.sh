@@ -7,7 +7,7 @@ readonly build_packages=(
     g++ cmake ninja-build ccache pkgconf python3
     qt6-base-dev qt6-svg-dev libqt6sql6-sqlite libqt6sql6-psql postgresql libcurl4-openssl-dev libssl-dev libspdlog-dev
     libcpp-httplib-dev libcli11-dev nlohmann-json3-dev libsqlitecpp-dev libsqlite3-dev libedit-dev
-    libgtest-dev libgmock-dev
+    libgtest-dev libgmock-dev libbenchmark-dev
 )
 # For the tests of the simulator's page, which are skipped without it.
 readonly page_packages=(chromium)
@@ -15,7 +15,7 @@ readonly lint_packages=(clang-format clang-tidy cppcheck)
 readonly fuzz_packages=(clang libclang-rt-14-dev)
 readonly package_packages=(dpkg-dev fakeroot lintian debootstrap)
 readonly docs_packages=(mscgen)
-readonly bench_packages=(libbenchmark-dev gnuplot-nox jq strace)
+readonly bench_packages=(gnuplot-nox jq strace)
 
 say() {
     printf '\n== %s\n' "$*"
