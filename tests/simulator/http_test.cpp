@@ -12,33 +12,8 @@ namespace sim {
 
 using Http = SimulatorTest;
 
-TEST_F(Http, AnswersWhatItKnowsOfACustomer)
+TEST_F(Http, RefusesWrongCredentials)
 {
-    const std::pair<const char *, const char *> cases[] = {
-        {"searchCustomer?Brand=K&Phone=%2B79001234567",
-         R"({"BirthDate": "1990-05-17 00:00:00", "CardNumber": "7770000000001", "CustAccount": "C-0001",
-             "Email": "ivanova@example.org", "FirstName": "Мария", "Gender": 2, "LastName": "Иванова",
-             "MiddleName": "Петровна", "Phone": "+79001234567"})"},
-        {"cardInfo?Brand=K&CardNumber=7770000000018&CustAccountNum=C-0001",
-         R"({"Tiers": [{"Discount": -1, "Name": "Бронза"}, {"Discount": 5, "Name": "Серебро"},
-             {"Discount": -1, "Name": "Золото"}]})"},
-        {"loyaltyBalanceInfo?Brand=K&CardNumber=7770000000001&CustAccountNum=C-0001", R"({"AmountQty": 1500.0})"},
-    };
-    for (const auto &[query, data] : cases)
-        EXPECT_EQ(caller.query(query).json(), (Json{{"success", true}, {"data", Json::parse(data)}})) << query;
-}
-
-TEST_F(Http, RefusesWrongQueriesAndCredentials)
-{
-    const std::pair<const char *, int> cases[] = {
-        {"searchCustomer?Brand=K&Phone=+79001234567", 400}, // the plus is not encoded
-        {"searchCustomer?Brand=K&CardNumber=%ff%fe", 404},
-        {"searchCustomer?Brand=X&CardNumber=7770000000001", 400},
-        {"cardInfo?Brand=K&CardNumber=7770000000032&CustAccountNum=C-0001", 404},
-        {"searchCustomer?Brand=K&CardNumber=7770000000001", 200},
-    };
-    for (const auto &[query, status] : cases)
-        EXPECT_EQ(caller.query(query).status, status) << query;
     caller.http.set_basic_auth("u", "wrong");
     EXPECT_EQ(caller.query("searchCustomer?Brand=K&CardNumber=7770000000001").status, 401);
     EXPECT_EQ(caller.call("createOrder", "b").status, 401);
@@ -58,19 +33,10 @@ TEST_F(Http, RefusesWrongBodiesNamingTheField)
     const std::string createOrder = std::string(Api::loyaltyPath) + "createOrder";
     std::string deep = order("b", {}).dump();
     deep.replace(deep.find(R"("0.00")"), 6, std::string(100'000, '[') + std::string(100'000, ']'));
-    for (const char *body : {"", "{", "[]", "\xff", deep.c_str()})
+    for (const char *body : {"", "\xff", deep.c_str()})
         EXPECT_EQ(caller.send(createOrder, body).status, 400) << body;
-    EXPECT_EQ(caller.post("createOrder", order("b", {line(1, "1.00"), line(1, "1.00")})).status, 400);
     EXPECT_EQ(caller.http.Post(createOrder, order("b", {}).dump(), "text/plain")->status, 415);
     EXPECT_THAT(caller.ledger()["orders"], IsEmpty());
-    EXPECT_THAT(caller.send("/sim/balance", R"({"account": "C-9", "balance": "1.00"})").text,
-                HasSubstr("customer C-9"));
-    const char *customer = R"({"CustAccount": "C-0001", "LastName": "A", "FirstName": "B", "Phone": "+79990001122",
-                               "Cards": ["9"]})";
-    EXPECT_THAT(caller.send("/sim/customers", customer).text, HasSubstr("C-0001 exists already"));
-    for (const char *query : {"phone=abc", "last=-1", "last=1x"})
-        EXPECT_EQ(caller.get(std::string("/sim/outbox?") + query).status, 400) << query;
-    EXPECT_EQ(caller.http.Delete("/sim/outbox")->get_header_value("Allow"), "GET");
 }
 
 TEST_F(Http, PrintsTheLatestRequestsAndListsMessages)

@@ -2,6 +2,7 @@
 #include "audit.h"
 #include "pricing.h"
 #include "simulatorfixture.h"
+#include "tests/support/golden.h"
 
 namespace sim {
 
@@ -48,25 +49,27 @@ TEST_F(Orders, GoThroughTheirLifeAsPromised)
     }
 }
 
-TEST_F(Orders, GiveAReservationBackWhenTheyChange)
+/// Each row is a request, the usual one of a method or one that is written out, and its answer.
+TEST_F(Orders, AreKeptAsInThisSession)
 {
-    caller.call("createOrder", "b");
-    EXPECT_EQ(caller.balance(), "1450.00");
-    const Json unredeemable = order("b", {line(1, "100.00", {{"noDiscountAllowed", true}})});
-    EXPECT_EQ(caller.post("createOrder", unredeemable).result()["redeemPoints"], Json::array());
-    EXPECT_EQ(caller.balance(), "1500.00");
-
-    caller.call("createOrder", "b");
-    Json bigger = order("b", {line(1, "100.00"), line(2, "10.00")});
-    bigger["orderLines"][0]["paymentDiscAmount"] = "-0.00";
-    bigger["paymentDiscAmount"] = "0.01"; // 0.0049 twice, rounded
-    EXPECT_EQ(caller.post("updateOrder", bigger).result(),
-              (Json{{"basket", "b"}, {"earnPoints", 5.5}, {"redeemPoints", Json::array()}}));
-    EXPECT_EQ(caller.balance(), "1500.00");
-    EXPECT_EQ(caller.call("postOrder", "b").outcome(), "104") << "the body of the creation is not the last accepted";
-    EXPECT_EQ(caller.post("cancelOrder", basketBody("b", otherCard)).outcome(), "107");
-    EXPECT_EQ(caller.post("postOrder", bigger).outcome(), "ok");
-    EXPECT_EQ(caller.balance(), "1505.50");
+    expectCases(u"simulator/session.txt"_s, [this](const QByteArray &row) {
+        const QByteArrayList words = row.split(' ');
+        httplib::Request request;
+        request.method = words[0].toStdString();
+        request.path = words[1].toStdString();
+        request.body = words.mid(2).join(' ').toStdString();
+        if (!words[1].startsWith("/")) {
+            Json body = usualBody(request.method, "b");
+            body.merge_patch(Json::parse(words.mid(1).join(' ').toStdString()));
+            request.path = Api::loyaltyPath + request.method;
+            request.method = "POST";
+            request.body = body.dump();
+        }
+        request.set_header("Content-Type", "application/json");
+        const httplib::Result answer = caller.http.send(request);
+        return QString::number(answer->status) + u' ' +
+               QString::fromStdString(answer->get_header_value("Allow") + answer->body);
+    });
 }
 
 TEST_F(SimulatorTest, SaysWhatIsWrongWithItsLedger)

@@ -62,6 +62,15 @@ inline Json order(const std::string &basket, const std::vector<Json> &lines, con
     return body;
 }
 
+inline Json usualBody(const std::string &method, const std::string &basket)
+{
+    Json body =
+        method == "cancelOrder" || method == "bindOrderId" ? basketBody(basket) : order(basket, {line(1, "100.00")});
+    if (method == "bindOrderId")
+        body["orderID"] = "check-" + basket;
+    return body;
+}
+
 /// Speaks to a simulator over real HTTP with the credentials u:p.
 class Caller
 {
@@ -85,11 +94,7 @@ public:
     /// Calls "calculateOrder", "createOrder" and so on with the usual body for the basket.
     Received call(const std::string &method, const std::string &basket)
     {
-        Json body = method == "cancelOrder" || method == "bindOrderId" ? basketBody(basket)
-                                                                       : order(basket, {line(1, "100.00")});
-        if (method == "bindOrderId")
-            body["orderID"] = "check-" + basket;
-        return post(method, body);
+        return post(method, usualBody(method, basket));
     }
 
     void fault(const Json &fault) { EXPECT_EQ(send("/sim/faults", fault.dump()).outcome(), "ok"); }
