@@ -7,6 +7,7 @@
 #include <cmath>
 #include <numeric>
 #include <optional>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -16,18 +17,21 @@ namespace {
 
 using Kind = SettingFault::Kind;
 
-/// Edit distance, ignoring case.
-qsizetype distance(const QString &from, const QString &to)
+/// How many letters have to be put in, left out, replaced or swapped with their neighbour, ignoring case.
+qsizetype distance(const QString &one, const QString &other)
 {
+    const QString from = one.toCaseFolded();
+    const QString to = other.toCaseFolded();
     QList<qsizetype> row(to.size() + 1);
     std::iota(row.begin(), row.end(), 0);
+    QList<qsizetype> above;
     for (qsizetype i = 0; i < from.size(); ++i) {
-        qsizetype diagonal = row[0];
+        const QList<qsizetype> twoAbove = std::exchange(above, row);
         row[0] = i + 1;
         for (qsizetype j = 0; j < to.size(); ++j) {
-            const qsizetype replaced = diagonal + (from[i].toCaseFolded() == to[j].toCaseFolded() ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+            row[j + 1] = std::min({above[j] + (from[i] == to[j] ? 0 : 1), row[j] + 1, above[j + 1] + 1});
+            if (i > 0 && j > 0 && from[i] == to[j - 1] && from[i - 1] == to[j])
+                row[j + 1] = std::min(row[j + 1], twoAbove[j - 1] + 1);
         }
     }
     return row.last();
@@ -83,6 +87,12 @@ std::optional<Kind> numberFault(const Setting &setting, const QString &value, QS
     return Kind::DecimalComma;
 }
 
+/// Whether a path can be put behind it; a name and a password belong into settings of their own.
+bool isBaseAddress(const QUrl &url)
+{
+    return isHttpAddress(url) && url.userInfo().isEmpty() && !url.hasQuery() && !url.hasFragment();
+}
+
 std::optional<Kind> valueFault(const Setting &setting, const QString &value, QString &expected)
 {
     expected = setting.range();
@@ -92,7 +102,7 @@ std::optional<Kind> valueFault(const Setting &setting, const QString &value, QSt
     case Setting::Kind::Choice:
         return setting.choices.contains(value, Qt::CaseInsensitive) ? std::nullopt : std::optional(Kind::NotAChoice);
     case Setting::Kind::Address:
-        return isHttpAddress(QUrl(value, QUrl::TolerantMode)) ? std::nullopt : std::optional(Kind::WrongForm);
+        return isBaseAddress(QUrl(value, QUrl::TolerantMode)) ? std::nullopt : std::optional(Kind::WrongForm);
     case Setting::Kind::Path: // With another beginning no URL can be made of host and path.
         return value.startsWith(u'/') ? std::nullopt : std::optional(Kind::WrongForm);
     case Setting::Kind::Whole:

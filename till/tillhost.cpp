@@ -60,7 +60,6 @@ TillHost::~TillHost()
     // Databases are closed here and not with the process's last static objects, when Qt is gone.
     Singleton<CheckStore>::replace(nullptr);
     Singleton<DBQueueBroker>::replace(nullptr);
-    m_queue.clear();
 }
 
 void TillHost::lockDataFolder()

@@ -25,6 +25,7 @@ TEST_F(SaleTest, ReplaysADayWithTwoTillsAndEqualBooks)
     // with each check, which is too little for the first one.
     addFault({{u"method"_s, u"createOrder"_s}, {u"kind"_s, u"status"_s}, {u"times"_s, 4}});
     text += askTill({u"replay"_s, file, u"--ledger"_s, ledger}, {}, 1);
+    EXPECT_TRUE(askTerminal(u"replay '%1'"_s.arg(file)).contains(u"\r[##############################] 3/3  "_s));
     movePluginFolder();
     expectText(text + askTill(twoTills, {}, 2), u"sale/replay.txt"_s);
 }
