@@ -218,6 +218,7 @@ TEST_F(WindowTest, LivesAndTakesGoodsWhileAnExchangeHangs)
     addFault({{u"method"_s, u"calculateOrder"_s}, {u"kind"_s, u"delay"_s}, {u"milliseconds"_s, 1500}});
     shop->hit(Qt::Key_F4);
     ASSERT_TRUE(WindowDriver::waitFor([this] { return shop->shown().contains(u"Рассчитываем чек: ждём"_s); }));
+    EXPECT_EQ(shop->window.findChild<QLabel *>(u"message"_s)->property("tone"), u"wait"_s);
     shop->hit(Qt::Key_F12); // Not now.
     shop->scan(u"9999999999999"_s);
     ASSERT_TRUE(shop->type(u"4600000000011"_s));
@@ -229,7 +230,7 @@ TEST_F(WindowTest, LivesAndTakesGoodsWhileAnExchangeHangs)
     ASSERT_TRUE(shop->type(u"4600000000011"_s) && shop->press(Qt::Key_Escape)); // Dropped.
     ASSERT_TRUE(shop->type(u"4600000000042"_s) && shop->press({Qt::Key_Up, Qt::Key_Up, Qt::Key_Up, Qt::Key_F6}));
     ASSERT_TRUE(shop->type(u"1,5"_s) && shop->press(Qt::Key_F6) && shop->type(u"=40,50"_s));
-    ASSERT_TRUE(shop->press({Qt::Key_Down, Qt::Key_F7, Qt::Key_F7, Qt::Key_F8}));
+    ASSERT_TRUE(shop->press({Qt::Key_Down, Qt::Key_F7, Qt::Key_F7, Qt::Key_F8}) && shop->type(u"Ж"_s.repeated(250)));
     expectText(shop->story(), u"window/lines.txt"_s);
 }
 

@@ -113,9 +113,11 @@ private:
             uR"((\d\d\.\d\d(\.\d{4})? )?\d+:\d\d(:\d\d)?|[0-9a-f]{8}-[0-9a-f-]{27}|ждут \d+|/tmp/\S*)"_s);
         QStringList parts;
         for (const auto *part : window.findChildren<QWidget *>()) {
-            const QString text = part->property("text").toString().remove(QChar(0x200B)).replace(u'\n', u'/');
+            QString text = part->property("text").toString().remove(QChar(0x200B)).replace(u'\n', u'/');
+            text = text.isEmpty() ? part->accessibleName() : text;
+            const bool isRight = part->property("alignment").value<Qt::Alignment>().testFlag(Qt::AlignRight);
             if (part->isVisible() && !text.isEmpty())
-                parts.append((part->isEnabled() ? text : u'(' + text + u')') + u' ' +
+                parts.append((part->isEnabled() ? text : u'(' + text + u')') + (isRight ? u" → "_s : u" "_s) +
                              part->property("tone").toString());
         }
         parts += rows();
