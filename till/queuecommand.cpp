@@ -179,6 +179,7 @@ QueueAnswer statusAnswer(const QueueStatus &status, const QueueRequest &request,
     if (request.json) {
         QJsonObject object = statusAsJson(status, now);
         object.insert(u"fine"_s, faults.isEmpty());
+        object.insert(u"faults"_s, QJsonArray::fromStringList(faults));
         return {asText(object), faults.isEmpty()};
     }
     QString text = statusText(status) + u'\n';

@@ -66,7 +66,7 @@ TEST(ReplayDay, TellsSalesReturnsAndBadLinesApart)
         {"Bill,sku,qty,Net\n", "there are no receipts to sell"},
     };
     for (const auto &[data, reason] : refused)
-        EXPECT_THAT(refusalOf([&] { dayOf(data, columns); }).toStdString(),
+        EXPECT_THAT(refusalOf([&, text = data] { dayOf(text, columns); }).toStdString(),
                     HasSubstr(std::string("day.csv: ") + reason));
 }
 
