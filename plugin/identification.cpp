@@ -87,8 +87,6 @@ bool Plugin::identifyByCard(QSharedPointer<DocumentCardRecord> &card, ECardNumbe
         const double balance = interface->loyaltyBonusInfo(number, client->getIdClient());
         card->setBonusBalance(balance);
         pointsForSpend = balance;
-        if (card->getOperationId().isEmpty())
-            orderCreated = false; // It told of an earlier check's order.
         updatePluginData();
         return true;
     } catch (const BasicException &error) {

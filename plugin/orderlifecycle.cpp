@@ -66,6 +66,7 @@ void Plugin::assignOperationId(DocumentCardRecord &card)
 {
     if (!card.getOperationId().isEmpty())
         return;
+    orderCreated = false;
     card.setOperationId(interface->createUuid());
     auto unnamed = qScopeGuard([&card] { card.setOperationId(QString()); });
     updatePluginData();
@@ -99,7 +100,8 @@ bool Plugin::commit(const QSharedPointer<AbstractDocument> &document)
     const auto card = getCard();
     if (!hasCheckAndCard(document, card))
         return true;
-    if (!orderCreated) {
+    // Without an operation id, an order known to exist belongs to an earlier check.
+    if (!orderCreated || card->getOperationId().isEmpty()) {
         if (!createOrder(document, card, true))
             return true;
         // Before the first push: a repeated commit must not replace an order that may already be posted.
@@ -139,7 +141,6 @@ bool Plugin::cancelOrder(const QSharedPointer<AbstractDocument> &document, bool 
     }
     card->setOperationInfo(QVariant());
     card->setOperationId(QString());
-    orderCreated = false;
     return true;
 }
 

@@ -65,6 +65,7 @@ TEST_F(Lifecycle, AResultThatWasDroppedOrReplacedDoesNotComeBack)
 TEST_F(Lifecycle, ClosingCreatesOneOrderWithoutSpending)
 {
     card->setOperationId(QString());
+    plugin.orderCreated = true; // Of an earlier check's order.
     service.failures = {u"createOrder"_s, u"createOrder"_s};
     expectRetries(createError, 2);
     QString saved; // What the disk knows of the order when the service first hears of it.

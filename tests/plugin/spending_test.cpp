@@ -12,6 +12,7 @@ TEST_F(Spending, TurnsRedeemedPointsIntoDiscountsAndEarnedOnesIntoRecords)
 {
     LogFile log;
     plugin.pointsForSpend = 150;
+    plugin.orderCreated = true; // Of an earlier check.
     card->setOperationId({});
     bool isKnown = true; // What the disk says of the order when the service first hears of it.
     ON_CALL(*saveToFile, save).WillByDefault([&] {
