@@ -14,7 +14,9 @@ void CardAddLogic::removeCard(const QSharedPointer<AbstractDocument> &document,
 {
     if (!document || !card || !document->getCardRecords().contains(card))
         return;
-    if (const auto system = Singleton<LoyaltySystems>::instance()->findByCard(*card)) {
+    // A system has the order of one card, its own; another one of its kind has nothing to be cancelled.
+    if (const auto system = Singleton<LoyaltySystems>::instance()->findByCard(*card);
+        system && system->getCard() == card) {
         system->rollback(document);
         system->cancel();
         // Points stored with the check must not come back with it after a restart.

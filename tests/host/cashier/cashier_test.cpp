@@ -119,6 +119,9 @@ TEST(CardAddLogic, KeepsTheCardUntilTheCancellationIsStored)
     system.setPluginData(u"pointsForSpend"_s, 10);
     system.setPointsForSpend(10);
     system.init();
+    const auto second = builder::card(u"2600002"_s, 26);
+    check->addCard(second);
+    CardAddLogic().removeCard(check, second); // The order is the first one's.
     EXPECT_THROW(CardAddLogic().removeCard(check, card), BasicException);
     EXPECT_EQ(check->getCardRecords(), QList{card});
     EXPECT_EQ(check->getDiscountSum().kopecks(), 1000);
