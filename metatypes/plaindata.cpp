@@ -117,8 +117,10 @@ QVariantList toPlainList(const BonusImpactPtrList &impacts)
 {
     QVariantList list;
     list.reserve(impacts.size());
-    for (const auto &impact : impacts)
-        list.append(toPlainMap(*impact));
+    for (const auto &impact : impacts) {
+        if (impact && impact->getTotals()) // a host may have put another one into the plugin data
+            list.append(toPlainMap(*impact));
+    }
     return list;
 }
 

@@ -82,7 +82,7 @@ bool Plugin::restoreLoyaltySystem()
 
     const QVariant impacts = getPluginData(bonusImpactsKey, QVariant());
     bonusImpacts = impacts.value<BonusImpactPtrList>();
-    bonusImpacts.removeAll(nullptr); // a host may have stored one
+    bonusImpacts.removeIf([](const auto &impact) { return !impact || !impact->getTotals(); }); // stored by a host
     if (isDamaged(impacts, bonusImpacts))
         unreadable.append(bonusImpactsKey);
     linkCard(bonusImpacts, getCard());
