@@ -52,10 +52,11 @@ void CheckSession::open()
     try {
         save();
     } catch (const BasicException &) {
-        m_document.reset();
+        releaseDocument(); // Going back to what is saved may have brought another check here.
         throw;
     }
     m_system.setDocument(m_document);
+    m_system.restoreLoyaltySystem(); // forgets what it knows of a check that was parked
     takeRequests();
 }
 
