@@ -49,6 +49,22 @@ bool waitWithProgress(QueueDrain &drain, std::chrono::seconds time)
     return delivered;
 }
 
+/// Whether the requests of all checks that were closed are on the queue; says on stderr when not, or not known.
+bool reportUnqueued(const TillHost &host)
+{
+    try {
+        const auto checks = CheckStore(host.dataFolder(), CheckStore::Access::Look).checks();
+        const auto count = std::ranges::count(checks, CheckStore::Standing::Ending, &CheckStore::KeptCheck::standing);
+        if (count > 0)
+            std::fprintf(stderr, "%s\n",
+                         qUtf8Printable(u"Чеков, запросы которых ещё не в очереди: %1. Запустите кассу"_s.arg(count)));
+        return count == 0;
+    } catch (const BasicException &error) {
+        std::ignore = fail(error, Differed);
+        return false;
+    }
+}
+
 } // namespace
 
 ExitStatus fail(const BasicException &error, ExitStatus status)
@@ -92,12 +108,8 @@ ExitStatus drainQueue(const Options &options)
         console::printLine(QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact)));
     else if (works || left.waiting + left.blocked > 0)
         console::printLine(statusText(left));
-    const QList<CheckStore::KeptCheck> checks = CheckStore(host.dataFolder(), CheckStore::Access::Look).checks();
-    const auto unqueued = std::ranges::count(checks, CheckStore::Standing::Ending, &CheckStore::KeptCheck::standing);
-    if (unqueued > 0)
-        std::fprintf(stderr, "%s\n",
-                     qUtf8Printable(u"Чеков, запросы которых ещё не в очереди: %1. Запустите кассу"_s.arg(unqueued)));
-    return works && unqueued == 0 && (delivered || left.waiting == 0) && left.blocked == 0 ? Succeeded : Differed;
+    const bool areQueued = reportUnqueued(host);
+    return works && areQueued && (delivered || left.waiting == 0) && left.blocked == 0 ? Succeeded : Differed;
 }
 
 ExitStatus printJournal(const Options &options)

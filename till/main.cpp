@@ -156,9 +156,10 @@ private:
 
     void addStatus(CLI::App *queue)
     {
-        CLI::App *status = addAction(queue, "status", Action::Status,
-                                     "Counts, oldest age, last success and error; for a monitoring system: "
-                                     "status 1 when requests were refused or a threshold is exceeded");
+        CLI::App *status = addAction(
+            queue, "status", Action::Status,
+            "Counts, oldest age, last success and error; for a monitoring system: "
+            "status 1 when requests were refused, a threshold is exceeded, nothing can be stored or a clock is wrong");
         status->add_option("--max-age", m_request.maxAgeMinutes, "Oldest request, in minutes")
             ->check(CLI::Range(0, 1'000'000));
         status->add_option("--max-waiting", m_request.maxWaiting, "Waiting requests")->check(CLI::Range(0, 1'000'000));

@@ -96,6 +96,7 @@ void QueueDrain::reportDrained(quint64 seen)
 {
     const std::scoped_lock lock(m_mutex);
     m_drainedAt = seen;
+    m_problem.clear();
     m_drained.notify_all();
 }
 
