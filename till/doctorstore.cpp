@@ -153,6 +153,10 @@ Finding checkAside(const KeptChecks &checks)
         else if (check.standing == Standing::Unreadable)
             unreadable.append(u"%1 (%2)"_s.arg(check.identifier, check.reason));
     }
+    if (!waiting.isEmpty())
+        return {Verdict::Warning,
+                u"closed, but their requests are not on the queue yet: %1"_s.arg(waiting.join(u", "_s)),
+                u"Mend the queue, and start the till if it is not running"_s};
     const QStringList damaged = QDir(dataFolder()).entryList({u"checks.db.aside-*[0-9]"_s}, QDir::Files);
     if (!damaged.isEmpty())
         return {Verdict::Warning, u"whole files: %1"_s.arg(damaged.join(u", "_s)),
@@ -160,10 +164,6 @@ Finding checkAside(const KeptChecks &checks)
     if (!unreadable.isEmpty())
         return {Verdict::Warning, u"cannot be read: %1"_s.arg(unreadable.join(u", "_s)),
                 u"Send checks.db to support; their goods have to be entered again"_s};
-    if (!waiting.isEmpty())
-        return {Verdict::Warning,
-                u"closed, but their requests are not on the queue yet: %1"_s.arg(waiting.join(u", "_s)),
-                u"Mend the queue, and start the till if it is not running"_s};
     if (!parked.isEmpty())
         return {Verdict::Ok, u"to be taken up again: %1"_s.arg(parked.join(u", "_s))};
     return {Verdict::Ok, u"none"_s};
