@@ -59,6 +59,7 @@ void removePortFile(const std::filesystem::path &file)
 void writePortFile(const std::filesystem::path &file, int port)
 {
     const std::filesystem::path draft = file.string() + ".new";
+    std::filesystem::remove(draft); // with another mode, or a link
     std::ofstream stream(draft);
     stream << port << '\n';
     stream.close();
