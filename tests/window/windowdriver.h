@@ -106,7 +106,7 @@ public:
 private:
     QWidget *focus() { return window.focusWidget() ? window.focusWidget() : &window; }
 
-    /// All that can be seen, with its tone; "~" for times, identifiers, and how far the drain has come.
+    /// All that can be seen, with its tone; "@" for times, identifiers, and how far the drain has come.
     QStringList parts() const
     {
         static const QRegularExpression changing(
@@ -124,7 +124,7 @@ private:
         if (!page().isEmpty())
             parts.append(page().section(u"\n---"_s, 0, 2)); // The rest depends on the drain.
         for (QString &part : parts)
-            part = part.replace(changing, u"~"_s).simplified();
+            part = part.replace(changing, u"@"_s).simplified();
         return parts;
     }
 

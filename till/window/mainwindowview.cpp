@@ -155,6 +155,7 @@ void MainWindow::goBack()
         m_pending.clear();
     m_entry->clear();
     showSale();
+    showMessage();
 }
 
 void MainWindow::setMode(const Mode &mode)
