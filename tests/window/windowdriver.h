@@ -75,17 +75,17 @@ public:
         return text->isVisible() ? text->toPlainText() : QString();
     }
 
-    /// The rows that can be seen of the check, or of the table over it.
+    /// The rows that can be seen of the check, or of the table over it; "*" marks the one that is selected.
     QStringList rows() const
     {
         QStringList rows;
-        const auto *table = window.findChild<QStackedWidget *>()->currentWidget()->findChild<QTableWidget *>();
+        const auto *table = shownTable();
         for (int row = 0; table->isVisible() && row < table->rowCount(); ++row) {
             QString text;
             for (int column = 0; column < table->columnCount(); ++column)
                 text += table->item(row, column)->text() + u'|';
             if (!table->isRowHidden(row))
-                rows.append(text);
+                rows.append(text + (table->item(row, 0)->isSelected() ? u"*"_s : QString()));
         }
         return rows;
     }
@@ -106,20 +106,37 @@ public:
 private:
     QWidget *focus() { return window.focusWidget() ? window.focusWidget() : &window; }
 
-    /// All that can be seen, with its tone; "@" for times, identifiers, and how far the drain has come.
+    const QTableWidget *shownTable() const
+    {
+        return window.findChild<QStackedWidget *>()->currentWidget()->findChild<QTableWidget *>();
+    }
+
+    /// All that can be seen, with ">" where the focus is, "→" for what stands at the right, and what the styles go by;
+    /// "@" for times, identifiers, and how far the drain has come.
     QStringList parts() const
     {
         static const QRegularExpression changing(
             uR"((\d\d\.\d\d(\.\d{4})? )?\d+:\d\d(:\d\d)?|[0-9a-f]{8}-[0-9a-f-]{27}|ждут \d+|/tmp/\S*)"_s);
+        const auto side = [](int alignment) { return alignment & Qt::AlignRight ? u"→"_s : QString(); };
         QStringList parts;
         for (const auto *part : window.findChildren<QWidget *>()) {
             QString text = part->property("text").toString().remove(QChar(0x200B)).replace(u'\n', u'/');
             text = text.isEmpty() ? part->accessibleName() : text;
-            const bool isRight = part->property("alignment").value<Qt::Alignment>().testFlag(Qt::AlignRight);
-            if (part->isVisible() && !text.isEmpty())
-                parts.append((part->isEnabled() ? text : u'(' + text + u')') + (isRight ? u" → "_s : u" "_s) +
-                             part->property("tone").toString());
+            if (!part->isVisible() || text.isEmpty())
+                continue;
+            text = (part->hasFocus() ? u"> "_s : QString()) + (part->isEnabled() ? text : u'(' + text + u')');
+            for (const char *property : {"placeholderText", "toolTip", "role", "tone"})
+                text += u' ' + part->property(property).toString();
+            parts.append(text + side(part->property("alignment").toInt()));
         }
+        const auto *table = shownTable();
+        QString header;
+        for (int column = 0; table->isVisible() && column < table->columnCount(); ++column) {
+            const auto *title = table->horizontalHeaderItem(column);
+            header += title->text() + side(title->textAlignment()) + u'|';
+        }
+        if (!header.isEmpty())
+            parts.append(header);
         parts += rows();
         if (!page().isEmpty())
             parts.append(page().section(u"\n---"_s, 0, 2)); // The rest depends on the drain.
