@@ -7,6 +7,7 @@
 #include <QtCore/QProcess>
 
 #include <algorithm>
+#include <future>
 
 namespace sim {
 
@@ -54,6 +55,35 @@ TEST_F(Http, PrintsTheLatestRequestsAndListsMessages)
     EXPECT_THAT(lines, testing::MatchesRegex("[0-9:.]+  updateOrder +200 .* ms  ok\n[0-9:.]+  bindOrderId .*ms  .+\n"));
     caller.send("/api/twofa/msg/v1/send", R"({"brand":"K","phone":"+79001234567","text":"1234","channel":"sms"})");
     EXPECT_EQ(caller.get("/sim/outbox?last=1").json()["messages"][0]["phone"], "+79001234567");
+}
+
+TEST(Feed, WakesAWatcherAtEachChangeAndNotBefore)
+{
+    using namespace std::chrono_literals;
+    Feed feed;
+    RequestLog log(feed);
+    Faults faults({"call"}, {{"close", ""}}, feed);
+    const Json twice{{"method", "call"}, {"kind", "close"}, {"times", 2}};
+    const std::function<void()> changes[] = {
+        [&] { faults.add(twice); },
+        [&] { faults.take("call"); },
+        [&] { faults.remove(1); },
+        [&] { faults.clear(); },
+        [&] { log.received("call", "/", ""); },
+        [&] { log.answered(0, {}), log.answered(1, {}); }, // 0 is not kept
+    };
+    const auto begin = std::chrono::steady_clock::now();
+    std::uint64_t seen = 0;
+    for (const auto &change : changes) {
+        auto woken = std::async(std::launch::async, [&] { return feed.wait(seen, 1min); });
+        EXPECT_EQ(woken.wait_for(10ms), std::future_status::timeout);
+        change();
+        EXPECT_EQ(woken.get(), seen + 1);
+        ++seen;
+    }
+    feed.close();
+    feed.wait(seen, 1min);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 30s);
 }
 
 TEST_F(Http, RefusesAStreamTooMany)
