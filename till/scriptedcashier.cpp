@@ -75,7 +75,7 @@ std::optional<QString> ScriptedCashier::enterCode(const tr::Tr &prompt, std::chr
     }
     if (!m_codeCommand.isEmpty())
         return askCustomer();
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(timeLeft).count();
+    const auto seconds = std::chrono::ceil<std::chrono::seconds>(timeLeft).count();
     const std::optional<QString> line = console::readLine(u"  | Код (пусто - отказ, осталось %1 с): "_s.arg(seconds));
     return line && !line->isEmpty() ? line : std::nullopt;
 }
