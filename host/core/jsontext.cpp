@@ -11,169 +11,120 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QLocale>
 
-#include <algorithm>
-#include <array>
 #include <bit>
 #include <cmath>
-#include <cstring>
+#include <string>
 #include <string_view>
-#include <vector>
 
 namespace jsontext {
 
 namespace {
 
-constexpr std::array<bool, 256> escapedCharacters()
-{
-    std::array<bool, 256> table{};
-    for (unsigned c = 0; c < table.size(); ++c)
-        table[c] = c < ' ' || c == '"' || c == '\\';
-    return table;
-}
-
-// A table, because the test is made for each character of a text.
-constexpr std::array<bool, 256> isEscaped = escapedCharacters();
-
-/// Converts the CBOR written to it into JSON. Trusts its input, which always comes from Qt and holds what JSON can.
-class Transcoder : public QIODevice
+/// Collects what is written to it; cheaper than QBuffer.
+class Sink : public QIODevice
 {
 public:
-    Transcoder() { setOpenMode(WriteOnly | Unbuffered); }
+    Sink() { setOpenMode(WriteOnly | Unbuffered); }
 
+    std::string bytes;
+
+protected:
     bool isSequential() const override { return true; }
+    qint64 readData(char *, qint64) override { return -1; }
+    qint64 writeData(const char *data, qint64 size) override
+    {
+        bytes.append(data, static_cast<std::size_t>(size));
+        return size;
+    }
+};
+
+/// Converts CBOR into JSON. Trusts its input, which always comes from Qt and holds what JSON can.
+class Transcoder
+{
+public:
+    explicit Transcoder(std::string_view cbor) : m_cbor(cbor) { m_json.reserve(2 * m_cbor.size()); }
 
     QByteArray text()
     {
-        m_text.truncate(m_out - m_text.constData());
-        return m_text;
-    }
-
-protected:
-    qint64 readData(char *, qint64) override { return -1; }
-
-    qint64 writeData(const char *data, qint64 size) override
-    {
-        std::string_view cbor(data, static_cast<std::size_t>(size));
-        while (!cbor.empty())
-            cbor.remove_prefix(m_textLeft > 0 ? takeText(cbor) : takeHead(static_cast<uchar>(cbor.front())));
-        return size;
+        putItem();
+        return QByteArray::fromStdString(m_json);
     }
 
 private:
     enum MajorType { Unsigned = 0, Negative = 1, Text = 3, Array = 4, Map = 5 };
 
-    /// An array or a map that is still open.
-    struct Level
+    std::string_view take(std::size_t size)
     {
-        char close;
-        quint64 left; ///< Items, in a map keys and values.
-        bool isEmpty = true;
-    };
+        const std::string_view bytes = m_cbor.substr(0, size);
+        m_cbor.remove_prefix(size);
+        return bytes;
+    }
 
     /// The head of an item is one byte: its type, and a small number or the length of the number that follows.
-    std::size_t takeHead(uchar byte)
+    quint64 takeNumber(int low)
     {
         constexpr int firstThatFollows = 24;
-        if (m_numberLeft > 0) {
-            m_number = m_number << 8 | byte;
-            --m_numberLeft;
-        } else {
-            const int low = byte & 0x1f;
-            m_first = byte;
-            m_number = low < firstThatFollows ? low : 0;
-            m_numberLeft = low < firstThatFollows ? 0 : 1 << (low - firstThatFollows);
-        }
-        if (m_numberLeft == 0)
-            putItem();
-        return 1;
+        if (low < firstThatFollows)
+            return static_cast<quint64>(low);
+        quint64 number = 0;
+        for (const char byte : take(std::size_t{1} << (low - firstThatFollows)))
+            number = number << 8 | static_cast<uchar>(byte);
+        return number;
     }
 
-    std::size_t takeText(std::string_view cbor)
-    {
-        const std::string_view text = cbor.substr(0, m_textLeft);
-        putCharacters(text);
-        m_textLeft -= text.size();
-        if (m_textLeft == 0)
-            endText();
-        return text.size();
-    }
-
-    /// Writes a number or a literal, or starts an array, map or string.
     void putItem()
     {
-        separate();
-        switch (m_first >> 5) {
+        const auto head = static_cast<uchar>(take(1).front());
+        const quint64 number = takeNumber(head & 0x1f);
+        switch (head >> 5) {
         case Array:
-            return openLevel('[', {']', m_number});
+            return putItems("[]", number);
         case Map:
-            return openLevel('{', {'}', 2 * m_number});
+            return putItems("{}", number);
         case Text:
-            put('"');
-            m_textLeft = m_number;
-            if (m_textLeft == 0)
-                endText();
-            return;
+            return putText(take(number));
         case Unsigned:
-            putNumber(QByteArray::number(m_number));
-            break;
+            return putNumber(QByteArray::number(number));
         case Negative:
-            putNumber(QByteArray::number(-1 - static_cast<qint64>(m_number)));
-            break;
+            return putNumber(QByteArray::number(-1 - static_cast<qint64>(number)));
         default:
-            putOther();
-        }
-        endItem();
-    }
-
-    void endText()
-    {
-        put('"');
-        endItem();
-    }
-
-    void separate()
-    {
-        if (m_levels.empty())
-            return;
-        Level &level = m_levels.back();
-        if (level.close == '}' && level.left % 2 == 1)
-            put(':');
-        else if (!level.isEmpty)
-            put(',');
-        level.isEmpty = false;
-    }
-
-    void openLevel(char character, const Level &level)
-    {
-        put(character);
-        if (level.left > 0)
-            return m_levels.push_back(level);
-        put(level.close);
-        endItem();
-    }
-
-    /// The last item of an array or map also ends that.
-    void endItem()
-    {
-        while (!m_levels.empty() && --m_levels.back().left == 0) {
-            put(m_levels.back().close);
-            m_levels.pop_back();
+            putOther(head, number);
         }
     }
 
-    void putNumber(const QByteArray &number) { put({number.constData(), static_cast<std::size_t>(number.size())}); }
-
-    void putCharacters(std::string_view text)
+    void putItems(std::string_view brackets, quint64 count)
     {
+        m_json += brackets.front();
+        for (quint64 i = 0; i < count; ++i) {
+            if (i > 0)
+                m_json += ',';
+            if (brackets.front() == '{') {
+                putItem();
+                m_json += ':';
+            }
+            putItem();
+        }
+        m_json += brackets.back();
+    }
+
+    void putNumber(const QByteArray &number)
+    {
+        m_json += std::string_view(number.constData(), static_cast<std::size_t>(number.size()));
+    }
+
+    void putText(std::string_view text)
+    {
+        m_json += '"';
         std::size_t copied = 0;
         for (std::size_t i = 0; i < text.size(); ++i) {
-            if (isEscaped[static_cast<uchar>(text[i])]) {
-                put(text.substr(copied, i - copied));
+            if (static_cast<uchar>(text[i]) < ' ' || text[i] == '"' || text[i] == '\\') {
+                m_json += text.substr(copied, i - copied);
                 putEscaped(text[i]);
                 copied = i + 1;
             }
         }
-        put(text.substr(copied));
+        m_json += text.substr(copied);
+        m_json += '"';
     }
 
     void putEscaped(char character)
@@ -181,59 +132,28 @@ private:
         constexpr std::string_view named = "\"\\\b\f\n\r\t";
         constexpr std::string_view names = "\"\\bfnrt";
         constexpr std::string_view digits = "0123456789abcdef";
-        put('\\');
-        if (const auto place = named.find(character); place != std::string_view::npos)
-            return put(names[place]);
-        put("u00");
-        put(digits[static_cast<uchar>(character) >> 4]);
-        put(digits[character & 0xf]);
+        m_json += '\\';
+        if (const auto place = named.find(character); place != std::string_view::npos) {
+            m_json += names[place];
+            return;
+        }
+        m_json += "u00";
+        m_json += digits[static_cast<uchar>(character) >> 4];
+        m_json += digits[character & 0xf];
     }
 
-    void putOther()
+    void putOther(uchar head, quint64 number)
     {
         constexpr uchar no = 0xf4;
         constexpr uchar yes = 0xf5;
         constexpr uchar floating = 0xfb;
-        if (m_first == floating) {
-            if (const auto number = std::bit_cast<double>(m_number); std::isfinite(number))
-                return putNumber(QByteArray::number(number, 'g', QLocale::FloatingPointShortest));
-        }
-        put(m_first == yes ? "true" : m_first == no ? "false" : "null");
+        if (const auto value = std::bit_cast<double>(number); head == floating && std::isfinite(value))
+            return putNumber(QByteArray::number(value, 'g', QLocale::FloatingPointShortest));
+        m_json += head == yes ? "true" : head == no ? "false" : "null";
     }
 
-    void put(char character)
-    {
-        if (m_out == m_end)
-            grow(1);
-        *m_out++ = character;
-    }
-
-    void put(std::string_view text)
-    {
-        if (const auto length = static_cast<qsizetype>(text.size()); m_end - m_out < length)
-            grow(length);
-        std::memcpy(m_out, text.data(), text.size());
-        m_out += text.size();
-    }
-
-    void grow(qsizetype least)
-    {
-        constexpr qsizetype atFirst = 4096; // an order of 20 lines
-        constexpr qsizetype factor = 4;     // large texts are copied less often than with the usual 2
-        const qsizetype used = m_out ? m_out - m_text.constData() : 0;
-        m_text.resize(factor * used + std::max(atFirst, least));
-        m_out = m_text.data() + used;
-        m_end = m_text.data() + m_text.size();
-    }
-
-    uchar m_first = 0;      // first byte of the current item's head
-    quint64 m_number = 0;   // the number in that head, as far as read
-    int m_numberLeft = 0;   // bytes of it still to come
-    quint64 m_textLeft = 0; // bytes of the current string still to come
-    std::vector<Level> m_levels;
-    QByteArray m_text;
-    char *m_out = nullptr;
-    char *m_end = nullptr;
+    std::string_view m_cbor;
+    std::string m_json;
 };
 
 } // namespace
@@ -248,10 +168,10 @@ QByteArray compact(const QJsonDocument &json)
 
 QByteArray compact(const std::function<void(QCborStreamWriter &)> &write)
 {
-    Transcoder transcoder;
-    QCborStreamWriter writer(&transcoder);
+    Sink cbor;
+    QCborStreamWriter writer(&cbor);
     write(writer);
-    return transcoder.text();
+    return Transcoder(cbor.bytes).text();
 }
 
 } // namespace jsontext
