@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numeric>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -60,24 +60,12 @@ QList<Money> Money::distribute(Money total, const QList<Money> &weights)
         return parts;
     }
 
-    Money left = total;
-    QList<Wide> remainders(weights.size());
+    Wide upTo = 0;
+    Money given;
     for (qsizetype i = 0; i < weights.size(); ++i) {
-        const Wide product = Wide{total.m_kopecks} * std::max<qint64>(weights[i].m_kopecks, 0);
-        parts[i] = Money(static_cast<qint64>(product / weightSum));
-        remainders[i] = product % weightSum;
-        left -= parts[i];
-    }
-
-    QList<qsizetype> order(weights.size());
-    std::iota(order.begin(), order.end(), 0);
-    // Remainders have the sign of the total.
-    const int sign = total.m_kopecks < 0 ? -1 : 1;
-    std::stable_sort(order.begin(), order.end(),
-                     [&](qsizetype a, qsizetype b) { return remainders[a] * sign > remainders[b] * sign; });
-    for (qsizetype i = 0; !left.isZero(); ++i) {
-        parts[order[i]] += Money(sign);
-        left -= Money(sign);
+        upTo += std::max<qint64>(weights[i].m_kopecks, 0);
+        const Money due(static_cast<qint64>(total.m_kopecks * upTo / weightSum));
+        parts[i] = due - std::exchange(given, due);
     }
     return parts;
 }

@@ -49,9 +49,9 @@ public:
     friend constexpr Money operator-(Money a, Money b) { return a -= b; }
     friend constexpr auto operator<=>(Money, Money) = default;
 
-    /// Splits `total` in proportion to `weights` so that the parts add up to it exactly; kopecks left over from
-    /// rounding go to the largest remainders, earlier parts first. Weights of zero or below get nothing; if no weight
-    /// is positive, the first part gets everything. Without weights there are no parts.
+    /// Splits `total` in proportion to `weights` so that the parts add up to it exactly: each gets the running total in
+    /// whole kopecks, less what the parts before it got. Weights of zero or below get nothing; if no weight is
+    /// positive, the first part gets everything. Without weights there are no parts.
     static QList<Money> distribute(Money total, const QList<Money> &weights);
 
 private:

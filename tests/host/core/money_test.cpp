@@ -35,9 +35,9 @@ TEST(Money, DistributesToTheKopeck)
     // The sum, the weights and the parts.
     using Kopecks = std::vector<qint64>;
     const std::tuple<qint64, Kopecks, Kopecks> cases[] = {
-        {100, {1, 1, 1}, {34, 33, 33}},
-        {-100, {1, 1, 1}, {-34, -33, -33}},
-        {1, {1, 2, 2}, {0, 1, 0}},
+        {100, {1, 1, 1}, {33, 33, 34}},
+        {-100, {1, 1, 1}, {-33, -33, -34}},
+        {1, {1, 2, 2}, {0, 0, 1}},
         {10, {0, 5, -3, 5}, {0, 5, 0, 5}},
         {7, {0, 0}, {7, 0}},
         {5, {}, {}},

@@ -107,8 +107,8 @@ TEST(SaleDocumentSums, DistributesOverLinesInProportionToWhatDiscountsMayTake)
     onPosition->getTotals()->setDiscountObject(EDiscountObject::Position);
     onPosition->getTotals()->setPosition(2);
     check->addImpact(onPosition);
-    EXPECT_EQ(check->findGoodsItem(1)->getTotal().kopecks(), 5000 - 1667);
-    EXPECT_EQ(check->findGoodsItem(2)->getTotal().kopecks(), 5000 - 1666 - 500);
+    EXPECT_EQ(check->findGoodsItem(1)->getTotal().kopecks(), 5000 - 1666);
+    EXPECT_EQ(check->findGoodsItem(2)->getTotal().kopecks(), 5000 - 1667 - 500);
     EXPECT_EQ(check->findGoodsItem(3)->getTotal().kopecks(), 5000);
 }
 

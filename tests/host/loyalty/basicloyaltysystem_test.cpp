@@ -31,8 +31,8 @@ TEST_F(BasicLoyaltySystemTest, SpreadsEarnedPointsToTheHundredth)
     // Prices, points, the points per position.
     const std::tuple<QList<qint64>, double, QList<QPair<int, double>>> cases[] = {
         {{30000, 10000}, 4.0, {{1, 3.0}, {2, 1.0}}},
-        {{10000, 10000, 10000}, 0.1, {{1, 0.04}, {2, 0.03}, {3, 0.03}}},
-        {{10000, 10000}, 0.01, {{1, 0.01}}},
+        {{10000, 10000, 10000}, 0.1, {{1, 0.03}, {2, 0.03}, {3, 0.04}}},
+        {{10000, 10000}, 0.01, {{2, 0.01}}},
         {{0, 10000}, 5.0, {{2, 5.0}}},
         {{0}, 5.0, {{0, 5.0}}},
         {{10000}, 0.0, {{0, 0.0}}},
@@ -52,7 +52,7 @@ TEST_F(BasicLoyaltySystemTest, SpreadsOverWhatIsPaidForOnLinesThatEarn)
     const auto discounted = builder::check({20000, 10000, 10000});
     discounted->findGoodsItem(3)->setAllowBonusEarn(false);
     discounted->addImpact(builder::shares({{1, 100.00}}));
-    const DocumentBonusRecord first{u"1"_s, 1.51, {}, {}, 1}, second{u"1"_s, 1.50, {}, {}, 2};
+    const DocumentBonusRecord first{u"1"_s, 1.50, {}, {}, 1}, second{u"1"_s, 1.51, {}, {}, 2};
     EXPECT_EQ(system.distributeBonusRecord(discounted, {u"1"_s, 3.01, {}, {}, 0}), (QList{first, second}));
 }
 
