@@ -105,7 +105,7 @@ QString sectionTables(const QList<Setting> &settings, const QString &reader)
                 u"\n## [%1]\n\n%2\n\n| key | default | range | example | meaning |\n|---|---|---|---|---|\n"_s.arg(
                     section, reader);
         }
-        const QString range = setting.placeholder.isEmpty() ? setting.range() : u"contains "_s + setting.placeholder;
+        const QString range = setting.placeholder.isEmpty() ? rangeOf(setting) : u"contains "_s + setting.placeholder;
         tables += u"| `%1` | %2 | %3 | %4 | %5 |\n"_s.arg(setting.key, codeText(setting.defaultValue), tableText(range),
                                                           codeText(setting.example), tableText(setting.meaning));
     }

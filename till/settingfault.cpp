@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numeric>
 #include <optional>
 #include <utility>
@@ -95,7 +96,7 @@ bool isBaseAddress(const QUrl &url)
 
 std::optional<Kind> valueFault(const Setting &setting, const QString &value, QString &expected)
 {
-    expected = setting.range();
+    expected = rangeOf(setting);
     switch (setting.kind) {
     case Setting::Kind::Text:
         return value.contains(setting.placeholder) ? std::nullopt : std::optional(Kind::Incomplete);
@@ -113,6 +114,26 @@ std::optional<Kind> valueFault(const Setting &setting, const QString &value, QSt
 }
 
 } // namespace
+
+QString rangeOf(const Setting &setting)
+{
+    switch (setting.kind) {
+    case Setting::Kind::Choice:
+        return setting.choices.join(u", "_s);
+    case Setting::Kind::Address:
+        return u"http[s]://HOST[:PORT]"_s;
+    case Setting::Kind::Path:
+        return u"/PATH"_s;
+    case Setting::Kind::Text:
+        return setting.placeholder;
+    case Setting::Kind::Whole:
+    case Setting::Kind::Decimal:
+        break;
+    }
+    if (setting.highest == std::numeric_limits<double>::max())
+        return {};
+    return u"%1 ... %2"_s.arg(QString::number(setting.lowest, 'f', 0), QString::number(setting.highest, 'f', 0));
+}
 
 QList<SettingFault> settingFaults(const Config &config, const QList<Setting> &settings)
 {

@@ -25,6 +25,10 @@ struct SettingFault
     QString expected;
 };
 
+/// A setting's allowed values, in a form that needs no language: "1 ... 65535", "QSQLITE, QPSQL",
+/// "http[s]://HOST[:PORT]", "/PATH".
+QString rangeOf(const Setting &setting);
+
 /// All mistakes, in the order of the file. An entry without a section counts as one of an unknown section.
 QList<SettingFault> settingFaults(const Config &config, const QList<Setting> &settings);
 

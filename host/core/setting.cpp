@@ -4,21 +4,6 @@
 
 using namespace Qt::Literals::StringLiterals;
 
-QString Setting::range() const
-{
-    if (kind == Kind::Choice)
-        return choices.join(u", "_s);
-    if (kind == Kind::Address)
-        return u"http[s]://HOST[:PORT]"_s;
-    if (kind == Kind::Path)
-        return u"/PATH"_s;
-    if (kind == Kind::Text)
-        return placeholder;
-    if (highest == std::numeric_limits<double>::max())
-        return {};
-    return u"%1 ... %2"_s.arg(QString::number(lowest, 'f', 0), QString::number(highest, 'f', 0));
-}
-
 QList<Setting> hostSettings()
 {
     using Kind = Setting::Kind;

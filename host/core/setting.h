@@ -32,10 +32,6 @@ struct Setting
 
     QString section() const { return key.section(u':', 0, 0); }
     QString name() const { return key.section(u':', 1); }
-
-    /// The allowed values, in a form that needs no language: "1 ... 65535", "QSQLITE, QPSQL", "http[s]://HOST[:PORT]",
-    /// "/PATH".
-    POSHOST_EXPORT QString range() const;
 };
 
 /// Every setting that PosHost itself reads.
