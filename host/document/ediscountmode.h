@@ -8,5 +8,6 @@ enum class EDiscountMode : int {
     Manual = 3,
     Card = 4,
     Coupon = 5,
-    Payment = 6 ///< A payment that is shown as a discount.
+    Payment = 6, ///< A payment that is shown as a discount.
+    Last = Payment
 };

@@ -7,5 +7,6 @@ enum class EDiscountType : int {
     Sum = 2,
     FixedPrice = 3,
     Coupon = 4,
-    Bonus = 5 ///< Loyalty points spent.
+    Bonus = 5, ///< Loyalty points spent.
+    Last = Bonus
 };

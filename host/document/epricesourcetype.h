@@ -7,5 +7,6 @@ enum class EPriceSourceType : int {
     Barcode = 2,
     Manual = 3,
     MinimumPrice = 4,
-    Promotion = 5 ///< The article is on sale at a reduced price.
+    Promotion = 5, ///< The article is on sale at a reduced price.
+    Last = Promotion
 };

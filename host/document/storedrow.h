@@ -4,19 +4,12 @@
 // it. Money is a whole number of kopecks, an enumeration its number, a time ISO 8601 text, a null pointer null.
 #pragma once
 
-#include "ediscountmode.h"
-#include "ediscountobject.h"
-#include "ediscounttype.h"
 #include "edocumenttype.h"
-#include "eimpactsource.h"
-#include "epricesourcetype.h"
 #include "storedfield.h"
 
 #include <core/basicexception.h>
 #include <core/jsontext.h>
 #include <core/money.h>
-#include <document/client.h>
-#include <document/saledocument.h>
 
 #include <QtCore/QCborStreamWriter>
 #include <QtCore/QDateTime>
@@ -60,30 +53,10 @@ void fromJson(const QJsonValue &json, QVariantList &value);
 BasicException fieldError(const QString &name, const BasicException &error);
 [[noreturn]] void fail(const QString &problem);
 
-/// The first and the last value of an enumeration.
-template <class Enum>
-constexpr std::pair<Enum, Enum> range = [] {
-    static_assert(sizeof(Enum) == 0, "give the first and the last value");
-    return std::pair<Enum, Enum>{};
-}();
-template <>
-inline constexpr std::pair range<EDiscountMode>{EDiscountMode::Undefined, EDiscountMode::Payment};
-template <>
-inline constexpr std::pair range<EDiscountObject>{EDiscountObject::Check, EDiscountObject::Position};
-template <>
-inline constexpr std::pair range<EDiscountType>{EDiscountType::None, EDiscountType::Bonus};
-template <>
-inline constexpr std::pair range<EImpactSource>{EImpactSource::Undefined, EImpactSource::Cashier};
-template <>
-inline constexpr std::pair range<EPriceSourceType>{EPriceSourceType::Undefined, EPriceSourceType::Promotion};
-template <>
-inline constexpr std::pair range<Client::Sex>{Client::Sex::Male, Client::Sex::Female};
-template <>
-inline constexpr std::pair range<SaleDocument::State>{SaleDocument::State::Open, SaleDocument::State::Voided};
-
+/// Whether an enumeration that counts from 0 to its `Last` has the value.
 constexpr bool isKnown(auto value)
 {
-    return value >= range<decltype(value)>.first && value <= range<decltype(value)>.second;
+    return static_cast<int>(value) >= 0 && value <= decltype(value)::Last;
 }
 constexpr bool isKnown(EDocumentType value)
 {
