@@ -3,10 +3,6 @@
 
 #include <algorithm>
 
-ActivityNotifier::ActivityNotifier() = default;
-
-ActivityNotifier::~ActivityNotifier() = default;
-
 void ActivityNotifier::subscribe(BaseActivityListener *listener, const QSet<int> &codes)
 {
     unsubscribe(listener);

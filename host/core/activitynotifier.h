@@ -11,8 +11,7 @@
 class POSHOST_EXPORT ActivityNotifier
 {
 public:
-    ActivityNotifier();
-    virtual ~ActivityNotifier();
+    virtual ~ActivityNotifier() = default;
 
     /// Delivers events with these codes to `listener`, in place of an earlier subscription of the same listener. Does
     /// not own the listener, and forgets one that is destroyed.

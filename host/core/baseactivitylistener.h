@@ -11,8 +11,7 @@ class POSHOST_EXPORT BaseActivityListener : public QObject
     Q_OBJECT
 
 public:
-    explicit BaseActivityListener(QObject *parent = nullptr);
-    ~BaseActivityListener() override;
+    using QObject::QObject;
 
 public Q_SLOTS:
     /// Called on the check thread for each event whose code the listener has subscribed to.

@@ -5,7 +5,4 @@
 BasicException::BasicException(const tr::Tr &text) : m_text(text), m_what(text.ru().toUtf8())
 {}
 
-BasicException::BasicException(const QString &text) : BasicException(tr::Tr(text))
-{}
-
 BasicException::~BasicException() = default;

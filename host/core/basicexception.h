@@ -13,7 +13,7 @@ class POSHOST_EXPORT BasicException : public std::exception
 {
 public:
     explicit BasicException(const tr::Tr &text);
-    explicit BasicException(const QString &text);
+    explicit BasicException(const QString &text) : BasicException(tr::Tr(text)) {}
     ~BasicException() override;
 
     const tr::Tr &text() const { return m_text; }

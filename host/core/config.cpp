@@ -28,23 +28,22 @@ QString unquoted(const QString &value)
     return quoted ? value.mid(1, value.size() - 2) : value;
 }
 
-// The number that `read` finds in `text`; if there is none, the default, with a warning.
+// The number that `read` finds in the value of `key`; if there is none, the default, with a warning.
 template <class Number, class Read>
-Number numberFrom(const QString &text, const QString &key, Number defaultValue, Read read)
+Number numberFrom(const QHash<QString, QString> &values, const QString &key, Number defaultValue, Read read)
 {
-    bool ok = false;
-    const Number number = read(text, ok);
+    const auto text = values.constFind(key);
+    bool ok = text == values.cend();
+    const Number number = ok ? defaultValue : read(*text, ok);
     if (ok)
         return number;
     Log4Qt::LogManager::logger(u"poshost"_s)
         ->warn(u"Настройка %1: \"%2\" не является числом нужного вида, взято значение по умолчанию %3"_s.arg(
-            key, text, QString::number(defaultValue)));
+            key, *text, QString::number(defaultValue)));
     return defaultValue;
 }
 
 } // namespace
-
-Config::Config() = default;
 
 Config::Config(const QString &fileName) : m_fileName(fileName)
 {
@@ -69,8 +68,6 @@ Config::Config(const QString &fileName) : m_fileName(fileName)
         }
     }
 }
-
-Config::~Config() = default;
 
 bool Config::readLine(const QString &line, Entry &entry)
 {
@@ -97,18 +94,12 @@ QString Config::getString(const QString &key, const QString &defaultValue) const
 
 int Config::getInt(const QString &key, int defaultValue) const
 {
-    const auto text = m_values.constFind(key);
-    if (text == m_values.cend())
-        return defaultValue;
-    return numberFrom(*text, key, defaultValue, [](const QString &number, bool &ok) { return number.toInt(&ok); });
+    return numberFrom(m_values, key, defaultValue, [](const QString &number, bool &ok) { return number.toInt(&ok); });
 }
 
 double Config::getDouble(const QString &key, double defaultValue) const
 {
-    const auto text = m_values.constFind(key);
-    if (text == m_values.cend())
-        return defaultValue;
-    return numberFrom(*text, key, defaultValue, [](const QString &number, bool &ok) {
+    return numberFrom(m_values, key, defaultValue, [](const QString &number, bool &ok) {
         const double value = number.toDouble(&ok);
         ok = ok && std::isfinite(value);
         return value;

@@ -25,13 +25,13 @@ public:
     };
 
     /// An empty configuration: every read returns its default.
-    Config();
+    Config() = default;
 
     /// Reads `fileName` (UTF-8). Throws BasicException that names the file if it cannot be read, and file and line if a
     /// line is not UTF-8 or is no section, entry, comment (";" or "#") or blank line.
     explicit Config(const QString &fileName);
 
-    virtual ~Config();
+    virtual ~Config() = default;
 
     /// The configured text, which may be empty; `defaultValue` if the key is missing.
     virtual QString getString(const QString &key, const QString &defaultValue) const;

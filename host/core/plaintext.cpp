@@ -8,11 +8,7 @@ namespace {
 
 constexpr char16_t escape = 0x1B;
 
-enum class CharacterKind {
-    Kept,
-    Space,
-    LeftOut,
-};
+enum class CharacterKind { Kept, Space, LeftOut };
 
 bool isLineEnd(char32_t c)
 {

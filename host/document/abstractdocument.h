@@ -17,8 +17,7 @@ class POSHOST_EXPORT AbstractDocument : public QObject
     Q_OBJECT
 
 public:
-    explicit AbstractDocument(QObject *parent = nullptr);
-    ~AbstractDocument() override;
+    using QObject::QObject;
 
     /// The impacts on the document, in the order in which they were added.
     virtual QList<QSharedPointer<DocumentImpact>> getDiscountImpacts() const = 0;

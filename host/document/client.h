@@ -9,7 +9,7 @@
 class Client
 {
 public:
-    enum class Sex : int { Male = 0, Female = 1 };
+    enum class Sex : int { Male = 0, Female = 1, Last = Female };
 
     /// The customer's account number in the loyalty service.
     QString getIdClient() const { return m_idClient; }

@@ -12,7 +12,7 @@ class POSHOST_EXPORT SaleDocument : public AbstractDocument
     Q_OBJECT
 
 public:
-    enum class State : int { Open = 0, Closed = 1, Voided = 2 };
+    enum class State : int { Open = 0, Closed = 1, Voided = 2, Last = Voided };
 
     /// A new open check with a random identifier, opened now.
     explicit SaleDocument(EDocumentType type = EDocumentType::Sale);
