@@ -174,7 +174,10 @@ bool replayReceipts(const Day &day, const QString &configFile, std::chrono::seco
     std::ignore = cashier->takeMessages();
     ReplayTill till(session, shop.system(), *cashier);
     while (const std::optional<QString> line = console::readLine({})) {
-        const qsizetype index = line->toLongLong();
+        bool isNumber = false;
+        const qsizetype index = line->toLongLong(&isNumber);
+        if (!isNumber || index < 0 || index >= day.receipts.size())
+            throw BasicException(u"--worker: \"%1\" is not the number of a receipt of the day"_s.arg(*line));
         const ReplayedReceipt replayed = till.sell(index, day.receipts.at(index));
         shop.drain().wakeUp();
         console::printLine(QString::fromUtf8(replayed.toJson()));
