@@ -66,3 +66,26 @@ wait_for() {
     echo "Gave up waiting for: $*" >&2
     return 1
 }
+
+# Starts the service's stand-in: start_service BIN FOLDER PORT [OPTION...]. Its database, its log and the file with its
+# port are in FOLDER. Sets `service` to its process; fails as soon as that has ended.
+start_service() {
+    rm -f "$2/port"
+    "$1/loyalty-sim" serve --database "$2/service.db" --port "$3" --port-file "$2/port" "${@:4}" >>"$2/service.log" 2>&1 &
+    service=$!
+    wait_for has_begun_or_ended "$2/port" "$service"
+    [[ -s "$2/port" ]]
+}
+
+has_begun_or_ended() {
+    [[ -s "$1" ]] || ! kill -0 "$2" 2>/dev/null
+}
+
+# Ends processes of this shell, passing over those that have ended: for traps, which `set -e` would cut short.
+end_processes() {
+    local process
+    for process in "$@"; do
+        kill "$process" 2>/dev/null || true
+        wait "$process" 2>/dev/null || true
+    done
+}
