@@ -63,7 +63,7 @@ Json Admin::addCustomer(const Json &body)
     const int added = m_database.write([&](const SQLite::Database &connection) {
         try {
             return addCustomers(connection, {customer});
-        } catch (const std::runtime_error &error) {
+        } catch (const TakenByAnother &error) {
             throw Refusal(Refusal::Kind::BadRequest, error.what(), error.what());
         }
     });

@@ -87,11 +87,11 @@ int addCustomers(const SQLite::Database &database, const std::vector<Customer> &
         if (findByAccount(database, customer.account))
             continue;
         if (findByPhone(database, customer.phone))
-            throw std::runtime_error("customer " + customer.account + ": the phone belongs to another customer");
+            throw TakenByAnother("customer " + customer.account + ": the phone belongs to another customer");
         for (const std::string &card : customer.cards)
             if (findByCard(database, card))
-                throw std::runtime_error("customer " + customer.account + ": card " + card +
-                                         " belongs to another customer");
+                throw TakenByAnother("customer " + customer.account + ": card " + card +
+                                     " belongs to another customer");
         add(database, customer);
         ++added;
     }

@@ -6,6 +6,7 @@
 #include <SQLiteCpp/Database.h>
 
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -42,8 +43,14 @@ std::optional<Customer> findByCard(const SQLite::Database &database, const std::
 /// All customers, by account.
 std::vector<Customer> allCustomers(const SQLite::Database &database);
 
+/// A phone or card that belongs to another customer already.
+struct TakenByAnother : std::runtime_error
+{
+    using std::runtime_error::runtime_error;
+};
+
 /// Adds the customers whose account is new and leaves the others as they are; the number added.
-/// Throws std::runtime_error naming the account if a phone or card belongs to somebody else already.
+/// Throws TakenByAnother, which names the account.
 int addCustomers(const SQLite::Database &database, const std::vector<Customer> &customers);
 
 /// The percentage that the customer earns: that of the last tier that applies, 0 without one.
