@@ -6,7 +6,6 @@
 #include "endingqueue.h"
 #include "journal.h"
 #include "queuesender.h"
-#include "receiptprinter.h"
 #include "statustext.h"
 #include "tillhost.h"
 

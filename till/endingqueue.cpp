@@ -2,6 +2,7 @@
 #include "endingqueue.h"
 
 #include <core/basicexception.h>
+#include <core/singleton.h>
 
 #include <QtCore/QJsonDocument>
 
@@ -61,6 +62,20 @@ const QString &EndingQueue::findProblem()
 {
     m_problem = problem();
     return m_problem;
+}
+
+std::optional<QueueStatus> EndingQueue::statusIfItWorks() const
+{
+    return m_problem.isEmpty() ? queueStatus() : std::nullopt;
+}
+
+std::optional<QueueStatus> queueStatus()
+{
+    try {
+        return Singleton<DBQueueBroker>::instance()->status();
+    } catch (const BasicException &) {
+        return std::nullopt;
+    }
 }
 
 } // namespace till

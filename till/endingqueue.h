@@ -40,6 +40,9 @@ public:
     /// The last known reason why requests cannot be stored; empty if there is none. Does not access the queue.
     const QString &knownProblem() const { return m_problem; }
 
+    /// What is not accepted yet; nothing while there is a known problem, or if the queue cannot be read.
+    std::optional<QueueStatus> statusIfItWorks() const;
+
 private:
     void pushNow(const QString &owner, const QJsonObject &event, const QString &key);
 
@@ -47,5 +50,8 @@ private:
     bool m_holding = false;
     QString m_problem;
 };
+
+/// What is not accepted yet; nothing if the queue cannot be read, which must not keep a receipt from being printed.
+std::optional<QueueStatus> queueStatus();
 
 } // namespace till

@@ -2,22 +2,10 @@
 #include "receiptprinter.h"
 
 #include "console.h"
+#include "endingqueue.h"
 #include "receipt.h"
 
-#include <core/basicexception.h>
-#include <core/singleton.h>
-#include <queue/dbqueuebroker.h>
-
 namespace till {
-
-std::optional<QueueStatus> queueStatus()
-{
-    try {
-        return Singleton<DBQueueBroker>::instance()->status();
-    } catch (const BasicException &) {
-        return std::nullopt;
-    }
-}
 
 void printReceipt(const CheckResult &result, QueueDrain &drain)
 {

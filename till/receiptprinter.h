@@ -4,12 +4,8 @@
 #include "checkresult.h"
 
 #include <queue/queuedrain.h>
-#include <queue/queuestatus.h>
 
 namespace till {
-
-/// What is not accepted yet; nothing if the queue cannot be read, which must not keep a receipt from being printed.
-std::optional<QueueStatus> queueStatus();
 
 /// Prints the receipt. The drain gets up to two seconds before, where the check has an order, so that only what could
 /// not be sent at once is shown as waiting.

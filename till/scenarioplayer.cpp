@@ -2,6 +2,7 @@
 #include "scenarioplayer.h"
 
 #include "console.h"
+#include "endingqueue.h"
 #include "performstep.h"
 #include "receiptprinter.h"
 #include "scriptedcashier.h"

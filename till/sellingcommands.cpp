@@ -69,7 +69,7 @@ void deliverRest(SellingTill &till, const Options &options)
 {
     till.session().endWaiting();
     deliver(till.drain(), options.drainTime, till.host().queue());
-    const auto status = till.host().queue().knownProblem().isEmpty() ? queueStatus() : std::nullopt;
+    const auto status = till.host().queue().statusIfItWorks();
     if (status)
         console::printLine(u'\n' + statusText(*status));
 }

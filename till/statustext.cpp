@@ -5,7 +5,6 @@
 #include "checkview.h"
 #include "loyaltyplugin.h"
 #include "queuecommand.h"
-#include "receiptprinter.h"
 
 #include <core/basicexception.h>
 #include <core/plaintext.h>
@@ -44,7 +43,7 @@ QString openCheckText(CheckStore &store, const QString &configFile)
 
 QString queueText(TillHost &host)
 {
-    const auto status = host.queue().knownProblem().isEmpty() ? queueStatus() : std::nullopt;
+    const auto status = host.queue().statusIfItWorks();
     return status ? statusText(*status) + u'\n' : u"Очередь не работает\n"_s;
 }
 

@@ -3,7 +3,7 @@
 
 #include "listings.h"
 #include "till/checkview.h"
-#include "till/receiptprinter.h"
+#include "till/endingqueue.h"
 
 #include <cashier/verificationlogic.h>
 #include <core/basicexception.h>

@@ -1,8 +1,8 @@
 // What the cashier wants done, and what the cashier looks at beside the check.
 #include "checkdesk.h"
 #include "listings.h"
+#include "till/endingqueue.h"
 #include "till/receipt.h"
-#include "till/receiptprinter.h"
 
 #include <core/basicexception.h>
 #include <document/saledocument.h>
