@@ -113,7 +113,7 @@ private:
     void requireOpen();
     void requireCard();
     bool isEnding(TillState::Ending ending);
-    /// Where saving fails, the check goes back to what the disk has.
+    /// If saving fails, reverts the check to its stored state.
     void save();
     /// Whether there were any.
     bool showNotices() const;
@@ -124,7 +124,7 @@ private:
 
     /// Goes back to the check as it was last saved.
     void reread();
-    /// The same where an operation has failed: it has to be reported, whatever comes of this.
+    /// The same for error paths: never throws, so that the original failure is reported.
     void revert();
 
     /// What every change of a line has in common: `change` is applied between taking off the points that were spent,

@@ -34,7 +34,7 @@ void offer(const QStringList &words);
 /// Adds a line to the history. Codes never get there.
 void remember(const QString &line);
 
-/// From now on Ctrl-C prints this, puts the terminal in order and ends the program with status 130. Only for programs
+/// From now on Ctrl-C prints this, restores the terminal and ends the program with status 130. Only for programs
 /// whose every step is on the disk when it is done.
 void sayOnInterrupt(const QString &text);
 

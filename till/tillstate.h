@@ -1,5 +1,5 @@
-// The till's own state of an open check, apart from goods and card: how far its dealings with the loyalty
-// system have come. It is saved with the check, in one write, so that after a kill the till knows what to repeat.
+// The till's own state of an open check, apart from goods and card: how far the exchange with the loyalty
+// system has got. It is saved with the check, in one write, so that after a kill the till knows what to repeat.
 #pragma once
 
 #include <QtCore/QVariant>
@@ -16,7 +16,7 @@ struct TillState
     /// kill the ending is carried to its end.
     Ending ending = Ending::None;
 
-    /// How the order at the service stands towards the check.
+    /// How the service's order relates to the check.
     enum class Order : int {
         InStep = 0,  ///< The prices are those of the check as it is, or it was never priced.
         Changed = 1, ///< A line has changed; the loyalty system knows and updates the order at the subtotal.
@@ -27,7 +27,7 @@ struct TillState
     };
     Order order = Order::InStep;
 
-    /// What the last change of a line takes to be taken back: "line" is its number, "item" the line as it was before
+    /// What undoes the last change of a line: "line" is its number, "item" the line as it was before
     /// (missing when the change added the line). Empty when there is nothing to take back.
     QVariantMap undo;
 

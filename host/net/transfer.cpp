@@ -81,7 +81,7 @@ public:
     }
 
 private:
-    // libcurl takes what waits on a kept connection for the answer to the next request.
+    // libcurl would read bytes already waiting on a kept connection as the next answer.
     bool hasUnexpectedInput() const
     {
         curl_socket_t socket = CURL_SOCKET_BAD;

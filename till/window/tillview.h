@@ -11,7 +11,7 @@
 
 namespace till {
 
-/// What the till wants to know from the cashier before it goes on.
+/// A question that the cashier must answer before the till continues.
 struct Question
 {
     enum class Entry { None, Text, Code };
@@ -53,7 +53,7 @@ struct Page
     QString text = {}; ///< Below the table, where there is one.
     QStringList header = {};
     QList<int> numbers = {}; ///< Columns that are aligned to the right.
-    int wide = 0;            ///< The column that takes the room that is left.
+    int wide = 0;            ///< The column that stretches.
     QList<Row> rows = {};
 };
 

@@ -20,7 +20,7 @@ QWidget *arrange(Qt::Orientation orientation, const QList<QWidget *> &widgets, c
 QLabel *makeLabel(const QString &role = {}, const QString &text = {});
 
 /// A text that came from outside, fit for a label: plain, with `longest` characters of a line at most and few lines,
-/// and with places where even a word without end can be wrapped.
+/// and with break opportunities inside long words.
 QString fitting(const QString &text, qsizetype longest = 200);
 
 /// A text that came from outside as a tool tip, where it would be taken for HTML.
@@ -29,7 +29,7 @@ QString tip(const QString &text);
 /// A large button.
 QPushButton *makeButton(const QString &text = {});
 
-/// Gives a button a key for as long as it can be seen and is enabled. Unlike QAbstractButton's own shortcut it acts at
+/// Gives a button a key while it is visible and enabled. Unlike QAbstractButton's own shortcut it acts at
 /// once, and survives a new text.
 void addKey(QAbstractButton *button, const QKeySequence &key);
 
