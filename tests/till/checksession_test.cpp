@@ -10,7 +10,6 @@
 #include "tests/support/test.h"
 #include "till/checksession.h"
 #include "till/endingqueue.h"
-#include "till/loyalty.h"
 
 #include <cashier/dialog.h>
 #include <cashier/savetofilelogic.h>
@@ -277,29 +276,8 @@ TEST_F(Session, SellsOnWhileTheQueueIsFull)
     EXPECT_EQ(session->loyaltyOff(), QString()) << "the queue works again";
 }
 
-TEST(Loyalty, HasAStandInThatAcceptsNoCard)
+TEST(TillState, KnowsDamage)
 {
-    const till::Loyalty loyalty(u"/nowhere"_s);
-    auto card = builder::card(u"777"_s);
-    EXPECT_FALSE(loyalty.system().identifyByCard(card, ECardNumberType::Manual));
-    EXPECT_FALSE(loyalty.system().getCardNumber({}).success);
-    EXPECT_TRUE(loyalty.system().getLastErrorString().ru().contains(u"/nowhere"_s));
-}
-
-TEST(TillState, KeepsItsFormOnTheDiskAndKnowsDamage)
-{
-    using Ending = till::TillState::Ending;
-    using Order = till::TillState::Order;
-    const std::tuple<Ending, Order, const char *> cases[]{
-        {Ending::None, Order::Behind, R"("ending":0,"order":2)"},
-        {Ending::Closing, Order::Changed, R"("ending":1,"order":1)"},
-        {Ending::Voiding, Order::Uncertain, R"("ending":2,"order":3)"}};
-    for (const auto &[ending, order, form] : cases) {
-        SaleDocument check;
-        till::TillState{ending, order, {{u"line"_s, 2}}, u"b"_s, {u"r"_s}}.writeTo(check);
-        EXPECT_EQ(QJsonDocument::fromVariant(check.getPluginData(u"till"_s)).toJson(QJsonDocument::Compact),
-                  R"({"basket":"b",)" + QByteArray(form) + R"(,"requests":["r"],"undo":{"line":2}})");
-    }
     for (const char *field : {"ending", "order"})
         for (const int value : {-1, 4}) {
             SaleDocument check;

@@ -161,23 +161,6 @@ TEST_F(BasicLoyaltySystemTest, TellsTheCashierWhatItKnowsOfTheCard)
     EXPECT_TRUE(system.getMessagesToCashier().isEmpty());
 }
 
-TEST_F(BasicLoyaltySystemTest, AnswersTheHostUnlessAPluginKnowsBetter)
-{
-    EXPECT_TRUE(system.requestCommit(true) && system.isAllowInternalDiscount() && system.registerCheck());
-    EXPECT_TRUE(system.payCheck() && system.beforePutoutCheck() && system.afterPutoutCheck() && system.revealCheck());
-    EXPECT_TRUE(system.commit(check) && system.rollback(check));
-    EXPECT_FALSE(system.hasPointsForSpend() || system.hasPointsForEarn());
-    EXPECT_FALSE(system.takeForCustomer() || system.useDiscOnChangeWithBonusPayment() || system.cardReplace());
-    EXPECT_FALSE(system.requestInputPointsForSpendByLoyalty() || system.couponBelongsToSystem(ECoupon::Discount));
-    EXPECT_EQ(system.getCardMode(), 7);
-    EXPECT_EQ(system.getCardNumberTypeToAddCardInSubtotal(), ECardNumberType::Manual);
-    EXPECT_TRUE(system.isAllowPartialPointsSpend());
-    system.setOption(LoyaltySystemOption::RequestPointsForSpend, false);
-    EXPECT_FALSE(system.isAllowPartialPointsSpend());
-    system.setOption(LoyaltySystemOption::RequestPointsForSpend, true);
-    EXPECT_TRUE(system.isAllowPartialPointsSpend());
-}
-
 TEST_F(BasicLoyaltySystemTest, IsFoundByItsCardsWhileItIsRegistered)
 {
     const auto registry = Singleton<LoyaltySystems>::instance();
@@ -189,14 +172,6 @@ TEST_F(BasicLoyaltySystemTest, IsFoundByItsCardsWhileItIsRegistered)
     EXPECT_FALSE(registry->findByCard(*builder::card(u"2"_s, 0)) || registry->findByCard(*builder::card(u"2"_s, 27)));
     EXPECT_TRUE(system.deregisterLoyaltySystem() && system.deinit() && none.deinit() && none.init() && none.deinit());
     EXPECT_FALSE(registry->findByCard(*card));
-}
-
-TEST_F(BasicLoyaltySystemTest, OffersFeatures)
-{
-    system.setFeature(u"a"_s);
-    EXPECT_TRUE(system.isFeatureMatched(u"a"_s));
-    system.setFeature(u"a"_s, false);
-    EXPECT_FALSE(system.isFeatureMatched(u"a"_s));
 }
 
 } // namespace

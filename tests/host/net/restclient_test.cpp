@@ -229,13 +229,18 @@ TEST(RestClient, RepeatsOnlyWhatAsksOnAConnectionThatDies)
 
 TEST(RestClient, TakesNoAnswerThatCameUnasked)
 {
-    RawServer server([](int client, int number) {
-        const bool isSent = RawServer::send(client, RawServer::answer("200 OK", "{}"));
-        std::this_thread::sleep_for(std::chrono::milliseconds(20)); // so that it is no part of the first one
-        return isSent && (number != 1 || RawServer::send(client, RawServer::answer("200 OK", R"({"message":"x"})")));
+    std::binary_semaphore unasked{0};
+    RawServer server([&unasked](int client, int number) {
+        bool isSent = RawServer::send(client, RawServer::answer("200 OK", "{}"));
+        if (number == 1) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20)); // so that it is no part of the first one
+            isSent = RawServer::send(client, RawServer::answer("200 OK", R"({"message":"x"})"));
+            unasked.release();
+        }
+        return isSent;
     });
     exchange(post, server.url(u"/first"_s));
-    std::this_thread::sleep_for(std::chrono::milliseconds(60));
+    unasked.acquire();
     EXPECT_EQ(exchange(post, server.url(u"/second"_s)).json(), QJsonDocument(QJsonObject()));
     EXPECT_EQ(server.connections(), 2);
 }
