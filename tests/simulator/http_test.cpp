@@ -4,6 +4,7 @@
 
 #include <poll.h>
 
+#include <QtCore/QDateTime>
 #include <QtCore/QProcess>
 
 #include <algorithm>
@@ -114,8 +115,11 @@ TEST_F(Http, FailsOneRequestWithEachKindOfFault)
         EXPECT_EQ(caller.call("createOrder", kind).outcome(), "ok");
     }
     EXPECT_EQ(caller.requests()["counts"]["createOrder"], 8);
+    const QString before = QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz"));
     caller.http.Get("/elsewhere");
-    EXPECT_EQ(caller.requests()["requests"].back()["target"], "/elsewhere");
+    const Json last = caller.requests()["requests"].back();
+    EXPECT_EQ(last["target"], "/elsewhere");
+    EXPECT_GE(last["at"], before.toStdString());
     EXPECT_EQ(caller.balance(), "1300.00");
 
     caller.fault({{"method", "*"}, {"kind", "status"}, {"times", 100}, {"status", 503}, {"body", {{"x", 1}}}});
