@@ -70,8 +70,8 @@ QString soldText(const Day &day, const ReplayTills &tills)
     QString text;
     for (const qsizetype index : tills.inDoubt())
         text +=
-            u"invoice %1: IN DOUBT, its till ended while selling it; the till's journal says what became of it\n"_s.arg(
-                day.receipts.at(index).invoice);
+            u"invoice %1: IN DOUBT, its till ended while selling it; see kvo-till status and journal on its till.ini\n"_s
+                .arg(day.receipts.at(index).invoice);
     for (const qsizetype index : tills.left())
         text += u"invoice %1: NOT SOLD, no till could\n"_s.arg(day.receipts.at(index).invoice);
     Money sum;
