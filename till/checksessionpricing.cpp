@@ -71,8 +71,8 @@ void CheckSession::spendOffered()
         m_document->removeImpactsOf(card());
         throw;
     }
-    // Where the service has taken none, what it offered holds no longer.
-    m_state.order = card() && !isPaidWithPoints() ? Order::Behind : Order::InStep;
+    // An answer without points does not prove that the service has taken none.
+    m_state.order = card() && !isPaidWithPoints() ? Order::Uncertain : Order::InStep;
     save();
     if (const Money spent = m_document->getDiscountSum(); card() && spent != offered)
         Singleton<CashierUi>::instance()->show(tr::Tr(

@@ -173,6 +173,7 @@ TEST_F(Session, AsksTheServiceForWhatTheCheckHasBecome)
         {"points are spent on the check as it is", {add, subtotal, spend}, "create update cancel calculate create"},
         {"points are on a check that is voided", {spend, giveUp}, "create"},
         {"the service takes no points", {takeNone, spend}, "create cancel calculate create"},
+        {"it says nothing of the points", {takeNone, close}, "create cancel calculate create"},
         {"points of another day", {park, takeUp, spend}, "cancel calculate create"},
         {"taken up on another day", {change, park, restart, takeUp, subtotal}, "create update"},
         {"parked in a damaged file", {spend, damage, park, restart, takeUp, close}, "create"},
