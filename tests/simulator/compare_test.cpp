@@ -28,6 +28,7 @@ TEST(Compare, FindsEachDifference)
     // What is changed, and a part of what is said about it.
     const std::tuple<const char *, std::function<void(Sides &)>, const char *> cases[] = {
         {"equal", [](Sides &) {}, "1 order  96.00     96.00    10.00       10.00    2.43         2.43     all equal\n"},
+        {"voided before it had an order", [](Sides &s) { s.addVoided("v"); }, "1 order  96.00"},
         {"closed without order", [](Sides &s) { s.orders.clear(); }, "no order"},
         {"unposted", [](Sides &s) { s.order().state = State::Created; }, "not posted"},
         {"unbound", [](Sides &s) { s.order().state = State::Posted; }, "not bound"},

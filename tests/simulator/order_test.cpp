@@ -107,6 +107,9 @@ TEST(Pricing, FollowsTheRules)
         EXPECT_EQ(redeem(lines, available), spent) << name;
         EXPECT_EQ(earn(lines, spent, 5), earned) << name;
     }
+    Customer customer;
+    customer.tiers = {{"first", 4}, {"without points", 0}, {"not reached", Tier::notApplied}};
+    EXPECT_EQ(earnPercent(customer), 0) << "the last one that applies";
 }
 
 } // namespace sim
