@@ -2,6 +2,7 @@
 // be saved, restored and ended, and the points that the service takes are those on the receipt.
 #include "tests/support/checkbuilder.h"
 #include "tests/support/fakeconfig.h"
+#include "tests/support/file.h"
 #include "tests/support/refusal.h"
 #include "tests/support/restexchange.h"
 #include "tests/support/test.h"
@@ -121,7 +122,7 @@ struct SpoiltAnswer : testing::TestWithParam<QString>
         EXPECT_TRUE(drain.waitUntilDrained(30s));
     }
 
-    QTemporaryDir folder{u"/dev/shm/kvo-XXXXXX"_s}; // In memory: thousands of saves are quick there.
+    QTemporaryDir folder{quickFolder()};
     FakeConfig config{{{u"Host:dataFolder"_s, folder.path()}}};
     Service service;
     QSharedPointer<till::EndingQueue> queue = QSharedPointer<till::EndingQueue>::create();

@@ -8,6 +8,7 @@
 #include <net/restclient.h>
 
 #include <sys/prctl.h>
+#include <sys/stat.h>
 
 #include <QtCore/QProcess>
 
@@ -24,7 +25,11 @@ inline QByteArray check(const QByteArray &steps, const QByteArray &expect = "{}"
 
 struct SaleTest : testing::Test
 {
-    SaleTest() { startService(); }
+    SaleTest()
+    {
+        ::umask(022);
+        startService();
+    }
     ~SaleTest() override
     {
         stopService();

@@ -125,7 +125,7 @@ struct Session : testing::Test
     }
 
     qsizetype seen = 0; ///< Of the queue.
-    QTemporaryDir folder;
+    QTemporaryDir folder{quickFolder()};
     FakeConfig config{{{u"Host:dataFolder"_s, folder.path()}}};
     RestExchange service;
     Installed<SaveToFileLogic, MortalSave> disk;

@@ -15,6 +15,8 @@
 #include <core/singleton.h>
 #include <queue/dbqueuebroker.h>
 
+#include <sys/stat.h>
+
 #include <QtCore/QLibraryInfo>
 #include <QtCore/QRegularExpression>
 
@@ -76,6 +78,7 @@ void expectLine(const QString &report, const QString &line)
 
 struct DoctorTest : testing::Test
 {
+    DoctorTest() { ::umask(022); }
     ~DoctorTest() override { Singleton<Config>::replace({}); }
 
     /// What the doctor finds with a sound configuration to which `ini` is added; a section that comes twice is joined.
@@ -105,7 +108,8 @@ TEST_F(DoctorTest, NamesEachFaultAndItsRemedy)
     const QString sound = report({});
     expectLine(sound, u"warning  goods: *data/goods.json does not exist*Till:goods"_s);
     expectCases(u"till/doctor.txt"_s, [&](QByteArray ini) {
-        QStringList faults = report(ini.replace("@", path(""))).split(u'\n');
+        ini.replace("@", path("")).replace("TOO-LONG", QByteArray("x.").repeated(200)); // no name server is asked
+        QStringList faults = report(ini).split(u'\n');
         faults.removeIf([&](const QString &line) { return line.startsWith(u"ok") || sound.contains(line); });
         return faults.join(u'\n');
     });

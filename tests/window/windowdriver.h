@@ -116,7 +116,7 @@ private:
     QStringList parts() const
     {
         static const QRegularExpression changing(
-            uR"((\d\d\.\d\d(\.\d{4})? )?\d+:\d\d(:\d\d)?|[0-9a-f]{8}-[0-9a-f-]{27}|ждут \d+|/tmp/\S*)"_s);
+            uR"((\d\d\.\d\d(\.\d{4})? )?\d+:\d\d(:\d\d)?|[0-9a-f]{8}-[0-9a-f-]{27}|ждут \d+|\S*/window_test-\S*)"_s);
         const auto side = [](int alignment) { return alignment & Qt::AlignRight ? u"→"_s : QString(); };
         QStringList parts;
         for (const auto *part : window.findChildren<QWidget *>()) {

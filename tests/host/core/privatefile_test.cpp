@@ -30,10 +30,9 @@ TEST(PrivateFile, ReportsAFolderThatCannotBeMade)
 
 TEST(PrivateFile, BelongsToTheOwnerOfTheFolderWhereRootMakesIt)
 {
-    if (::geteuid() != 0)
-        GTEST_SKIP() << "only root gives files away";
     const QTemporaryDir folder;
-    ASSERT_EQ(::chown(QFile::encodeName(folder.path()).constData(), someUser, someUser), 0);
+    if (::chown(QFile::encodeName(folder.path()).constData(), someUser, someUser) != 0)
+        GTEST_SKIP() << "only root gives files away";
     const QString made = folder.filePath(u"a/b"_s);
     ASSERT_FALSE(makePrivateFolder(made) || makePrivateFolder(made));
     for (const QString &name : {folder.filePath(u"a"_s), made}) {
