@@ -130,6 +130,7 @@ TEST(CheckRowsTest, RowsThatAreMissingOrContradictEachOtherAreRefused)
         {"card", 1, "\"card\":{\"client\":null}", "\"card\":null", "«card 1», поле «card»: недопустимое"},
         {"card", 1, "\"card\":{\"client\":null}", "\"card\":{\"client\":7}", "«card.client»: ожидается объект"},
         {"impact", 2, "\"details\":[", "\"details\":7,\"x\":[", "«details»: ожидается список"},
+        {"impact", 2, "\"details\":[", "\"details\":[null],\"x\":[", "«details»: ожидается объект"},
         {"goods", 2, "{", "[{", "«goods 2», это не JSON"},
         {"check", 0, "", "", "«check» отсутствует"},
         {"check", 0, "\"identifier\":\"", "\"identifier\":\"\",\"x\":\"", "«check», поле «identifier»"},
