@@ -153,7 +153,8 @@ void fromJson(const QJsonValue &json, QList<QSharedPointer<T>> &values)
     if (!json.isArray())
         fail(QStringLiteral("ожидается список"));
     for (const auto array = json.toArray(); const auto &element : array)
-        fromJson(element, values.emplaceBack());
+        if (fromJson(element, values.emplaceBack()); !values.last())
+            fail(QStringLiteral("ожидается объект"));
 }
 
 template <class T>
