@@ -40,6 +40,10 @@ QByteArray contentOf(const DocumentImpact &impact)
 bool isComparable(const QVariant &value)
 {
     const QMetaType type = value.metaType();
+    if (type.id() == QMetaType::QVariantList)
+        return std::ranges::all_of(value.toList(), isComparable);
+    if (type.id() == QMetaType::QVariantMap)
+        return std::ranges::all_of(value.toMap(), isComparable);
     return type.id() < QMetaType::User || type == QMetaType::fromType<QList<DocumentBonusRecord>>();
 }
 
