@@ -6,6 +6,7 @@
 #include <core/basicexception.h>
 #include <core/config.h>
 #include <core/currenttime.h>
+#include <core/jsontext.h>
 #include <core/mockfactory.h>
 #include <core/singleton.h>
 #include <database/databaseerror.h>
@@ -224,7 +225,7 @@ void CheckStore::finish(const SaleDocument &check, const QJsonObject &entry)
         SqliteConnection &database = connection();
         DatabaseTransaction transaction(database);
         const QString identifier = check.getIdentifier();
-        const QByteArray text = QJsonDocument(entry).toJson(QJsonDocument::Compact);
+        const QByteArray text = jsontext::compact(QJsonDocument(entry));
         database.change(u"INSERT INTO journal (identifier, entered, entry) VALUES (?, ?, ?) "
                         u"ON CONFLICT (identifier) DO NOTHING",
                         {identifier, now(), QString::fromUtf8(text)});
@@ -247,17 +248,17 @@ bool CheckStore::park(const QString &reason, Standing standing)
 
 QSharedPointer<SaleDocument> CheckStore::readParked(const QString &identifier)
 {
-    const qint64 sale = attempt([&] {
-        return connection()
-            .value(parkedSale, {identifier, codeOf(Standing::Parked), codeOf(Standing::Ending)})
-            .toLongLong();
+    return attempt([&] {
+        const qint64 sale = connection()
+                                .value(parkedSale, {identifier, codeOf(Standing::Parked), codeOf(Standing::Ending)})
+                                .toLongLong();
+        if (sale == 0)
+            throw BasicException(u"Отложенного чека %1 нет или он не читается"_s.arg(identifier));
+        auto check = read(sale, identifier);
+        if (!check)
+            throw BasicException(m_notices.takeLast());
+        return check;
     });
-    if (sale == 0)
-        throw BasicException(u"Отложенного чека %1 нет или он не читается"_s.arg(identifier));
-    auto check = read(sale, identifier);
-    if (!check)
-        throw BasicException(m_notices.takeLast());
-    return check;
 }
 
 QSharedPointer<SaleDocument> CheckStore::parked(const QString &identifier)
