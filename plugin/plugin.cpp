@@ -105,7 +105,7 @@ QSharedPointer<AbstractDocument> Plugin::documentOf(const Event &event)
     return event.value(u"document"_s).value<QSharedPointer<AbstractDocument>>();
 }
 
-/// Whether there is a check with a card to work on.
+/// Whether there is a check with a card to work on. A card without a check is logged as an error.
 bool Plugin::hasCheckAndCard(const QSharedPointer<AbstractDocument> &document,
                              const QSharedPointer<DocumentCardRecord> &card) const
 {

@@ -82,7 +82,8 @@ bool Plugin::restoreLoyaltySystem()
 
     const QVariant impacts = getPluginData(bonusImpactsKey, QVariant());
     bonusImpacts = impacts.value<BonusImpactPtrList>();
-    bonusImpacts.removeIf([](const auto &impact) { return !impact || !impact->getTotals(); }); // stored by a host
+    // A host may have stored impacts that are not the plugin's.
+    bonusImpacts.removeIf([](const auto &impact) { return !impact || !impact->getTotals(); });
     if (isDamaged(impacts, bonusImpacts))
         unreadable.append(bonusImpactsKey);
     linkCard(bonusImpacts, getCard());

@@ -1,4 +1,4 @@
-// Adding and removing cards of a check.
+// Takes a card off a check.
 #pragma once
 
 #include <document/abstractdocument.h>

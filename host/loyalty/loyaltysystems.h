@@ -9,7 +9,7 @@
 class POSHOST_EXPORT LoyaltySystems
 {
 public:
-    /// For BasicLoyaltySystem::registerLoyaltySystem(), which also removes a destroyed system. False when the system is
+    /// For BasicLoyaltySystem, whose destructor removes a system that is still registered. False when the system is
     /// registered already.
     bool add(BasicLoyaltySystem *system);
     /// False when the system is not registered.

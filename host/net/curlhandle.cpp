@@ -47,7 +47,7 @@ CurlHandle makeCurlHandle()
 CurlHeaders curlHeaders(const QHash<QString, QString> &headers)
 {
     CurlHeaders list(curl_slist_append(nullptr, "Expect:"));
-    append(list, "Content-Type:"); // otherwise that of a form where `headers` has none
+    append(list, "Content-Type:"); // or libcurl would declare a form where `headers` gives no type
     append(list, "Accept: application/json");
     for (auto header = headers.cbegin(); header != headers.cend(); ++header) {
         // To libcurl "name:" means not to send the header, and "name;" to send it empty.

@@ -6,6 +6,7 @@
 
 #include <QtCore/QLocale>
 
+#include <algorithm>
 #include <array>
 #include <new>
 
@@ -26,7 +27,7 @@ void check(CURLcode code)
         throw BasicException(QString::fromUtf8(curl_easy_strerror(code)));
 }
 
-std::size_t receive(const char *bytes, std::size_t, std::size_t count, void *context)
+std::size_t receive(char *bytes, std::size_t, std::size_t count, void *context)
 {
     auto &body = *static_cast<QByteArray *>(context);
     body.append(bytes, std::min(static_cast<qsizetype>(count), keptBody - body.size()));

@@ -4,6 +4,8 @@
 #include <QtCore/QJsonArray>
 #include <QtCore/QRegularExpression>
 
+#include <algorithm>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace {

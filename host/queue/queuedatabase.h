@@ -33,7 +33,8 @@ protected:
     QueueLease() = default;
 
 private:
-    // There is room for one more byte in a file offset; 63 random bits do not repeat.
+    // Below the largest file offset, because SQLite's lease locks the byte at this offset. 63 random bits do not
+    // repeat.
     qint64 m_id = QRandomGenerator::system()->bounded(std::numeric_limits<qint64>::max());
 };
 
