@@ -59,4 +59,15 @@ TEST_F(FaultProxy, DoesWhatTheFaultIsCalled)
     EXPECT_EQ(lines.count("{\"accepted\":true,\"basket\":\"b\","), processed);
 }
 
+TEST_F(FaultProxy, EndsTheConnectionWhenTheServiceIsGone)
+{
+    ProxyRecord record({});
+    ProxyFaults none(0, 0, {});
+    Proxy proxy(1, none, record); // no service has that port
+    const int proxyPort = proxy.bind(0);
+    const std::jthread serving([&proxy] { proxy.run(); });
+    EXPECT_EQ(ask(proxyPort).networkError(), Error::RemoteHostClosedError);
+    proxy.stop();
+}
+
 } // namespace sim
