@@ -2,10 +2,12 @@
 #pragma once
 
 #include <queue/dbqueuebroker.h>
+#include <queue/queuestatus.h>
 
 #include <QtCore/QVariant>
 
 #include <functional>
+#include <optional>
 
 namespace till {
 

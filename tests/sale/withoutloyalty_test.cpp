@@ -80,6 +80,7 @@ TEST_F(SaleTest, SetsACheckWithACardAsideUntilThePluginIsBack)
     const QString sold = askTill({u"sell"_s}, "take 1\nremove 2\nrestore\nprice\n1\nspend\n\n2\ncard "
                                               "7770000000001\nhelp\nsubtotal\npark\ntake 1\nclose\nx\n");
     EXPECT_EQ(readFile(folder.filePath(u"till.log"_s)).count("chmod o-r"), 1) << "the password came into the file now";
+    EXPECT_TRUE(sold.contains(QRegularExpression(u"осталось (300|29\\d) с"_s)));
     expectText(status + sold + askTill({u"journal"_s}), u"sale/aside.txt"_s);
     expectEqualBooks(2);
 }
