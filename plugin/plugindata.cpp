@@ -88,7 +88,10 @@ bool Plugin::restoreLoyaltySystem()
         unreadable.append(bonusImpactsKey);
     linkCard(bonusImpacts, getCard());
 
-    orderCreated = getPluginData(orderCreatedKey, QVariant()).toBool();
+    const QVariant created = getPluginData(orderCreatedKey, QVariant(false));
+    orderCreated = created.toBool();
+    if (!created.canConvert<bool>())
+        unreadable.append(orderCreatedKey);
     if (!unreadable.isEmpty())
         logger->warn(u"Данные лояльности чека прочитаны не полностью, пропущено: %1"_s.arg(unreadable.join(u", "_s)));
     return true;
