@@ -3,6 +3,7 @@
 #pragma once
 
 #include "till/window/mainwindow.h"
+#include "till/window/theme.h"
 
 #include <QtTest/QTest>
 #include <QtWidgets/QPlainTextEdit>
@@ -111,6 +112,19 @@ private:
         return window.findChild<QStackedWidget *>()->currentWidget()->findChild<QTableWidget *>();
     }
 
+    /// The theme's name of the colour in which an icon is drawn; empty when it is not.
+    QString ink(const QIcon &icon, QIcon::Mode mode) const
+    {
+        const QImage drawn = icon.pixmap(96, mode).toImage();
+        QSet<QRgb> colours;
+        for (int at = 0; at < drawn.width() * drawn.height(); ++at)
+            colours.insert(drawn.pixel(at % drawn.width(), at / drawn.width()));
+        for (const auto &name : {u"accent"_s, u"onAccent"_s, u"muted"_s})
+            if (colours.contains(till::Theme{till.view().isDark}.colour(name).rgba()))
+                return u' ' + name;
+        return {};
+    }
+
     /// All that can be seen, with ">" where the focus is, "→" for what stands at the right, and what the styles go by;
     /// "@" for times, identifiers, and how far the drain has come.
     QStringList parts() const
@@ -122,12 +136,13 @@ private:
         for (const auto *part : window.findChildren<QWidget *>()) {
             QString text = part->property("text").toString().remove(QChar(0x200B)).replace(u'\n', u'/');
             text = text.isEmpty() ? part->accessibleName() : text;
-            if (!part->isVisible() || text.isEmpty())
-                continue;
-            text = (part->hasFocus() ? u"> "_s : QString()) + (part->isEnabled() ? text : u'(' + text + u')');
+            text = part->isEnabled() || text.isEmpty() ? text : u'(' + text + u')';
             for (const char *property : {"placeholderText", "toolTip", "role", "tone"})
                 text += u' ' + part->property(property).toString();
-            parts.append(text + side(part->property("alignment").toInt()));
+            text += ink(part->property("icon").value<QIcon>(), part->isEnabled() ? QIcon::Normal : QIcon::Disabled);
+            if (part->isVisible() && !text.trimmed().isEmpty())
+                parts.append((part->hasFocus() ? u"> "_s : QString()) + text +
+                             side(part->property("alignment").toInt()));
         }
         const auto *table = shownTable();
         QString header;

@@ -15,6 +15,7 @@
 #include <tuple>
 
 using namespace Qt::Literals::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace till {
 
@@ -27,7 +28,7 @@ void CheckDesk::start(const QString &configFile, const QSharedPointer<CashierUi>
         Q_EMIT changed(m_view);
         return;
     }
-    const QString theme = Singleton<Config>::instance()->getString(u"Till:theme"_s, u"light"_s);
+    const QString theme = Singleton<Config>::instance()->getString(u"Till:theme"_s, {});
     m_view.isDark = theme.compare("dark"_L1, Qt::CaseInsensitive) == 0;
     perform(&CheckDesk::resume, tr("Проверяем, не остался ли открытый чек"));
     poll();
@@ -94,7 +95,7 @@ void CheckDesk::poll()
     const bool isBroken = !m_view.queue || session().endWaiting();
     refresh();
     // A queue on a server that does not answer holds up the sale for seconds at each poll.
-    QTimer::singleShot(std::chrono::seconds(isBroken ? 30 : 1), this, &CheckDesk::poll);
+    QTimer::singleShot(isBroken ? 30s : 1s, this, &CheckDesk::poll);
 }
 
 bool CheckDesk::ask(const tr::Tr &message, const tr::Tr &first, const tr::Tr &second)
@@ -150,17 +151,19 @@ std::optional<Answer> CheckDesk::waitForAnswer(Question question, std::optional<
     }
     m_view.question = question;
     refresh();
-    std::unique_lock lock(m_mutex);
-    const auto isAnswered = [this] { return m_isAbandoned || m_answer; };
-    if (timeLeft)
-        m_answered.wait_for(lock, *timeLeft, isAnswered);
-    else
-        m_answered.wait(lock, isAnswered);
-    if (m_isAbandoned)
-        throw std::runtime_error("the window is closed");
-    ++m_question; // From here on an answer comes too late.
-    const std::optional<Answer> answer = m_answer;
-    lock.unlock();
+    std::optional<Answer> answer;
+    {
+        std::unique_lock lock(m_mutex);
+        const auto isAnswered = [this] { return m_isAbandoned || m_answer; };
+        if (timeLeft)
+            m_answered.wait_for(lock, *timeLeft, isAnswered);
+        else
+            m_answered.wait(lock, isAnswered);
+        if (m_isAbandoned)
+            throw std::runtime_error("the window is closed");
+        ++m_question; // From here on an answer comes too late.
+        answer = m_answer;
+    }
     m_view.question.reset();
     m_view.waitingSince = QDateTime::currentDateTime();
     Q_EMIT changed(m_view);

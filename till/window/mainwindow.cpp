@@ -10,6 +10,7 @@
 #include <QtWidgets/QStatusBar>
 
 using namespace Qt::Literals::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace till {
 
@@ -42,7 +43,7 @@ MainWindow::MainWindow(CheckThread &till) : m_till(till)
     auto *clock = new QTimer(this);
     connect(clock, &QTimer::timeout, this, &MainWindow::showMessage);
     connect(clock, &QTimer::timeout, this, &MainWindow::sendPending);
-    clock->start(std::chrono::milliseconds(200));
+    clock->start(200ms);
     QApplication::instance()->installEventFilter(this);
     showSale();
 }
@@ -60,8 +61,7 @@ QWidget *MainWindow::makeSale()
 QWidget *MainWindow::makeCustomer()
 {
     auto *panel = new QFrame;
-    panel->setProperty("role", u"card"_s);
-    panel->setFixedWidth(264);
+    panel->setProperty("role", u"customer"_s);
     auto *form = new QFormLayout(panel);
     form->setRowWrapPolicy(QFormLayout::WrapLongRows);
     form->setVerticalSpacing(2);
@@ -81,21 +81,20 @@ QWidget *MainWindow::makeCustomer()
 QWidget *MainWindow::makeActions()
 {
     m_actions = actions();
-    QList<QWidget *> rows[2];
+    QList<QWidget *> upper, lower;
     for (int index = 0; index < m_actions.size(); ++index) {
         Action &action = m_actions[index];
         action.button = new QToolButton;
         action.button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
         action.button->setFocusPolicy(Qt::TabFocus);
         action.button->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-        action.button->setIconSize(QSize(26, 26));
         addKey(action.button, Qt::Key(Qt::Key_F1 + index));
         connect(action.button, &QToolButton::clicked, this, action.run);
-        rows[index < m_actions.size() / 2 ? 0 : 1].append(action.button);
+        (index < m_actions.size() / 2 ? upper : lower).append(action.button);
     }
     m_actions.constLast().button->setProperty("role", u"main"_s);
-    QWidget *first = arrange(Qt::Horizontal, rows[0], rows[0]);
-    return arrange(Qt::Vertical, {first, arrange(Qt::Horizontal, rows[1], rows[1])}, {});
+    QWidget *first = arrange(Qt::Horizontal, upper, upper);
+    return arrange(Qt::Vertical, {first, arrange(Qt::Horizontal, lower, lower)}, {});
 }
 
 /// In the order of the keys F1 to F12.

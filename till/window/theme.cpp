@@ -41,8 +41,6 @@ void Theme::apply() const
     const QColor line = colour(u"line");
     QPalette palette(text, surface, line, line, line, text, text, surface, colour(u"ground"));
     palette.setColor(QPalette::PlaceholderText, colour(u"muted"));
-    palette.setColor(QPalette::Highlight, colour(u"accent"));
-    palette.setColor(QPalette::HighlightedText, colour(u"onAccent"));
     QApplication::setPalette(palette);
     QString sheet = QString::fromUtf8(QResource(u":/window/theme.qss"_s).uncompressedData());
     for (const auto &[name, light, dark] : colours)
@@ -60,7 +58,7 @@ QIcon Theme::icon(const QString &name, const QColor &colour) const
         QPixmap picture(size, size);
         picture.fill(Qt::transparent);
         QPainter painter(&picture);
-        icons.render(&painter, name, QRectF(0, 0, size, size));
+        icons.render(&painter, name);
         painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
         painter.fillRect(picture.rect(), paint);
         painter.end();

@@ -21,10 +21,10 @@ QWidget *arrange(Qt::Orientation orientation, const QList<QWidget *> &widgets, c
     auto *layout = new QBoxLayout(orientation == Qt::Horizontal ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
     if (!box) {
         box = new QWidget;
-        layout->setContentsMargins(0, 0, 0, 0);
+        layout->setContentsMargins({});
     }
     for (QWidget *widget : widgets)
-        layout->addWidget(widget, wide.contains(widget) ? 1 : 0);
+        layout->addWidget(widget, int(wide.contains(widget)));
     box->setLayout(layout);
     return box;
 }
@@ -55,7 +55,6 @@ QString tip(const QString &text)
 QPushButton *makeButton(const QString &text)
 {
     auto *button = new QPushButton(text);
-    button->setMinimumHeight(56);
     button->setAutoDefault(true);
     return button;
 }
@@ -81,11 +80,7 @@ ListTable::ListTable()
     setSelectionMode(SingleSelection);
     setEditTriggers(NoEditTriggers);
     setTabKeyNavigation(false);
-    setShowGrid(false);
     verticalHeader()->hide();
-    verticalHeader()->setDefaultSectionSize(48);
-    horizontalHeader()->setHighlightSections(false);
-    horizontalHeader()->setMaximumSectionSize(320);
     // Only now does it know how far it can scroll: rows were added, or there is less room for them.
     connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, [this] { scrollTo(currentIndex()); });
 }
