@@ -145,6 +145,7 @@ TEST_F(WindowTest, LooksAfterTheQueue)
 TEST_F(WindowTest, FitsTheScreenWhateverTheCustomerIsCalled)
 {
     start();
+    EXPECT_EQ(shop->window.size(), QSize(1024, 768).boundedTo(shop->window.screen()->availableSize()));
     shop->window.resize(819, 600);
     for (const QString &name : {QString(200, u'Ш'), u"Шш "_s.repeated(66)}) {
         runSql(ledger, u"UPDATE customers SET last_name = '%1'"_s.arg(name));
@@ -225,6 +226,7 @@ TEST_F(WindowTest, LivesAndTakesGoodsWhileAnExchangeHangs)
     ASSERT_TRUE(WindowDriver::waitFor([this] { return shop->shown().contains(u"Рассчитываем чек: ждём"_s); }));
     EXPECT_EQ(shop->window.findChild<QLabel *>(u"message"_s)->palette().window(), till::Theme{}.colour(u"accent"));
     shop->hit(Qt::Key_F12); // Not now.
+    EXPECT_FALSE(shop->window.close()) << "the check thread could not end";
     shop->scan(u"9999999999999"_s);
     ASSERT_TRUE(shop->type(u"4600000000011"_s));
     EXPECT_THAT(text(shop->shown()), HasSubstr("Товар не найден: 9999999999999"));

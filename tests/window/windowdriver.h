@@ -115,12 +115,10 @@ private:
     /// The theme's name of the colour in which an icon is drawn; empty when it is not.
     QString ink(const QIcon &icon, QIcon::Mode mode) const
     {
-        const QImage drawn = icon.pixmap(96, mode).toImage();
-        QSet<QRgb> colours;
-        for (int at = 0; at < drawn.width() * drawn.height(); ++at)
-            colours.insert(drawn.pixel(at % drawn.width(), at / drawn.width()));
+        const QPixmap drawn = icon.pixmap(96, mode);
         for (const auto &name : {u"accent"_s, u"onAccent"_s, u"muted"_s})
-            if (colours.contains(till::Theme{till.view().isDark}.colour(name).rgba()))
+            if (!QRegion(drawn.createMaskFromColor(till::Theme{till.view().isDark}.colour(name), Qt::MaskOutColor))
+                     .isEmpty())
                 return u' ' + name;
         return {};
     }

@@ -14,7 +14,6 @@ ListPage::ListPage()
     m_search->setPlaceholderText(tr("Поиск"));
     m_search->setAccessibleName(tr("Поиск"));
     m_text->setReadOnly(true);
-    m_text->setTabChangesFocus(true);
     for (qsizetype index = 0; index < keys.size(); ++index) {
         QPushButton *button = makeButton();
         if (index > 0)

@@ -31,7 +31,6 @@ MainWindow::MainWindow(CheckThread &till) : m_till(till)
     QWidget *bottom = arrange(Qt::Horizontal, {m_message, m_totals}, {m_message});
     setCentralWidget(arrange(Qt::Vertical, {m_pages, bottom, m_actionArea, m_questions}, {m_pages}, new QWidget));
     addKey(m_queue, Qt::CTRL | Qt::Key_L);
-    statusBar()->setSizeGripEnabled(false);
     statusBar()->addWidget(m_link);
     statusBar()->addWidget(m_queue);
     statusBar()->addPermanentWidget(makeLabel({}, tr("Принтера нет")));
