@@ -149,7 +149,8 @@ void CheckDesk::saveReceipt(const QString &text)
     const QString name = u"receipt-%1.txt"_s.arg(QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss"_s));
     QSaveFile file(folder.filePath(name));
     const bool isPrivate = file.open(QFile::WriteOnly) && file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
-    if (!isPrivate || file.write(text.toUtf8()) < 0 || !file.commit())
+    const QByteArray receipt = text.toUtf8();
+    if (!isPrivate || file.write(receipt) != receipt.size() || !file.commit())
         throw BasicException(tr("Чек не сохранён: %1").arg(file.errorString()));
     m_view.page = receiptPage(text);
     m_view.message = tr("Сохранено: %1").arg(file.fileName());

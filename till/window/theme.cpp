@@ -57,11 +57,12 @@ QIcon Theme::icon(const QString &name, const QColor &colour) const
          {std::pair(QIcon::Normal, colour), std::pair(QIcon::Disabled, this->colour(u"muted"))}) {
         QPixmap picture(size, size);
         picture.fill(Qt::transparent);
-        QPainter painter(&picture);
-        icons.render(&painter, name);
-        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-        painter.fillRect(picture.rect(), paint);
-        painter.end();
+        {
+            QPainter painter(&picture);
+            icons.render(&painter, name);
+            painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+            painter.fillRect(picture.rect(), paint);
+        }
         icon.addPixmap(picture, mode);
     }
     return icon;

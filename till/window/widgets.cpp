@@ -119,10 +119,10 @@ QString ListTable::selectedId() const
 
 void ListTable::step(int by)
 {
-    for (int row = currentRow() + by; row >= 0 && row < rowCount(); row += by) {
-        if (!isRowHidden(row))
-            return selectRow(row);
-    }
+    int row = currentRow() + by;
+    while (isRowHidden(row)) // No row beyond the first and last one is hidden, and none can be selected there.
+        row += by;
+    selectRow(row);
 }
 
 void ListTable::filter(const QString &words)
