@@ -120,7 +120,7 @@ std::optional<QString> CheckDesk::enterCode(const tr::Tr & /*prompt*/, std::chro
             ? tr("Код неверный. Спросите у покупателя код ещё раз.")
             : tr("Спросите у покупателя код и введите его. К списанию: %1").arg(moneyText(session().result().offered));
     question.attemptsLeft = attemptsLeft;
-    question.deadline = QDateTime::currentDateTime().addMSecs(timeLeft.count());
+    question.deadline = QDeadlineTimer(timeLeft);
     const std::optional<Answer> answer = waitForAnswer(question, timeLeft);
     m_isSendingAgain = answer && answer->kind == Answer::Kind::SendAgain;
     return answer && answer->kind == Answer::Kind::First ? std::optional(answer->text) : std::nullopt;

@@ -56,7 +56,7 @@ void QuestionPanel::answer(Answer::Kind kind)
 
 void QuestionPanel::showTimeLeft()
 {
-    const qint64 seconds = std::max<qint64>(0, QDateTime::currentDateTime().secsTo(m_question.deadline));
+    const qint64 seconds = m_question.deadline.remainingTime() / 1000;
     m_time->setText(tr("Осталось времени: %1:%2, попыток: %3")
                         .arg(QString::number(seconds / 60), QString::number(seconds % 60).rightJustified(2, u'0'),
                              QString::number(m_question.attemptsLeft)));

@@ -7,6 +7,7 @@
 #include <queue/queuestatus.h>
 
 #include <QtCore/QDateTime>
+#include <QtCore/QDeadlineTimer>
 #include <QtCore/QStringList>
 
 namespace till {
@@ -25,7 +26,7 @@ struct Question
     bool isRisky = false;      ///< The first button cannot be undone, so Enter and Esc stand for the second one.
     // When a code is asked for:
     int attemptsLeft = 0;
-    QDateTime deadline = {};
+    QDeadlineTimer deadline = {};
 };
 
 struct Answer
