@@ -1,6 +1,8 @@
 // Construction of the service client: the settings, read once.
 #include "client/interface.h"
 
+#include "client/settings.h"
+
 #include <core/config.h>
 #include <core/singleton.h>
 
@@ -54,18 +56,19 @@ void warnOfPlainHttp(const QUrl &url, Log4Qt::Logger &logger)
 Interface::Interface() : Interface(utils::ForMock())
 {
     const auto config = Singleton<Config>::instance();
-    host = config->getString(u"Kvo:host"_s, u"http://localhost"_s);
-    path = toPath(config->getString(u"Kvo:path"_s, u"/api/ax/xpp/v1"_s));
-    verificationPath = toPath(config->getString(u"Kvo:verificationPath"_s, u"/api/twofa/msg/v1"_s));
-    const QString user = config->getString(u"Kvo:user"_s, QString());
-    const QString password = config->getString(u"Kvo:password"_s, QString());
+    const auto text = [&config](const Setting &one) {
+        return config->getString(one.key.toString(), one.defaultValue.toString());
+    };
+    host = text(setting(u"Kvo:host"));
+    path = toPath(text(setting(u"Kvo:path")));
+    verificationPath = toPath(text(setting(u"Kvo:verificationPath")));
     warnOfPlainHttp(QUrl(host), *logger);
-    headers = commonHeaders(user, password);
-    timeout = config->getInt(u"Kvo:timeout"_s, 10000);
-    brand = config->getString(u"Kvo:brand"_s, QString());
+    headers = commonHeaders(text(setting(u"Kvo:user")), text(setting(u"Kvo:password")));
+    timeout = config->getInt(u"Kvo:timeout"_s, setting(u"Kvo:timeout").defaultValue.toInt());
+    brand = text(setting(u"Kvo:brand"));
     verificationBrand = config->getString(u"Kvo:verificationBrand"_s, brand);
-    onlineStore = config->getString(u"Kvo:onlineStore"_s, QString());
-    terminal = config->getString(u"Kvo:terminal"_s, QString());
+    onlineStore = text(setting(u"Kvo:onlineStore"));
+    terminal = text(setting(u"Kvo:terminal"));
 }
 
 Interface::Interface(utils::ForMock) : logger(Log4Qt::LogManager::logger(u"kvo"_s))

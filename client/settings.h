@@ -4,8 +4,10 @@
 
 #include <QtCore/QStringView>
 
+#include <algorithm>
 #include <array>
 #include <limits>
+#include <string_view>
 
 namespace kvo {
 
@@ -78,5 +80,13 @@ inline constexpr std::array settings{
             .example = u"Код списания баллов: %1",
             .placeholder = u"%1"},
 };
+
+/// The setting with this key. A key that is not in the list does not compile.
+consteval const Setting &setting(std::u16string_view key)
+{
+    return *std::ranges::find_if(settings, [key](const Setting &one) {
+        return std::u16string_view(one.key.utf16(), static_cast<std::size_t>(one.key.size())) == key;
+    });
+}
 
 } // namespace kvo

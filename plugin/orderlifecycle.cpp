@@ -18,7 +18,7 @@ namespace {
 void enqueue(const Request &request)
 {
     // A request stored without its address could never be delivered.
-    if (!request.url.errorString().isEmpty())
+    if (!request.url.isValid() || request.url.host().isEmpty())
         throw BasicException(u"Неверно задан адрес сервиса лояльности, проверьте настройки Kvo:host и Kvo:path"_s);
     Singleton<DBQueueBroker>::instance()->push(u"kvo"_s, request.toQueueEvent(), QString());
 }

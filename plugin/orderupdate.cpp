@@ -3,6 +3,8 @@
 
 #include <log4qt/logger.h>
 
+#include <QtCore/QScopeGuard>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace kvo {
@@ -24,22 +26,27 @@ void Plugin::updateOrder(const Event &event)
 void Plugin::sendUpdate(const Request &update, const QSharedPointer<AbstractDocument> &document,
                         const QSharedPointer<DocumentCardRecord> &card)
 {
-    const QJsonObject accepted = card->getOperationInfo().toJsonObject();
+    const QVariant info = card->getOperationInfo();
+    const QJsonObject accepted = info.toJsonObject();
     const QJsonObject body = update.payload.object();
     if (body == accepted)
         return;
     if (!orderCreated) {
         logger->info(u"Создание заказа"_s);
         Request creation = interface->createOrderRequest(document, card, true);
-        if (!accepted.isEmpty()) // Otherwise it was named by a commit() that failed, and never priced.
+        if (!accepted.isEmpty()) // Otherwise an unfinished commit() or spendPoints() has named an order that was never
+                                 // priced.
             creation.payload = QJsonDocument(accepted);
         interface->requestOnline(creation);
         orderCreated = true;
     }
     logger->info(u"Обновление заказа"_s);
     createBonusRecords(card, interface->requestOnline(update));
+    // Until that is saved, a retry has to send the update again.
+    auto unsaved = qScopeGuard([&] { card->setOperationInfo(info); });
     card->setOperationInfo(body);
     updatePluginData();
+    unsaved.dismiss();
     pendingUpdate = false;
 }
 

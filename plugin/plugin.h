@@ -25,10 +25,11 @@ class Plugin : public BaseActivityListener, public BasicLoyaltySystem
 
 public Q_SLOTS:
     /// PositionChanged notes that the order may have to be updated; SubtotalEntered then updates it, PaymentStarted
-    /// always does. LoyaltyResultDropped, and PositionRestored when no update is pending, cancel the order and price
-    /// the check again. Both throw BasicException when the order cannot be cancelled, or like request(); where that
-    /// would return false, the card has no operation id and getLastErrorString() says why. Other events are ignored.
-    /// The check is the event's value "document".
+    /// always does. After an error the cashier retries or removes the card; throws BasicException when the removal
+    /// cannot be stored. LoyaltyResultDropped, and PositionRestored when no update is pending, cancel the order and
+    /// price the check again. These two throw BasicException when the order cannot be cancelled, or like request();
+    /// where that would return false, the card has no operation id and getLastErrorString() says why. Other events are
+    /// ignored. The check is the event's value "document".
     void handleEvent(const Event &event) override;
 
 public:
@@ -60,8 +61,8 @@ public:
 
     /// Pays with the points for spending: confirms with the customer if configured, creates the order (createOrder) and
     /// turns the points it redeems into bonus impacts. After an error the cashier retries or removes the card. Always
-    /// true; throws BasicException when the answer's sums make no sense or the check cannot be saved. The order then
-    /// counts as not created, and there are no impacts.
+    /// true; throws BasicException when the answer's sums make no sense or the check cannot be saved (the order then
+    /// counts as not created, and there are no impacts), and when a card's removal cannot be stored.
     bool spendPoints() override;
 
     /// Makes sure that the order exists (createOrder without spending points), then queues postOrder and bindOrderId.

@@ -1,4 +1,5 @@
 // Paying with points, confirmed by the customer.
+#include "client/settings.h"
 #include "plugin/plugin.h"
 
 #include <cashier/verificationlogic.h>
@@ -58,14 +59,17 @@ bool Plugin::spendPoints()
 void Plugin::verification(double amount) const
 {
     const auto config = Singleton<Config>::instance();
-    const double limit = config->getDouble(u"Kvo:verificationLimit"_s, -1.0);
+    const double limit =
+        config->getDouble(u"Kvo:verificationLimit"_s, setting(u"Kvo:verificationLimit").defaultValue.toDouble());
     // The amount is a sum over the lines, which can be an ulp below what the cashier and the customer see.
     if (limit < 0.0 || (limit > amount && !qFuzzyCompare(limit, amount)))
         return;
-    const QString code = getCode(config->getInt(u"Kvo:verificationCodeLength"_s, 4));
+    const QString code = getCode(
+        config->getInt(u"Kvo:verificationCodeLength"_s, setting(u"Kvo:verificationCodeLength").defaultValue.toInt()));
     if (code.isEmpty())
         return;
-    const QString message = config->getString(u"Kvo:verificationMessage"_s, u"Ваш код подтверждения: %1"_s);
+    const QString message =
+        config->getString(u"Kvo:verificationMessage"_s, setting(u"Kvo:verificationMessage").defaultValue.toString());
     // Without a place marker Qt would log a warning that contains the code.
     if (!message.contains("%1"_L1))
         throw BasicException(

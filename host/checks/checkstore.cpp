@@ -164,7 +164,8 @@ qint64 CheckStore::makeCurrent(const QString &identifier)
     database.change(u"UPDATE sale SET standing = ?, since = ?, reason = ? WHERE standing = ? AND identifier <> ?",
                     {codeOf(Standing::Parked), now(), u"Начат другой чек"_s, codeOf(Standing::Current), identifier});
     database.change(u"INSERT INTO sale (identifier, standing, since) VALUES (?, ?, ?) "
-                    u"ON CONFLICT (identifier) DO UPDATE SET standing = excluded.standing, since = excluded.since",
+                    u"ON CONFLICT (identifier) DO UPDATE SET standing = excluded.standing, reason = NULL, "
+                    u"since = CASE WHEN sale.standing = excluded.standing THEN sale.since ELSE excluded.since END",
                     {identifier, codeOf(Standing::Current), now()});
     const qint64 sale = database.value(saleOf, {identifier}).toLongLong();
     database.change(u"DELETE FROM part WHERE sale = ?", {sale});

@@ -28,14 +28,14 @@ class POSHOST_EXPORT CheckStore
 public:
     enum class Access {
         Work,
-        Look, ///< Beside a working till: creates, changes and renames nothing. A store that is missing is empty.
+        Look, ///< Beside a working till: changes no check and puts no file aside. A store that is missing is empty.
     };
     /// Stored by its number.
     enum class Standing {
         Current,
         Parked,
         Unreadable,
-        Ending, ///< Parked, but closed or voided already: all that is left to do is what comes before finish().
+        Ending, ///< Closed or voided, and parked because its requests are not queued yet; then only finish() is left.
     };
 
     struct KeptCheck

@@ -123,7 +123,8 @@ public:
     ~DatabaseTransaction();
     Q_DISABLE_COPY_MOVE(DatabaseTransaction)
 
-    /// Throws BasicException when the changes could not be stored; they are rolled back then.
+    /// Throws BasicException when the commit fails or is not answered; a server may have stored the changes all the
+    /// same.
     void commit();
 
 private:

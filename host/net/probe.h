@@ -35,7 +35,8 @@ struct ProbeResult
 };
 
 /// Keeps its connection between calls, like a till, and connects like RestClient: no proxies, no redirects, only http
-/// and https. For one thread.
+/// and https. For one thread. A failed exchange is a result; operations throw BasicException when libcurl refuses an
+/// option, and std::bad_alloc when it gives no handle.
 class POSHOST_EXPORT Probe
 {
 public:

@@ -31,7 +31,8 @@ public:
     /// What to tell the cashier if the body has no message; never empty after an exchange.
     const tr::Tr &errorText() const { return m_errorText; }
 
-    /// The body, also of failed exchanges; a null document when it is empty or not JSON.
+    /// The body, also of an exchange that failed because of its status or content; a null document when the body is
+    /// empty, not JSON, or did not arrive whole.
     const QJsonDocument &json() const { return m_json; }
 
 private:

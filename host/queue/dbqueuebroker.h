@@ -24,8 +24,9 @@ public:
 
     /// Stores an event for the drain to deliver to `owner`, and returns only when it is durable. Events of one order
     /// leave in the order of their push; the order is the text "basket" in the event's "payload", or, if there is none,
-    /// `key`. An event with neither stands alone. Throws BasicException when the event cannot be stored; nothing
-    /// is stored then.
+    /// `key`. An event with neither stands alone. Throws BasicException when the event cannot be stored. If
+    /// the commit itself failed, or a server did not answer it, the event may be stored all the same; pushing it again
+    /// is safe, because handlers are idempotent.
     virtual void push(const QString &owner, const QJsonObject &event, const QString &key);
 
     /// What has not been accepted by its receiver yet, for the till's status line and the receipt. Throws

@@ -166,7 +166,7 @@ int QueueAdmin::retryAll()
                                [&ids](const QSqlQuery &row) { ids.append(row.value(0).toLongLong()); });
     int count = 0;
     for (const qint64 id : std::as_const(ids))
-        change(id, [&](const Order &) { count += revive(id) ? 1 : 0; });
+        changeIfStored(id, [&](const Order &) { count += revive(id) ? 1 : 0; });
     return count;
 }
 
@@ -215,17 +215,25 @@ void QueueAdmin::restore(qint64 id)
 
 void QueueAdmin::change(qint64 id, const std::function<void(const Order &)> &operation)
 {
+    if (!changeIfStored(id, operation))
+        throw refusal(id, u"не найдена"_s);
+}
+
+bool QueueAdmin::changeIfStored(qint64 id, const std::function<void(const Order &)> &operation)
+{
+    bool isStored = false;
     m_store->record([&] {
         m_store->releaseWhatNobodyIsSending(*m_lease);
         Order order;
         m_store->connection().read(queuesql::order, {id, id}, [&order](const QSqlQuery &row) {
             order = {row.value(0).toString(), row.value(1).toString()};
         });
-        if (order.owner.isEmpty())
-            throw refusal(id, u"не найдена"_s);
-        m_store->changeOrder(order.owner, order.basket, [&] { operation(order); });
+        isStored = !order.owner.isEmpty();
+        if (isStored)
+            m_store->changeOrder(order.owner, order.basket, [&] { operation(order); });
     });
     QueueSignal::instance().raise();
+    return isStored;
 }
 
 void QueueAdmin::requireState(qint64 id, bool allowed, const QString &problem) const

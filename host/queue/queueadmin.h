@@ -19,7 +19,8 @@ class QueueLease;
 class QueueStore;
 
 /// Works on the configured database, see DBQueueBroker, also while tills and drains use it. Used on the
-/// thread that created it. All operations throw BasicException when the database fails; nothing is changed then.
+/// thread that created it. All operations throw BasicException when the database fails; nothing is changed then, unless
+/// the commit itself failed.
 class POSHOST_EXPORT QueueAdmin
 {
 public:
@@ -55,7 +56,7 @@ public:
         QJsonObject event; ///< Masked, for people; empty when what is stored is damaged. Only entry() fills it.
     };
 
-    /// What list() is to return; what is left out matches everything.
+    /// Selects entries for list(); a member that is not set matches all.
     struct Filter
     {
         std::optional<State> state = {};
@@ -77,7 +78,8 @@ public:
     /// Throws BasicException when it is being sent, was discarded, or waits behind another event of its order.
     void retry(qint64 id);
 
-    /// Has all dead letters sent again; returns how many.
+    /// Has all dead letters sent again; returns how many. Each is changed in a transaction of its own: after an
+    /// exception some may have been revived.
     int retryAll();
 
     /// Gives up a waiting event or a dead letter; it stays stored with `reason`, and later events of its order are
@@ -97,6 +99,7 @@ private:
 
     Entry stored(qint64 id) const;
     void change(qint64 id, const std::function<void(const Order &order)> &operation);
+    bool changeIfStored(qint64 id, const std::function<void(const Order &order)> &operation);
     bool revive(qint64 id);
     void sendNow(qint64 id, const Order &order);
     void requireState(qint64 id, bool allowed, const QString &problem) const;

@@ -11,9 +11,8 @@
 #include <limits>
 #include <memory>
 
-/// Identifies the drain that holds a claim: a random number with a lock that is released when its holder dies, however
-/// it dies. So whether the holder is alive can be asked for, whatever the clock says and however long an exchange
-/// takes. All operations throw BasicException when they fail.
+/// Identifies the drain that holds a claim: a random number and a lock on it. The lock goes when the drain dies, so a
+/// dead drain is recognised without time-outs. All operations throw BasicException when they fail.
 class QueueLease
 {
 public:
@@ -25,8 +24,8 @@ public:
     /// Takes the lock if it is not held, or was lost. To be called before anything is claimed.
     virtual void hold(DatabaseConnection &connection) = 0;
 
-    /// True when another live drain holds `lease`. To be called inside a transaction, which keeps the answer true until
-    /// what a dead drain has left is released.
+    /// Whether another live drain holds `lease`. To be called in the transaction that releases a dead drain's claims:
+    /// until that ends, a drain that was found dead cannot take its lease back on PostgreSQL.
     virtual bool isHeldByOther(qint64 lease, DatabaseConnection &connection) const = 0;
 
 protected:
@@ -41,7 +40,8 @@ private:
 class QueueDatabase
 {
 public:
-    /// Open the queue; throw BasicException when that fails or when this program must not write to what is there.
+    /// Open the queue. Throw MissingDatabase when it is missing and must not be made, and BasicException when it cannot
+    /// be opened or this program must not write to what is there.
     static std::unique_ptr<QueueDatabase> openSqlite(const QueueSettings &settings, DatabaseConnection::Commits commits,
                                                      DatabaseConnection::IfMissing ifMissing);
     static std::unique_ptr<QueueDatabase> openPostgres(const QueueSettings &settings,

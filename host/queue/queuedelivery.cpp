@@ -66,8 +66,9 @@ bool QueueDelivery::step()
     });
 }
 
-// On a new connection too, or another drain could take over the claims that are being recorded. Without any, the next
-// step takes a new lease, since a server process that hangs keeps the lock of the last connection.
+// Also needed on a new connection, or another drain could take over the claims whose outcome is still to be recorded.
+// If there are none and the lock cannot be acquired, the next step uses a new lease: a hung server process may keep the
+// old lock.
 void QueueDelivery::holdLease(QueueStore &store)
 {
     auto givenUp = qScopeGuard([this] {

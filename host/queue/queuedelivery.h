@@ -42,7 +42,7 @@ public:
     /// True when step() may have something to send later.
     bool hasDeliverable();
 
-    /// To be called when step() has found nothing to do: makes what was recorded durable.
+    /// Checkpoints the log. To be called when step() has found nothing to do.
     void checkpointWhenIdle();
 
 private:

@@ -49,7 +49,7 @@ public:
     [[nodiscard]] bool waitUntilDrained(std::chrono::milliseconds timeout);
 
     /// Why the drain could not work when it last tried, as a text for the cashier; empty when it could, and before it
-    /// has tried. That a service takes nothing is no such reason: see QueueStatus::lastError.
+    /// has tried. A service that accepts nothing is not such a problem; see QueueStatus::lastError.
     QString problem() const;
 
 private:

@@ -21,9 +21,9 @@ struct POSHOST_EXPORT QueueSettings
     QString options = {};  ///< Further options of libpq, separated by ";".
 
     /// Section "Queue" of the configuration; a file is meant relative to "Host:dataFolder" (default: the working
-    /// folder). Throws BasicException when there is no such driver, or no database to a server.
+    /// folder). Throws BasicException for an unknown driver, and for a server without a database name.
     static QueueSettings configured();
 
-    /// What people know the database by.
+    /// The database as shown to people: the file's path, or `database@host[:port]`.
     QString name() const;
 };

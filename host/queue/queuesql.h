@@ -24,13 +24,13 @@ inline constexpr QStringView count = u"UPDATE summary SET waiting = waiting + ?,
 inline constexpr QStringView countAccepted = u"UPDATE summary SET waiting = waiting - ?, last_success = ? WHERE id = ?";
 inline constexpr QStringView noteError = u"UPDATE summary SET last_error = ?, last_error_time = ? WHERE id = ?";
 
-// A write and its undoing, to see whether the database can be written. An UPDATE to the same value would not do: SQLite
+// Inserts and deletes a row to test whether the database is writable. An UPDATE to the same value would not do: SQLite
 // skips it.
 inline constexpr QStringView tryToWrite = u"INSERT INTO claim (id, lease) VALUES (-1, 0)";
 inline constexpr QStringView endTry = u"DELETE FROM claim WHERE id = -1";
 
-// The oldest is the one that was stored first, whatever has happened to the clock since. What a till has written whose
-// clock was ahead comes last. Value: now.
+// The oldest is the one that was stored first, whatever has happened to the clock since. Times written by a till whose
+// clock was ahead sort last. Value: now.
 inline constexpr QStringView status =
     u"SELECT SUM(waiting), SUM(blocked), (SELECT last_success FROM summary WHERE last_success IS NOT NULL "
     u"ORDER BY last_success <= ? DESC, last_success DESC LIMIT 1), (SELECT created FROM event ORDER BY id LIMIT 1) "
@@ -49,8 +49,8 @@ inline constexpr QStringView countAttempts =
 inline constexpr QStringView releaseLease = u"DELETE FROM claim WHERE lease = ?";
 inline constexpr QStringView release = u"DELETE FROM claim WHERE lease = ? AND id = ?";
 
-// Unclaimed heads, longest due first. %1: which; %2: locks the rows if several can write at a time. Values: lease,
-// owner, those of %1, how many.
+// Unclaimed heads by next_attempt: asked for (-1), never tried (0), then due longest. %1: which; %2: locks the rows if
+// several can write at a time. Values: lease, owner, those of %1, how many.
 inline constexpr QStringView claim =
     u"INSERT INTO claim (lease, id) SELECT ?, e.id FROM head e WHERE e.owner = ? AND %1 "
     u"AND NOT EXISTS (SELECT 1 FROM claim c WHERE c.id = e.id) ORDER BY e.next_attempt, e.id LIMIT ? %2 "

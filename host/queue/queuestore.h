@@ -1,4 +1,4 @@
-// The stored events: what is done to them, one transaction each. See docs/queue.md for the tables and states.
+// The queue's operations on stored events; docs/queue.md has the tables and states.
 // Used on the thread that created it, and on no other.
 #pragma once
 
@@ -19,11 +19,11 @@ Log4Qt::Logger *queueLogger();
 /// The system's clock.
 QueueTime currentQueueTime();
 
-/// The time as it is stored, and the other way round; invalid for null and 0.
+/// Converts a time to its stored form, milliseconds since 1970 UTC, and back. dateTimeOf() is invalid for null and 0.
 qint64 storedTime(QueueTime time);
 QDateTime dateTimeOf(const QVariant &stored);
 
-/// How the order of an event that stands alone begins: each such event has an order of its own.
+/// Prefix of the order that is made for an event that stands alone.
 inline constexpr QStringView loneOrder = u"lone:";
 
 /// An event that a drain has taken, to be sent by nobody else.
@@ -36,11 +36,12 @@ struct QueueClaim
     QByteArray event; ///< The JSON text as it was stored.
 };
 
-/// All operations throw BasicException when the database fails; nothing is changed then.
+/// All operations throw BasicException when the database fails; nothing is changed then, unless the commit itself
+/// failed.
 class QueueStore
 {
 public:
-    /// Opens the database and creates it if it is missing.
+    /// Opens the database. If it is missing, creates it or, with IfMissing::Fail, throws MissingDatabase.
     QueueStore(const QueueSettings &settings, DatabaseConnection::Commits commits,
                DatabaseConnection::IfMissing ifMissing = DatabaseConnection::IfMissing::Create);
 
@@ -56,13 +57,14 @@ public:
     /// Throws unless events can be stored now; a full disk shows only with `commit`, which costs a sync.
     void requireWritable(bool commit);
 
-    /// Takes at most `most` heads of orders of `owner`, in the order of their sending: those that have been due longest
-    /// first. If `after` is not 0, only events with greater ids and those that somebody has asked for. Before that,
-    /// events whose drain has died are released. Not to be called while an event of this lease is being sent.
+    /// Takes at most `most` heads of `owner`: events that somebody has asked for, then those never tried, then those
+    /// due longest. If `after` is not 0: only those asked for or, if there are none, events never tried with ids above
+    /// `after`. Before that, events whose drain has died are released. Not to be called while an event of this lease is
+    /// being sent.
     std::vector<QueueClaim> claim(const QString &owner, QueueLease &lease, QueueTime now, qint64 after, int most);
 
-    /// Runs `operation` in a transaction: all that it changes is stored, or nothing. The operations that follow belong
-    /// inside.
+    /// Runs `operation` in a transaction: everything it changes is stored, or nothing. lockOrders(), accepted(),
+    /// failed(), refused(), release(), releaseWhatNobodyIsSending() and changeOrder() may be called only inside one.
     void record(const std::function<void()> &operation);
 
     /// To be called before claims are settled. All locks on orders come before all changes to the summary, as in a
@@ -91,11 +93,11 @@ public:
     /// The highest id of a stored event; 0 when there is none.
     qint64 newest();
 
-    /// Gives back the claims of drains that have died, and those of `lease` itself. To be called in a transaction.
+    /// Gives back the claims of drains that have died, and those of `lease` itself.
     void releaseWhatNobodyIsSending(const QueueLease &lease);
 
-    /// In a transaction, runs an operation that changes states within an order, or adds or removes events anywhere in
-    /// it, and keeps head and summary in step.
+    /// Runs an operation that changes states within an order, or adds or removes events anywhere in it, and keeps head
+    /// and summary in step.
     void changeOrder(const QString &owner, const QString &basket, const std::function<void()> &operation);
 
 private:

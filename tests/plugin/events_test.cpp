@@ -47,16 +47,17 @@ TEST_F(Events, AnUpdateRepeatsOnlyWhatFailed)
 {
     service.failures = {u"createOrder"_s, u"updateOrder"_s};
     expectRetries({u"kvoUpdateOrderError"_s, u"Ошибка при обновлении заказа.\nПовторить или удалить карту из чека?"_s},
-                  2);
+                  3);
+    EXPECT_CALL(*saveToFile, save).WillOnce(Throw(BasicException(u"диск полон"_s))).WillRepeatedly(Return());
     EXPECT_FALSE(plugin.init()) << "twice";
     raise(238);
-    EXPECT_EQ(service.calls, (QStringList{u"createOrder"_s, u"createOrder"_s, u"updateOrder"_s, u"updateOrder"_s}));
-    EXPECT_EQ(plugin.getLastErrorString().ru(), u"отказ");
+    EXPECT_EQ(service.calls.join(u' '), u"createOrder createOrder updateOrder updateOrder updateOrder");
+    EXPECT_EQ(plugin.getLastErrorString().ru(), u"диск полон");
 
     EXPECT_TRUE(plugin.deinit());
     document->addGoodsItem(builder::line(100));
     raise(238);
-    EXPECT_EQ(service.calls.size(), 4) << "no longer subscribed";
+    EXPECT_EQ(service.calls.size(), 5) << "no longer subscribed";
 }
 
 } // namespace kvo

@@ -112,24 +112,14 @@ private:
         return window.findChild<QStackedWidget *>()->currentWidget()->findChild<QTableWidget *>();
     }
 
-    /// The theme's name of the colour in which an icon is drawn; empty when it is not.
-    QString ink(const QIcon &icon, QIcon::Mode mode) const
-    {
-        const QPixmap drawn = icon.pixmap(96, mode);
-        for (const auto &name : {u"accent"_s, u"onAccent"_s, u"muted"_s})
-            if (!QRegion(drawn.createMaskFromColor(till::Theme{till.view().isDark}.colour(name), Qt::MaskOutColor))
-                     .isEmpty())
-                return u' ' + name;
-        return {};
-    }
-
-    /// All that can be seen, with ">" where the focus is, "→" for what stands at the right, and what the styles go by;
-    /// "@" for times, identifiers, and how far the drain has come.
+    /// All that can be seen, with ">" where the focus is, "→" for what stands at the right, what the styles go by, and
+    /// the colours of icons; "@" for times, identifiers, and how far the drain has come.
     QStringList parts() const
     {
         static const QRegularExpression changing(
             uR"((\d\d\.\d\d(\.\d{4})? )?\d+:\d\d(:\d\d)?|[0-9a-f]{8}-[0-9a-f-]{27}|ждут \d+|\S*/window_test-\S*)"_s);
         const auto side = [](int alignment) { return alignment & Qt::AlignRight ? u"→"_s : QString(); };
+        const till::Theme theme{till.view().isDark};
         QStringList parts;
         for (const auto *part : window.findChildren<QWidget *>()) {
             QString text = part->property("text").toString().remove(QChar(0x200B)).replace(u'\n', u'/');
@@ -137,7 +127,11 @@ private:
             text = part->isEnabled() || text.isEmpty() ? text : u'(' + text + u')';
             for (const char *property : {"placeholderText", "toolTip", "role", "tone"})
                 text += u' ' + part->property(property).toString();
-            text += ink(part->property("icon").value<QIcon>(), part->isEnabled() ? QIcon::Normal : QIcon::Disabled);
+            const QIcon::Mode mode = part->isEnabled() ? QIcon::Normal : QIcon::Disabled;
+            const QPixmap icon = part->property("icon").value<QIcon>().pixmap(96, mode);
+            for (const auto &name : {u"accent"_s, u"onAccent"_s, u"muted"_s})
+                if (!QRegion(icon.createMaskFromColor(theme.colour(name), Qt::MaskOutColor)).isEmpty())
+                    text += u' ' + name;
             if (part->isVisible() && !text.trimmed().isEmpty())
                 parts.append((part->hasFocus() ? u"> "_s : QString()) + text +
                              side(part->property("alignment").toInt()));

@@ -15,7 +15,7 @@ class CheckThread : public QObject
 
 public:
     CheckThread();
-    /// Waits until the exchange under way is over.
+    /// Carries out the commands already sent, without asking the cashier any more, and waits for that.
     ~CheckThread() override;
 
     void start(const QString &configFile);
