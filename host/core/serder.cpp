@@ -55,7 +55,8 @@ QJsonValue toJson(const QVariant &value)
     case QMetaType::QJsonObject:
     case QMetaType::QJsonArray:
     case QMetaType::QJsonDocument:
-        return QJsonValue::fromVariant(value);
+        // A null can have a type, such as that of a database column.
+        return value.isNull() ? QJsonValue::Null : QJsonValue::fromVariant(value);
     case QMetaType::QDateTime:
     case QMetaType::QDate:
     case QMetaType::QTime:

@@ -21,11 +21,11 @@ public:
     int status() const { return m_status; }
 
     /// Other than NoError if the exchange failed and it is unknown what the service did: no connection, time-out, an
-    /// answer that is cut off, too long, damaged JSON, HTML, binary or a redirect, or one with a status other than 2xx
-    /// that is neither `{}` nor JSON with a member of the service's answers. The statuses 401, 403, 407, 408, 429, 502,
-    /// 503 and 504 are failures too, unless the body has an `errorCode` above 0: they come from something in front of
-    /// the service, or mean that the service has not looked at the request. Everything else is the service's own
-    /// answer.
+    /// answer that is cut off, too long, damaged JSON, HTML or binary, or one with a status other than 2xx that is
+    /// neither `{}` nor JSON with a member of the service's answers. Redirects and the statuses 401, 403, 407, 408,
+    /// 429, 502, 503 and 504 are failures too, unless the body says "success": true or has an `errorCode` above 0: they
+    /// come from something in front of the service, or mean that the service has not looked at the request. Everything
+    /// else is the service's own answer.
     QNetworkReply::NetworkError networkError() const { return m_networkError; }
 
     /// What to tell the cashier if the body has no message; never empty after an exchange.

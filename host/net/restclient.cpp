@@ -109,10 +109,11 @@ bool isServices(const QJsonDocument &json)
             answer.value("data"_L1).isObject() || answer.value("error"_L1).toObject().contains("errorCode"_L1));
 }
 
-// Whether the service itself says what is wrong.
-bool namesError(const QJsonDocument &json)
+// Whether the service itself says that it has accepted the request, or what is wrong.
+bool namesOutcome(const QJsonDocument &json)
 {
-    return json.object().value("error"_L1).toObject().value("errorCode"_L1).toInt() > 0;
+    const QJsonObject answer = json.object();
+    return answer.value("success"_L1).toBool() || answer.value("error"_L1).toObject().value("errorCode"_L1).toInt() > 0;
 }
 
 // Fails the exchange if the answer is not the service's own.
@@ -122,9 +123,10 @@ void judge(TransferResult &result, const Answer &answer)
         result.error = error;
         result.reason = reason;
     };
-    if (const Gateway *gateway = gatewayOf(result.status); gateway && !namesError(answer.json))
+    const bool isOutcome = namesOutcome(answer.json);
+    if (const Gateway *gateway = gatewayOf(result.status); gateway && !isOutcome)
         fail(gateway->error, u"ответ не от сервиса или не о запросе"_s);
-    else if (isRedirect(result.status))
+    else if (isRedirect(result.status) && !isOutcome)
         fail(QNetworkReply::ProtocolFailure, u"перенаправление"_s);
     else if (answer.kind == Answer::Unreadable)
         fail(QNetworkReply::UnknownContentError, u"ответ не читается: "_s + answer.fault);

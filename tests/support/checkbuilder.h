@@ -92,6 +92,7 @@ inline QSharedPointer<SaleDocument> fullCheck()
     document->addCard(record);
     const auto points = shares({{1, 33.33}, {2, 0.0051}}, record);
     points->getTotals()->setDateTime(moment);
+    points->getTotals()->setValutCode(QVariant(QMetaType::fromType<int>())); // null
     points->getTotals()->setDiscountName(u"Баллы %1 €😀 \"a\\b\"\n\x01"_s);
     points->getDetails().at(1)->setDateTime(QDateTime(moment.date(), moment.time(), Qt::UTC));
     document->addImpact(points);

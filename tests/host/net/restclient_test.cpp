@@ -76,7 +76,7 @@ TEST(RestClient, TellsTheServicesWordFromEverythingElseWithinItsMemory)
     const auto array = [&ok](const QByteArray &element, qsizetype count) {
         return ok('[' + element.repeated(count) + "0]");
     };
-    const QByteArray said = R"({"message":"said"})";
+    const QByteArray said = R"({"message":"said"})", accepted = R"({"success":true})";
     // How it is called, the answer, the status and the error that come of it.
     const std::tuple<const char *, QByteArray, int, QNetworkReply::NetworkError> cases[] = {
         {"json", json(2), 200, Error::NoError},
@@ -86,6 +86,8 @@ TEST(RestClient, TellsTheServicesWordFromEverythingElseWithinItsMemory)
         {"portal by its type", ok("Welcome", "Content-Type: Text/HTML\r\n"), 0, Error::UnknownContentError},
         {"compressed", ok("\x1F\x8B\x08\x04"), 0, Error::UnknownContentError},
         {"redirect", RawServer::answer("300 Choices", said, "Location: /x\r\n"), 0, Error::ProtocolFailure},
+        {"redirect by the service", RawServer::answer("302 Found", accepted), 302, Error::NoError},
+        {"accepted in spite of its status", RawServer::answer("403 Forbidden", accepted), 403, Error::NoError},
         {"cut body", json(99).chopped(9), 0, Error::RemoteHostClosedError},
         {"cut headers", "HTTP/1.1 200 OK\r\nContent-Le", 0, Error::RemoteHostClosedError},
         {"cut after an interim answer", interim + start + "A: b\r\n", 0, Error::RemoteHostClosedError},
