@@ -53,7 +53,7 @@ TransferResult faultOf(const TransferRequest &request, const QUrl &url)
         return {.error = QNetworkReply::ProtocolInvalidOperationError, .reason = u"нет такой операции HTTP"_s};
     if (!isHttpAddress(url))
         return {.error = QNetworkReply::ProtocolUnknownError,
-                .reason = u"неверный адрес, настройки Kvo:host и Kvo:path"_s};
+                .reason = u"неверный адрес, настройки Kvo:host, Kvo:path и Kvo:verificationPath"_s};
     for (auto header = request.headers.cbegin(); header != request.headers.cend(); ++header) {
         if (!isSafeHeader(header.key(), *header))
             return {.error = QNetworkReply::ProtocolInvalidOperationError, .reason = u"недопустимый заголовок"_s};
@@ -156,7 +156,7 @@ QString textOf(QNetworkReply::NetworkError error)
     case QNetworkReply::ProtocolFailure:
         return u"Сервис прислал непонятный ответ"_s;
     case QNetworkReply::ProtocolUnknownError:
-        return u"Неверно задан адрес сервиса, проверьте настройки Kvo:host и Kvo:path"_s;
+        return u"Неверно задан адрес сервиса, проверьте настройки Kvo:host, Kvo:path и Kvo:verificationPath"_s;
     case QNetworkReply::ProtocolInvalidOperationError:
         return u"Запрос к сервису составлен неверно"_s;
     default:
