@@ -51,18 +51,34 @@ QString moneyText(double rubles)
     return QString::number(rubles, 'f', 2);
 }
 
-/// The members that most lines share. Each line starts as a copy, because copying an object is faster than inserting
-/// its keys: 0.7 instead of 1.8 microseconds a line.
-const QJsonObject &plainLine()
+/// A line with its number and the values that most lines have.
+QJsonObject plainLine(int number)
 {
-    static const QJsonObject line{{u"barcode"_s, u""_s},
-                                  {u"lineID"_s, u""_s},
-                                  {u"qty"_s, u"1"_s}, // The amount carries the quantity.
-                                  {u"lineAmount"_s, u""_s},
-                                  {u"isSale"_s, false},
-                                  {u"noDiscountAllowed"_s, false},
-                                  {u"noEarnAllowed"_s, false},
-                                  {u"paymentDiscAmount"_s, moneyText(0)}};
+    return {{u"barcode"_s, u""_s},
+            {u"lineID"_s, QString::number(number)},
+            {u"qty"_s, u"1"_s}, // The amount carries the quantity.
+            {u"lineAmount"_s, u""_s},
+            {u"isSale"_s, false},
+            {u"noDiscountAllowed"_s, false},
+            {u"noEarnAllowed"_s, false},
+            {u"paymentDiscAmount"_s, moneyText(0)}};
+}
+
+/// The same, by copying: that takes 0.1 microseconds, and each value that is inserted into a line 0.4. So an ordinary
+/// check's lines are copied with their numbers.
+QJsonObject newLine(int number)
+{
+    constexpr int ordinaryCount = 32;
+    static const QList<QJsonObject> prepared = [] {
+        QList<QJsonObject> lines;
+        for (int i = 0; i <= ordinaryCount; ++i)
+            lines.append(plainLine(i));
+        return lines;
+    }();
+    if (number >= 0 && number <= ordinaryCount)
+        return prepared.at(number);
+    QJsonObject line = prepared.first();
+    line.insert("lineID"_L1, QString::number(number));
     return line;
 }
 
@@ -74,9 +90,8 @@ QJsonObject orderLine(const GoodsItem &item, const PositionSums &sums, bool forb
     const auto hasLabel = [&labels](const QString &label) { return labels.contains(QVariant(label)); };
     const bool forbidsSpending = hasLabel(u"NOSPEND"_s) || !item.isAllowDiscount() || forbidDiscount;
     const bool forbidsEarning = !item.isAllowBonusEarn() || hasLabel(u"NOBONUS"_s);
-    QJsonObject line = plainLine();
+    QJsonObject line = newLine(item.getPosnum());
     line.insert("barcode"_L1, item.getAdditionalBarcode());
-    line.insert("lineID"_L1, QString::number(item.getPosnum()));
     line.insert("lineAmount"_L1, moneyText(sums.bonusPoints + item.getDiscountApplyLimit(false) + sums.payment));
     if (const auto tmc = item.getTmc(); tmc && tmc->getPriceSourceType() == EPriceSourceType::Promotion)
         line.insert("isSale"_L1, true);

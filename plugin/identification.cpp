@@ -16,13 +16,25 @@ namespace {
 /// Digits of a card number that the log may show.
 constexpr int shownDigits = 4;
 
+/// The date of a text such as "1985-03-14 00:00:00"; invalid for a text of another form. QDateTime would look for the
+/// moment in the till's time zone, and ask the system for the zone eight times.
+QDate dateOf(const QString &text)
+{
+    const qsizetype space = text.indexOf(u' ');
+    const QDate date = QDate::fromString(text.left(space), Qt::ISODate);
+    const QTime time = QTime::fromString(text.mid(space + 1), Qt::ISODate);
+    // The other forms of ISO 8601 are not the service's.
+    const bool isPlain = time.isValid() && date.toString(Qt::ISODate) + u' ' + time.toString(Qt::ISODate) == text;
+    return isPlain ? date : QDate();
+}
+
 QSharedPointer<Client> createClient(const QJsonObject &customer)
 {
     const auto text = [&customer](QLatin1StringView key) { return customer.value(key).toString(); };
     auto client = QSharedPointer<Client>::create();
     client->setIdClient(text("CustAccount"_L1));
     client->setName(text("LastName"_L1) + u' ' + text("FirstName"_L1) + u' ' + text("MiddleName"_L1));
-    client->setBirthday(QDateTime::fromString(text("BirthDate"_L1), u"yyyy-MM-dd HH:mm:ss"_s).date());
+    client->setBirthday(dateOf(text("BirthDate"_L1)));
     client->setSex(customer.value("Gender"_L1).toInt() == 1 ? Client::Sex::Male : Client::Sex::Female);
     client->setEmail(text("Email"_L1));
     client->setPhoneNumber(text("Phone"_L1));

@@ -10,9 +10,13 @@
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
 #include <QtCore/QLocale>
+#include <QtCore/QtEndian>
 
 #include <bit>
+#include <climits>
 #include <cmath>
+#include <cstring>
+#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -20,45 +24,99 @@ namespace jsontext {
 
 namespace {
 
-/// Collects what is written to it; cheaper than QBuffer.
+/// Collects what is written to it: thousands of pieces, most of them of one byte. Cheaper than QBuffer.
 class Sink : public QIODevice
 {
 public:
-    Sink() { setOpenMode(WriteOnly | Unbuffered); }
+    Sink()
+    {
+        constexpr qsizetype ordinarySize = 8192;
+        makeRoom(ordinarySize);
+        setOpenMode(WriteOnly | Unbuffered);
+    }
 
-    std::string bytes;
+    /// What has been written and, behind it, room for `padding` bytes.
+    QByteArrayView bytes() const { return {m_bytes.constData(), m_at - m_bytes.constData()}; }
+
+    static constexpr qsizetype padding = 8;
 
 protected:
     bool isSequential() const override { return true; }
     qint64 readData(char *, qint64) override { return -1; }
     qint64 writeData(const char *data, qint64 size) override
     {
-        bytes.append(data, static_cast<std::size_t>(size));
+        if (m_end - m_at < size)
+            makeRoom(size);
+        if (size == 1)
+            *m_at = *data;
+        else
+            std::memcpy(m_at, data, static_cast<std::size_t>(size));
+        m_at += size;
         return size;
     }
+
+private:
+    void makeRoom(qsizetype size)
+    {
+        const qsizetype used = m_bytes.isNull() ? 0 : bytes().size();
+        m_bytes.resize(2 * used + size + padding);
+        m_at = m_bytes.data() + used;
+        m_end = m_bytes.data() + m_bytes.size() - padding;
+    }
+
+    QByteArray m_bytes;
+    char *m_at = nullptr;
+    const char *m_end = nullptr;
 };
+
+bool isEscaped(char character)
+{
+    return static_cast<uchar>(character) < ' ' || character == '"' || character == '\\';
+}
+
+/// Whether JSON escapes one of the characters. They are read eight at a time, so there must be room behind them.
+bool hasEscaped(const char *text, qsizetype size)
+{
+    constexpr qsizetype wordSize = sizeof(quint64);
+    static_assert(wordSize == Sink::padding);
+    constexpr quint64 each = 0x0101'0101'0101'0101;
+    constexpr quint64 highBits = each << 7;
+    // Sets the high bit of the first byte that is less, and perhaps of those behind it.
+    const auto less = [](quint64 word, uchar limit) { return (word - each * limit) & ~word; };
+    const auto equal = [&less](quint64 word, uchar byte) { return less(word ^ (each * byte), 1); };
+    for (; size > 0; text += wordSize, size -= wordSize) {
+        const auto word = qFromLittleEndian<quint64>(text);
+        quint64 found = (less(word, ' ') | equal(word, '"') | equal(word, '\\')) & highBits;
+        if (size < wordSize)
+            found &= (quint64{1} << (CHAR_BIT * size)) - 1;
+        if (found != 0)
+            return true;
+    }
+    return false;
+}
 
 /// Converts CBOR into JSON. Trusts its input, which always comes from Qt and holds what JSON can.
 class Transcoder
 {
 public:
-    explicit Transcoder(std::string_view cbor) : m_cbor(cbor) { m_json.reserve(2 * m_cbor.size()); }
+    explicit Transcoder(const Sink &cbor)
+        : m_in(cbor.bytes().data()),
+          m_json(largestGrowth * cbor.bytes().size(), Qt::Uninitialized),
+          m_out(m_json.data())
+    {}
 
     QByteArray text()
     {
         putItem();
-        return QByteArray::fromStdString(m_json);
+        return {m_json.constData(), m_out - m_json.constData()};
     }
 
 private:
     enum MajorType { Unsigned = 0, Negative = 1, Text = 3, Array = 4, Map = 5 };
 
-    std::string_view take(std::size_t size)
-    {
-        const std::string_view bytes = m_cbor.substr(0, size);
-        m_cbor.remove_prefix(size);
-        return bytes;
-    }
+    /// An escaped control character takes six bytes instead of one, and nothing grows more: not the numbers, and not
+    /// the quotation marks, brackets and separators in the place of an item's head.
+    static constexpr qsizetype largestGrowth = 6;
 
     /// The head of an item is one byte: its type, and a small number or the length of the number that follows.
     quint64 takeNumber(int low)
@@ -67,79 +125,91 @@ private:
         if (low < firstThatFollows)
             return static_cast<quint64>(low);
         quint64 number = 0;
-        for (const char byte : take(std::size_t{1} << (low - firstThatFollows)))
-            number = number << 8 | static_cast<uchar>(byte);
+        for (int left = 1 << (low - firstThatFollows); left > 0; --left)
+            number = number << 8 | static_cast<uchar>(*m_in++);
         return number;
     }
 
     void putItem()
     {
-        const auto head = static_cast<uchar>(take(1).front());
+        const auto head = static_cast<uchar>(*m_in++);
         const quint64 number = takeNumber(head & 0x1f);
         switch (head >> 5) {
-        case Array:
-            return putItems("[]", number);
-        case Map:
-            return putItems("{}", number);
         case Text:
-            return putText(take(number));
+            return putText(static_cast<qsizetype>(number));
+        case Array:
+            return putArray(number);
+        case Map:
+            return putMap(number);
         case Unsigned:
-            return putNumber(QByteArray::number(number));
+            return put(QByteArray::number(number));
         case Negative:
-            return putNumber(QByteArray::number(-1 - static_cast<qint64>(number)));
+            return put(QByteArray::number(-1 - static_cast<qint64>(number)));
         default:
             putOther(head, number);
         }
     }
 
-    void putItems(std::string_view brackets, quint64 count)
+    void putArray(quint64 count)
     {
-        m_json += brackets.front();
+        *m_out++ = '[';
         for (quint64 i = 0; i < count; ++i) {
             if (i > 0)
-                m_json += ',';
-            if (brackets.front() == '{') {
-                putItem();
-                m_json += ':';
-            }
+                *m_out++ = ',';
             putItem();
         }
-        m_json += brackets.back();
+        *m_out++ = ']';
     }
 
-    void putNumber(const QByteArray &number)
+    void putMap(quint64 count)
     {
-        m_json += std::string_view(number.constData(), static_cast<std::size_t>(number.size()));
-    }
-
-    void putText(std::string_view text)
-    {
-        m_json += '"';
-        std::size_t copied = 0;
-        for (std::size_t i = 0; i < text.size(); ++i) {
-            if (static_cast<uchar>(text[i]) < ' ' || text[i] == '"' || text[i] == '\\') {
-                m_json += text.substr(copied, i - copied);
-                putEscaped(text[i]);
-                copied = i + 1;
-            }
+        *m_out++ = '{';
+        for (quint64 i = 0; i < count; ++i) {
+            if (i > 0)
+                *m_out++ = ',';
+            putItem();
+            *m_out++ = ':';
+            putItem();
         }
-        m_json += text.substr(copied);
-        m_json += '"';
+        *m_out++ = '}';
     }
 
-    void putEscaped(char character)
+    void put(QByteArrayView bytes)
+    {
+        std::memcpy(m_out, bytes.data(), static_cast<std::size_t>(bytes.size()));
+        m_out += bytes.size();
+    }
+
+    void putText(qsizetype size)
+    {
+        *m_out++ = '"';
+        if (const QByteArrayView text(m_in, size); hasEscaped(m_in, size))
+            putEscaped(text);
+        else
+            put(text);
+        m_in += size;
+        *m_out++ = '"';
+    }
+
+    void putEscaped(QByteArrayView text)
     {
         constexpr std::string_view named = "\"\\\b\f\n\r\t";
         constexpr std::string_view names = "\"\\bfnrt";
         constexpr std::string_view digits = "0123456789abcdef";
-        m_json += '\\';
-        if (const auto place = named.find(character); place != std::string_view::npos) {
-            m_json += names[place];
-            return;
+        for (const char character : text) {
+            if (!isEscaped(character)) {
+                *m_out++ = character;
+                continue;
+            }
+            *m_out++ = '\\';
+            if (const auto place = named.find(character); place != std::string_view::npos) {
+                *m_out++ = names[place];
+                continue;
+            }
+            put("u00");
+            *m_out++ = digits[static_cast<uchar>(character) >> 4];
+            *m_out++ = digits[character & 0xf];
         }
-        m_json += "u00";
-        m_json += digits[static_cast<uchar>(character) >> 4];
-        m_json += digits[character & 0xf];
     }
 
     void putOther(uchar head, quint64 number)
@@ -148,12 +218,13 @@ private:
         constexpr uchar yes = 0xf5;
         constexpr uchar floating = 0xfb;
         if (const auto value = std::bit_cast<double>(number); head == floating && std::isfinite(value))
-            return putNumber(QByteArray::number(value, 'g', QLocale::FloatingPointShortest));
-        m_json += head == yes ? "true" : head == no ? "false" : "null";
+            return put(QByteArray::number(value, 'g', QLocale::FloatingPointShortest));
+        put(head == yes ? "true" : head == no ? "false" : "null");
     }
 
-    std::string_view m_cbor;
-    std::string m_json;
+    const char *m_in;
+    QByteArray m_json;
+    char *m_out;
 };
 
 } // namespace
@@ -171,7 +242,7 @@ QByteArray compact(const std::function<void(QCborStreamWriter &)> &write)
     Sink cbor;
     QCborStreamWriter writer(&cbor);
     write(writer);
-    return Transcoder(cbor.bytes).text();
+    return Transcoder(cbor).text();
 }
 
 } // namespace jsontext

@@ -54,6 +54,15 @@ TEST_F(OrderBody, TellsThePlainCheck)
     EXPECT_EQ(client.createOrderBody(check, card, false), expected);
 }
 
+TEST_F(OrderBody, NamesLinesByPosition)
+{
+    for (const int position : {0, 1, 32, 33, 10'000, -1}) {
+        check->getGoodsItems().first()->setPosnum(position);
+        EXPECT_EQ(line().value("lineID"_L1).toString(), QString::number(position));
+        EXPECT_EQ(line().value("qty"_L1), u"1"_s);
+    }
+}
+
 TEST_F(OrderBody, FoldsImpactsByKind)
 {
     addImpact({{1, 10}, {2, 1}}, EDiscountType::Bonus);

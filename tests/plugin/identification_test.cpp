@@ -39,6 +39,17 @@ TEST_F(Identification, ByPhoneSearchesOnce)
     EXPECT_TRUE(log.take().contains(u" WARN kvo - Карта чека (…2000) заменена картой"_s));
 }
 
+TEST_F(Identification, OnlyOneFormOfBirthdayIsRead)
+{
+    for (const char *const text :
+         {"1990-05-17", "1990-05-17 ", "1990-05-17 00:00", "1990-05-17T00:00:00", "1990-05-17 24:00:00",
+          "1990/05/17 00:00:00", "1990-02-30 00:00:00", " 1990-05-17 00:00:00"}) {
+        service.answers[u"searchCustomer"_s] = service.ok(R"({"data": {"BirthDate": ")" + QByteArray(text) + "\"}}");
+        EXPECT_TRUE(plugin.identifyByCard(card, ECardNumberType::Manual));
+        EXPECT_FALSE(card->getCard()->getClient()->getBirthday().isValid()) << text;
+    }
+}
+
 TEST_F(Identification, TheLastTierInForceStands)
 {
     const std::tuple<const char *, const char *, int> cases[] = {

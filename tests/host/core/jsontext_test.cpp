@@ -15,8 +15,10 @@ TEST(JsonText, IsWhatQtWrites)
     // Lengths around those at which CBOR takes one byte more, and texts that Qt keeps as ASCII, UTF-8 and UTF-16.
     QJsonArray texts{u""_s, characters};
     for (const qsizetype length : {23, 24, 255, 256, 65535, 65536})
-        for (const QChar character : {u'a', u'ы', u'"'})
+        for (const QChar character : {u'a', u'ы', u'"', u'\x1f'})
             texts.append(QString(length, character));
+    for (qsizetype place = 0; place < 17; ++place)
+        texts.append(QString(17, u'a').replace(place, 1, u'\\'));
     QJsonArray numbers{0.1, -2.5e-9, 5.0, 1e15, 1e300, qInf(), std::numeric_limits<qint64>::min()};
     for (const qint64 number : {0, 23, 24, 255, 256, 65536, 0x7fff'ffff, -1, -24, -25, -257})
         numbers.append(number);
